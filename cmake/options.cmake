@@ -1,0 +1,31 @@
+# What every target of the project is compiled with.
+add_library(tessarin_options INTERFACE)
+target_compile_features(tessarin_options INTERFACE cxx_std_20)
+target_include_directories(tessarin_options INTERFACE
+    ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+# Everything but the exports is hidden; the static folders end up in the shared library.
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+
+if(MSVC)
+    target_compile_options(tessarin_options INTERFACE /W4 /utf-8 /fp:precise)
+    target_compile_definitions(tessarin_options INTERFACE NOMINMAX _CRT_SECURE_NO_WARNINGS)
+    if(TESSARIN_WARNINGS_AS_ERRORS)
+        target_compile_options(tessarin_options INTERFACE /WX)
+    endif()
+else()
+    # Results depend on the rounding of every operation: products are never fused into sums.
+    target_compile_options(tessarin_options INTERFACE
+        -ffp-contract=off -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion
+        -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wformat=2 -Wundef)
+    if(TESSARIN_WARNINGS_AS_ERRORS)
+        target_compile_options(tessarin_options INTERFACE -Werror)
+    endif()
+    if(TESSARIN_SANITIZE)
+        target_compile_options(tessarin_options INTERFACE
+            -fsanitize=${TESSARIN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+        target_link_options(tessarin_options INTERFACE -fsanitize=${TESSARIN_SANITIZE})
+    endif()
+endif()

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+
+#include "tessarin/error_codes.h"
+#include "tessarin/export.h"
+#include "tessarin/observation_stream.h"
+#include "tessarin/progress_sink.h"
+#include "tessarin/sync_results.h"
+#include "tessarin/transcriber.h"
+
+namespace tessarin {
+
+/// Finds when each phoneme and word of a text was spoken. Reusable; serves one call at a time and
+/// keeps none of the objects that a call is given.
+class ITextBasedPhnRecognizer {
+public:
+    virtual ~ITextBasedPhnRecognizer() = default;
+
+    /// Aligns `text` (null: what `transcriber` has already transcribed) to the audio of `stream`,
+    /// a fresh stream for `model`, and appends phonemes and words to `results`; clear it first.
+    /// `progress` may be null; otherwise it must outlive the stream. Returns 0; 2 without results
+    /// or transcriber; 5 when cancelled; 8 when the search lost the text, with the markers up to
+    /// there; or the code of a failed read.
+    virtual error_code RecognizePhonemes(IObservationStream* stream, CAccousticHMM* model,
+                                         const char* text, IVisemixTranscriber* transcriber,
+                                         ProgressSink* progress,
+                                         ISyncResultsCollection* results) = 0;
+    /// RecognizePhonemes with the text that `transcriber` has already transcribed.
+    virtual error_code AlignTranscription(IObservationStream* stream, CAccousticHMM* model,
+                                          IVisemixTranscriber* transcriber,
+                                          ProgressSink* progress,
+                                          ISyncResultsCollection* results) = 0;
+    /// The search window in states, clamped to 500 at least and 8000 at most; 2000 at first.
+    virtual void SetBeamWidth(int32_t width) = 0;
+    virtual int32_t GetBeamWidth() = 0;
+    /// Sets each option that is not 0 (null): the beam width, how many hypotheses the disk-backed
+    /// search keeps in a frame, its memory in bytes, its logarithmic beam (-200 or below), and its
+    /// file. Returns 2 when `keptPerFrame` is not below `beamWidth` or the logarithmic beam is
+    /// above -200; the other options are set all the same.
+    virtual error_code SetSearchOptions(uint16_t beamWidth, uint16_t keptPerFrame,
+                                        uint32_t trellisMemory, double logBeam,
+                                        const char* trellisFile) = 0;
+    /// `retry`: a search that lost the text slides its window ahead instead of ending.
+    /// `wordsOnly`: no phonemes in the results. Both together: search for the sentences of the
+    /// text. Returns whether phonemes are kept.
+    virtual uint8_t SetOutputOptions(uint8_t retry, uint8_t wordsOnly) = 0;
+};
+
+} // namespace tessarin
+
+/// Makes a recognizer in `*out`, freed by DestroyTextBasedRecognizer. Always returns 0; without
+/// memory `*out` is null.
+TESSARIN_API int32_t CreateTextBasedRecognizer(tessarin::ITextBasedPhnRecognizer** out);
+
+/// Frees a recognizer; null is allowed.
+TESSARIN_API void DestroyTextBasedRecognizer(tessarin::ITextBasedPhnRecognizer* recognizer);
