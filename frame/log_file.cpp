@@ -1,0 +1,46 @@
+#include "frame/log_file.h"
+
+#include "frame/crit_section.h"
+#include "platform/local_time.h"
+
+#include <atomic>
+
+namespace tessarin {
+
+namespace {
+
+constinit std::atomic<FILE*> openedLog = nullptr;
+
+} // namespace
+
+int32_t OpenLog(const char* path) {
+    if (FILE* previous = openedLog) {
+        std::fclose(previous);
+    }
+    FILE* log = path != nullptr ? std::fopen(path, "w+") : nullptr;
+    openedLog = log;
+    if (log == nullptr) {
+        return 0;
+    }
+    return std::fprintf(log, "**** Starting Tessarin SDK Log: %s\n", LocalTimeText().data());
+}
+
+void CloseLog() {
+    if (FILE* log = openedLog) {
+        std::fprintf(log, "**** Ending Tessarin SDK Log: %s\n", LocalTimeText().data());
+        std::fclose(log);
+        openedLog = nullptr;
+    }
+}
+
+FILE* OpenedLog() {
+    return openedLog.load(std::memory_order_acquire);
+}
+
+CCritSection& LogLock() {
+    // Never destroyed: static objects of the host may be traced while the process ends.
+    static CCritSection& lock = *new CCritSection;
+    return lock;
+}
+
+} // namespace tessarin

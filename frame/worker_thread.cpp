@@ -1,0 +1,80 @@
+#include "frame/worker_thread.h"
+
+#include "frame/flog.h"
+#include "frame/guarded.h"
+#include "platform/thread.h"
+
+#include <chrono>
+#include <thread>
+#include <utility>
+
+namespace tessarin {
+
+namespace {
+
+// The resampler alone keeps 16 KiB of samples on the stack.
+constexpr size_t kStackBytes = 512 * 1024;
+
+} // namespace
+
+CWorkerThread::~CWorkerThread() {
+    CWorkerThread::CancelThread();
+}
+
+void CWorkerThread::CancelThread() {
+    cancelled = 1;
+    const flog trace("CWorkerThread::CancelThread");
+    if (const std::shared_ptr<NativeThread> last = CurrentThread()) {
+        last->Join();
+    }
+}
+
+bool CWorkerThread::IsCancelled() {
+    return cancelled != 0;
+}
+
+bool CWorkerThread::IsRunning() {
+    return running;
+}
+
+void CWorkerThread::Sleep(uint32_t ms) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+}
+
+void CWorkerThread::SetPriority(uint32_t level) {
+    priority = level;
+    if (!running || level > 2) {
+        return;
+    }
+    if (const std::shared_ptr<NativeThread> current = CurrentThread()) {
+        current->SetPriority(static_cast<int>(level) - 1);
+    }
+}
+
+int32_t CWorkerThread::ThreadMain() {
+    const int32_t result = Guarded([this] { return Run(); });
+    running = false;
+    return result;
+}
+
+bool CWorkerThread::StartThread() {
+    CancelThread();
+    cancelled = 0;
+    const crit_section_scope scope(section);
+    auto started = std::make_shared<NativeThread>();
+    const auto enter = [](void* self) { static_cast<CWorkerThread*>(self)->ThreadMain(); };
+    running = true;
+    if (!started->Start(enter, this, kStackBytes)) {
+        running = false;
+        return false;
+    }
+    thread = std::move(started);
+    return true;
+}
+
+std::shared_ptr<NativeThread> CWorkerThread::CurrentThread() {
+    const crit_section_scope scope(section);
+    return thread;
+}
+
+} // namespace tessarin

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "platform/binary_file.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace tessarin {
+
+/// The numbers by which multimedia file functions tell what went wrong.
+enum mmio_error : int32_t {
+    kMmioNoError = 0,
+    kMmioFileNotFound = 257,
+    kMmioOutOfMemory = 258,
+    kMmioCannotOpen = 259,
+    kMmioCannotRead = 261,
+    kMmioCannotWrite = 262,
+    kMmioCannotSeek = 263,
+    kMmioChunkNotFound = 265,
+    kMmioPathNotFound = 267,
+    kMmioAccessDenied = 268,
+    kMmioSharingViolation = 269,
+    kMmioNetworkError = 270,
+    kMmioTooManyOpenFiles = 271,
+    kMmioInvalidFile = 272,
+};
+
+/// The four letters of a chunk's name as they stand in the file.
+constexpr uint32_t FourCC(const char (&name)[5]) {
+    uint32_t code = 0;
+    for (int i = 3; i >= 0; --i) {
+        code = code << 8 | static_cast<uint8_t>(name[i]);
+    }
+    return code;
+}
+
+/// Where a chunk lies.
+struct mmio_chunk {
+    uint32_t id = 0;
+    uint32_t size = 0;     ///< bytes of the body as the file states them; see MmioFile
+    uint32_t form = 0;     ///< the first four bytes of a RIFF body
+    int64_t dataStart = 0; ///< position of the body
+    int64_t end = 0;       ///< position behind the body, without the pad byte of an odd size
+};
+
+/// Reads a RIFF file: named chunks of a stated size, each padded to an even one, some inside
+/// others. A file written to a pipe has a size of 0 or 0xFFFFFFFF for the whole and for its
+/// "data", because the writer could not go back: both stand for the rest of the file. Any other
+/// size is believed, even when the file is shorter; a read then ends early.
+class MmioFile {
+public:
+    [[nodiscard]] int32_t Open(const char* path);
+    void Close() { file.Close(); }
+    bool IsOpen() const { return file.IsOpen(); }
+
+    /// Finds the next RIFF chunk of `form` from the present position on, which moves behind the
+    /// form's name.
+    [[nodiscard]] int32_t DescendForm(uint32_t form, mmio_chunk* found);
+
+    /// Finds the next chunk named `id` inside `parent` from the present position on, which moves
+    /// to its body.
+    [[nodiscard]] int32_t DescendChunk(uint32_t id, const mmio_chunk& parent, mmio_chunk* found);
+
+    /// Moves behind `chunk` and its padding.
+    [[nodiscard]] int32_t Ascend(const mmio_chunk& chunk);
+
+    /// Reads up to `bytes` bytes; fewer only at the end of the file. Returns how many, or -1.
+    int64_t Read(void* buffer, size_t bytes) { return file.Read(buffer, bytes); }
+    [[nodiscard]] int32_t Seek(int64_t position);
+    /// The position in the file, or -1.
+    int64_t Tell() { return file.Tell(); }
+
+private:
+    int32_t ReadHeader(int64_t limit, mmio_chunk* chunk);
+
+    BinaryFile file;
+};
+
+} // namespace tessarin

@@ -1,0 +1,73 @@
+#include "platform/binary_file.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tessarin {
+
+namespace {
+
+open_failure FailureOf(int error) {
+    switch (error) {
+    case ENOENT:
+        return open_failure::kFileNotFound;
+    case ENOTDIR:
+        return open_failure::kPathNotFound;
+    case EACCES:
+    case EPERM:
+    case EISDIR:
+        return open_failure::kAccessDenied;
+    case EBUSY:
+    case ETXTBSY:
+        return open_failure::kSharingViolation;
+    case EMFILE:
+    case ENFILE:
+        return open_failure::kTooManyOpenFiles;
+    case ENOMEM:
+        return open_failure::kOutOfMemory;
+    default:
+        return open_failure::kOther;
+    }
+}
+
+} // namespace
+
+open_failure BinaryFile::Open(const char* path) {
+    Close();
+    if (path == nullptr) {
+        return open_failure::kFileNotFound;
+    }
+    const int descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (descriptor < 0) {
+        return FailureOf(errno);
+    }
+    struct stat status = {};
+    if (fstat(descriptor, &status) != 0 || S_ISDIR(status.st_mode)) {
+        close(descriptor);
+        return open_failure::kAccessDenied;
+    }
+    stream.reset(fdopen(descriptor, "rb"));
+    if (stream == nullptr) {
+        close(descriptor);
+        return open_failure::kOutOfMemory;
+    }
+    size = S_ISREG(status.st_mode) ? int64_t{status.st_size} : 0;
+    return open_failure::kNone;
+}
+
+int64_t BinaryFile::Read(void* buffer, size_t bytes) {
+    const size_t got = std::fread(buffer, 1, bytes, stream.get());
+    return got < bytes && std::ferror(stream.get()) != 0 ? -1 : static_cast<int64_t>(got);
+}
+
+bool BinaryFile::Seek(int64_t position) {
+    return position >= 0 && fseeko(stream.get(), position, SEEK_SET) == 0;
+}
+
+int64_t BinaryFile::Tell() {
+    return ftello(stream.get());
+}
+
+} // namespace tessarin
