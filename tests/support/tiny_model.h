@@ -1,0 +1,87 @@
+#pragma once
+
+#include "model/accoustic_hmm.h"
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <numbers>
+#include <string>
+#include <vector>
+
+namespace tessarin::test {
+
+/// A small acoustic model for tests: strictly left to right, with every phoneme after every other.
+struct tiny_model {
+    std::vector<std::string> labels = {"x", "AA", "s"};
+    int32_t numStates = 3;
+    int32_t numMixtures = 1;
+    int32_t numFeatures = 2;
+    float selfLoop = 0.6f;
+    float variance = 0.25f;
+
+    /// All means of global state `s` are `s`, those of later Gaussians a little more.
+    std::unique_ptr<CAccousticHMM> Make() const {
+        auto model = std::make_unique<CAccousticHMM>();
+        model->numModels = static_cast<int32_t>(labels.size());
+        model->numStates = numStates;
+        model->numMixtures = numMixtures;
+        model->labels = labels;
+        model->descriptor.numFeatures = numFeatures;
+        model->models.resize(labels.size());
+        const auto total = static_cast<size_t>(model->GetTotalStates());
+        model->transitions = float_matrix(total, total);
+        for (size_t s = 0; s < total; ++s) {
+            AddState(*model, s);
+        }
+        model->AnalyseTopology();
+        model->BuildScoring();
+        return model;
+    }
+
+private:
+    void AddState(CAccousticHMM& model, size_t s) const {
+        const size_t states = static_cast<size_t>(numStates);
+        const size_t local = s % states;
+        CAccousticHMMState state;
+        state.transitions.assign(states, 0.0f);
+        state.transitions[local] = model.transitions[s][s] = selfLoop;
+        if (local + 1 < states) {
+            state.transitions[local + 1] = model.transitions[s][s + 1] = 1.0f - selfLoop;
+        } else {
+            for (size_t phoneme = 0; phoneme < labels.size(); ++phoneme) {
+                model.transitions[s][phoneme * states] +=
+                    (1.0f - selfLoop) / static_cast<float>(labels.size());
+            }
+        }
+        const auto width = static_cast<size_t>(numFeatures);
+        const double gConst =
+            std::pow(2.0 * std::numbers::pi * static_cast<double>(variance), -0.5 * numFeatures);
+        for (int32_t m = 0; m < numMixtures; ++m) {
+            CGaussMixture mixture;
+            mixture.weight = 1.0 / numMixtures;
+            mixture.mean.assign(width, static_cast<float>(s) + 0.125f * static_cast<float>(m));
+            mixture.inverseCovariance.assign(width, 1.0f / variance);
+            mixture.gConst = gConst;
+            state.mixtures.push_back(mixture);
+        }
+        model.models[s / states].states.push_back(state);
+    }
+};
+
+/// The image of a model, by way of a file of that name.
+inline std::vector<uint8_t> ImageOf(CAccousticHMM& model, const std::string& path) {
+    if (!model.Write(path.c_str())) {
+        return {};
+    }
+    std::ifstream file(path, std::ios::binary);
+    std::vector<uint8_t> image{std::istreambuf_iterator<char>(file), {}};
+    file.close();
+    std::remove(path.c_str());
+    return image;
+}
+
+} // namespace tessarin::test
