@@ -2,8 +2,10 @@
 
 #include "frame/little_endian.h"
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string_view>
 
@@ -29,7 +31,7 @@ public:
 
     /// Fills `values`, of any numeric type, at the speed of a copy. After a failure they are as
     /// they were.
-    template <class T> bool ReadAll(std::span<T> values);
+    template <class T, size_t Extent> bool ReadAll(std::span<T, Extent> values);
 
     /// The next `count` bytes, in place.
     std::span<const uint8_t> ReadBytes(size_t count);
@@ -86,13 +88,16 @@ template <class T> T ByteCursor::Read() {
     return failed ? T{} : LoadLittleEndian<T>(bytes.data());
 }
 
-template <class T> bool ByteCursor::ReadAll(std::span<T> values) {
+template <class T, size_t Extent> bool ByteCursor::ReadAll(std::span<T, Extent> values) {
     const std::span<const uint8_t> bytes = ReadBytes(values.size_bytes());
-    if (failed) {
-        return false;
+    if (failed || values.empty()) {
+        return !failed;
     }
-    for (size_t i = 0; i < values.size(); ++i) {
-        values[i] = LoadLittleEndian<T>(bytes.data() + i * sizeof(T));
+    std::memcpy(values.data(), bytes.data(), bytes.size());
+    if constexpr (std::endian::native == std::endian::big) {
+        for (T& value : values) {
+            value = ToLittleEndian(value);
+        }
     }
     return true;
 }
