@@ -5,6 +5,7 @@
 #include "tessarin/articulator.h"
 #include "tessarin/converted_text.h"
 #include "tessarin/error_codes.h"
+#include "tessarin/language_constraints.h"
 #include "tessarin/logging.h"
 #include "tessarin/observation_stream.h"
 #include "tessarin/pcm_stream.h"

@@ -1,12 +1,10 @@
 #pragma once
 
 #include "model/accoustic_hmm.h"
+#include "support/byte_builder.h"
+#include "support/temp_file.h"
 
 #include <cmath>
-#include <cstdint>
-#include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <numbers>
 #include <string>
@@ -72,16 +70,14 @@ private:
     }
 };
 
-/// The image of a model, by way of a file of that name.
-inline std::vector<uint8_t> ImageOf(CAccousticHMM& model, const std::string& path) {
-    if (!model.Write(path.c_str())) {
+/// The image of a model.
+inline bytes ImageOf(CAccousticHMM& model) {
+    const TempFile file;
+    if (!model.Write(file.Path())) {
         return {};
     }
-    std::ifstream file(path, std::ios::binary);
-    std::vector<uint8_t> image{std::istreambuf_iterator<char>(file), {}};
-    file.close();
-    std::remove(path.c_str());
-    return image;
+    const std::string image = file.Content();
+    return {image.begin(), image.end()};
 }
 
 } // namespace tessarin::test
