@@ -10,12 +10,12 @@ namespace tessarin {
 /// Why a file does not open.
 enum class open_failure {
     kNone,
-    kFileNotFound,
-    kPathNotFound,
+    kNoSuchFile,
+    kNoSuchPath,
     kAccessDenied,
     kSharingViolation,
     kTooManyOpenFiles,
-    kOutOfMemory,
+    kNoMemory,
     kOther,
 };
 

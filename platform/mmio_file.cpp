@@ -16,9 +16,9 @@ int32_t ErrorOf(open_failure failure) {
     switch (failure) {
     case open_failure::kNone:
         return kMmioNoError;
-    case open_failure::kFileNotFound:
+    case open_failure::kNoSuchFile:
         return kMmioFileNotFound;
-    case open_failure::kPathNotFound:
+    case open_failure::kNoSuchPath:
         return kMmioPathNotFound;
     case open_failure::kAccessDenied:
         return kMmioAccessDenied;
@@ -26,7 +26,7 @@ int32_t ErrorOf(open_failure failure) {
         return kMmioSharingViolation;
     case open_failure::kTooManyOpenFiles:
         return kMmioTooManyOpenFiles;
-    case open_failure::kOutOfMemory:
+    case open_failure::kNoMemory:
         return kMmioOutOfMemory;
     case open_failure::kOther:
         break;

@@ -12,9 +12,9 @@ namespace {
 open_failure FailureOf(int error) {
     switch (error) {
     case ENOENT:
-        return open_failure::kFileNotFound;
+        return open_failure::kNoSuchFile;
     case ENOTDIR:
-        return open_failure::kPathNotFound;
+        return open_failure::kNoSuchPath;
     case EACCES:
     case EPERM:
     case EISDIR:
@@ -26,7 +26,7 @@ open_failure FailureOf(int error) {
     case ENFILE:
         return open_failure::kTooManyOpenFiles;
     case ENOMEM:
-        return open_failure::kOutOfMemory;
+        return open_failure::kNoMemory;
     default:
         return open_failure::kOther;
     }
@@ -37,7 +37,7 @@ open_failure FailureOf(int error) {
 open_failure BinaryFile::Open(const char* path) {
     Close();
     if (path == nullptr) {
-        return open_failure::kFileNotFound;
+        return open_failure::kNoSuchFile;
     }
     const int descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) {
@@ -51,7 +51,7 @@ open_failure BinaryFile::Open(const char* path) {
     stream.reset(fdopen(descriptor, "rb"));
     if (stream == nullptr) {
         close(descriptor);
-        return open_failure::kOutOfMemory;
+        return open_failure::kNoMemory;
     }
     size = S_ISREG(status.st_mode) ? int64_t{status.st_size} : 0;
     return open_failure::kNone;

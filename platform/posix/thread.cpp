@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <new>
 #include <pthread.h>
 #include <sched.h>
 
@@ -47,7 +48,11 @@ bool NativeThread::Start(void (*body)(void*), void* argument, size_t stackBytes)
     if (state->joinable || pthread_attr_init(&attributes) != 0) {
         return false;
     }
-    auto start = std::make_unique<thread_start>(thread_start{body, argument, state.get()});
+    std::unique_ptr<thread_start> start(
+        new (std::nothrow) thread_start{body, argument, state.get()});
+    if (start == nullptr) {
+        return false;
+    }
     pthread_attr_setstacksize(&attributes, stackBytes); // a size that is refused leaves the default
     state->joinable = pthread_create(&state->thread, &attributes, Enter, start.get()) == 0;
     pthread_attr_destroy(&attributes);

@@ -10,9 +10,9 @@ namespace {
 open_failure FailureOf(DWORD error) {
     switch (error) {
     case ERROR_FILE_NOT_FOUND:
-        return open_failure::kFileNotFound;
+        return open_failure::kNoSuchFile;
     case ERROR_PATH_NOT_FOUND:
-        return open_failure::kPathNotFound;
+        return open_failure::kNoSuchPath;
     case ERROR_ACCESS_DENIED:
         return open_failure::kAccessDenied;
     case ERROR_SHARING_VIOLATION:
@@ -21,7 +21,7 @@ open_failure FailureOf(DWORD error) {
     case ERROR_TOO_MANY_OPEN_FILES:
         return open_failure::kTooManyOpenFiles;
     case ERROR_NOT_ENOUGH_MEMORY:
-        return open_failure::kOutOfMemory;
+        return open_failure::kNoMemory;
     default:
         return open_failure::kOther;
     }
@@ -32,7 +32,7 @@ open_failure FailureOf(DWORD error) {
 open_failure BinaryFile::Open(const char* path) {
     Close();
     if (path == nullptr) {
-        return open_failure::kFileNotFound;
+        return open_failure::kNoSuchFile;
     }
     SetLastError(ERROR_SUCCESS);
     stream.reset(_fsopen(path, "rb", _SH_DENYNO));

@@ -1,6 +1,7 @@
 #include "platform/thread.h"
 
 #include <mutex>
+#include <new>
 #include <process.h>
 #include <windows.h>
 
@@ -44,7 +45,11 @@ bool NativeThread::Start(void (*body)(void*), void* argument, size_t stackBytes)
     if (state->thread != nullptr) {
         return false;
     }
-    auto start = std::make_unique<thread_start>(thread_start{body, argument, state.get()});
+    std::unique_ptr<thread_start> start(
+        new (std::nothrow) thread_start{body, argument, state.get()});
+    if (start == nullptr) {
+        return false;
+    }
     const uintptr_t handle =
         _beginthreadex(nullptr, static_cast<unsigned>(stackBytes), Enter, start.get(), 0, nullptr);
     if (handle == 0) {
