@@ -1,8 +1,9 @@
 #pragma once
 
+#include "frame/allocation.h"
+
+#include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <new>
 #include <type_traits>
 
 namespace tessarin {
@@ -43,13 +44,13 @@ template <class T> C2DArray<T>::C2DArray(int32_t rowCount, int32_t colCount) {
         return;
     }
     const size_t elements = numRows * numCols;
-    block = static_cast<T*>(std::calloc(elements == 0 ? 1 : elements, sizeof(T)));
+    block = static_cast<T*>(alloc(elements * sizeof(T), true));
     if (block == nullptr) {
         return;
     }
-    rowTable = static_cast<T**>(std::malloc((numRows + 1) * sizeof(T*)));
+    rowTable = static_cast<T**>(alloc(numRows * sizeof(T*), false));
     if (rowTable == nullptr) {
-        std::free(block);
+        tessarin::free(block);
         block = nullptr;
         return;
     }
@@ -61,8 +62,8 @@ template <class T> C2DArray<T>::C2DArray(int32_t rowCount, int32_t colCount) {
 }
 
 template <class T> C2DArray<T>::~C2DArray() {
-    std::free(block);
-    std::free(rowTable);
+    tessarin::free(block);
+    tessarin::free(rowTable);
 }
 
 } // namespace tessarin

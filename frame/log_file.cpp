@@ -39,8 +39,12 @@ FILE* OpenedLog() {
 
 CCritSection& LogLock() {
     // Never destroyed: static objects of the host may be traced while the process ends.
-    static CCritSection& lock = *new CCritSection;
-    return lock;
+    static union permanent {
+        permanent() : lock() {}
+        ~permanent() {}
+        CCritSection lock;
+    } holder;
+    return holder.lock;
 }
 
 } // namespace tessarin

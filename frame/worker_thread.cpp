@@ -13,7 +13,7 @@ namespace tessarin {
 namespace {
 
 // The resampler alone keeps 16 KiB of samples on the stack.
-constexpr size_t kStackBytes = 512 * 1024;
+constexpr size_t kStackBytes = size_t{512} * 1024;
 
 } // namespace
 
@@ -24,7 +24,14 @@ CWorkerThread::~CWorkerThread() {
 void CWorkerThread::CancelThread() {
     cancelled = 1;
     const flog trace("CWorkerThread::CancelThread");
-    if (const std::shared_ptr<NativeThread> last = CurrentThread()) {
+    std::shared_ptr<NativeThread> last;
+    {
+        // Once more under the lock: another thread may have started anew and cleared the flag.
+        const crit_section_scope scope(section);
+        cancelled = 1;
+        last = thread;
+    }
+    if (last != nullptr) {
         last->Join();
     }
 }
@@ -42,12 +49,10 @@ void CWorkerThread::Sleep(uint32_t ms) {
 }
 
 void CWorkerThread::SetPriority(uint32_t level) {
+    const crit_section_scope scope(section);
     priority = level;
-    if (!running || level > 2) {
-        return;
-    }
-    if (const std::shared_ptr<NativeThread> current = CurrentThread()) {
-        current->SetPriority(static_cast<int>(level) - 1);
+    if (running && level <= 2) {
+        thread->SetPriority(static_cast<int>(level) - 1);
     }
 }
 
@@ -59,8 +64,8 @@ int32_t CWorkerThread::ThreadMain() {
 
 bool CWorkerThread::StartThread() {
     CancelThread();
-    cancelled = 0;
     const crit_section_scope scope(section);
+    cancelled = 0;
     auto started = std::make_shared<NativeThread>();
     const auto enter = [](void* self) { static_cast<CWorkerThread*>(self)->ThreadMain(); };
     running = true;
@@ -70,11 +75,6 @@ bool CWorkerThread::StartThread() {
     }
     thread = std::move(started);
     return true;
-}
-
-std::shared_ptr<NativeThread> CWorkerThread::CurrentThread() {
-    const crit_section_scope scope(section);
-    return thread;
 }
 
 } // namespace tessarin

@@ -41,8 +41,6 @@ public:
     virtual bool StartThread();
 
 private:
-    std::shared_ptr<NativeThread> CurrentThread();
-
     uint32_t priority = 1;
     std::shared_ptr<NativeThread> thread;
     CCritSection section;

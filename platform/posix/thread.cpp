@@ -44,13 +44,10 @@ NativeThread::~NativeThread() {
 
 bool NativeThread::Start(void (*body)(void*), void* argument, size_t stackBytes) {
     const std::lock_guard guard(state->mutex);
+    std::unique_ptr<thread_start> start(new (std::nothrow)
+                                            thread_start{body, argument, state.get()});
     pthread_attr_t attributes;
-    if (state->joinable || pthread_attr_init(&attributes) != 0) {
-        return false;
-    }
-    std::unique_ptr<thread_start> start(
-        new (std::nothrow) thread_start{body, argument, state.get()});
-    if (start == nullptr) {
+    if (state->joinable || start == nullptr || pthread_attr_init(&attributes) != 0) {
         return false;
     }
     pthread_attr_setstacksize(&attributes, stackBytes); // a size that is refused leaves the default

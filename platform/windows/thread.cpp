@@ -42,12 +42,9 @@ NativeThread::~NativeThread() {
 
 bool NativeThread::Start(void (*body)(void*), void* argument, size_t stackBytes) {
     const std::lock_guard guard(state->mutex);
-    if (state->thread != nullptr) {
-        return false;
-    }
-    std::unique_ptr<thread_start> start(
-        new (std::nothrow) thread_start{body, argument, state.get()});
-    if (start == nullptr) {
+    std::unique_ptr<thread_start> start(new (std::nothrow)
+                                            thread_start{body, argument, state.get()});
+    if (state->thread != nullptr || start == nullptr) {
         return false;
     }
     const uintptr_t handle =
