@@ -1,0 +1,454 @@
+#include "features/spectral_stream.h"
+
+#include "features/scripted_pcm_stream.h"
+#include "features/test_descriptors.h"
+#include "support/signals.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <complex>
+#include <functional>
+#include <limits>
+#include <numbers>
+#include <string>
+#include <vector>
+
+namespace tessarin {
+namespace {
+
+using test::ScriptedPcmStream;
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::FloatNear;
+
+constexpr int32_t kBands = 24;
+
+struct analysis {
+    CSpectralFeatureDescriptor descriptor;
+    analysis() { test::SetMelBands(descriptor, kBands); }
+};
+
+using observations = std::vector<std::vector<float>>;
+
+observations ReadAll(CSpectralStream& stream, int32_t numFeatures) {
+    observations all;
+    for (uint32_t i = 0; i < stream.GetNumObservations(); ++i) {
+        std::vector<float> features(static_cast<size_t>(numFeatures));
+        float energy = 0;
+        EXPECT_EQ(stream.GetObservation(features.data(), &energy), kNoError);
+        all.push_back(features);
+    }
+    return all;
+}
+
+std::vector<float> Speechlike(size_t count) {
+    std::vector<float> samples = test::WhiteNoise(count, 300.0f, 5);
+    const std::vector<float> low = test::Sine(count, 210, 16000, 4000);
+    const std::vector<float> high = test::Sine(count, 2900, 16000, 900);
+    for (size_t i = 0; i < count; ++i) {
+        samples[i] += low[i] * static_cast<float>(i % 4000) / 4000.0f + high[i];
+    }
+    return samples;
+}
+
+/// The cepstra of the frame that begins at `begin`, by the definition and in double precision.
+std::vector<double> PlainCepstra(const std::vector<float>& audio, size_t begin,
+                                 const CSpectralFeatureDescriptor& descriptor) {
+    const size_t size = static_cast<size_t>(descriptor.windowSize);
+    std::vector<double> energies;
+    std::vector<double> power;
+    for (size_t bin = 0; bin < size / 2; ++bin) {
+        std::complex<double> sum = 0;
+        for (size_t i = 0; i < size; ++i) {
+            const double turn = 2 * std::numbers::pi * double(i);
+            const double weight = (25 - 21 * std::cos(turn / double(size - 1))) / 46;
+            const double sample = begin + i < audio.size() ? audio[begin + i] : 0.0;
+            sum += weight * std::polar(sample, turn * double(bin) / double(size));
+        }
+        power.push_back(std::norm(sum) / double(size));
+    }
+    const double width = descriptor.sampleRate / double(size);
+    for (const tagBandFilter& band : descriptor.bands) {
+        double sum = 0;
+        double weights = 0;
+        for (size_t bin = 0; bin < power.size(); ++bin) {
+            const double f = double(bin) * width;
+            const double weight =
+                std::max(0.0, std::min((f - band.low) / (band.centre - band.low),
+                                       (band.high - f) / (band.high - band.centre)));
+            sum += weight * power[bin];
+            weights += weight;
+        }
+        energies.push_back(sum / weights < 1 ? 0.0 : std::log10(sum / weights));
+    }
+    std::vector<double> cepstra;
+    for (int j = 0; j < descriptor.numCepstra; ++j) {
+        double sum = 0;
+        for (size_t i = 0; i < energies.size(); ++i) {
+            sum += std::cos((double(i) + 0.5) * std::numbers::pi * j / double(energies.size())) *
+                   energies[i];
+        }
+        cepstra.push_back(sum);
+    }
+    return cepstra;
+}
+
+TEST(SpectralStream, GivesTheCepstraOfEachFrame) {
+    analysis model;
+    const std::vector<float> audio = Speechlike(2000);
+    ScriptedPcmStream pcm(audio);
+    CSpectralStream stream;
+    ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
+    for (size_t frame = 0; frame < 15; ++frame) { // the last ones reach beyond the audio
+        std::vector<float> cepstra(20);
+        float energy = 0;
+        ASSERT_EQ(stream.CalcCepstrum(cepstra.data(), 8, &energy), kNoError);
+        const std::vector<double> expected = PlainCepstra(audio, frame * 160, model.descriptor);
+        for (size_t j = 0; j < expected.size(); ++j) {
+            EXPECT_NEAR(cepstra[j], expected[j], 2e-3) << frame << ' ' << j;
+        }
+    }
+}
+
+TEST(SpectralStream, FindsNothingInSilence) {
+    analysis model;
+    ScriptedPcmStream pcm(std::vector<float>(16000, 0.0f));
+    CSpectralStream stream;
+    ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
+    EXPECT_EQ(stream.GetNumObservations(), 100u);
+    std::vector<float> bands(kBands, -1.0f);
+    uint32_t count = 0;
+    ASSERT_EQ(stream.GetBandEnergies(bands.data(), &count), kNoError);
+    EXPECT_EQ(count, static_cast<uint32_t>(kBands));
+    EXPECT_THAT(bands, Each(0.0f));
+
+    stream.SetProcessingFlags(kDecibelEnergy);
+    std::vector<float> features(15, -1.0f);
+    float energy = -1.0f;
+    ASSERT_EQ(stream.GetObservation(features.data(), &energy), kNoError);
+    EXPECT_THAT(features, Each(0.0f));
+    EXPECT_EQ(energy, 0.5f);
+}
+
+TEST(SpectralStream, ReadsPastTheEndAsSilence) {
+    analysis model;
+    const std::vector<float> audio = Speechlike(400);
+    std::vector<float> padded = audio;
+    padded.resize(16000, 0.0f);
+    ScriptedPcmStream pcm(audio);
+    ScriptedPcmStream longer(padded);
+    CSpectralStream stream;
+    CSpectralStream reference;
+    ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
+    ASSERT_EQ(reference.Init2(&longer, 1, &model.descriptor), kNoError);
+    EXPECT_EQ(stream.GetNumObservations(), 2u);
+    reference.SetMaxObservations(2);
+    EXPECT_EQ(ReadAll(stream, 15), ReadAll(reference, 15));
+}
+
+TEST(SpectralStream, GivesTheSameVectorsAfterARestart) {
+    for (const int32_t features : {15, 16, 39}) {
+        SCOPED_TRACE(features);
+        analysis model;
+        model.descriptor.numFeatures = features;
+        model.descriptor.numCepstra = features == 39 ? 12 : 8;
+        ScriptedPcmStream pcm(Speechlike(8000));
+        CSpectralStream stream;
+        ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
+        const observations first = ReadAll(stream, features);
+        float low = 0;
+        float high = 0;
+        stream.GetEnergyRange(&low, &high);
+        EXPECT_LT(low, high);
+        stream.Restart();
+        EXPECT_EQ(ReadAll(stream, features), first);
+        float lowAgain = 0;
+        float highAgain = 0;
+        stream.GetEnergyRange(&lowAgain, &highAgain);
+        EXPECT_EQ(low, lowAgain);
+        EXPECT_EQ(high, highAgain);
+    }
+}
+
+TEST(SpectralStream, MeasuresEnergyBetweenTheNeighbouringFrames) {
+    // Every difference is 10 in size, also across the borders of frames.
+    std::vector<float> zigzag(4000);
+    for (size_t i = 0; i < zigzag.size(); ++i) {
+        zigzag[i] = i % 2 == 0 ? 5.0f : -5.0f;
+    }
+    analysis model;
+    model.descriptor.numFeatures = 16;
+    ScriptedPcmStream pcm(zigzag);
+    CSpectralStream stream;
+    ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
+    stream.SetProcessingFlags(kDecibelEnergy);
+    std::vector<float> features(16);
+    float energy = 0;
+    ASSERT_EQ(stream.GetObservation(features.data(), &energy), kNoError);
+    EXPECT_NEAR(energy, 20.5f, 1e-4);
+    EXPECT_NEAR(features[0], 20.5f / 20, 1e-5);
+}
+
+TEST(SpectralStream, TakesNoMaximumFromAClippedFrame) {
+    analysis model;
+    for (const float amplitude : {8000.0f, 32000.0f}) {
+        ScriptedPcmStream pcm(test::Sine(3000, 1000, 16000, amplitude));
+        CSpectralStream stream;
+        ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
+        std::vector<float> features(15);
+        float energy = 0;
+        ASSERT_EQ(stream.GetObservation(features.data(), &energy), kNoError);
+        float low = 0;
+        float high = 0;
+        stream.GetEnergyRange(&low, &high);
+        EXPECT_GT(low, amplitude / 2);
+        EXPECT_EQ(high, amplitude < 10000.0f ? high : 0.0f);
+        EXPECT_EQ(high > 0.0f, amplitude < 10000.0f);
+    }
+}
+
+TEST(SpectralStream, RefusesAGeometryThatDoesNotFit) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const std::vector<std::function<void(CSpectralFeatureDescriptor&)>> faults = {
+        [](auto& d) { d.windowSize = 500; },
+        [](auto& d) { d.windowSize = 0; },
+        [](auto& d) { d.windowSize = 1; },
+        [](auto& d) { d.windowSize = -512; },
+        [](auto& d) { d.windowSize = std::numeric_limits<int32_t>::min(); },
+        [](auto& d) { d.windowSize = 131072; },
+        [](auto& d) { d.windowOverlap = 512; },
+        [](auto& d) { d.windowOverlap = -1; },
+        [](auto& d) { d.windowOverlap = std::numeric_limits<int32_t>::min(); },
+        [](auto& d) { d.numCepstra = 0; },
+        [](auto& d) { d.numCepstra = 21; },
+        [](auto& d) { d.numCepstra = 20, d.numFeatures = 16; },
+        [](auto& d) { d.numFeatures = -1; },
+        [](auto& d) { test::SetMelBands(d, 768); },
+    };
+    for (size_t i = 0; i < faults.size(); ++i) {
+        SCOPED_TRACE(i);
+        analysis model;
+        faults[i](model.descriptor);
+        ScriptedPcmStream pcm(std::vector<float>(2000, 1.0f));
+        CSpectralStream stream;
+        EXPECT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kInvalidArgument);
+        std::vector<float> values(2000);
+        float energy = 0;
+        uint32_t count = 0;
+        EXPECT_EQ(stream.GetObservation(values.data(), &energy), kInvalidArgument);
+        EXPECT_EQ(stream.GetBandEnergies(values.data(), &count), kInvalidArgument);
+        EXPECT_EQ(stream.ReadNextFrame(), kInvalidArgument);
+        stream.Restart();
+    }
+    analysis model;
+    for (tagBandFilter& band : model.descriptor.bands) {
+        band.centre = nan;
+    }
+    model.descriptor.numCepstra = 20;
+    ScriptedPcmStream pcm(std::vector<float>(2000, nan));
+    CSpectralStream stream;
+    EXPECT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
+    ReadAll(stream, 15);
+}
+
+TEST(SpectralStream, WorksAtTheEndsOfItsGeometry) {
+    struct geometry {
+        int32_t windowSize;
+        int32_t overlap;
+    };
+    for (const geometry& each : {geometry{2, 0}, geometry{2, 1}, geometry{512, 0},
+                                 geometry{512, 511}, geometry{65536, 65535}}) {
+        SCOPED_TRACE(each.windowSize);
+        analysis model;
+        model.descriptor.windowSize = each.windowSize;
+        model.descriptor.windowOverlap = each.overlap;
+        test::SetMelBands(model.descriptor, 2);
+        ScriptedPcmStream pcm(Speechlike(3000));
+        CSpectralStream stream;
+        ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
+        std::vector<float> features(15);
+        float energy = 0;
+        EXPECT_EQ(stream.GetObservation(features.data(), &energy), kNoError);
+        EXPECT_GT(energy, 0.0f);
+        uint32_t windowSize = 0;
+        uint32_t overlap = 0;
+        stream.GetFrameGeometry(&windowSize, &overlap);
+        EXPECT_EQ(windowSize, static_cast<uint32_t>(each.windowSize));
+        EXPECT_EQ(overlap, static_cast<uint32_t>(each.overlap));
+    }
+}
+
+TEST(SpectralStream, PassesTheErrorOfItsSource) {
+    analysis model;
+    for (const size_t failFrom : {0u, 352u, 512u}) {
+        ScriptedPcmStream pcm(Speechlike(4000));
+        pcm.failFrom = failFrom;
+        CSpectralStream stream;
+        ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
+        std::vector<float> features(15);
+        float energy = 0;
+        EXPECT_EQ(stream.GetObservation(features.data(), &energy), kFileInUse) << failFrom;
+    }
+}
+
+TEST(SpectralStream, AnswersWithoutASource) {
+    CSpectralStream stream;
+    float features = 0;
+    float energy = 0;
+    EXPECT_EQ(stream.GetNumObservations(), 0u);
+    EXPECT_EQ(stream.GetSampleRate(), 0.0f);
+    EXPECT_EQ(stream.GetObservation(&features, &energy), kInvalidArgument);
+    EXPECT_EQ(stream.Init(nullptr, 1, 512, 352), kInvalidArgument);
+    stream.Restart();
+    stream.Stop();
+}
+
+TEST(SpectralStream, HoldsOneReferenceToItsSource) {
+    analysis model;
+    ScriptedPcmStream first(Speechlike(2000));
+    ScriptedPcmStream second(Speechlike(2000));
+    const auto references = [](ScriptedPcmStream& pcm) {
+        pcm.AddRef();
+        return pcm.Release();
+    };
+    {
+        CSpectralStream stream;
+        ASSERT_EQ(stream.Init2(&first, 1, &model.descriptor), kNoError);
+        EXPECT_EQ(references(first), 2);
+        ASSERT_EQ(stream.Init2(&second, 1, &model.descriptor), kNoError);
+        EXPECT_EQ(references(first), 1);
+        EXPECT_EQ(references(second), 2);
+        stream.Stop();
+        float energy = 0;
+        std::vector<float> features(15);
+        EXPECT_EQ(stream.GetObservation(features.data(), &energy), kInvalidArgument);
+        ASSERT_EQ(stream.Init2(&second, 1, &model.descriptor), kNoError);
+        EXPECT_EQ(stream.GetObservation(features.data(), &energy), kNoError);
+    }
+    EXPECT_EQ(references(second), 1);
+}
+
+TEST(SpectralStream, FollowsARateThatChangesBeforeARestart) {
+    analysis model;
+    const std::vector<float> audio = Speechlike(3000);
+    ScriptedPcmStream pcm(audio);
+    CSpectralStream stream;
+    ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
+    pcm.SetRate(12000);
+    stream.Restart();
+    EXPECT_FLOAT_EQ(stream.GetSampleRate(), 12000.0f);
+    ScriptedPcmStream slow(audio, 12000);
+    CSpectralStream reference;
+    ASSERT_EQ(reference.Init2(&slow, 1, &model.descriptor), kNoError);
+    EXPECT_EQ(ReadAll(stream, 15), ReadAll(reference, 15));
+}
+
+TEST(SpectralStream, SubtractsAFloorThatTheHostGives) {
+    analysis model;
+    model.descriptor.numCepstra = 20;
+    ScriptedPcmStream pcm(Speechlike(4000));
+    CSpectralStream stream;
+    ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
+    const auto firstCepstrum = [&] {
+        stream.Restart();
+        std::vector<float> cepstra(20);
+        float energy = 0;
+        EXPECT_EQ(stream.CalcCepstrum(cepstra.data(), 20, &energy), kNoError);
+        return cepstra[0];
+    };
+    const float before = firstCepstrum();
+    const std::vector<float> floor(kBands, 0.25f);
+    EXPECT_EQ(stream.SetNoiseFloor(2, floor.data(), kBands), kNotAvailable);
+    EXPECT_EQ(firstCepstrum(), before);
+    EXPECT_EQ(stream.SetNoiseFloor(1, floor.data(), kBands), kNoError);
+    EXPECT_NEAR(firstCepstrum(), before - 0.25f * kBands, 1e-3);
+
+    // A bank of another width has no use for that floor and learns its own.
+    test::SetMelBands(model.descriptor, kBands - 1);
+    ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
+    EXPECT_GT(firstCepstrum(), 0.0f);
+}
+
+TEST(SpectralStream, LearnsAFloorWhenTheGivenOneHasTheWrongWidth) {
+    analysis model;
+    ScriptedPcmStream pcm(std::vector<float>(Speechlike(16000)));
+    CSpectralStream stream;
+    ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
+    const std::vector<float> floor(kBands, 100.0f);
+    for (const int32_t count : {kBands - 1, kBands + 1, -1, 0}) {
+        EXPECT_EQ(stream.SetNoiseFloor(1, floor.data(), count), kOutOfRange);
+    }
+    const auto frames = [&] {
+        stream.Restart();
+        observations all;
+        for (int i = 0; i < 12; ++i) {
+            std::vector<float> cepstra(20);
+            float energy = 0;
+            EXPECT_EQ(stream.CalcCepstrum(cepstra.data(), 8, &energy), kNoError);
+            all.push_back(cepstra);
+        }
+        return all;
+    };
+    const observations learning = frames();
+    // What is learned survives a restart, so the frames that taught it are reduced the next time.
+    const observations reduced = frames();
+    stream.SetProcessingFlags(0);
+    const observations plain = frames();
+    EXPECT_EQ(learning[9], plain[9]);
+    EXPECT_NEAR(learning[10][0], plain[10][0] - plain[9][0] / 10, 1e-3);
+    EXPECT_NEAR(reduced[0][0], plain[0][0] - plain[9][0] / 10, 1e-3);
+}
+
+class RecordingSink final : public ProgressSink {
+public:
+    void SetStatus(const char* text) override { texts.emplace_back(text); }
+    bool OnProgress(uint32_t done, uint32_t) override {
+        steps.push_back(done);
+        return steps.size() > cancelAfter;
+    }
+
+    std::vector<std::string> texts;
+    std::vector<uint32_t> steps;
+    size_t cancelAfter = 1000;
+};
+
+TEST(SpectralMean, LeavesTheObservationsAsTheyAre) {
+    for (const int32_t features : {15, 39}) {
+        analysis model;
+        model.descriptor.numFeatures = features;
+        const std::vector<float> audio = Speechlike(160 * 2500);
+        ScriptedPcmStream pcm(audio);
+        CSpectralStream stream;
+        ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
+        const observations plain = ReadAll(stream, features);
+
+        model.descriptor.flags = kCalcSpectralMean;
+        RecordingSink sink;
+        pcm.Start();
+        ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
+        stream.SetProgressSink(&sink);
+        EXPECT_EQ(ReadAll(stream, features), plain);
+        EXPECT_THAT(sink.texts, ElementsAre("Calculating Spectral Mean...", "Recognizing..."));
+        EXPECT_THAT(sink.steps, ElementsAre(0u, 1000u, 2000u));
+    }
+}
+
+TEST(SpectralMean, CanBeCancelled) {
+    analysis model;
+    model.descriptor.flags = kCalcSpectralMean;
+    RecordingSink sink;
+    sink.cancelAfter = 1;
+    ScriptedPcmStream pcm(Speechlike(160 * 1500));
+    CSpectralStream stream;
+    ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
+    stream.SetProgressSink(&sink);
+    std::vector<float> features(15);
+    float energy = 0;
+    EXPECT_EQ(stream.GetObservation(features.data(), &energy), kUserCancelled);
+    EXPECT_EQ(sink.steps.back(), 1000u);
+}
+
+} // namespace
+} // namespace tessarin
