@@ -1,0 +1,117 @@
+#include "articulation/concrete_sync_marker_collection.h"
+
+#include "articulation/score_mapping.h"
+#include "articulation/sync_marker.h"
+#include "frame/flog.h"
+#include "frame/text_copy.h"
+
+#include <algorithm>
+#include <limits>
+#include <string_view>
+
+namespace tessarin {
+
+CConcreteSyncMarkerCollection::CConcreteSyncMarkerCollection() : TArray<CSyncMarker>(kGrowthStep) {
+    flog scope("CConcreteSyncMarkerCollection::CConcreteSyncMarkerCollection");
+}
+
+CConcreteSyncMarkerCollection::CConcreteSyncMarkerCollection(const CSyncMarker* first,
+                                                             const CSyncMarker* last)
+    : TArray<CSyncMarker>(kGrowthStep) {
+    flog scope("CConcreteSyncMarkerCollection::CConcreteSyncMarkerCollection");
+    for (const CSyncMarker* marker = first; marker != last; ++marker) {
+        CSyncMarker copy;
+        if (CopySyncMarker(copy, *marker) != kNoError) {
+            return;
+        }
+        if (Add(copy) == 0) {
+            DeleteSyncMarker(copy);
+            return;
+        }
+    }
+}
+
+CConcreteSyncMarkerCollection::~CConcreteSyncMarkerCollection() {
+    flog scope("CConcreteSyncMarkerCollection::~CConcreteSyncMarkerCollection");
+    CConcreteSyncMarkerCollection::clear();
+}
+
+void CConcreteSyncMarkerCollection::PostProcessMarkers() {
+    if ((m_flags & kPostProcessScores) == 0) {
+        return;
+    }
+    std::string_view currentLabel;
+    const CSyncMarker* lastPhoneme = nullptr;
+    for (CSyncMarker& marker : static_cast<TArray<CSyncMarker>&>(*this)) {
+        if (marker.type != kPhonemeMarker && marker.type != kStateMarker) {
+            continue;
+        }
+        if (marker.type == kPhonemeMarker) {
+            currentLabel = FieldText(marker.label);
+            lastPhoneme = &marker;
+        }
+        // A phoneme that the end of the run before has cut in two counts its full length.
+        const std::string_view carried = FieldText(m_carried_label);
+        const bool goesOn = !carried.empty() && carried == currentLabel;
+        const int64_t durationMs =
+            int64_t{marker.end} - marker.start + (goesOn ? m_carried_duration : 0);
+        marker.score = MapScore(marker.score, currentLabel, durationMs);
+        // Kept: the first sound uses up what was carried, whatever its label, as hosts that feed a
+        // collection run by run have tuned their scores to.
+        CopyText(m_carried_label, "");
+    }
+    if (lastPhoneme == nullptr) {
+        return;
+    }
+    const std::string_view lastLabel = FieldText(lastPhoneme->label);
+    int64_t carriedMs = int64_t{lastPhoneme->end} - lastPhoneme->start;
+    if (lastLabel == FieldText(m_carried_label)) {
+        carriedMs += m_carried_duration; // reached by a phoneme without a label alone
+    }
+    m_carried_duration = static_cast<int32_t>(std::clamp<int64_t>(
+        carriedMs, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max()));
+    CopyText(m_carried_label, lastLabel);
+}
+
+void CConcreteSyncMarkerCollection::set_flags(uint32_t flags) {
+    m_flags = flags;
+}
+
+uint32_t CConcreteSyncMarkerCollection::get_flags() {
+    return m_flags;
+}
+
+int32_t CConcreteSyncMarkerCollection::size() {
+    return GetSize();
+}
+
+CSyncMarker* CConcreteSyncMarkerCollection::begin() {
+    flog scope("CConcreteSyncMarkerCollection::begin");
+    return IsEmpty() ? nullptr : TArray<CSyncMarker>::begin();
+}
+
+CSyncMarker* CConcreteSyncMarkerCollection::end() {
+    flog scope("CConcreteSyncMarkerCollection::end");
+    return IsEmpty() ? nullptr : TArray<CSyncMarker>::end();
+}
+
+void CConcreteSyncMarkerCollection::clear() {
+    while (!IsEmpty()) {
+        DeleteSyncMarker((*this)[GetSize() - 1]);
+        RemoveAt(GetSize() - 1);
+    }
+}
+
+void CConcreteSyncMarkerCollection::add_marker(const CSyncMarker& marker) {
+    flog scope("CConcreteSyncMarkerCollection::add_marker");
+    const TArray<CSyncMarker>& markers = *this;
+    const CSyncMarker* place =
+        std::find_if(markers.begin(), markers.end(),
+                     [&](const CSyncMarker& existing) { return existing.start > marker.start; });
+    if (InsertAt(static_cast<int32_t>(place - markers.begin()), marker) == 0) {
+        CSyncMarker unplaced = marker;
+        DeleteSyncMarker(unplaced);
+    }
+}
+
+} // namespace tessarin
