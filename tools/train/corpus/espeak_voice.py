@@ -7,20 +7,28 @@ reported consonant, up to VOWEL_LEAD_MS into the vowel. An `l` behind a vowel is
 is nearly over. What is reported is moved accordingly; the times that result are good to about
 15 ms, not exact as flite's are. Vowels that espeak-ng colours with an `r` are one phone to it and
 two to us, and are parted at fixed shares.
+
+Its pauses and closures are exact zeros, which no recording has: the logarithm of their spectrum
+would tell a model nothing about silence. Faint noise is put under the speech.
 """
 
 import array
 import ctypes
+import itertools
+import random
 
 from native import declare, load
 from utterance import Interval, Utterance, tidy
 
-# Voices that differ in size and manner of voice; a name is a language and a variant.
-ESPEAK_VOICES = ("en-us+m3", "en-us+f2", "en-us+m7", "en-us+f4", "en-us+klatt4", "en-us+f5")
+# Voices that differ in size and manner of voice; a name is a language and a variant. Variants
+# with an echo would fill the closures, by which stops are found.
+ESPEAK_VOICES = ("en-us+m3", "en-us+f1", "en-us+m7", "en-us+linda", "en-us+klatt4", "en-us+m1")
+
+NOISE_PEAK = 12  # of 32768, uniformly distributed
 
 QUIET = 16  # largest sample value of a closure; the synthesiser writes zeros and rings out
 LONGEST_INITIAL_CLOSURE_MS = 50.0
-VOWEL_LEAD_MS = {"m": 35.0, "n": 35.0, "NG": 35.0, "w": 20.0, "l": 20.0, "r": 20.0, "y": 20.0}
+VOWEL_LEAD_MS = {"m": 27.0, "n": 27.0, "NG": 27.0, "w": 20.0, "l": 20.0, "r": 20.0, "y": 20.0}
 LATE_L_MS = 40.0
 L_BEHIND_VOWEL_MS = 80.0
 
@@ -134,7 +142,7 @@ class EspeakVoice:
         if phones and phones[0].start_ms > 0:
             phones.insert(0, Interval(0.0, phones[0].start_ms, "x"))
         _move_boundaries(phones, samples, rate)
-        utterance = Utterance(rate, samples.tobytes(), phones, [])
+        utterance = Utterance(rate, _with_noise(samples).tobytes(), phones, [])
         utterance.phones = tidy(phones, utterance.duration_ms)
         return utterance
 
@@ -171,6 +179,15 @@ def _move_boundaries(phones, samples, rate):
             both_ms = phone.end_ms - before.start_ms
             start_ms = phone.end_ms - min(L_BEHIND_VOWEL_MS, 0.4 * both_ms)
         before.end_ms = phone.start_ms = start_ms
+
+
+_chance = random.Random(1)
+_NOISE = [_chance.randint(-NOISE_PEAK, NOISE_PEAK) for _ in range(16381)]
+
+
+def _with_noise(samples):
+    return array.array("h", (max(-32768, min(32767, sample + noise))
+                             for sample, noise in zip(samples, itertools.cycle(_NOISE))))
 
 
 def _closure_start_ms(samples, rate, from_ms, to_ms):

@@ -19,14 +19,25 @@ TRANSCRIPT = pathlib.Path("/usr/share/doc/asterisk-core-sounds-en/core-sounds-en
 # Prompts with a tone in them, and those of which the transcript does not tell what is said.
 _UNUSABLE = {"vm-intro", "spy-dahdi", "spy-h323", "spy-sip", "spy-unistim", "spy-zap"}
 
-_NOTE = re.compile(r"\[[^]]*\]|\([^)]*\)|<[^>]*>")
-_SPOKEN = {"*": " star ", "#": " pound ", "PBX": "P B X", "IVR": "I V R", "IAX": "I A X",
-           "MGCP": "M G C P", "USB": "U S B", "IP": "I P", "PIN": "pin", "3D": "three D"}
+_NOTE = re.compile(r"\[[^]]*\]|\([^)]*\)|<[^>]*>|\.\.\.")
+_DIGITS = "zero one two three four five six seven eight nine".split()
+
+# What is written, and what is said. Slips of spelling would mislead a pronunciation rule.
+_SPOKEN = {
+    "*": "star", "#": "pound", "PBX": "P B X", "IVR": "I V R", "IAX": "I A X", "MGCP": "M G C P",
+    "USB": "U S B", "IP": "I P", "3D": "three D", "28.8": "twenty eight point eight",
+    "www.asterisk.org": "W W W dot asterisk dot org", "umute": "unmute", "decending": "descending",
+    "represenatives": "representatives", "Un-indentified": "Unidentified", "witheld": "withheld",
+    "fourtieth": "fortieth", "exclaimation-point": "exclamation point", "xray": "x-ray",
+}
+_WRITTEN = re.compile("|".join(
+    re.escape(written) if written in "*#" else rf"\b{re.escape(written)}\b" for written in _SPOKEN))
 
 
 def spoken_text(written):
-    text = _NOTE.sub(" ", written).replace("...", " ")
-    text = re.sub(r"[*#]|\b(PBX|IVR|IAX|MGCP|USB|IP|PIN|3D)\b", lambda word: _SPOKEN[word[0]], text)
+    text = _WRITTEN.sub(lambda word: _SPOKEN[word[0]], _NOTE.sub(" ", written))
+    # Long numbers are extensions and passwords, said digit by digit.
+    text = re.sub(r"\b\d{3,}\b", lambda number: " ".join(_DIGITS[int(d)] for d in number[0]), text)
     return " ".join(text.split())
 
 
