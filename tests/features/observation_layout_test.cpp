@@ -1,5 +1,7 @@
 #include "features/spectral_stream.h"
 
+#include "frame/counted_ptr.h"
+
 #include "features/scripted_pcm_stream.h"
 #include "features/test_descriptors.h"
 
@@ -20,12 +22,14 @@ using ::testing::ElementsAreArray;
 class NumberedFrames : public CSpectralStream {
 public:
     NumberedFrames(int32_t cepstra, int32_t features, uint32_t flags = 0)
-        : audio({0.0f, 0.0f}), numCepstra(cepstra), numFeatures(features) {
+        : numCepstra(cepstra), numFeatures(features) {
         CSpectralFeatureDescriptor descriptor;
         descriptor.numCepstra = cepstra;
         descriptor.numFeatures = features;
         descriptor.flags = flags;
-        EXPECT_EQ(Init2(&audio, 1, &descriptor), kNoError);
+        const auto audio =
+            counted_ptr<test::ScriptedPcmStream>::Adopt(new test::ScriptedPcmStream({0.0f, 0.0f}));
+        EXPECT_EQ(Init2(audio.get(), 1, &descriptor), kNoError);
     }
 
     error_code CalcCepstrum(float* out, int32_t count, float* outEnergy) override {
@@ -53,7 +57,6 @@ public:
         return features;
     }
 
-    test::ScriptedPcmStream audio;
     int32_t numCepstra;
     int32_t numFeatures;
     int frameNumber = 0;
