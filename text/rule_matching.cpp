@@ -1,0 +1,208 @@
+#include "text/rule_matching.h"
+
+#include "text/character_classes.h"
+
+#include <algorithm>
+
+namespace tessarin {
+namespace {
+
+constexpr ptrdiff_t kForward = 1;
+constexpr ptrdiff_t kBackward = -1;
+constexpr ptrdiff_t kClassNameLength = 4;
+
+/// Patterns up to this length have few ways to fit; longer ones remember which have failed, since
+/// trying every way again takes time that is exponential in their length.
+constexpr size_t kShortPattern = 8;
+
+bool IsOneOf(std::string_view letters, char letter) {
+    return letters.find(letter) != std::string_view::npos;
+}
+
+bool IsVowel(char letter) {
+    return IsOneOf("AEIOU", letter);
+}
+bool IsConsonant(char letter) {
+    return IsOneOf("BCDFGHJKLMNPQRSTVWXYZ", letter);
+}
+bool IsVoicedConsonant(char letter) {
+    return IsOneOf("BDVGJLMNRWZ", letter);
+}
+bool IsFrontVowel(char letter) {
+    return IsOneOf("EIY", letter);
+}
+
+/// One pattern held against one word. Both are walked in steps of +1, for the context on the right,
+/// or -1, for that on the left; the pattern fits when its end in that direction is reached.
+class pattern_match {
+public:
+    pattern_match(const CGraphemeToPhoneRules<char>& languageModule,
+                  std::string_view contextPattern, const std::string& paddedWord)
+        : module(languageModule), pattern(contextPattern), word(paddedWord) {
+        if (pattern.size() > kShortPattern) {
+            failed.resize(2 * pattern.size() * (word.size() + 1));
+        }
+    }
+
+    bool Fits(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step);
+
+private:
+    bool InPattern(ptrdiff_t at) const { return at >= 0 && at < std::ssize(pattern); }
+    /// The terminating zero counts as a character of the word.
+    bool InWord(ptrdiff_t place) const { return place >= 0 && place <= std::ssize(word); }
+    char Letter(ptrdiff_t place) const { return word.c_str()[place]; }
+
+    bool Walk(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step);
+    bool FitsOne(char symbol, ptrdiff_t& place, ptrdiff_t step) const;
+    bool FitsSuffix(ptrdiff_t& place, ptrdiff_t step) const;
+    bool FitsNoConsonant(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step);
+    bool FitsClass(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step);
+    const std::set<char>* FindLetterClass(ptrdiff_t at, ptrdiff_t step) const;
+    template <class Test>
+    bool FitsRun(Test isMember, ptrdiff_t rest, ptrdiff_t place, ptrdiff_t step);
+
+    const CGraphemeToPhoneRules<char>& module;
+    std::string_view pattern;
+    const std::string& word;
+    std::vector<bool> failed; ///< by direction, place in the pattern and place in the word
+};
+
+bool pattern_match::Fits(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step) {
+    if (!InPattern(at)) {
+        return true;
+    }
+    if (!InWord(place)) {
+        return false;
+    }
+    if (failed.empty()) {
+        return Walk(at, place, step);
+    }
+    const size_t row = static_cast<size_t>(at) + (step == kForward ? 0 : pattern.size());
+    const size_t index = row * (word.size() + 1) + static_cast<size_t>(place);
+    if (failed[index]) {
+        return false;
+    }
+    failed[index] = !Walk(at, place, step);
+    return !failed[index];
+}
+
+bool pattern_match::Walk(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step) {
+    for (; InPattern(at); at += step) {
+        if (!InWord(place)) {
+            return false;
+        }
+        switch (const char symbol = pattern[static_cast<size_t>(at)]) {
+        case '#':
+            return FitsRun(IsVowel, at + step, place, step);
+        case ':':
+            return FitsNoConsonant(at, place, step) || FitsRun(IsConsonant, at + step, place, step);
+        case '&':
+        case '!':
+        case '*':
+            return FitsClass(at, place, step);
+        default:
+            if (!FitsOne(symbol, place, step)) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+/// Tests a symbol of one length and moves over what it fits.
+bool pattern_match::FitsOne(char symbol, ptrdiff_t& place, ptrdiff_t step) const {
+    if (symbol == '%') {
+        return FitsSuffix(place, step);
+    }
+    const char letter = Letter(place);
+    place += step;
+    switch (symbol) {
+    case '^':
+        return IsConsonant(letter);
+    case '.':
+        return IsVoicedConsonant(letter);
+    case '+':
+        return IsFrontVowel(letter);
+    default:
+        return letter == symbol && (IsLetter(CodeOf(symbol)) || symbol == '\'' || symbol == ' ');
+    }
+}
+
+bool pattern_match::FitsSuffix(ptrdiff_t& place, ptrdiff_t step) const {
+    const char* text = word.c_str() + place;
+    const trie<int, char>* suffix = step == kForward
+                                        ? module.suffixes.FindLongestPrefix(text)
+                                        : module.suffixes.FindLongestPrefixBackward(text, ' ');
+    if (suffix == nullptr) {
+        return false;
+    }
+    place += step * suffix->GetValue();
+    return true;
+}
+
+/// The attempt of `:` to stand for nothing.
+// Kept: on the left it reads the pattern forwards, from the symbol before the `:` and over the `:`
+// itself, against the letters forwards; rule tables of languages are tuned to what that accepts.
+bool pattern_match::FitsNoConsonant(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step) {
+    return Fits(at + step, place, kForward);
+}
+
+bool pattern_match::FitsClass(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step) {
+    const std::set<char>* letters = FindLetterClass(at, step);
+    if (letters == nullptr) {
+        return false;
+    }
+    const auto isMember = [letters](char letter) { return letters->contains(letter); };
+    const ptrdiff_t rest = at + kClassNameLength * step;
+    switch (pattern[static_cast<size_t>(at)]) {
+    case '&':
+        return isMember(Letter(place)) && Fits(rest, place + step, step);
+    case '*':
+        return Fits(rest, place, step) || FitsRun(isMember, rest, place, step);
+    default:
+        return FitsRun(isMember, rest, place, step);
+    }
+}
+
+/// The class whose name stands at `at`, or ends there on the way to the left.
+const std::set<char>* pattern_match::FindLetterClass(ptrdiff_t at, ptrdiff_t step) const {
+    const ptrdiff_t start = step == kForward ? at : at - (kClassNameLength - 1);
+    if (start < 0 || start + kClassNameLength > std::ssize(pattern)) {
+        return nullptr;
+    }
+    std::string name(pattern.substr(static_cast<size_t>(start), kClassNameLength));
+    if (name.front() != '&') {
+        name.front() = name.back() = '&';
+    }
+    const auto found = module.letter_classes.find(name);
+    return found == module.letter_classes.end() ? nullptr : &found->second;
+}
+
+/// Moves over one letter after the other, and tries the rest of the pattern behind each.
+template <class Test>
+bool pattern_match::FitsRun(Test isMember, ptrdiff_t rest, ptrdiff_t place, ptrdiff_t step) {
+    while (InWord(place) && isMember(Letter(place))) {
+        place += step;
+        if (Fits(rest, place, step)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+bool MatchLeftContext(const CGraphemeToPhoneRules<char>& module, std::string_view left,
+                      const std::string& word, ptrdiff_t place) {
+    return left.empty() ||
+           (left.size() <= kMaxContextLength &&
+            pattern_match(module, left, word).Fits(std::ssize(left) - 1, place, kBackward));
+}
+
+bool MatchRightContext(const CGraphemeToPhoneRules<char>& module, std::string_view right,
+                       const std::string& word, ptrdiff_t place) {
+    return right.empty() || (right.size() <= kMaxContextLength &&
+                             pattern_match(module, right, word).Fits(0, place, kForward));
+}
+
+} // namespace tessarin
