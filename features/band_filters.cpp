@@ -36,12 +36,12 @@ float TriangleWeight(const tagBandFilter& band, float frequency) {
 } // namespace
 
 void CBandFilterBank::SetFilters(std::span<const tagBandFilter> bandFilters) {
+    bands.clear();
     filters.assign(bandFilters.begin(), bandFilters.end());
-    halfSize = 0;
 }
 
 bool CBandFilterBank::Prepare(int32_t half, float rate) {
-    if (halfSize == half && sampleRate == rate) {
+    if (halfSize == half && sampleRate == rate && bands.size() == filters.size()) {
         return true;
     }
     halfSize = half;
@@ -49,7 +49,6 @@ bool CBandFilterBank::Prepare(int32_t half, float rate) {
     bands.clear();
     weights.clear();
     if (!FitsWeights()) {
-        halfSize = 0;
         return false;
     }
     for (const tagBandFilter& filter : filters) {

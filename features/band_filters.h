@@ -49,9 +49,9 @@ private:
     float BinWidth() const { return sampleRate / static_cast<float>(halfSize * 2); }
 
     std::vector<tagBandFilter> filters;
-    int32_t halfSize = 0; // 0 while the weights are out of date
+    int32_t halfSize = 0;
     float sampleRate = 0.0f;
-    std::vector<placed_band> bands;
+    std::vector<placed_band> bands; // as many as filters once they are all placed
     std::vector<float> weights;
 };
 
