@@ -1,0 +1,20 @@
+#pragma once
+
+#include "articulation/phoneme_mixture.h"
+#include "tessarin/articulator.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace tessarin {
+
+/// No run makes more frames than this.
+inline constexpr int32_t kMostFrames = 10'000'000;
+
+/// Samples curves at the frames of `frameMs` milliseconds, the first of which is at time 0. What a
+/// frame lacks to a sum of 1 is silence.
+std::vector<phoneme_mixture> SampleEnvelopes(std::span<const articulation_envelope> envelopes,
+                                             float frameMs);
+
+} // namespace tessarin
