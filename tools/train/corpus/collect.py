@@ -15,15 +15,17 @@ tabs:
 
 utterance.py describes the files beside a `timed` recording. An utterance is named after its
 text, and one that exists is not made again: after a change to the collecting code, start with an
-empty directory. The result does not depend on the number of processes.
+empty directory. The result depends neither on the number of processes nor on their order.
 """
 
 import argparse
 import functools
 import hashlib
 import multiprocessing
+import os
 import pathlib
 import sys
+import traceback
 
 import prompts
 from espeak_voice import ESPEAK_VOICES, EspeakVoice
@@ -66,10 +68,30 @@ def voice(speaker):
 
 
 def make(directory, row):
+    """Makes an utterance if it is missing. The synthesisers carry random numbers and phases from
+    one utterance to the next, so each is spoken by a process that has not spoken yet."""
+    path, speaker, _, kind, _ = row
+    if (directory / path).exists():
+        return
+    if kind == "timed":
+        voice(speaker)
+    child = os.fork()
+    if child == 0:
+        status = 1
+        try:
+            write(directory, row)
+            status = 0
+        except Exception:
+            traceback.print_exc()
+        finally:
+            os._exit(status)
+    if os.waitpid(child, 0)[1] != 0:
+        raise RuntimeError(f"{path} could not be made")
+
+
+def write(directory, row):
     path, speaker, _, kind, text = row
     target = directory / path
-    if target.exists():
-        return
     target.parent.mkdir(parents=True, exist_ok=True)
     # The recording appears last and at once, so a broken run leaves no half an utterance.
     unfinished = target.with_suffix(".part")
