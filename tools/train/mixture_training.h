@@ -1,0 +1,25 @@
+#pragma once
+
+#include "tools/train/labelled_speech.h"
+#include "tools/train/state_mixture.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace tessarin::training {
+
+/// What all observations have in common.
+struct observation_statistics {
+    std::vector<double> mean;
+    std::vector<double> variance;
+};
+observation_statistics MeasureObservations(const std::vector<labelled_speech>& speech);
+
+/// Makes the mixtures of all states from the observations that each has, by splitting: one
+/// Gaussian becomes two, those four, up to `numGaussians` and the broad one, with a few rounds of
+/// expectation maximisation in between.
+std::vector<state_mixture> TrainMixtures(const std::vector<labelled_speech>& speech,
+                                         const observation_statistics& statistics, size_t numStates,
+                                         size_t numGaussians, size_t numThreads);
+
+} // namespace tessarin::training

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "tools/train/state_mixture.h"
+#include "tools/train/state_transitions.h"
+
+#include <memory>
+#include <vector>
+
+namespace tessarin {
+class CAccousticHMM;
+}
+
+namespace tessarin::training {
+
+/// Puts the engine's model together. States with fewer Gaussians than others get Gaussians of
+/// weight 0.
+std::unique_ptr<CAccousticHMM> AssembleModel(const std::vector<state_mixture>& mixtures,
+                                             const transition_model& transitions);
+
+} // namespace tessarin::training

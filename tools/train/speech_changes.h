@@ -1,0 +1,40 @@
+#pragma once
+
+#include "tools/train/random.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace tessarin::training {
+
+/// Samples of one channel in the range of 16-bit audio.
+struct recording {
+    std::vector<float> samples;
+    double rate = 0.0; ///< Hz
+};
+
+/// What makes one speaker in one room through one microphone sound like another: drawn once a copy.
+struct changed_copy {
+    recording speech;
+    double speed = 1.0; ///< times of the original are divided by it
+};
+
+/// A copy of `original` that is spoken faster or slower with another pitch and vocal tract, and
+/// possibly heard through another microphone, in a room, by telephone, at another level, and in
+/// noise. `voices` are recordings to make babble of.
+changed_copy ChangeSpeech(const recording& original, const std::vector<recording>& voices,
+                          random_source& random);
+
+// The single changes, each in place or to a new recording.
+
+/// Plays the recording `speed` times as fast, by band-limited interpolation.
+recording ChangeSpeed(const recording& original, double speed);
+/// A band of 300 to 3400 Hz.
+void BandLimitToTelephone(recording& speech);
+/// Adds noise of the given kind so that the speech's level over its active stretches is `snrDb`
+/// above the level of the noise.
+enum class noise_kind { kWhite, kPink, kRumble, kHum, kBabble };
+void AddNoise(recording& speech, noise_kind kind, double snrDb,
+              const std::vector<recording>& voices, random_source& random);
+
+} // namespace tessarin::training
