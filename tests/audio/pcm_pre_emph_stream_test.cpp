@@ -48,6 +48,7 @@ TEST(PcmPreEmphStream, BlockReadFiltersTwice) {
 TEST(PcmPreEmphStream, BlockReadHasRoomForTwoChannels) {
     auto stereo = counted_ptr<MemoryStream>::Adopt(
         new MemoryStream(Format(16000, 16, 2), Int16Bytes({1, 2, 3, 4})));
+    MemoryStream three(Format(16000, 16, 3), {});
     CPCMPreEmphStream stage;
     ASSERT_EQ(stage.Instantiate(stereo.get(), 0, 0.0f), 0);
     std::vector<int16_t> samples(4);
@@ -55,7 +56,6 @@ TEST(PcmPreEmphStream, BlockReadHasRoomForTwoChannels) {
     EXPECT_EQ(stage.ReadBlock(samples.data(), &frames), 0);
     EXPECT_THAT(samples, ElementsAre(1, 2, 0, 0));
 
-    MemoryStream three(Format(16000, 16, 3), {});
     EXPECT_EQ(stage.Instantiate(&three, 0, 0.0f), 2);
     EXPECT_EQ(stage.Instantiate(&three, 3, 0.0f), 0);
     EXPECT_EQ(stage.Instantiate(nullptr, 1, 0.0f), 2);
