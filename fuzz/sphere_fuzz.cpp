@@ -1,0 +1,10 @@
+#include <cstddef>
+#include <cstdint>
+
+#include "audio_file_reading.h"
+
+// A NIST Sphere file from outside: it reads to its end or answers a code.
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    tessarin::fuzz::ReadAsAudioFile(data, size, ".sph");
+    return 0;
+}
