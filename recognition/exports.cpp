@@ -1,6 +1,8 @@
 #include "frame/flog.h"
 #include "recognition/textbased_phn_recognizer.h"
+#include "recognition/textless_phn_recognizer.h"
 #include "tessarin/text_based_recognizer.h"
+#include "tessarin/textless_recognizer.h"
 
 #include <new>
 
@@ -17,5 +19,19 @@ int32_t CreateTextBasedRecognizer(ITextBasedPhnRecognizer** out) {
 
 void DestroyTextBasedRecognizer(ITextBasedPhnRecognizer* recognizer) {
     flog scope("CTextbasedPhnRecognizer::DestroyTextBasedRecognizer");
+    delete recognizer;
+}
+
+int32_t CreateTextlessPhnRecognizer(ITextlessPhnRecognizer** out) {
+    flog scope("CTextlessPhnRecognizer::CreateTextlessPhnRecognizer");
+    if (out == nullptr) {
+        return kInvalidArgument;
+    }
+    *out = new (std::nothrow) CTextlessPhnRecognizer;
+    return kNoError;
+}
+
+void DestroyTextlessPhnRecognizer(ITextlessPhnRecognizer* recognizer) {
+    flog scope("CTextlessPhnRecognizer::DestroyTextlessPhnRecognizer");
     delete recognizer;
 }

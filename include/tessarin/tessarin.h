@@ -13,4 +13,5 @@
 #include "tessarin/speak_dict.h"
 #include "tessarin/sync_results.h"
 #include "tessarin/text_based_recognizer.h"
+#include "tessarin/textless_recognizer.h"
 #include "tessarin/transcriber.h"

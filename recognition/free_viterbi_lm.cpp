@@ -1,0 +1,231 @@
+#include "recognition/free_viterbi.h"
+
+#include "frame/guarded.h"
+#include "model/accoustic_hmm.h"
+#include "recognition/hmm_hypothesis_tree.h"
+#include "recognition/transition_lists.h"
+#include "tessarin/observation_stream.h"
+#include "tessarin/progress_sink.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace tessarin {
+namespace {
+
+constexpr uint32_t kProgressInterval = 100;
+constexpr int32_t kMaxStates = 65535;
+
+/// What a phoneme change is worth without a trigram to say so.
+constexpr double kBigramBackoff = 1e-6;
+constexpr double kUnigramShare = 1e-7;
+constexpr double kBigramShare = 0.99;
+
+/// One run. A state has at most one hypothesis at an observation, and they stand in the order of
+/// their states, so walking a state's sources is walking the hypotheses that can lead to it.
+struct language_search {
+    explicit language_search(const CAccousticHMM& acousticModel)
+        : model(acousticModel), statesPerPhone(static_cast<uint32_t>(acousticModel.numStates)),
+          numStates(static_cast<uint32_t>(acousticModel.GetTotalStates())),
+          steps(numStates, [&](uint32_t from, uint32_t to) { return StepProbability(from, to); }),
+          features(static_cast<size_t>(acousticModel.descriptor.numFeatures) + 3),
+          previous(numStates, -1), current(numStates, -1), tree(CHmmHypothesisTree::kGrowthStep) {}
+
+    float StepProbability(uint32_t from, uint32_t to) const;
+    bool Seed();
+    bool Advance();
+    bool EnterState(uint32_t state);
+    int32_t BestSource(uint32_t state, double& bestScore) const;
+    double LanguageFactor(const hmm_hypothesis& from, uint16_t phone) const;
+    bool TraceBack(TArray<uint32_t>& path) const;
+    uint32_t StateOf(const hmm_hypothesis& hypothesis) const {
+        return hypothesis.phone * statesPerPhone + hypothesis.state;
+    }
+
+    const CAccousticHMM& model;
+    const uint32_t statesPerPhone;
+    const uint32_t numStates;
+    const transition_lists steps;
+    std::vector<float> features;
+    std::vector<int32_t> previous; // the hypothesis of each state, -1 for none
+    std::vector<int32_t> current;
+    CHmmHypothesisTree tree;
+    int32_t frameBegin = 0; // hypotheses of the last observation
+    int32_t frameEnd = 0;
+    double largest = 0.0;
+};
+
+/// A phoneme is entered from the last state of any other with what that one's self-loop leaves; the
+/// matrix's own value of that step already has a guess at the language in it.
+float language_search::StepProbability(uint32_t from, uint32_t to) const {
+    const bool entersPhone = to % statesPerPhone == 0;
+    const bool leavesPhone = from % statesPerPhone == statesPerPhone - 1;
+    if (entersPhone && leavesPhone && from / statesPerPhone != to / statesPerPhone) {
+        return 1.0f - model.transitions[from][from];
+    }
+    return model.transitions[from][to];
+}
+
+bool language_search::Seed() {
+    for (uint32_t p = 0; p < static_cast<uint32_t>(model.numModels); ++p) {
+        // Kept: a root is scored with the model's state number p, not with its phone's first state;
+        // the first phonemes of every result depend on it.
+        const double score = model.GetStateProbability(features.data(), static_cast<int32_t>(p)) *
+                             (1.0 / model.numModels);
+        if (!tree.AddRoot(static_cast<uint16_t>(p), score, 0)) {
+            return false;
+        }
+        previous[p * statesPerPhone] = static_cast<int32_t>(p);
+    }
+    frameEnd = tree.GetCount();
+    return true;
+}
+
+bool language_search::Advance() {
+    if (!tree.Reserve(static_cast<int32_t>(numStates))) {
+        return false;
+    }
+    largest = 0.0;
+    const int32_t begin = tree.GetCount();
+    for (uint32_t state = 0; state < numStates; ++state) {
+        if (!EnterState(state)) {
+            return false;
+        }
+    }
+    frameBegin = begin;
+    frameEnd = tree.GetCount();
+    for (int32_t i = frameBegin; largest != 0.0 && i < frameEnd; ++i) {
+        tree[i].score /= largest;
+    }
+    std::swap(previous, current);
+    return true;
+}
+
+bool language_search::EnterState(uint32_t state) {
+    current[state] = -1;
+    double score = 0.0;
+    const int32_t source = BestSource(state, score);
+    if (source < 0) {
+        return true;
+    }
+    const hmm_hypothesis from = tree[source];
+    const auto phone = static_cast<uint16_t>(state / statesPerPhone);
+    const auto local = static_cast<uint16_t>(state % statesPerPhone);
+    score *= model.GetStateProbability(features.data(), static_cast<int32_t>(state));
+    if (local == 0 && from.state != 0 && from.phone != phone) {
+        score *= LanguageFactor(from, phone);
+    }
+    score *= model.GetPhoneDurationFactor(from.phone, phone, from.frames);
+    if (!(score > 0.0)) {
+        return true;
+    }
+    largest = std::max(largest, score);
+    current[state] = tree.GetCount();
+    return tree.AddChild(from, source, phone, score, local);
+}
+
+/// The hypothesis that leads to `state` best, the first of equals; -1 for none.
+int32_t language_search::BestSource(uint32_t state, double& bestScore) const {
+    int32_t best = -1;
+    for (const auto& [from, probability] : steps.Into(state)) {
+        const int32_t index = previous[from];
+        if (index < 0) {
+            continue;
+        }
+        const double value = tree[index].score * double{probability};
+        if (value > bestScore) {
+            bestScore = value;
+            best = index;
+        }
+    }
+    return best;
+}
+
+/// How probable the language makes `phone` behind the phone of `from`.
+double language_search::LanguageFactor(const hmm_hypothesis& from, uint16_t phone) const {
+    const double bigram = model.bigrams[from.phone][phone];
+    const bool hasEnded = from.ended >= 0 && from.ended < tree.GetCount();
+    const float trigram =
+        hasEnded ? model.trigrams[tree[from.ended].phone][from.phone][phone] : 0.0f;
+    if (model.trigramVersion) {
+        if (!hasEnded) {
+            return bigram * kBigramBackoff;
+        }
+        return trigram > 0.0f ? double{trigram} : 0.0;
+    }
+    // Kept: here a trigram only forbids, by being negative.
+    if (trigram < 0.0f) {
+        return 0.0;
+    }
+    return model.unigrams[phone] * kUnigramShare + bigram * kBigramShare;
+}
+
+/// False when no hypothesis is left.
+bool language_search::TraceBack(TArray<uint32_t>& path) const {
+    double bestScore = 0.0;
+    int32_t at = -1;
+    for (int32_t i = frameBegin; i < frameEnd; ++i) {
+        if (tree[i].score > bestScore) {
+            bestScore = tree[i].score;
+            at = i;
+        }
+    }
+    if (at < 0) {
+        std::fill(path.begin(), path.end(), 0u);
+        return false;
+    }
+    const int32_t last = path.GetSize() - 1;
+    path[last] = StateOf(tree[at]);
+    // Kept: the last hypothesis stands twice, and all others one observation late.
+    for (int32_t t = last - 1; t >= 0; --t) {
+        path[t] = StateOf(tree[at]);
+        at = tree[at].parent;
+    }
+    return true;
+}
+
+error_code Search(language_search& search, IObservationStream& stream, ProgressSink* progress,
+                  TArray<uint32_t>& path, TArray<float>& energies) {
+    const auto frames = static_cast<uint32_t>(path.GetSize());
+    for (uint32_t t = 0; t < frames; ++t) {
+        const error_code code =
+            stream.GetObservation(search.features.data(), &energies[static_cast<int32_t>(t)]);
+        if (code != kNoError) {
+            return code;
+        }
+        if (!(t == 0 ? search.Seed() : search.Advance())) {
+            return kOutOfMemory;
+        }
+        if (t > 0 && (t + 1) % kProgressInterval == 0 && progress != nullptr &&
+            progress->OnProgress(t + 1, frames - 1)) {
+            return kUserCancelled;
+        }
+    }
+    return search.TraceBack(path) ? kNoError : kRecognitionFailed;
+}
+
+} // namespace
+
+error_code FreeViterbiLM(const CAccousticHMM& model, IObservationStream& stream,
+                         ProgressSink* progress, TArray<uint32_t>& path, TArray<float>& energies) {
+    return Guarded([&]() -> error_code {
+        if (model.GetTotalStates() > kMaxStates) {
+            return kOutOfRange;
+        }
+        const uint32_t frames = stream.GetNumObservations();
+        if (frames > INT32_MAX || path.SetSize(static_cast<int32_t>(frames), 0) == 0) {
+            return kOutOfMemory;
+        }
+        if (energies.GetSize() < path.GetSize() && energies.SetSize(path.GetSize(), 0) == 0) {
+            return kOutOfMemory;
+        }
+        if (frames == 0) {
+            return kNoError;
+        }
+        language_search search(model);
+        return Search(search, stream, progress, path, energies);
+    });
+}
+
+} // namespace tessarin

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace tessarin {
+
+/// The non-zero transitions into each state of a model, in the order of the states that they come
+/// from. Most transitions are zero, so a search that walks these lists has the results, ties
+/// included, of one that tries all pairs of states.
+class transition_lists {
+public:
+    struct source {
+        uint32_t state;
+        float probability;
+    };
+
+    /// `probability(from, to)` is that of a step between two of `numStates` states.
+    template <class Probability> transition_lists(uint32_t numStates, Probability&& probability) {
+        begins.reserve(size_t{numStates} + 1);
+        for (uint32_t to = 0; to < numStates; ++to) {
+            begins.push_back(sources.size());
+            for (uint32_t from = 0; from < numStates; ++from) {
+                const float value = probability(from, to);
+                if (value != 0.0f) {
+                    sources.push_back({from, value});
+                }
+            }
+        }
+        begins.push_back(sources.size());
+    }
+
+    std::span<const source> Into(uint32_t state) const {
+        return {sources.data() + begins[state], begins[state + 1] - begins[state]};
+    }
+
+private:
+    std::vector<size_t> begins;
+    std::vector<source> sources;
+};
+
+} // namespace tessarin

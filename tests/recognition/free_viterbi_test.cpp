@@ -1,0 +1,330 @@
+#include "recognition/free_viterbi.h"
+
+#include "fixtures.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace tessarin::test {
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+using testing::Pair;
+
+using search_function = error_code (*)(const CAccousticHMM&, IObservationStream&, ProgressSink*,
+                                       TArray<uint32_t>&, TArray<float>&);
+
+struct search_run {
+    error_code code = kNoError;
+    std::vector<uint32_t> path;
+};
+
+search_run Search(search_function search, const CAccousticHMM& model, list_stream& stream,
+                  ProgressSink* progress = nullptr) {
+    stream.next = 0;
+    TArray<uint32_t> path;
+    TArray<float> energies;
+    search_run run{search(model, stream, progress, path, energies), {}};
+    run.path.assign(path.begin(), path.end());
+    return run;
+}
+
+/// The plain search without shortcuts: every pair of states at every observation.
+std::vector<uint32_t> LiteralPath(const CAccousticHMM& model, const list_stream& stream) {
+    const auto states = static_cast<size_t>(model.GetTotalStates());
+    const size_t frames = stream.observations.size();
+    std::vector<double> previous(states);
+    std::vector<std::vector<uint32_t>> table(frames, std::vector<uint32_t>(states));
+    for (size_t s = 0; s < states; s += 3) {
+        previous[s] = model.GetStateProbability(stream.observations[0].data(), int(s)) *
+                      (1.0 / model.numModels);
+    }
+    for (size_t t = 1; t < frames; ++t) {
+        std::vector<double> current(states);
+        double largest = 0.0;
+        for (size_t s = 0; s < states; ++s) {
+            double best = 0.0;
+            for (size_t r = 0; r < states; ++r) {
+                const double value = previous[r] * double{model.transitions[r][s]};
+                if (value > best) {
+                    best = value;
+                    table[t][s] = static_cast<uint32_t>(r);
+                }
+            }
+            if (best != 0.0) {
+                current[s] =
+                    best * model.GetStateProbability(stream.observations[t].data(), int(s));
+                largest = std::max(largest, current[s]);
+            }
+        }
+        for (double& score : current) {
+            score = largest != 0.0 ? score / largest : score;
+        }
+        previous = current;
+    }
+    std::vector<uint32_t> path(frames);
+    const auto best = std::max_element(previous.begin(), previous.end());
+    path[frames - 1] = *best > 0.0 ? table[frames - 1][size_t(best - previous.begin())] : 0;
+    for (size_t t = frames - 1; t-- > 0;) {
+        path[t] = table[t + 1][path[t + 1]];
+    }
+    return path;
+}
+
+struct literal_hypothesis {
+    uint32_t phone;
+    uint32_t state;
+    double score;
+    int parent;
+    int ended;
+    int frames;
+};
+
+/// The language search without shortcuts: every hypothesis against every state.
+search_run LiteralLanguagePath(const CAccousticHMM& model, const list_stream& stream) {
+    const auto states = static_cast<uint32_t>(model.GetTotalStates());
+    const size_t frames = stream.observations.size();
+    std::vector<literal_hypothesis> all;
+    for (uint32_t p = 0; p < static_cast<uint32_t>(model.numModels); ++p) {
+        all.push_back({p, 0,
+                       model.GetStateProbability(stream.observations[0].data(), int(p)) *
+                           (1.0 / model.numModels),
+                       -1, -1, 1});
+    }
+    size_t begin = 0;
+    size_t end = all.size();
+    for (size_t t = 1; t < frames; ++t) {
+        double largest = 0.0;
+        for (uint32_t s = 0; s < states; ++s) {
+            const uint32_t f = s / 3;
+            const uint32_t q = s % 3;
+            double best = 0.0;
+            int bestIndex = -1;
+            for (size_t h = begin; h < end; ++h) {
+                const uint32_t i = all[h].phone * 3 + all[h].state;
+                const float value = q == 0 && f != all[h].phone && all[h].state == 2
+                                        ? 1.0f - model.transitions[i][i]
+                                        : model.transitions[i][s];
+                if (value != 0.0f && all[h].score * double{value} > best) {
+                    best = all[h].score * double{value};
+                    bestIndex = int(h);
+                }
+            }
+            if (bestIndex < 0) {
+                continue;
+            }
+            const literal_hypothesis from = all[size_t(bestIndex)];
+            const uint32_t g = from.phone;
+            best *= model.GetStateProbability(stream.observations[t].data(), int(s));
+            if (q == 0 && from.state != 0 && g != f) {
+                const bool hasEnded = from.ended >= 0 && size_t(from.ended) < all.size();
+                const uint32_t before = hasEnded ? all[size_t(from.ended)].phone : 0;
+                double factor = 0.0;
+                if (model.trigramVersion) {
+                    factor = double{model.bigrams[g][f]} * 1e-6;
+                    if (hasEnded) {
+                        factor = std::max(0.0, double{model.trigrams[before][g][f]});
+                    }
+                } else {
+                    factor = model.unigrams[f] * 1e-7 + model.bigrams[g][f] * 0.99;
+                    if (hasEnded && model.trigrams[before][g][f] < 0.0f) {
+                        factor = 0.0;
+                    }
+                }
+                best *= factor;
+            }
+            best *= model.GetPhoneDurationFactor(int(g), int(f), from.frames);
+            if (best > 0.0) {
+                largest = std::max(largest, best);
+                all.push_back({f, q, best, bestIndex, g == f ? from.ended : bestIndex,
+                               g == f ? from.frames + 1 : 1});
+            }
+        }
+        begin = end;
+        end = all.size();
+        for (size_t h = begin; h < end; ++h) {
+            all[h].score /= largest;
+        }
+    }
+    search_run run{kNoError, std::vector<uint32_t>(frames)};
+    double bestScore = 0.0;
+    int at = -1;
+    for (size_t h = begin; h < end; ++h) {
+        if (all[h].score > bestScore) {
+            bestScore = all[h].score;
+            at = int(h);
+        }
+    }
+    if (at < 0) {
+        run.code = kRecognitionFailed;
+        return run;
+    }
+    const auto stateOf = [&](int h) { return all[size_t(h)].phone * 3 + all[size_t(h)].state; };
+    run.path[frames - 1] = stateOf(at);
+    for (size_t t = frames - 1; t-- > 0;) {
+        run.path[t] = stateOf(at);
+        at = all[size_t(at)].parent;
+    }
+    return run;
+}
+
+/// A phoneme loop with random, tying and missing transitions and language tables.
+struct random_case {
+    explicit random_case(uint32_t seed) : random(seed) {
+        model = MakeLikelihoodModel({"x", "AA", "s", "t"});
+        for (size_t from = 0; from < 12; ++from) {
+            for (size_t to = 0; to < 12; ++to) {
+                model->transitions[from][to] = OneOf({0, 0, 0, 0.25, 0.5});
+            }
+            model->transitions[from][from] = OneOf({0.5, 0.9, 0});
+        }
+        model->trigramVersion = Below(2) == 0;
+        model->unigrams = {0.25f, 0.25f, 0.0f, 0.5f};
+        model->bigrams = float_matrix(4, 4);
+        model->trigrams.assign(4, float_matrix(4, 4));
+        for (size_t a = 0; a < 4; ++a) {
+            for (size_t b = 0; b < 4; ++b) {
+                model->bigrams[a][b] = OneOf({0, 0.25, 0.5});
+                for (size_t c = 0; c < 4; ++c) {
+                    model->trigrams[a][b][c] = OneOf({-1, 0.25, 0.5, 0});
+                }
+            }
+        }
+        if (Below(2) == 0) {
+            model->constraints = {2, 0, 3, 1};
+        }
+        const uint32_t frames = 1 + Below(40);
+        for (uint32_t t = 0; t < frames; ++t) {
+            std::vector<double> likelihoods(12);
+            for (double& likelihood : likelihoods) {
+                likelihood = OneOf({0.5, 0.5, 1.0, 0.25, 0.0});
+            }
+            stream.Add(likelihoods);
+        }
+    }
+    uint32_t Below(uint32_t bound) { return static_cast<uint32_t>(random() % bound); }
+    float OneOf(const std::vector<double>& values) {
+        return static_cast<float>(values[Below(static_cast<uint32_t>(values.size()))]);
+    }
+
+    std::mt19937 random;
+    std::unique_ptr<CAccousticHMM> model;
+    list_stream stream;
+};
+
+TEST(FreeViterbi, EqualsTheLiteralSearch) {
+    for (uint32_t seed = 0; seed < 1000; ++seed) {
+        SCOPED_TRACE(seed);
+        random_case each(seed);
+        const search_run run = Search(FreeViterbi, *each.model, each.stream);
+        ASSERT_EQ(run.code, kNoError);
+        ASSERT_EQ(run.path, LiteralPath(*each.model, each.stream));
+    }
+}
+
+TEST(FreeViterbiLM, EqualsTheLiteralSearch) {
+    int found = 0;
+    for (uint32_t seed = 0; seed < 1000; ++seed) {
+        SCOPED_TRACE(seed);
+        random_case each(seed);
+        const search_run run = Search(FreeViterbiLM, *each.model, each.stream);
+        const search_run expected = LiteralLanguagePath(*each.model, each.stream);
+        ASSERT_EQ(run.code, expected.code);
+        ASSERT_EQ(run.path, expected.path);
+        found += run.code == kNoError;
+    }
+    EXPECT_GT(found, 200);
+    EXPECT_LT(found, 1000);
+}
+
+/// Every phoneme after every other.
+std::unique_ptr<CAccousticHMM> LoopModel(std::vector<std::string> labels) {
+    auto model = MakeLikelihoodModel(std::move(labels));
+    const auto total = static_cast<size_t>(model->GetTotalStates());
+    for (size_t s = 0; s < total; ++s) {
+        model->transitions[s][s] = 0.5f;
+        if (s % 3 < 2) {
+            model->transitions[s][s + 1] = 0.5f;
+        }
+        for (size_t to = 0; s % 3 == 2 && to < total; to += 3) {
+            model->transitions[s][to] = 0.5f / static_cast<float>(model->numModels);
+        }
+    }
+    model->unigrams.assign(model->labels.size(), 0.5f);
+    model->bigrams = float_matrix(model->labels.size(), model->labels.size());
+    model->trigrams.assign(model->labels.size(),
+                           float_matrix(model->labels.size(), model->labels.size()));
+    return model;
+}
+
+TEST(FreeViterbi, EndsInThePredecessorOfTheBestState) {
+    const auto model = LoopModel({"x", "AA"});
+    list_stream stream;
+    for (const size_t state : {3u, 4u, 5u, 0u, 1u}) {
+        stream.AddOnly(state, 6, 1);
+    }
+    EXPECT_THAT(Search(FreeViterbi, *model, stream).path, ElementsAre(3, 4, 5, 0, 0));
+    list_stream single;
+    single.AddOnly(3, 6, 1);
+    EXPECT_THAT(Search(FreeViterbi, *model, single).path, ElementsAre(0));
+    list_stream none;
+    const search_run run = Search(FreeViterbi, *model, none);
+    EXPECT_EQ(run.code, kNoError);
+    EXPECT_TRUE(run.path.empty());
+}
+
+TEST(FreeViterbi, HoldsMoreStatesThanAByte) {
+    const auto model = LoopModel(std::vector<std::string>(100, "s"));
+    list_stream stream;
+    for (const size_t state : {297u, 298u, 299u, 297u, 298u, 299u}) {
+        stream.AddOnly(state, 300, 1);
+    }
+    EXPECT_EQ(Search(FreeViterbi, *model, stream).path, LiteralPath(*model, stream));
+    EXPECT_EQ(Search(FreeViterbi, *model, stream).path[0], 297u);
+}
+
+TEST(FreeViterbiLM, KeepsAllButTheLastStateOneObservationLate) {
+    const auto model = LoopModel({"x", "AA"});
+    list_stream stream;
+    stream.AddOnly(1, 6, 1); // the root of AA is scored with state 1
+    for (const size_t state : {4u, 5u, 5u}) {
+        stream.AddOnly(state, 6, 1);
+    }
+    EXPECT_THAT(Search(FreeViterbiLM, *model, stream).path, ElementsAre(4, 5, 5, 5));
+}
+
+TEST(FreeViterbiLM, FillsThePathWhenNothingIsLeft) {
+    const auto model = LoopModel({"x", "AA"});
+    list_stream stream;
+    stream.AddOnly(1, 6, 1);
+    stream.Add(std::vector<double>(6, 0.0));
+    stream.AddOnly(4, 6, 3);
+    const search_run run = Search(FreeViterbiLM, *model, stream);
+    EXPECT_EQ(run.code, kRecognitionFailed);
+    EXPECT_THAT(run.path, Each(0u));
+    EXPECT_EQ(run.path.size(), 5u);
+}
+
+TEST(FreeSearches, ReportEveryHundredObservationsAndPassOnFailedReads) {
+    const auto model = LoopModel({"x", "AA"});
+    for (const search_function search : {FreeViterbi, FreeViterbiLM}) {
+        list_stream stream;
+        stream.AddOnly(1, 6, 250, 0, 0.5);
+        recording_sink sink;
+        EXPECT_EQ(Search(search, *model, stream, &sink).code, kNoError);
+        EXPECT_THAT(sink.calls, ElementsAre(Pair(100, 249), Pair(200, 249)));
+        recording_sink cancelling(0);
+        EXPECT_EQ(Search(search, *model, stream, &cancelling).code, kUserCancelled);
+        EXPECT_EQ(stream.next, 100u);
+        for (const size_t failAt : {0u, 42u}) {
+            stream.failAt = failAt;
+            EXPECT_EQ(Search(search, *model, stream).code, kFileNotFound);
+        }
+    }
+}
+
+} // namespace
+} // namespace tessarin::test
