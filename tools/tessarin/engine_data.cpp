@@ -1,0 +1,60 @@
+#include "tools/tessarin/engine_data.h"
+
+#include <limits>
+
+#include "tools/tessarin/data_folder.h"
+#include "tools/tessarin/failure.h"
+#include "tools/tessarin/file_io.h"
+
+namespace {
+
+std::string PathOr(const std::string& given, const data_options& options, const char* name) {
+    return given.empty() ? (FindDataFolder(options.folder) / name).string() : given;
+}
+
+/// Model and lexicon sizes are 32 bits wide.
+void RequireSize(const std::string& path, const std::string& content) {
+    if (content.size() > static_cast<size_t>(std::numeric_limits<int32_t>::max())) {
+        throw EngineFailure(path, tessarin::kInvalidFile);
+    }
+}
+
+} // namespace
+
+model_handle LoadModel(const data_options& options) {
+    const std::string path = PathOr(options.model, options, "en-us.model");
+    const std::string image = ReadWholeFile(path);
+    RequireSize(path, image);
+    char text[tessarin::kModelErrorTextSize] = "";
+    tessarin::CAccousticHMM* model = nullptr;
+    const int32_t code =
+        CreateAccHMM(image.data(), static_cast<uint32_t>(image.size()), text, &model);
+    if (code != tessarin::kNoError) {
+        throw Failure(kExitFailed, DescribeCode(path, code) +
+                                       (text[0] != '\0' ? "\n  " + std::string(text) : ""));
+    }
+    return model_handle(model);
+}
+
+transcriber_handle LoadTranscriber(const data_options& options) {
+    const std::string path = PathOr(options.lexicon, options, "en-us.lexicon.txt");
+    const std::string lexicon = ReadWholeFile(path);
+    RequireSize(path, lexicon);
+    tessarin::IVisemixTranscriber* transcriber = nullptr;
+    const int32_t code = CreateDefaultTranscriber(
+        lexicon.data(), static_cast<int32_t>(lexicon.size()), &transcriber);
+    if (code != tessarin::kNoError) {
+        throw EngineFailure(path, code);
+    }
+    return transcriber_handle(transcriber);
+}
+
+void AddDataOptions(CLI::App& command, data_options* options, bool withModel) {
+    if (withModel) {
+        command.add_option("--model", options->model, "Acoustic model [the project's own]");
+    }
+    command.add_option("--lexicon", options->lexicon,
+                       "Pronunciations, one WORD=phonemes a line [the project's own]");
+    command.add_option("--data", options->folder,
+                       "Folder with the project's own model and lexicon");
+}

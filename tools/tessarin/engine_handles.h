@@ -1,0 +1,27 @@
+#pragma once
+
+#include <memory>
+
+#include "tessarin/tessarin.h"
+
+/// Owners of what the library's factories give, each with its own way to free it.
+template <auto Destroy> struct engine_deleter {
+    template <class T> void operator()(T* object) const { Destroy(object); }
+};
+
+using model_handle = std::unique_ptr<tessarin::CAccousticHMM, engine_deleter<DestroyAccHMM>>;
+using observation_stream_handle =
+    std::unique_ptr<tessarin::IObservationStream, engine_deleter<DestroyObservationStream>>;
+using results_handle =
+    std::unique_ptr<tessarin::ISyncResultsCollection, engine_deleter<DestroySyncResultsCollection>>;
+using recognizer_handle =
+    std::unique_ptr<tessarin::ITextBasedPhnRecognizer, engine_deleter<DestroyTextBasedRecognizer>>;
+using articulator_handle =
+    std::unique_ptr<tessarin::IPhnMixtureArticulator, engine_deleter<DestroyPhonemeArticulator>>;
+
+struct transcriber_deleter {
+    void operator()(tessarin::IVisemixTranscriber* transcriber) const {
+        DestroyTranscriber(transcriber);
+    }
+};
+using transcriber_handle = std::unique_ptr<tessarin::IVisemixTranscriber, transcriber_deleter>;

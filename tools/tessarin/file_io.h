@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+/// The bytes of the file `path`, or of standard input for "-". Throws Failure.
+std::string ReadWholeFile(const std::string& path);
+
+/// Writes `content` to `path`, or to standard output for "-". A file is written beside its place
+/// and renamed, so that a failure leaves what was there. Throws Failure.
+void WriteOutput(const std::string& path, const std::string& content);

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+#include "tessarin/progress_sink.h"
+
+/// Turns Ctrl-C into a request that the work at hand ends itself.
+void CatchInterrupts();
+bool WasInterrupted();
+
+/// Shows how far a run has come, on standard error, when that is a terminal and the user did not
+/// ask for quiet; cancels the run after Ctrl-C.
+class ProgressBar final : public tessarin::ProgressSink {
+public:
+    explicit ProgressBar(bool quiet);
+    ~ProgressBar();
+    ProgressBar(const ProgressBar&) = delete;
+    ProgressBar& operator=(const ProgressBar&) = delete;
+
+    void SetStatus(const char* text) override;
+    bool OnProgress(uint32_t done, uint32_t total) override;
+
+private:
+    void Erase();
+
+    std::string status = "Aligning";
+    bool visible;
+    bool drawn = false;
+    std::chrono::steady_clock::time_point lastDrawn;
+};

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tessarin/articulator.h"
+#include "tessarin/sync_results.h"
+
+struct timed_phoneme {
+    std::string label;
+    int32_t startMs;
+    int32_t endMs;
+    float score;
+};
+
+/// A word or a text event: punctuation, a bracket comment or a tag.
+struct timed_span {
+    uint32_t type; ///< a tessarin::sync_marker_type
+    std::string text;
+    int32_t startMs;
+    int32_t endMs;
+    int32_t textOffset;
+    int32_t textLength;
+};
+
+struct mouth_frame {
+    int32_t startMs;
+    int32_t endMs;
+    std::vector<std::pair<std::string, float>> weights; ///< label and weight, largest first
+};
+
+/// What a run found, free of the engine's objects: every output format is written from this.
+struct timed_result {
+    std::string audio;
+    int64_t durationMs = 0;
+    int code = 0;
+    std::string message;
+    std::vector<timed_phoneme> phonemes;
+    std::vector<timed_span> words;
+    std::vector<timed_span> events;
+    std::vector<mouth_frame> frames;
+};
+
+/// Copies the markers of `results` into `out`.
+void CollectMarkers(tessarin::ISyncResultsCollection& results, timed_result* out);
+
+/// Copies the articulator's frames into `out`.
+void CollectFrames(tessarin::IPhnMixtureArticulator& articulator, timed_result* out);
+
+/// The name of a span's type in the outputs: word, punctuation or tag.
+const char* SpanTypeName(uint32_t type);
