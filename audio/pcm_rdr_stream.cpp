@@ -43,9 +43,9 @@ error_code CPCMRdrStream::ReadChannel(void* buffer, uint32_t* frames, uint32_t c
         return ReadBlock(buffer, frames);
     }
     const uint64_t need = uint64_t{*frames} * bytesPerFrame;
-    if (channel > format.channels) {
+    if (bytesPerFrame == 0 || channel > format.channels) {
         *frames = 0;
-        return kInvalidArgument;
+        return bytesPerFrame == 0 ? kNoError : kInvalidArgument;
     }
     if (scratch != nullptr && static_cast<uint64_t>(scratchSize) >= need) {
         return kNoError;
@@ -77,6 +77,10 @@ error_code CPCMRdrStream::ReadChannelInt16(int16_t* buffer, uint32_t* frames, ui
 }
 
 error_code CPCMRdrStream::ReadChannelFloat(float* buffer, uint32_t* frames, uint32_t channel) {
+    if (bytesPerFrame == 0) {
+        *frames = 0;
+        return kNoError;
+    }
     error_code code = channel > format.channels ? kInvalidArgument : GrowScratch(*frames);
     if (code == kNoError) {
         code = ReadBlock(scratch.get(), frames);

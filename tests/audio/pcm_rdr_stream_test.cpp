@@ -118,6 +118,19 @@ TEST(PcmRdrStream, RefusesChannelsAndSizesThatItDoesNotHave) {
     EXPECT_EQ(floats[0], 2.0f);
 }
 
+TEST(PcmRdrStream, WithoutAFormatEveryReadIsTheEnd) {
+    MemoryStream stream({}, {});
+    std::vector<float> floats(4);
+    for (const uint32_t channel : {1u, 2u}) {
+        uint32_t frames = 4;
+        EXPECT_EQ(stream.ReadChannelFloat(floats.data(), &frames, channel), 0);
+        EXPECT_EQ(frames, 0u);
+        frames = 4;
+        EXPECT_EQ(stream.ReadChannel(floats.data(), &frames, channel), 0);
+        EXPECT_EQ(frames, 0u);
+    }
+}
+
 TEST(PcmRdrStream, FailedReadLeavesNoFrames) {
     MemoryStream stream(Format(16000, 16, 2), Int16Bytes({1, 2}));
     std::vector<float> floats(4);
