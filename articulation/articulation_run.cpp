@@ -32,6 +32,14 @@ time_range RangeOf(const phn_marker_list& phonemes) {
     return range;
 }
 
+/// The frame in which a time lies, held far outside all frames that are made but safe to count
+/// with.
+int64_t FrameIndex(int32_t ms, float frameMs) {
+    constexpr int64_t kBeyond = int64_t{1} << 40;
+    const auto index = TruncSat<int64_t>(static_cast<float>(ms) / frameMs);
+    return std::clamp(index, -kBeyond, kBeyond);
+}
+
 } // namespace
 
 error_code CPhonemeMixtureArticulator::Generate(ISyncResultsCollection* results, void* reserved,
@@ -66,7 +74,9 @@ void CPhonemeMixtureArticulator::ApplyOffsets(phn_marker_list& phonemes) {
 error_code CPhonemeMixtureArticulator::GenerateArticulationFromSyncResults(
     app_sync_results& results, void* /*reserved*/, int32_t startMs, int32_t endMs) {
     if (rules.rules.empty()) {
-        LoadArticulatorRules(nullptr, 0);
+        if (const error_code code = LoadArticulatorRules(nullptr, 0); code != kNoError) {
+            return code;
+        }
     }
     if (frameRateOverride > 0.0f) {
         rules.frame_rate = frameRateOverride;
@@ -91,10 +101,9 @@ error_code CPhonemeMixtureArticulator::GenerateArticulationFromSyncResults(
     if (!(frameMs > 0.0f) || !std::isfinite(frameMs)) {
         return kOutOfRange;
     }
-    const auto rangeEnd = static_cast<float>(range.endMs);
-    const auto first = TruncSat<int64_t>(static_cast<float>(range.startMs) / frameMs);
-    const auto last =
-        TruncSat<int64_t>(rangeEnd / frameMs) + (std::fmod(rangeEnd, frameMs) != 0.0f ? 1 : 0);
+    const int64_t first = FrameIndex(range.startMs, frameMs);
+    const bool endsInside = std::fmod(static_cast<float>(range.endMs), frameMs) != 0.0f;
+    const int64_t last = FrameIndex(range.endMs, frameMs) + (endsInside ? 1 : 0);
     if (last < first) {
         return kNoError;
     }

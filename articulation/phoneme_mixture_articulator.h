@@ -62,7 +62,9 @@ private:
     float frameRateOverride = 0.0f; ///< above 0 it replaces the rate of the rules
     int32_t maxContributions = 10;
     float envelopeSlope = 0.25f;
-    phoneme_mixture m_contrib; ///< the mixture of the frame before
+    /// The mixture of the frame before. Kept: it outlasts a run, so that a host that makes a track
+    /// part by part sees no phoneme flicker at the seams.
+    phoneme_mixture m_contrib;
     std::vector<articulation> articulations;
     articulation quantized = {};
     std::vector<articulation_envelope> envelopes;

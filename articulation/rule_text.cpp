@@ -95,7 +95,8 @@ error_code rule_reader::ReadEntry(const std::string& token) {
     if (token == "framerate") {
         return ReadSetting(rules.frame_rate);
     }
-    // Kept: a misspelt word is a row of phonemes, as texts use letters that no word begins with.
+    // Kept: a misspelt word is a row like any other run of letters, so that texts may name phonemes
+    // that the alphabet does not have.
     return ReadRow(token);
 }
 

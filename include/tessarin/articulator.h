@@ -41,8 +41,7 @@ struct articulation_envelope {
     int32_t count;
     envelope_point* points; ///< owned by the articulator
 };
-static_assert(sizeof(articulation_envelope) == 24 &&
-              offsetof(articulation_envelope, points) == 16);
+static_assert(sizeof(articulation_envelope) == 24 && offsetof(articulation_envelope, points) == 16);
 
 /// Flags of an articulator.
 enum articulator_flags : uint32_t {
@@ -89,7 +88,9 @@ public:
     /// contributions. The result lives in the articulator; null when the stretch is empty.
     virtual articulation* Quanitze(int32_t startMs, int32_t endMs, int32_t maxCount) = 0;
     virtual uint32_t GetFlags() = 0;
-    /// Sets the gain of each phoneme of the string, or the global gain when it is null or empty.
+    /// Sets the gain of each phoneme of the string, or the global gain when it is null or empty. A
+    /// phoneme without a rule gets one that shows nothing, so load the rules first: the default
+    /// rules are loaded by themselves only while there is no rule at all.
     virtual void SetGain(const char* phonemes, float gain) = 0;
 };
 

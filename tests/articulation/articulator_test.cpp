@@ -144,6 +144,14 @@ TEST(Articulator, GainsAreForPhonemesOrForAll) {
     EXPECT_EQ(silenceAt(nullptr), 0.25f);
 }
 
+TEST(Articulator, AGainGivenAheadOfAnyRulesKeepsTheDefaultOnesOut) {
+    CPhonemeMixtureArticulator articulator;
+    articulator.SetGain("s", 0.5f);
+    sounds results({{"s", 0, 100}, {"AA", 100, 200}});
+    EXPECT_EQ(articulator.GenerateArticulations(&results, nullptr), kNoError);
+    EXPECT_EQ(articulator.GetArticulationsBegin(), nullptr);
+}
+
 TEST(Articulator, RefusesWhatIsOutOfRange) {
     CPhonemeMixtureArticulator articulator;
     EXPECT_EQ(articulator.SetMaxContributions(0), kOutOfRange);

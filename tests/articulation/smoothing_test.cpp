@@ -130,7 +130,7 @@ TEST(FramesFromEnvelopes, IgnoresWhatLiesBeforeTheAudioOrBehindAllThatIsMade) {
     EXPECT_LE(SampleEnvelopes({&envelope, 1}, 10.0f).size(), 50u);
     envelope_point far[] = {{kMin, kMax, 1.0f}};
     const articulation_envelope long_envelope = {"b", kMin, kMax, 1, far};
-    EXPECT_NEAR(static_cast<double>(SampleEnvelopes({&long_envelope, 1}, 1000.0f).size()), 2147483,
+    EXPECT_NEAR(static_cast<double>(SampleEnvelopes({&long_envelope, 1}, 100000.0f).size()), 21474,
                 10);
     for (const float frameMs : {0.0f, -1.0f, std::nanf(""), HUGE_VALF}) {
         EXPECT_LE(SampleEnvelopes({&long_envelope, 1}, frameMs).size(), 1u);
