@@ -28,6 +28,8 @@ void AppendChoice(PronunciationBuilder& builder, std::string_view list) {
 
 } // namespace
 
+// Kept: only the built-in module has suffixes, so that `%` fits nothing in a module from a file;
+// the rules of files are written for that.
 void CGraphemeToPhoneRules<char>::LoadBuiltinEnglish() {
     for (const std::string_view suffix : {"ER", "E", "ES", "ED", "ING", "ELY"}) {
         suffixes.Insert(suffix.data(), static_cast<int>(suffix.size()));

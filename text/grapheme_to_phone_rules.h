@@ -28,7 +28,6 @@ enum symbol_word {
     kInfinityWord,
     kMinusWord,
     kMinusForOrdinalsWord,
-    kSymbolWordCount,
 };
 
 /// Words of the powers of ten, likewise. The exact ones end a number; the others are followed by
@@ -44,7 +43,6 @@ enum scale_word {
     kBillionthWord,
     kExactBillionthWord,
     kExactMillionthWord,
-    kScaleWordCount,
 };
 
 /// Bit of the module's flags: words go through the decision tree.

@@ -225,6 +225,11 @@ void CTranscriber::ConvertPunctuation(CTxMarker& marker) {
 void CTranscriber::AppendMarker(CTxMarker& marker) {
     marker.text_end = reader.Position();
     StoreGroups(marker, builder.GetGroups());
+    // By its step alone the array would copy itself more and more often, the longer the text is.
+    const int32_t count = markers.GetSize();
+    if (count + 1 >= markers.GetCapacity() && count < INT32_MAX / 2) {
+        static_cast<void>(markers.Reserve(2 * count));
+    }
     if (markers.Add(marker) == 0) {
         ReleaseGroups(marker);
         throw std::bad_alloc();

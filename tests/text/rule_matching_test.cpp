@@ -82,7 +82,7 @@ TEST(RightContext, IsARegularExpression) {
                                              " ", "&vw&", "!lq!", "*vw*", "*lq*", "&no&", "!vw"};
     std::mt19937 random(1);
     int fits = 0;
-    for (int round = 0; round < 20000; ++round) {
+    for (int round = 0; round < 5000; ++round) {
         const random_case test(random, pieces);
         SCOPED_TRACE("'" + test.pattern + "' on '" + test.word.substr(test.place) + "'");
         const bool expected =
@@ -90,7 +90,7 @@ TEST(RightContext, IsARegularExpression) {
         ASSERT_EQ(english.Right(test.pattern, test.word, test.place), expected);
         fits += expected ? 1 : 0;
     }
-    EXPECT_GT(fits, 1000) << "the words are to fit now and then";
+    EXPECT_GT(fits, 250) << "the words are to fit now and then";
 }
 
 TEST(LeftContext, IsTheMirrorImage) {
@@ -101,7 +101,7 @@ TEST(LeftContext, IsTheMirrorImage) {
     const std::vector<std::string> pieces = {"#", "^", ".", "+", "A", "L", "!vw!", "*vw*"};
     std::mt19937 random(2);
     int fits = 0;
-    for (int round = 0; round < 20000; ++round) {
+    for (int round = 0; round < 5000; ++round) {
         const random_case test(random, pieces);
         std::string text = test.word.substr(0, test.place + 1);
         SCOPED_TRACE("'" + test.pattern + "' on '" + text + "'");
@@ -111,7 +111,7 @@ TEST(LeftContext, IsTheMirrorImage) {
         ASSERT_EQ(english.Left(test.pattern, test.word, test.place), expected);
         fits += expected ? 1 : 0;
     }
-    EXPECT_GT(fits, 1000);
+    EXPECT_GT(fits, 250);
 }
 
 TEST(RightContext, SuffixesMoveByTheirLength) {
