@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <random>
-#include <regex>
 #include <string>
+#include <vector>
 
 namespace tessarin {
 namespace {
@@ -26,36 +26,55 @@ struct language {
     CGraphemeToPhoneRules<char> module;
 };
 
-constexpr const char* kNothing = "[^\\s\\S]";
+constexpr const char* kConsonants = "BCDFGHJKLMNPQRSTVWXYZ";
 
-/// The pattern as a regular expression, as far as it has no suffixes.
-std::string AsExpression(const std::string& pattern) {
-    std::string expression;
+/// What one symbol of a pattern fits: some of these letters.
+struct repetition {
+    std::string letters;
+    bool mayBeNone = false;
+    bool mayBeMany = false;
+};
+
+/// The pattern in one form for all symbols, as far as it has no suffixes.
+std::vector<repetition> Repetitions(const std::string& pattern) {
+    std::vector<repetition> list;
     for (size_t at = 0; at < pattern.size(); ++at) {
         const char symbol = pattern[at];
-        const bool isClass = symbol == '&' || symbol == '!' || symbol == '*';
-        if (isClass && (at + 4 > pattern.size() || (symbol == '&' && pattern[at + 3] != '&'))) {
-            return expression + kNothing;
-        }
-        if (isClass) {
-            const std::string name = pattern.substr(at + 1, 2);
-            expression += name == "vw" ? "[AE]" : name == "lq" ? "[LMQ]" : kNothing;
-            expression += symbol == '!' ? "+" : symbol == '*' ? "*" : "";
+        if (symbol == '&' || symbol == '!' || symbol == '*') {
+            const bool isWhole = at + 4 <= pattern.size();
+            const bool isKnown = isWhole && (symbol != '&' || pattern[at + 3] == '&');
+            const std::string name = isKnown ? pattern.substr(at + 1, 2) : "";
+            const char* letters = name == "vw" ? "AE" : name == "lq" ? "LMQ" : "";
+            list.push_back({letters, symbol == '*' && *letters != '\0', symbol != '&'});
             at += 3;
-            continue;
+        } else if (symbol == '#') {
+            list.push_back({"AEIOU", false, true});
+        } else if (symbol == ':') {
+            list.push_back({kConsonants, true, true});
+        } else {
+            list.push_back({symbol == '^'   ? kConsonants
+                            : symbol == '.' ? "BDVGJLMNRWZ"
+                            : symbol == '+' ? "EIY"
+                                            : std::string(1, symbol)});
         }
-        expression += symbol == '#'   ? "[AEIOU]+"
-                      : symbol == ':' ? "[BCDFGHJKLMNPQRSTVWXYZ]*"
-                      : symbol == '^' ? "[BCDFGHJKLMNPQRSTVWXYZ]"
-                      : symbol == '.' ? "[BDVGJLMNRWZ]"
-                      : symbol == '+' ? "[EIY]"
-                                      : std::string(1, symbol);
     }
-    return expression;
+    return list;
 }
 
-bool ExpressionFits(const std::string& expression, const std::string& text) {
-    return std::regex_search(text, std::regex(expression), std::regex_constants::match_continuous);
+/// Tries every way to lay the repetitions from `index` on over the beginning of `text`.
+bool SomeWayFits(const std::vector<repetition>& list, size_t index, std::string_view text) {
+    if (index == list.size()) {
+        return true;
+    }
+    const repetition& part = list[index];
+    if (part.mayBeNone && SomeWayFits(list, index + 1, text)) {
+        return true;
+    }
+    if (text.empty() || part.letters.find(text[0]) == std::string::npos) {
+        return false;
+    }
+    return SomeWayFits(list, index + 1, text.substr(1)) ||
+           (part.mayBeMany && SomeWayFits(list, index, text.substr(1)));
 }
 
 /// Random patterns out of `pieces`, and words of few letters, so that many of them fit.
@@ -76,21 +95,21 @@ struct random_case {
     ptrdiff_t place;
 };
 
-TEST(RightContext, IsARegularExpression) {
+TEST(RightContext, FitsWhereSomeWayFits) {
     const language english;
     const std::vector<std::string> pieces = {"#", ":",    "^",    ".",    "+",    "A",    "L",  "'",
                                              " ", "&vw&", "!lq!", "*vw*", "*lq*", "&no&", "!vw"};
     std::mt19937 random(1);
     int fits = 0;
-    for (int round = 0; round < 5000; ++round) {
+    for (int round = 0; round < 20000; ++round) {
         const random_case test(random, pieces);
         SCOPED_TRACE("'" + test.pattern + "' on '" + test.word.substr(test.place) + "'");
         const bool expected =
-            ExpressionFits(AsExpression(test.pattern), test.word.substr(test.place));
+            SomeWayFits(Repetitions(test.pattern), 0, test.word.substr(test.place));
         ASSERT_EQ(english.Right(test.pattern, test.word, test.place), expected);
         fits += expected ? 1 : 0;
     }
-    EXPECT_GT(fits, 250) << "the words are to fit now and then";
+    EXPECT_GT(fits, 1000) << "the words are to fit now and then";
 }
 
 TEST(LeftContext, IsTheMirrorImage) {
@@ -101,7 +120,7 @@ TEST(LeftContext, IsTheMirrorImage) {
     const std::vector<std::string> pieces = {"#", "^", ".", "+", "A", "L", "!vw!", "*vw*"};
     std::mt19937 random(2);
     int fits = 0;
-    for (int round = 0; round < 5000; ++round) {
+    for (int round = 0; round < 20000; ++round) {
         const random_case test(random, pieces);
         std::string text = test.word.substr(0, test.place + 1);
         SCOPED_TRACE("'" + test.pattern + "' on '" + text + "'");
@@ -111,7 +130,7 @@ TEST(LeftContext, IsTheMirrorImage) {
         ASSERT_EQ(english.Left(test.pattern, test.word, test.place), expected);
         fits += expected ? 1 : 0;
     }
-    EXPECT_GT(fits, 250);
+    EXPECT_GT(fits, 1000);
 }
 
 TEST(RightContext, SuffixesMoveByTheirLength) {
