@@ -14,6 +14,10 @@ namespace {
 constexpr uint32_t kMagic = 0x66656174; // the bytes "taef"
 constexpr int16_t kVersion = 1;
 
+/// Far beyond what any layout holds. The count has no bytes of the record to answer for it, and
+/// searches ask for memory by it.
+constexpr int32_t kMaxFeatures = 65536;
+
 /// The version of the record, or 0 for the old form, which has neither magic nor version.
 int16_t ReadVersion(ByteCursor& record) {
     ByteCursor ahead = record;
@@ -56,7 +60,8 @@ bool CSpectralFeatureDescriptor::Read(const uint8_t** cursor, uint32_t* remainin
     ReadValue(record, windowOverlap);
     ReadValue(record, numFeatures);
     ReadValue(record, numBands);
-    if (record.Failed() || numFeatures < 0 || !ReadBands(record, numBands, bands)) {
+    const bool fitsFeatures = numFeatures >= 0 && numFeatures <= kMaxFeatures;
+    if (record.Failed() || !fitsFeatures || !ReadBands(record, numBands, bands)) {
         return false;
     }
     ReadValue(record, numCepstra);

@@ -113,8 +113,9 @@ TEST(SpectralFeatureDescriptor, RefusesARecordCutAnywhere) {
 
 TEST(SpectralFeatureDescriptor, RefusesCountsThatCannotBe) {
     const int32_t huge = std::numeric_limits<int32_t>::max();
-    for (const bytes& record : {Record(1, -1), Record(1, 39, -1), Record(1, 39, huge),
-                                Record(1, 39, 1 << 28), Record(1, 39, 3), Record(1, 39, 2, -1)}) {
+    for (const bytes& record :
+         {Record(1, -1), Record(1, huge), Record(1, 65537), Record(1, 39, -1), Record(1, 39, huge),
+          Record(1, 39, 1 << 28), Record(1, 39, 3), Record(1, 39, 2, -1)}) {
         CSpectralFeatureDescriptor descriptor;
         EXPECT_FALSE(ReadFrom(descriptor, record));
     }
