@@ -25,7 +25,7 @@ bool CAccousticHMM::ReadConstraints(std::istream& text) {
     bool allKnown = true;
     std::string labelString;
     std::vector<uint16_t> phonemes;
-    while (text.good() && text >> labelString) {
+    while (text >> labelString) {
         phonemes.clear();
         if (!LabelsToIndices(labelString.c_str(), phonemes)) {
             // Kept: the number is left to be taken for a label string; the load has failed anyway.

@@ -1,6 +1,7 @@
 #include "frame/flog.h"
 #include "model/accoustic_hmm.h"
 
+#include <algorithm>
 #include <istream>
 #include <numeric>
 #include <utility>
@@ -111,7 +112,7 @@ void ReadEntries(std::istream& text, CAccousticHMM& model, phoneme_statistics& s
     bool atHead = true;
     std::string key;
     float value = 0.0f;
-    while (text.good() && text >> key >> value) {
+    while (text >> key >> value) {
         if (atHead && key == "version") {
             statistics.isVersion1 = value == 1.0f;
             continue;
@@ -140,6 +141,8 @@ bool CAccousticHMM::ReadTrigrams(std::istream& text, bool normalise) {
     flog scope("CAccousticHMM::ReadTrigrams");
     trigramVersion = false;
     trigrams.clear();
+    bigrams = {};
+    unigrams.clear();
     const uint64_t count = static_cast<uint64_t>(numModels);
     if (count * count * count * sizeof(float) > kMaxTrigramBytes) {
         return false;

@@ -85,7 +85,9 @@ TEST_F(LanguageConstraints, Version1SumsUpItsTrigrams) {
     EXPECT_THAT(Trigrams(0, 0), ElementsAre(0.0f, 0.0f, 0.0f)); // the bigram `xx` is not possible
     EXPECT_THAT(Bigrams(0), ElementsAre(0.0f, 4.0f / 6, 2.0f / 6));
     EXPECT_THAT(model->unigrams, ElementsAre(6.0f / 8, 0.0f, 0.0f));
-    ReadStatistics("version 1 AAs 2", false); // no sum to divide by
+    ReadStatistics("version 1 x 8 xAA 1 xs 6 xAAs 3", false);
+    EXPECT_THAT(Bigrams(0), ElementsAre(0.0f, 1.0f, 2.0f)); // `xs` has no sum and keeps its own
+    ReadStatistics("version 1 AAs 2", false);               // no sum to divide by
     EXPECT_THAT(model->unigrams, ElementsAre(0.0f, 0.0f, 0.0f));
     EXPECT_THAT(Bigrams(1), ElementsAre(0.0f, 0.0f, 0.0f));
 }
@@ -110,11 +112,15 @@ TEST_F(LanguageConstraints, OnlyWhatReadsInFullCounts) {
     EXPECT_THAT(model->unigrams, ElementsAre(0.0f, 0.0f, 0.0f));
 }
 
-TEST_F(LanguageConstraints, RefusesTablesBeyondAGibibyte) {
+TEST_F(LanguageConstraints, RefusesTablesBeyondAGibibyteAndLeavesNone) {
+    ReadStatistics("version 1 x 1 xs 1 xss 1", false);
     model->numModels = 700;
     std::istringstream text("x 1");
     EXPECT_FALSE(model->ReadTrigrams(text, true));
+    EXPECT_FALSE(model->trigramVersion);
     EXPECT_TRUE(model->trigrams.empty());
+    EXPECT_TRUE(model->bigrams.empty());
+    EXPECT_TRUE(model->unigrams.empty());
 }
 
 } // namespace
