@@ -1,29 +1,29 @@
 #include "frame/byte_cursor.h"
 #include "frame/flog.h"
-#include "frame/text_copy.h"
 #include "model/accoustic_hmm.h"
 #include "model/model_image.h"
 #include "tessarin/acoustic_model.h"
 
 #include <algorithm>
 #include <span>
+#include <string_view>
 
 namespace tessarin {
 namespace {
 
-constexpr const char* kNotAModel = "[01] The Specified model is not a valid model";
-constexpr const char* kNewerModel =
+constexpr std::string_view kNotAModel = "[01] The Specified model is not a valid model";
+constexpr std::string_view kNewerModel =
     "[02] The Specified model is a newer version than this software supports.";
-constexpr const char* kShortModel = "[03] The specified model is not valid. The size of the model "
-                                    "is smaller than expected.";
+constexpr std::string_view kShortModel =
+    "[03] The specified model is not valid. The size of the model is smaller than expected.";
+static_assert(kShortModel.size() + 1 == kModelErrorTextSize, "it is the longest of the messages");
 
 /// The searches count phonemes in 16 bits.
 constexpr int32_t kMaxModels = 65535;
 
-bool Fail(char* errorText, const char* message) {
+bool Fail(char* errorText, std::string_view message) {
     if (errorText != nullptr) {
-        const std::string_view text(message);
-        errorText[text.copy(errorText, kModelErrorTextSize - 1)] = '\0';
+        errorText[message.copy(errorText, message.size())] = '\0';
     }
     return false;
 }

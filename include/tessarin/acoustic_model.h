@@ -12,14 +12,15 @@ namespace tessarin {
 class CAccousticHMM;
 
 /// Room for the longest message that CreateAccHMM writes, its terminator included.
-inline constexpr int32_t kModelErrorTextSize = 88;
+inline constexpr int32_t kModelErrorTextSize = 87;
 
 } // namespace tessarin
 
 /// Reads a model from the `size` bytes at `data`, which need not outlive the call. Returns 0 with
-/// the model in `*out`, to be freed by DestroyAccHMM, or 12 with `*out` null. `errorText` may be
-/// null; otherwise it has room for kModelErrorTextSize bytes and receives a message where the
-/// header is at fault.
+/// the model in `*out`, to be freed by DestroyAccHMM; or, with `*out` null, 12 when the bytes are
+/// no model and 1 when memory is short. A null `out` answers 2. `errorText` may be null; otherwise
+/// it has room for kModelErrorTextSize bytes and receives a message, unless the fault is in the
+/// model of a phoneme.
 TESSARIN_API int32_t CreateAccHMM(const void* data, uint32_t size, char* errorText,
                                   tessarin::CAccousticHMM** out);
 

@@ -1,9 +1,11 @@
 #include "frame/little_endian.h"
+#include "frame/log_file.h"
 #include "model/accoustic_hmm.h"
 #include "support/tiny_model.h"
 #include "tessarin/acoustic_model.h"
 #include "tessarin/language_constraints.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -127,6 +129,34 @@ TEST_F(ModelImage, CutAtAnyByteIsRefusedWithTheTextOfThePlace) {
             EXPECT_EQ(read.text, kShortModel);
         }
     }
+}
+
+TEST_F(ModelImage, IsTracedAsItIsRead) {
+    const test::TempFile log(".log");
+    const test::bytes image = Image();
+    ASSERT_GT(OpenLog(log.Path()), 0);
+    Create(image);
+    CloseLog();
+    const std::string read = "Enter: CAccousticHMM::ReadSingleAccModel\n"
+                             "Leave: CAccousticHMM::ReadSingleAccModel\n";
+    EXPECT_THAT(log.Content(), testing::HasSubstr("Enter: CreateAccHMM\n"
+                                                  "Enter: CAccousticHMM::CAccousticHMM\n"
+                                                  "Leave: CAccousticHMM::CAccousticHMM\n"
+                                                  "Enter: CAccousticHMM::Read\n"
+                                                  "HMM Magic 7a686d6d " +
+                                                  std::to_string(image.size() - 4) +
+                                                  "\n"
+                                                  "HMM: Read Features\n" +
+                                                  read + read +
+                                                  "Read State Transitions\n"
+                                                  "Read Labels\n"
+                                                  "Read Phoneme Info\n"
+                                                  "Leave: CAccousticHMM::Read\n"
+                                                  "Leave: CreateAccHMM\n"
+                                                  "Enter: CAccousticHMM::~CAccousticHMM\n"
+                                                  "Enter: CAccousticHMM::Destroy\n"
+                                                  "Leave: CAccousticHMM::Destroy\n"
+                                                  "Leave: CAccousticHMM::~CAccousticHMM\n"));
 }
 
 TEST_F(ModelImage, SaysWhatIsWrongWithTheHeader) {
