@@ -191,6 +191,21 @@ TEST(SpectralStream, MeasuresEnergyBetweenTheNeighbouringFrames) {
     EXPECT_NEAR(features[0], 20.5f / 20, 1e-5);
 }
 
+TEST(SpectralStream, MeasuresDecibelsInTheMiddleHop) {
+    analysis model; // a window of 512 samples whose middle 160 begin at 176
+    for (const size_t place : {175u, 176u, 335u, 336u}) {
+        std::vector<float> impulse(2000, 0.0f);
+        impulse[place] = 1000.0f;
+        ScriptedPcmStream pcm(impulse);
+        CSpectralStream stream;
+        ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
+        std::vector<float> transform(512);
+        float decibels = -1.0f;
+        ASSERT_EQ(stream.CalcFrameSpectrum(transform.data(), &decibels), kNoError);
+        EXPECT_EQ(decibels > 0.5f, place >= 176 && place < 336) << place;
+    }
+}
+
 TEST(SpectralStream, TakesNoMaximumFromAClippedFrame) {
     analysis model;
     for (const float amplitude : {8000.0f, 32000.0f}) {
@@ -204,7 +219,6 @@ TEST(SpectralStream, TakesNoMaximumFromAClippedFrame) {
         float high = 0;
         stream.GetEnergyRange(&low, &high);
         EXPECT_GT(low, amplitude / 2);
-        EXPECT_EQ(high, amplitude < 10000.0f ? high : 0.0f);
         EXPECT_EQ(high > 0.0f, amplitude < 10000.0f);
     }
 }
