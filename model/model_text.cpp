@@ -1,5 +1,6 @@
 #include "model/accoustic_hmm.h"
 
+#include <algorithm>
 #include <cmath>
 #include <ostream>
 #include <span>
