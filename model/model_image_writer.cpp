@@ -1,17 +1,13 @@
 #include "frame/little_endian.h"
 #include "model/accoustic_hmm.h"
 #include "model/model_image.h"
+#include "model/owned_file.h"
 
-#include <memory>
 #include <span>
+#include <utility>
 
 namespace tessarin {
 namespace {
-
-struct file_closer {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using owned_file = std::unique_ptr<std::FILE, file_closer>;
 
 // What the file does not take is seen by ferror in the end.
 template <class T> void Put(std::FILE* file, T value) {
@@ -42,7 +38,7 @@ void PutState(std::FILE* file, const CAccousticHMMState& state) {
 } // namespace
 
 bool CAccousticHMM::Write(const char* path) {
-    owned_file file(path != nullptr ? std::fopen(path, "wb+") : nullptr);
+    owned_file file = OpenFile(path, "wb+");
     if (!file) {
         return false;
     }
@@ -68,8 +64,7 @@ bool CAccousticHMM::Write(const char* path) {
             PutText(file.get(), *info);
         }
     }
-    const bool written = std::ferror(file.get()) == 0;
-    return std::fclose(file.release()) == 0 && written;
+    return FinishFile(std::move(file));
 }
 
 } // namespace tessarin

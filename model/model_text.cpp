@@ -1,9 +1,11 @@
 #include "model/accoustic_hmm.h"
+#include "model/owned_file.h"
 
 #include <algorithm>
 #include <cmath>
 #include <ostream>
 #include <span>
+#include <utility>
 
 namespace tessarin {
 namespace {
@@ -101,8 +103,8 @@ void CAccousticHMM::WriteTextDump(std::ostream& text) {
 }
 
 bool CAccousticHMM::WriteDatabaseText(const char* path) {
-    std::FILE* file = path != nullptr ? std::fopen(path, "w+") : nullptr;
-    if (file == nullptr) {
+    owned_file file = OpenFile(path, "w+");
+    if (!file) {
         return false;
     }
     // Kept: "window_lenght" and the fixed lines are what readers of this form look for.
@@ -110,16 +112,15 @@ bool CAccousticHMM::WriteDatabaseText(const char* path) {
                "file_type: Features_File\n"
                "label: 4\n"
                "file_list: timit.lst\n",
-               file);
-    std::fprintf(file, "window_lenght: %d\n", descriptor.windowSize);
-    std::fprintf(file, "window_overlap: %d\n\n", descriptor.windowOverlap);
-    std::fprintf(file, "statistics_dimension: %d\n\n", descriptor.numFeatures);
-    std::fputs("type_of_matrix: diagonal\n", file);
+               file.get());
+    std::fprintf(file.get(), "window_lenght: %d\n", descriptor.windowSize);
+    std::fprintf(file.get(), "window_overlap: %d\n\n", descriptor.windowOverlap);
+    std::fprintf(file.get(), "statistics_dimension: %d\n\n", descriptor.numFeatures);
+    std::fputs("type_of_matrix: diagonal\n", file.get());
     for (int32_t i = 0; i < numModels; ++i) {
-        WritePhonemeDescription(file, i);
+        WritePhonemeDescription(file.get(), i);
     }
-    const bool written = std::ferror(file) == 0;
-    return std::fclose(file) == 0 && written;
+    return FinishFile(std::move(file));
 }
 
 void CAccousticHMM::WritePhonemeDescription(std::FILE* file, int32_t modelIndex) {
