@@ -16,6 +16,8 @@ quib_allocator::~quib_allocator() {
     Reset();
 }
 
+// Kept: an exact fit opens a new block, and a large record ends the block that was being filled;
+// what memory a graph takes, and so how large a graph can be, follows from it.
 void* quib_allocator::Alloc(int32_t size) {
     if (size < 0) {
         return nullptr;
@@ -47,14 +49,15 @@ void quib_allocator::Reset() {
 }
 
 char* quib_allocator::AppendBlock(int32_t bytes, bool zero) {
-    try {
-        blocks.reserve(blocks.size() + 1);
-    } catch (const std::bad_alloc&) {
+    char* block = static_cast<char*>(alloc(static_cast<size_t>(bytes), zero));
+    if (block == nullptr) {
         return nullptr;
     }
-    char* block = static_cast<char*>(alloc(static_cast<size_t>(bytes), zero));
-    if (block != nullptr) {
+    try {
         blocks.push_back(block);
+    } catch (const std::bad_alloc&) {
+        tessarin::free(block);
+        return nullptr;
     }
     return block;
 }
