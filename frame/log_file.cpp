@@ -14,6 +14,8 @@ constinit std::atomic<FILE*> openedLog = nullptr;
 } // namespace
 
 int32_t OpenLog(const char* path) {
+    // Kept: a log that is replaced gets no closing banner; a reader tells by it that the host never
+    // ended that log.
     if (FILE* previous = openedLog) {
         std::fclose(previous);
     }

@@ -141,6 +141,8 @@ template <class T> int16_t TArray<T>::SetSize(int32_t size, int32_t growthStep) 
     return 1;
 }
 
+// Kept: room is asked for while one place is left; an array that overrides `Reserve` hears of the
+// coming growth one element ahead.
 template <class T> int16_t TArray<T>::InsertAt(int32_t index, const T& element) {
     if (count == std::numeric_limits<int32_t>::max()) {
         return 0;

@@ -28,6 +28,7 @@ public:
 private:
     std::mutex mutex;
     std::condition_variable condition;
+    /// Kept: signalled from the start, so that a worker looks at what there is before it waits.
     bool signalled = true;
 };
 

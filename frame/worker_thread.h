@@ -27,8 +27,9 @@ public:
     virtual bool IsRunning();
     virtual void Sleep(uint32_t ms);
 
-    /// Level 0 is below normal, 1 normal, 2 above; other levels change nothing. It acts on a
-    /// running thread only: a level set before the start has no effect. Best effort.
+    /// Level 0 is below normal, 1 normal, 2 above; other levels change nothing. Best effort. Kept:
+    /// it acts on a running thread only, so a worker sets the level that it needs from its own
+    /// body.
     virtual void SetPriority(uint32_t level);
 
     /// The body of the thread.

@@ -1,13 +1,12 @@
 #include "frame/flog.h"
 
 #include "frame/log_file.h"
+#include "support/logged_lines.h"
 #include "support/temp_file.h"
 
-#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -17,25 +16,11 @@ namespace tessarin {
 
 namespace {
 
+using test::LoggedLines;
 using testing::ElementsAre;
 
-/// The lines that `body` writes to a log, without the two banners and their blank lines.
-std::vector<std::string> Logged(const std::function<void()>& body) {
-    const test::TempFile file(".log");
-    EXPECT_GT(OpenLog(file.Path()), 0);
-    body();
-    CloseLog();
-    std::istringstream content(file.Content());
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(content, line);) {
-        lines.push_back(line);
-    }
-    EXPECT_GE(lines.size(), 4u);
-    return {lines.begin() + 2, lines.end() - 2};
-}
-
 TEST(flog, WritesEnterAndLeaveOfNestedScopes) {
-    EXPECT_THAT(Logged([] {
+    EXPECT_THAT(LoggedLines([] {
                     const flog outer("Outer");
                     { const flog inner("CResampler::Instantiate", "%d %d", 16000, 1); }
                     flog::Message("HMM Magic %x %d", 0x7a68u, 2);
@@ -45,7 +30,7 @@ TEST(flog, WritesEnterAndLeaveOfNestedScopes) {
 }
 
 TEST(flog, LeavesWhenTheStackUnwinds) {
-    EXPECT_THAT(Logged([] {
+    EXPECT_THAT(LoggedLines([] {
                     EXPECT_THROW(
                         {
                             const flog scope("Thrower");
@@ -58,7 +43,7 @@ TEST(flog, LeavesWhenTheStackUnwinds) {
 
 TEST(flog, ScopeOlderThanTheLogLeavesWithoutAName) {
     auto older = std::make_unique<flog>("Older");
-    EXPECT_THAT(Logged([&older] { older.reset(); }), ElementsAre("Leave: "));
+    EXPECT_THAT(LoggedLines([&older] { older.reset(); }), ElementsAre("Leave: "));
     const flog quiet("Nothing is open now");
     flog::Message("nor here");
 }
@@ -71,8 +56,18 @@ TEST(flog, EveryLineIsInTheFileAtOnce) {
     CloseLog();
 }
 
+TEST(flog, LogThatDoesNotOpenEndsTheOneBefore) {
+    const test::TempFile file(".log");
+    ASSERT_GT(OpenLog(file.Path()), 0);
+    EXPECT_EQ(OpenLog("no-such-folder/trace.log"), 0);
+    EXPECT_EQ(OpenedLog(), nullptr);
+    { const flog scope("Unheard"); }
+    CloseLog();
+    EXPECT_THAT(file.Content(), testing::EndsWith("\n\n")) << "the opening banner alone";
+}
+
 TEST(flog, ThreadsDoNotMixTheirLines) {
-    const std::vector<std::string> lines = Logged([] {
+    const std::vector<std::string> lines = LoggedLines([] {
         std::vector<std::thread> threads;
         for (int t = 0; t < 4; ++t) {
             threads.emplace_back([] {
