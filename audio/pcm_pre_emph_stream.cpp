@@ -6,20 +6,21 @@
 
 namespace tessarin {
 
+namespace {
+
+constexpr uint32_t kMostChannels = 2; ///< that ReadBlock has room for
+
+} // namespace
+
 error_code CPCMPreEmphStream::Instantiate(CPCMRdrStream* stream, uint32_t sourceChannel,
                                           float emphasis) {
-    if (stream == nullptr) {
+    if (stream == nullptr || !FitsInto(kMostChannels, *stream, sourceChannel)) {
         return kInvalidArgument;
-    }
-    PCMFormat sourceFormat{};
-    stream->GetFormat(&sourceFormat);
-    if (sourceChannel == 0 && sourceFormat.channels > 2) {
-        return kInvalidArgument; // ReadBlock has room for two channels
     }
     coefficient = emphasis;
     channel = sourceChannel;
     source = counted_ptr<CPCMRdrStream>::Share(stream);
-    format = sourceFormat;
+    stream->GetFormat(&format);
     numSamples = stream->GetNumSamples();
     byteLength = stream->GetByteLength();
     bytesPerFrame = format.channels * (format.bitsPerSample / 8u);
@@ -27,6 +28,9 @@ error_code CPCMPreEmphStream::Instantiate(CPCMRdrStream* stream, uint32_t source
 }
 
 error_code CPCMPreEmphStream::SetSourceStream(CPCMRdrStream* stream) {
+    if (stream != nullptr && !FitsInto(kMostChannels, *stream, channel)) {
+        return kInvalidArgument;
+    }
     source = counted_ptr<CPCMRdrStream>::Share(stream);
     return kNoError;
 }
@@ -39,7 +43,7 @@ error_code CPCMPreEmphStream::Start() {
 // Kept: the values are filtered once more on top of the filtered float read, since recordings were
 // exported this way; analysis reads floats, which are filtered once.
 error_code CPCMPreEmphStream::ReadBlock(void* buffer, uint32_t* frames) {
-    const auto values = NewFloats(2 * uint64_t{*frames});
+    const auto values = NewFloats(uint64_t{kMostChannels} * *frames);
     if (values == nullptr) {
         *frames = 0;
         return kOutOfMemory;

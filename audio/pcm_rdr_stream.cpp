@@ -108,6 +108,12 @@ error_code CPCMRdrStream::ReadChannelFloat(float* buffer, uint32_t* frames, uint
     return kNoError;
 }
 
+bool CPCMRdrStream::FitsInto(uint32_t most, CPCMRdrStream& stream, uint32_t channel) {
+    PCMFormat streamFormat{};
+    stream.GetFormat(&streamFormat);
+    return channel != 0 || streamFormat.channels <= most;
+}
+
 error_code CPCMRdrStream::GrowScratch(uint32_t frames) {
     const uint64_t need = uint64_t{frames} * bytesPerFrame;
     if (scratch != nullptr && static_cast<uint64_t>(scratchSize) >= need) {

@@ -34,7 +34,8 @@ public:
 
     /// The stage before this one, or null for a reader.
     virtual CPCMRdrStream* GetSourceStream() = 0;
-    /// Takes a reference to `stream` in place of the stage before this one. A reader answers 6.
+    /// Takes a reference to `stream` in place of the stage before this one. A reader answers 6, and
+    /// a stage 2 when it reads all channels and has no room for those of `stream`.
     virtual error_code SetSourceStream(CPCMRdrStream* stream) = 0;
 
     /// Rewinds the whole chain.
@@ -51,6 +52,9 @@ public:
     virtual error_code Stop();
 
 protected:
+    /// Whether a read of `channel` of `stream` gives at most `most` samples for a frame.
+    static bool FitsInto(uint32_t most, CPCMRdrStream& stream, uint32_t channel);
+
     PCMFormat format{};
     uint32_t byteLength = 0;    ///< of the audio as the stream presents it
     uint32_t numSamples = 0;    ///< sample frames

@@ -13,6 +13,7 @@ namespace tessarin {
 
 namespace {
 
+constexpr uint32_t kMostChannels = 1; ///< that the buffers have room for
 constexpr uint32_t kStackSamples = 4096;
 
 } // namespace
@@ -20,13 +21,9 @@ constexpr uint32_t kStackSamples = 4096;
 error_code CResampledPCMStream::Instantiate(CPCMRdrStream* stream, const PCMFormat* target,
                                             uint32_t sourceChannel, float cutoff) {
     flog scope("CResampledPCMStream::Instantiate");
-    if (stream == nullptr || target == nullptr) {
+    if (stream == nullptr || target == nullptr ||
+        !FitsInto(kMostChannels, *stream, sourceChannel)) {
         return kInvalidArgument;
-    }
-    PCMFormat sourceFormat{};
-    stream->GetFormat(&sourceFormat);
-    if (sourceChannel == 0 && sourceFormat.channels > 1) {
-        return kInvalidArgument; // the buffers hold one channel
     }
     source = counted_ptr<CPCMRdrStream>::Share(stream);
     channel = sourceChannel;
@@ -34,14 +31,18 @@ error_code CResampledPCMStream::Instantiate(CPCMRdrStream* stream, const PCMForm
     bytesPerFrame = 2;
     surplusBegin = surplusEnd = 0;
     const error_code code =
-        resampler.Instantiate(static_cast<int32_t>(sourceFormat.sampleRate >> 16),
+        resampler.Instantiate(static_cast<int32_t>(stream->GetSampleRate() >> 16),
                               static_cast<int32_t>(format.sampleRate >> 16), cutoff);
     if (code != kNoError) {
         return code;
     }
     surplus = NewFloats(static_cast<uint64_t>(resampler.GetInterpolation()));
+    if (surplus == nullptr) {
+        source.reset(); // nothing may be read without the room for it
+        return kOutOfMemory;
+    }
     UpdateLength();
-    return surplus == nullptr ? kOutOfMemory : kNoError;
+    return kNoError;
 }
 
 void CResampledPCMStream::UpdateLength() {
@@ -62,6 +63,9 @@ uint32_t CResampledPCMStream::GetByteLength() {
 }
 
 error_code CResampledPCMStream::SetSourceStream(CPCMRdrStream* stream) {
+    if (stream != nullptr && !FitsInto(kMostChannels, *stream, channel)) {
+        return kInvalidArgument;
+    }
     source = counted_ptr<CPCMRdrStream>::Share(stream);
     return kNoError;
 }

@@ -56,6 +56,8 @@ TEST(PcmPreEmphStream, BlockReadHasRoomForTwoChannels) {
     EXPECT_EQ(stage.ReadBlock(samples.data(), &frames), 0);
     EXPECT_THAT(samples, ElementsAre(1, 2, 0, 0));
 
+    EXPECT_EQ(stage.SetSourceStream(&three), 2);
+    EXPECT_EQ(stage.GetSourceStream(), stereo.get());
     EXPECT_EQ(stage.Instantiate(&three, 0, 0.0f), 2);
     EXPECT_EQ(stage.Instantiate(&three, 3, 0.0f), 0);
     EXPECT_EQ(stage.Instantiate(nullptr, 1, 0.0f), 2);

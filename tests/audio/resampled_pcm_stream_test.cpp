@@ -150,6 +150,10 @@ TEST(ResampledPcmStream, RefusesWhatItCannotConnect) {
     EXPECT_EQ(stage.Instantiate(&stereo, nullptr, 1, kCutoff), 2);
     EXPECT_EQ(stage.Instantiate(&stereo, &target, 0, kCutoff), 2);
     EXPECT_EQ(stage.Instantiate(&still, &target, 1, kCutoff), 2);
+    const auto mono = MonoStream(16000, {1, 2});
+    EXPECT_EQ(stage.Instantiate(mono.get(), &target, 0, kCutoff), 0);
+    EXPECT_EQ(stage.SetSourceStream(&stereo), 2);
+    EXPECT_EQ(stage.GetSourceStream(), mono.get());
     EXPECT_EQ(stage.Instantiate(&stereo, &target, 3, kCutoff), 0);
     frames = 4;
     EXPECT_EQ(stage.ReadChannelFloat(floats.data(), &frames, 1), 2); // there is no channel 3
