@@ -94,8 +94,8 @@ error_code CNistSphereRdrStream::ReadHeader() {
 }
 
 error_code CNistSphereRdrStream::SetUpFormat(const char* header) {
-    const int32_t stated = GetHeaderInt(header, "channel_count", 1);
-    const uint32_t channels = stated == 2 ? 2 : 1;
+    // Kept: any count but 2 means mono, so a header that is wrong about it still opens.
+    const uint32_t channels = GetHeaderInt(header, "channel_count", 1) == 2 ? 2 : 1;
     const int32_t rate = GetHeaderInt(header, "sample_rate", 16000);
     const uint32_t sampleBytes = GetHeaderInt(header, "sample_n_bytes", 2) == 1 ? 1 : 2;
     if (rate < 0 || rate > 65535) { // has no place in 16.16

@@ -43,10 +43,10 @@ void Int16FromFloats(std::span<int16_t> out, std::span<const float> samples) {
 }
 
 void WidenToInt16(std::span<int16_t> samples) {
-    for (size_t i = samples.size(); i-- > 0;) {
-        uint8_t byte;
-        std::memcpy(&byte, reinterpret_cast<const uint8_t*>(samples.data()) + i, 1);
-        samples[i] = static_cast<int16_t>(WidenByte(byte));
+    const uint8_t* const bytes = reinterpret_cast<const uint8_t*>(samples.data());
+    for (size_t i = samples.size();
+         i-- > 0;) { // from the end, where only read bytes are overwritten
+        samples[i] = static_cast<int16_t>(WidenByte(bytes[i]));
     }
 }
 

@@ -86,6 +86,8 @@ error_code CWavRdrStream::FindChunks(const char* path, uint32_t* dataSize) {
     if (const int32_t error = fileHandle.Ascend(chunk)) {
         return MapWaveError(error);
     }
+    // Kept: the sub-format of an extensible record is not looked at, so what claims 8, 16 or 24
+    // bits there is read as integers; recordings with a mistaken sub-format open all the same.
     const uint16_t tag = wave_format{waveFormat.get()}.Tag();
     if (tag != kPcmTag && tag != kExtensibleTag) {
         return kCompressedFile;
@@ -110,6 +112,8 @@ error_code CWavRdrStream::ReadFormatChunk(uint32_t size) {
         return kInvalidFile;
     }
     if (size == kOldFormatSize) {
+        // Kept: a record that ends before its bits means 8 of them, whatever its other fields say,
+        // for nothing else was recorded when such records were written.
         StoreLittleEndian<uint16_t>(waveFormat.get() + kOldFormatSize, 8);
     }
     return kNoError;

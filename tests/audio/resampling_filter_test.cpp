@@ -1,6 +1,7 @@
 #include "audio/resampling_filter.h"
 
 #include <cmath>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -37,6 +38,17 @@ double Gain(const std::vector<float>& taps, double radiansPerTap) {
         imaginary += taps[i] * std::sin(radiansPerTap * static_cast<double>(i));
     }
     return std::hypot(real, imaginary);
+}
+
+TEST(ResamplingFilter, IsTheWindowWhereTheSincIsFlat) {
+    constexpr float kLowCutoff = 1e-4f; // sin(x) / x stays within 1e-6 of 1
+    const std::vector<float> taps = Taps({1, 12, kLowCutoff});
+    // At 0, 60, 90, 120 and 180 degrees the cosines are whole or half.
+    const std::pair<size_t, double> window[] = {
+        {0, 0.00006}, {2, 0.055645}, {3, 0.21747}, {4, 0.520575}, {6, 1.0}};
+    for (const auto& [tap, value] : window) {
+        EXPECT_NEAR(static_cast<double>(taps[tap]) / (0.9 * 1e-4), value, 2e-6) << tap;
+    }
 }
 
 TEST(ResamplingFilter, IsEvenAboutHalfItsLength) {
