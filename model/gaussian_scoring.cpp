@@ -16,6 +16,25 @@ size_t GroupCount(size_t mixtures) {
     return (mixtures + kGaussianLanes - 1) / kGaussianLanes;
 }
 
+bool IsFinite(const std::vector<float>& values) {
+    return std::ranges::all_of(values, [](float value) { return std::isfinite(value); });
+}
+
+/// How many Gaussians of a state count. Those of weight 0 at its end, by which a model fills up
+/// states that need fewer than others, add 0 to any sum.
+size_t CountScored(const CAccousticHMMState& state) {
+    size_t count = state.mixtures.size();
+    while (count > 0) {
+        const CGaussMixture& last = state.mixtures[count - 1];
+        if (last.gConst * last.weight != 0.0 || !IsFinite(last.mean) ||
+            !IsFinite(last.inverseCovariance)) {
+            break;
+        }
+        --count;
+    }
+    return count;
+}
+
 } // namespace
 
 gaussian_scoring::gaussian_scoring(const std::vector<CSingleAccHmm>& models, size_t featureCount)
@@ -23,32 +42,34 @@ gaussian_scoring::gaussian_scoring(const std::vector<CSingleAccHmm>& models, siz
     size_t groups = 0;
     for (const CSingleAccHmm& model : models) {
         for (const CAccousticHMMState& state : model.states) {
-            states.push_back({groups, state.mixtures.size()});
-            groups += GroupCount(state.mixtures.size());
+            states.push_back({groups, CountScored(state)});
+            groups += GroupCount(states.back().mixtures);
         }
     }
     means.resize(groups * numFeatures * kGaussianLanes);
     inverses.resize(groups * numFeatures * kGaussianLanes);
     factors.resize(groups * kGaussianLanes);
-    size_t block = 0;
+    auto block = states.begin();
     for (const CSingleAccHmm& model : models) {
         for (const CAccousticHMMState& state : model.states) {
-            const size_t firstGroup = states[block++].firstGroup;
-            for (size_t m = 0; m < state.mixtures.size(); ++m) {
-                const CGaussMixture& mixture = state.mixtures[m];
-                assert(mixture.mean.size() >= numFeatures &&
-                       mixture.inverseCovariance.size() >= numFeatures);
-                const size_t group = firstGroup + m / kGaussianLanes;
-                const size_t lane = m % kGaussianLanes;
-                for (size_t k = 0; k < numFeatures; ++k) {
-                    const size_t place = (group * numFeatures + k) * kGaussianLanes + lane;
-                    means[place] = mixture.mean[k];
-                    inverses[place] = static_cast<double>(mixture.inverseCovariance[k]);
-                }
-                factors[group * kGaussianLanes + lane] = mixture.gConst * mixture.weight;
+            for (size_t m = 0; m < block->mixtures; ++m) {
+                Place(state.mixtures[m], block->firstGroup * kGaussianLanes + m);
             }
+            ++block;
         }
     }
+}
+
+void gaussian_scoring::Place(const CGaussMixture& mixture, size_t slot) {
+    assert(mixture.mean.size() >= numFeatures && mixture.inverseCovariance.size() >= numFeatures);
+    const size_t group = slot / kGaussianLanes;
+    const size_t lane = slot % kGaussianLanes;
+    for (size_t k = 0; k < numFeatures; ++k) {
+        const size_t place = (group * numFeatures + k) * kGaussianLanes + lane;
+        means[place] = mixture.mean[k];
+        inverses[place] = static_cast<double>(mixture.inverseCovariance[k]);
+    }
+    factors[slot] = mixture.gConst * mixture.weight;
 }
 
 double gaussian_scoring::Likelihood(size_t state, const float* x) const {

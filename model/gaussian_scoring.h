@@ -7,6 +7,7 @@
 
 namespace tessarin {
 
+class CGaussMixture;
 class CSingleAccHmm;
 
 /// The Gaussians of all states laid out for speed: those of one state side by side in groups of
@@ -29,6 +30,8 @@ private:
         size_t firstGroup;
         size_t mixtures;
     };
+
+    void Place(const CGaussMixture& mixture, size_t slot);
 
     gaussian_distances distances = nullptr;
     size_t numFeatures = 0;

@@ -76,6 +76,20 @@ TEST(GaussianScoring, EqualsThePlainLoopToTheLastBit) {
     }
 }
 
+TEST(GaussianScoring, LeavesOutGaussiansOfWeight0WithoutATrace) {
+    RandomStates random;
+    std::vector<CSingleAccHmm> models = random.Models(11, 4);
+    std::vector<CGaussMixture>& mixtures = models[0].states[1].mixtures;
+    for (const size_t m : {2, 7, 8, 9, 10}) {
+        mixtures[m].weight = 0.0;
+    }
+    const std::vector<float> x = random.Values(4, -4.0f, 4.0f);
+    EXPECT_EQ(gaussian_scoring(models, 4).Likelihood(1, x.data()),
+              PlainLikelihood(models[0].states[1], x));
+    mixtures[10].mean[0] = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_TRUE(std::isnan(gaussian_scoring(models, 4).Likelihood(1, x.data())));
+}
+
 TEST(GaussianScoring, AllKernelsOfThisMachineAgreeToTheLastBit) {
     RandomStates random;
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
