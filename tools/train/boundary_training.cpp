@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 namespace tessarin::training {
 namespace {
@@ -266,10 +265,12 @@ void Update(const gaussian_sums& known, const gaussian_sums& rival,
 
 } // namespace
 
-void TrainBoundaries(const std::vector<labelled_speech>& speech,
-                     const transition_model& transitions, const std::vector<double>& floors,
-                     size_t numRounds, size_t numThreads, std::vector<state_mixture>& mixtures) {
+std::vector<double> TrainBoundaries(const std::vector<labelled_speech>& speech,
+                                    const transition_model& transitions,
+                                    const std::vector<double>& floors, size_t numRounds,
+                                    size_t numThreads, std::vector<state_mixture>& mixtures) {
     const std::vector<state_mixture> likeliest = mixtures;
+    std::vector<double> progress;
     for (size_t round = 0; round < numRounds; ++round) {
         const std::vector<mixture_scorer> scorers(mixtures.begin(), mixtures.end());
         std::vector<mixture_sums> sums(kShares, mixture_sums(mixtures, floors.size()));
@@ -283,8 +284,9 @@ void TrainBoundaries(const std::vector<labelled_speech>& speech,
         for (size_t share = 1; share < kShares; ++share) {
             sums[0].Add(sums[share]);
         }
-        std::fprintf(stderr, "  round %zu: %.5f a second for the known boundaries\n", round + 1,
-                     100.0 * sums[0].logKnown / sums[0].observations);
+        constexpr double kObservationsPerSecond = 1000.0 / kObservationMs;
+        progress.push_back(kObservationsPerSecond * sums[0].logKnown /
+                           std::max(sums[0].observations, 1.0));
         for (size_t state = 0; state < mixtures.size(); ++state) {
             for (size_t m = 0; m + 1 < mixtures[state].size(); ++m) {
                 Update(sums[0].known[state][m], sums[0].rival[state][m], likeliest[state][m],
@@ -292,6 +294,7 @@ void TrainBoundaries(const std::vector<labelled_speech>& speech,
             }
         }
     }
+    return progress;
 }
 
 } // namespace tessarin::training

@@ -175,7 +175,10 @@ void training::TrainFromLikelihood() {
     std::fprintf(stderr, "boundaries\n");
     std::vector<double> floors = statistics.variance;
     std::ranges::transform(floors, floors.begin(), [](double variance) { return 0.01 * variance; });
-    TrainBoundaries(speech, transitions, floors, chosen.boundaryRounds, chosen.threads, mixtures);
+    for (const double share : TrainBoundaries(speech, transitions, floors, chosen.boundaryRounds,
+                                              chosen.threads, mixtures)) {
+        std::fprintf(stderr, "  %.3f\n", share);
+    }
 }
 
 bool training::Write() {

@@ -156,7 +156,7 @@ void Measure(const char* condition, const CAccousticHMM& model,
 
 change Noise(noise_kind kind, double snrDb) {
     return [=](recording& speech, random_source& random) {
-        AddNoise(speech, kind, snrDb, {}, random);
+        AddNoise(speech, kind, snrDb, 0.0, {}, random);
     };
 }
 

@@ -157,6 +157,19 @@ std::vector<std::vector<stretch>> FindStretches(const std::vector<labelled_speec
     return stretches;
 }
 
+/// More Gaussians for states with more observations, which are more various: silence above all. The
+/// broad one included they fill the lanes that they are scored in.
+size_t GaussiansFor(const std::vector<stretch>& own, double average, size_t numGaussians) {
+    double values = 0.0;
+    for (const stretch& each : own) {
+        values += static_cast<double>(each.size());
+    }
+    const double share = std::clamp(std::sqrt(values / average), 0.25, 4.0);
+    const auto groups = std::lround(static_cast<double>(numGaussians + 1) * share /
+                                    static_cast<double>(kGaussianLanes));
+    return static_cast<size_t>(std::max(groups, 1L)) * kGaussianLanes - 1;
+}
+
 } // namespace
 
 observation_statistics MeasureObservations(const std::vector<labelled_speech>& speech) {
@@ -179,9 +192,15 @@ std::vector<state_mixture> TrainMixtures(const std::vector<labelled_speech>& spe
                                          const observation_statistics& statistics, size_t numStates,
                                          size_t numGaussians, size_t numThreads) {
     const std::vector<std::vector<stretch>> stretches = FindStretches(speech, numStates);
+    double values = 0.0;
+    for (const labelled_speech& each : speech) {
+        values += static_cast<double>(each.observations.values.size());
+    }
+    const double average = values / static_cast<double>(numStates);
     std::vector<state_mixture> mixtures(numStates);
     ParallelFor(numStates, numThreads, [&](size_t state) {
-        mixtures[state] = mixture_trainer(stretches[state], statistics).Train(numGaussians);
+        mixtures[state] = mixture_trainer(stretches[state], statistics)
+                              .Train(GaussiansFor(stretches[state], average, numGaussians));
     });
     return mixtures;
 }

@@ -206,6 +206,23 @@ private:
     std::vector<float> weights;
 };
 
+/// Makes the level wander, as backgrounds and breaths do: a new target every quarter of a second,
+/// up to `depthDb` to either side.
+void LetLevelWander(std::vector<float>& noise, double rate, double depthDb, random_source& random) {
+    const auto period = static_cast<size_t>(rate * 0.25);
+    double fromDb = random.Uniform(-depthDb, depthDb);
+    for (size_t start = 0; start < noise.size(); start += period) {
+        const double toDb = random.Uniform(-depthDb, depthDb);
+        const double ratio = std::pow(FromDb(toDb - fromDb), 1.0 / static_cast<double>(period));
+        double gain = FromDb(fromDb);
+        const size_t end = std::min(start + period, noise.size());
+        for (size_t i = start; i < end; ++i, gain *= ratio) {
+            noise[i] = static_cast<float>(gain * static_cast<double>(noise[i]));
+        }
+        fromDb = toDb;
+    }
+}
+
 /// What lies outside the range of 16 bits is cut off, as a recorder does it.
 void RoundToSamples(recording& speech) {
     for (float& sample : speech.samples) {
@@ -244,9 +261,10 @@ void BandLimitToTelephone(recording& speech) {
     }
 }
 
-void AddNoise(recording& speech, noise_kind kind, double snrDb,
+void AddNoise(recording& speech, noise_kind kind, double snrDb, double wanderDb,
               const std::vector<recording>& voices, random_source& random) {
     std::vector<float> noise = Noise(kind, speech.samples.size(), speech.rate, voices, random);
+    LetLevelWander(noise, speech.rate, wanderDb, random);
     const double power = MeanSquare(noise);
     if (power == 0.0) {
         return;
@@ -273,8 +291,9 @@ changed_copy ChangeSpeech(const recording& original, const std::vector<recording
                                    noise_kind::kWhite};
     const noise_kind kind = kKinds[random.Index(kKinds.size())];
     const double snrDb =
-        random.Chance(0.7) ? random.Uniform(4.0, 28.0) : random.Uniform(28.0, 55.0);
-    AddNoise(copy.speech, kind, snrDb, voices, random);
+        random.Chance(0.6) ? random.Uniform(4.0, 28.0) : random.Uniform(28.0, 55.0);
+    const double wanderDb = random.Chance(0.5) ? random.Uniform(2.0, 8.0) : 0.0;
+    AddNoise(copy.speech, kind, snrDb, wanderDb, voices, random);
     if (random.Chance(0.2)) {
         BandLimitToTelephone(copy.speech);
         if (random.Chance(0.5)) {

@@ -32,9 +32,9 @@ recording ChangeSpeed(const recording& original, double speed);
 /// A band of 300 to 3400 Hz.
 void BandLimitToTelephone(recording& speech);
 /// Adds noise of the given kind so that the speech's level over its active stretches is `snrDb`
-/// above the level of the noise.
+/// above the level of the noise, which wanders by `wanderDb` to either side.
 enum class noise_kind { kWhite, kPink, kRumble, kHum, kBabble };
-void AddNoise(recording& speech, noise_kind kind, double snrDb,
+void AddNoise(recording& speech, noise_kind kind, double snrDb, double wanderDb,
               const std::vector<recording>& voices, random_source& random);
 
 } // namespace tessarin::training
