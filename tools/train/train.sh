@@ -1,0 +1,11 @@
+#!/usr/bin/env bash
+# Collects the speech and trains the model that the project ships.
+# usage: train.sh BUILD_FOLDER [CORPUS_FOLDER]
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/../.."
+programs=$1/tools/train
+corpus=${2:-build/corpus}
+python3 tools/train/corpus/collect.py "$corpus"
+"$programs/tessarin-train" "$corpus" -o data/en-us.model --lexicon data/en-us.lexicon.txt \
+    --threads "$(nproc)"
+"$programs/tessarin-measure" data/en-us.model "$corpus"
