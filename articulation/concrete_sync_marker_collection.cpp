@@ -1,5 +1,6 @@
 #include "articulation/concrete_sync_marker_collection.h"
 
+#include "articulation/saturated.h"
 #include "articulation/score_mapping.h"
 #include "articulation/sync_marker.h"
 #include "frame/flog.h"
@@ -68,8 +69,7 @@ void CConcreteSyncMarkerCollection::PostProcessMarkers() {
     if (lastLabel == FieldText(m_carried_label)) {
         carriedMs += m_carried_duration; // reached by a phoneme without a label alone
     }
-    m_carried_duration = static_cast<int32_t>(std::clamp<int64_t>(
-        carriedMs, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max()));
+    m_carried_duration = Saturated(carriedMs);
     CopyText(m_carried_label, lastLabel);
 }
 
@@ -87,15 +87,18 @@ int32_t CConcreteSyncMarkerCollection::size() {
 
 CSyncMarker* CConcreteSyncMarkerCollection::begin() {
     flog scope("CConcreteSyncMarkerCollection::begin");
+    numSeen = kUnseen;
     return IsEmpty() ? nullptr : TArray<CSyncMarker>::begin();
 }
 
 CSyncMarker* CConcreteSyncMarkerCollection::end() {
     flog scope("CConcreteSyncMarkerCollection::end");
+    numSeen = kUnseen;
     return IsEmpty() ? nullptr : TArray<CSyncMarker>::end();
 }
 
 void CConcreteSyncMarkerCollection::clear() {
+    numSeen = kUnseen;
     while (!IsEmpty()) {
         DeleteSyncMarker((*this)[GetSize() - 1]);
         RemoveAt(GetSize() - 1);
@@ -104,14 +107,33 @@ void CConcreteSyncMarkerCollection::clear() {
 
 void CConcreteSyncMarkerCollection::add_marker(const CSyncMarker& marker) {
     flog scope("CConcreteSyncMarkerCollection::add_marker");
-    const TArray<CSyncMarker>& markers = *this;
-    const CSyncMarker* place =
-        std::find_if(markers.begin(), markers.end(),
-                     [&](const CSyncMarker& existing) { return existing.start > marker.start; });
-    if (InsertAt(static_cast<int32_t>(place - markers.begin()), marker) == 0) {
-        CSyncMarker unplaced = marker;
-        DeleteSyncMarker(unplaced);
+    CSyncMarker added = marker; // growth may free the storage that `marker` lies in
+    const int32_t latest = FindLatestStart();
+    int32_t place = GetSize();
+    if (added.start < latest) {
+        const TArray<CSyncMarker>& markers = *this;
+        const auto isLater = [&](const CSyncMarker& other) { return other.start > added.start; };
+        place = static_cast<int32_t>(std::find_if(markers.begin(), markers.end(), isLater) -
+                                     markers.begin());
     }
+    ReserveAhead(*this);
+    if (InsertAt(place, added) == 0) {
+        DeleteSyncMarker(added);
+        return;
+    }
+    latestStart = std::max(latest, added.start);
+    numSeen = GetSize();
+}
+
+int32_t CConcreteSyncMarkerCollection::FindLatestStart() {
+    if (numSeen != GetSize()) {
+        latestStart = std::numeric_limits<int32_t>::min();
+        for (const CSyncMarker& marker : static_cast<TArray<CSyncMarker>&>(*this)) {
+            latestStart = std::max(latestStart, marker.start);
+        }
+        numSeen = GetSize();
+    }
+    return latestStart;
 }
 
 } // namespace tessarin

@@ -119,7 +119,7 @@ TEST(LimitSlope, LowersToWhatPassesOverAllPairsComeTo) {
     }
 }
 
-/// The method as it is described: for each label every key time walks all envelopes and points.
+/// The same without shortcuts: for each label every key time walks all envelopes and points.
 std::vector<phn_env_marker> PlainCommonKeys(envelopes_by_label lists, float rate) {
     const int32_t grid = static_cast<int32_t>(rate);
     const int32_t step = static_cast<int32_t>(1000.0f / rate);
