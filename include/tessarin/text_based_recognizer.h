@@ -19,17 +19,19 @@ public:
 
     /// Aligns `text` (null: what `transcriber` has already transcribed) to the audio of `stream`,
     /// a fresh stream for `model`, and appends phonemes and words to `results`; clear it first.
-    /// `progress` may be null; otherwise it must outlive the stream. Returns 0; 2 without results
-    /// or transcriber; 5 when cancelled; 8 when the search lost the text, with the markers up to
-    /// there; or the code of a failed read.
+    /// `progress` may be null. Returns 0; 1 without memory; 2 without stream, model, transcriber or
+    /// results, or for a stream without a rate; 3 for a model of more than 256 phonemes or of more
+    /// than 256 states each; 5 when cancelled; 6 when asked for sentences, which are not searched
+    /// for yet; 8 when the search lost the text, with the markers up to there; or the code of a
+    /// failed read. Where cuts divide the text, each part is aligned whatever becomes of the
+    /// others, and the code is that of the last part that failed.
     virtual error_code RecognizePhonemes(IObservationStream* stream, CAccousticHMM* model,
                                          const char* text, IVisemixTranscriber* transcriber,
                                          ProgressSink* progress,
                                          ISyncResultsCollection* results) = 0;
     /// RecognizePhonemes with the text that `transcriber` has already transcribed.
     virtual error_code AlignTranscription(IObservationStream* stream, CAccousticHMM* model,
-                                          IVisemixTranscriber* transcriber,
-                                          ProgressSink* progress,
+                                          IVisemixTranscriber* transcriber, ProgressSink* progress,
                                           ISyncResultsCollection* results) = 0;
     /// The search window in states, clamped to 500 at least and 8000 at most; 2000 at first.
     virtual void SetBeamWidth(int32_t width) = 0;
