@@ -25,5 +25,9 @@ class ProgressSink;
 [[nodiscard]] error_code FreeViterbiLM(const CAccousticHMM& model, IObservationStream& stream,
                                        ProgressSink* progress, TArray<uint32_t>& path,
                                        TArray<float>& energies);
+/// The same with hypotheses kept in steps of `growthStep`, which has no part in the result.
+[[nodiscard]] error_code FreeViterbiLM(const CAccousticHMM& model, IObservationStream& stream,
+                                       ProgressSink* progress, TArray<uint32_t>& path,
+                                       TArray<float>& energies, int32_t growthStep);
 
 } // namespace tessarin

@@ -2,20 +2,17 @@
 
 #include "frame/guarded.h"
 #include "model/accoustic_hmm.h"
+#include "recognition/free_search.h"
 #include "recognition/hmm_hypothesis_tree.h"
 #include "recognition/transition_lists.h"
-#include "tessarin/observation_stream.h"
-#include "tessarin/progress_sink.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 #include <vector>
 
 namespace tessarin {
 namespace {
-
-constexpr uint32_t kProgressInterval = 100;
-constexpr int32_t kMaxStates = 65535;
 
 /// What a phoneme change is worth without a trigram to say so.
 constexpr double kBigramBackoff = 1e-6;
@@ -25,20 +22,21 @@ constexpr double kBigramShare = 0.99;
 /// One run. A state has at most one hypothesis at an observation, and they stand in the order of
 /// their states, so walking a state's sources is walking the hypotheses that can lead to it.
 struct language_search {
-    explicit language_search(const CAccousticHMM& acousticModel)
+    language_search(const CAccousticHMM& acousticModel, int32_t growthStep)
         : model(acousticModel), statesPerPhone(static_cast<uint32_t>(acousticModel.numStates)),
           numStates(static_cast<uint32_t>(acousticModel.GetTotalStates())),
           steps(numStates, [&](uint32_t from, uint32_t to) { return StepProbability(from, to); }),
           features(static_cast<size_t>(acousticModel.descriptor.numFeatures) + 3),
-          previous(numStates, -1), current(numStates, -1), tree(CHmmHypothesisTree::kGrowthStep) {}
+          previous(numStates, -1), current(numStates, -1), tree(growthStep) {}
 
     float StepProbability(uint32_t from, uint32_t to) const;
-    bool Seed();
-    bool Advance();
-    bool EnterState(uint32_t state);
+    void Seed();
+    void Advance(int32_t t);
+    void MakeRoom();
+    void EnterState(uint32_t state);
     int32_t BestSource(uint32_t state, double& bestScore) const;
     double LanguageFactor(const hmm_hypothesis& from, uint16_t phone) const;
-    bool TraceBack(TArray<uint32_t>& path) const;
+    error_code TraceBack(TArray<uint32_t>& path) const;
     uint32_t StateOf(const hmm_hypothesis& hypothesis) const {
         return hypothesis.phone * statesPerPhone + hypothesis.state;
     }
@@ -67,31 +65,26 @@ float language_search::StepProbability(uint32_t from, uint32_t to) const {
     return model.transitions[from][to];
 }
 
-bool language_search::Seed() {
+void language_search::Seed() {
     for (uint32_t p = 0; p < static_cast<uint32_t>(model.numModels); ++p) {
         // Kept: a root is scored with the model's state number p, not with its phone's first state;
         // the first phonemes of every result depend on it.
         const double score = model.GetStateProbability(features.data(), static_cast<int32_t>(p)) *
                              (1.0 / model.numModels);
         if (!tree.AddRoot(static_cast<uint16_t>(p), score, 0)) {
-            return false;
+            throw std::bad_alloc();
         }
         previous[p * statesPerPhone] = static_cast<int32_t>(p);
     }
     frameEnd = tree.GetCount();
-    return true;
 }
 
-bool language_search::Advance() {
-    if (!tree.Reserve(static_cast<int32_t>(numStates))) {
-        return false;
-    }
+void language_search::Advance(int32_t) {
+    MakeRoom();
     largest = 0.0;
     const int32_t begin = tree.GetCount();
     for (uint32_t state = 0; state < numStates; ++state) {
-        if (!EnterState(state)) {
-            return false;
-        }
+        EnterState(state);
     }
     frameBegin = begin;
     frameEnd = tree.GetCount();
@@ -99,15 +92,36 @@ bool language_search::Advance() {
         tree[i].score /= largest;
     }
     std::swap(previous, current);
-    return true;
 }
 
-bool language_search::EnterState(uint32_t state) {
+/// A full tree first gives up what no path of the last observation comes from. That is nearly all
+/// of it, as paths meet some seconds back; when it is not, the tree grows, lest it soon be full
+/// again.
+void language_search::MakeRoom() {
+    const auto wanted = static_cast<int32_t>(numStates);
+    if (tree.GetCount() >= tree.GetCapacity() - wanted) {
+        tree.SetFirstLive(frameBegin);
+        const int32_t dropped = tree.DropDeadEnds();
+        frameBegin -= dropped;
+        frameEnd -= dropped;
+        for (int32_t& index : previous) {
+            index -= index < 0 ? 0 : dropped;
+        }
+        if (tree.GetCount() > tree.GetCapacity() / 2) {
+            (void)tree.Grow(0); // a failure shows when there is no room left
+        }
+    }
+    if (!tree.Reserve(wanted)) {
+        throw std::bad_alloc();
+    }
+}
+
+void language_search::EnterState(uint32_t state) {
     current[state] = -1;
     double score = 0.0;
     const int32_t source = BestSource(state, score);
     if (source < 0) {
-        return true;
+        return;
     }
     const hmm_hypothesis from = tree[source];
     const auto phone = static_cast<uint16_t>(state / statesPerPhone);
@@ -118,11 +132,13 @@ bool language_search::EnterState(uint32_t state) {
     }
     score *= model.GetPhoneDurationFactor(from.phone, phone, from.frames);
     if (!(score > 0.0)) {
-        return true;
+        return;
     }
     largest = std::max(largest, score);
     current[state] = tree.GetCount();
-    return tree.AddChild(from, source, phone, score, local);
+    if (!tree.AddChild(from, source, phone, score, local)) {
+        throw std::bad_alloc();
+    }
 }
 
 /// The hypothesis that leads to `state` best, the first of equals; -1 for none.
@@ -161,8 +177,7 @@ double language_search::LanguageFactor(const hmm_hypothesis& from, uint16_t phon
     return model.unigrams[phone] * kUnigramShare + bigram * kBigramShare;
 }
 
-/// False when no hypothesis is left.
-bool language_search::TraceBack(TArray<uint32_t>& path) const {
+error_code language_search::TraceBack(TArray<uint32_t>& path) const {
     double bestScore = 0.0;
     int32_t at = -1;
     for (int32_t i = frameBegin; i < frameEnd; ++i) {
@@ -173,7 +188,7 @@ bool language_search::TraceBack(TArray<uint32_t>& path) const {
     }
     if (at < 0) {
         std::fill(path.begin(), path.end(), 0u);
-        return false;
+        return kRecognitionFailed;
     }
     const int32_t last = path.GetSize() - 1;
     path[last] = StateOf(tree[at]);
@@ -182,50 +197,27 @@ bool language_search::TraceBack(TArray<uint32_t>& path) const {
         path[t] = StateOf(tree[at]);
         at = tree[at].parent;
     }
-    return true;
-}
-
-error_code Search(language_search& search, IObservationStream& stream, ProgressSink* progress,
-                  TArray<uint32_t>& path, TArray<float>& energies) {
-    const auto frames = static_cast<uint32_t>(path.GetSize());
-    for (uint32_t t = 0; t < frames; ++t) {
-        const error_code code =
-            stream.GetObservation(search.features.data(), &energies[static_cast<int32_t>(t)]);
-        if (code != kNoError) {
-            return code;
-        }
-        if (!(t == 0 ? search.Seed() : search.Advance())) {
-            return kOutOfMemory;
-        }
-        if (t > 0 && (t + 1) % kProgressInterval == 0 && progress != nullptr &&
-            progress->OnProgress(t + 1, frames - 1)) {
-            return kUserCancelled;
-        }
-    }
-    return search.TraceBack(path) ? kNoError : kRecognitionFailed;
+    return kNoError;
 }
 
 } // namespace
 
 error_code FreeViterbiLM(const CAccousticHMM& model, IObservationStream& stream,
-                         ProgressSink* progress, TArray<uint32_t>& path, TArray<float>& energies) {
+                         ProgressSink* progress, TArray<uint32_t>& path, TArray<float>& energies,
+                         int32_t growthStep) {
     return Guarded([&]() -> error_code {
-        if (model.GetTotalStates() > kMaxStates) {
-            return kOutOfRange;
+        const error_code code = PrepareFreeSearch(model, stream, path, energies);
+        if (code != kNoError) {
+            return code;
         }
-        const uint32_t frames = stream.GetNumObservations();
-        if (frames > INT32_MAX || path.SetSize(static_cast<int32_t>(frames), 0) == 0) {
-            return kOutOfMemory;
-        }
-        if (energies.GetSize() < path.GetSize() && energies.SetSize(path.GetSize(), 0) == 0) {
-            return kOutOfMemory;
-        }
-        if (frames == 0) {
-            return kNoError;
-        }
-        language_search search(model);
-        return Search(search, stream, progress, path, energies);
+        language_search search(model, growthStep);
+        return RunFreeSearch(search, stream, progress, path, energies);
     });
+}
+
+error_code FreeViterbiLM(const CAccousticHMM& model, IObservationStream& stream,
+                         ProgressSink* progress, TArray<uint32_t>& path, TArray<float>& energies) {
+    return FreeViterbiLM(model, stream, progress, path, energies, CHmmHypothesisTree::kGrowthStep);
 }
 
 } // namespace tessarin

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <vector>
 
 namespace tessarin {
 
@@ -56,6 +57,36 @@ void CHmmHypothesisTree::Compact() {
         array[i].parent = -1;
         array[i].ended = -1;
     }
+}
+
+int32_t CHmmHypothesisTree::DropDeadEnds() {
+    constexpr int32_t kNowhere = -1;
+    std::vector<int32_t> places(static_cast<size_t>(count), kNowhere);
+    const auto placeOf = [&](int32_t index) -> int32_t& {
+        return places[static_cast<size_t>(index)];
+    };
+    for (int32_t i = count - 1; i >= 0; --i) {
+        const bool stays = i >= firstLive || placeOf(i) != kNowhere;
+        placeOf(i) = stays ? i : kNowhere;
+        if (stays && array[i].parent >= 0) {
+            placeOf(array[i].parent) = array[i].parent;
+        }
+    }
+    int32_t kept = 0;
+    for (int32_t i = 0; i < count; ++i) {
+        if (placeOf(i) == kNowhere) {
+            continue;
+        }
+        placeOf(i) = kept;
+        hmm_hypothesis& moved = array[kept++];
+        moved = array[i];
+        moved.parent = moved.parent < 0 ? -1 : placeOf(moved.parent);
+        moved.ended = moved.ended < 0 ? -1 : placeOf(moved.ended); // it is one of the ancestors
+    }
+    const int32_t dropped = count - kept;
+    count = kept;
+    firstLive = std::max(firstLive - dropped, 0);
+    return dropped;
 }
 
 bool CHmmHypothesisTree::Reserve(int32_t additional) {

@@ -16,8 +16,9 @@ struct hmm_hypothesis {
 };
 static_assert(sizeof(hmm_hypothesis) == 32);
 
-/// The hypotheses of all observations in one growing array. It keeps every one of them: with the
-/// 120 states of a common model at 10 ms an observation, up to 23 MB for each minute of audio.
+/// The hypotheses of all observations in one growing array. With the 120 states of a common model
+/// at 10 ms an observation up to 23 MB come in a minute of audio. Most of them lead nowhere, and
+/// DropDeadEnds lets a search of any length do with the first step of the array.
 class CHmmHypothesisTree {
 public:
     static constexpr int32_t kGrowthStep = 1024000;
@@ -39,6 +40,11 @@ public:
     virtual bool Reserve(int32_t additional);
     /// Makes room for at least `wanted` hypotheses in all, in whole steps beyond the present.
     virtual bool Grow(int32_t wanted);
+
+    /// Drops the hypotheses that no live one descends from. The others keep their order and their
+    /// links, and live ones move forward by the number that is returned. Throws std::bad_alloc,
+    /// which changes nothing.
+    int32_t DropDeadEnds();
 
     hmm_hypothesis& operator[](int32_t index) { return array[index]; }
     const hmm_hypothesis& operator[](int32_t index) const { return array[index]; }

@@ -225,16 +225,29 @@ TEST(FreeViterbi, EqualsTheLiteralSearch) {
     }
 }
 
+error_code LMInLargeSteps(const CAccousticHMM& model, IObservationStream& stream,
+                          ProgressSink* progress, TArray<uint32_t>& path, TArray<float>& energies) {
+    return FreeViterbiLM(model, stream, progress, path, energies);
+}
+
+/// Small enough that the hypotheses are thinned out again and again.
+error_code LMInSmallSteps(const CAccousticHMM& model, IObservationStream& stream,
+                          ProgressSink* progress, TArray<uint32_t>& path, TArray<float>& energies) {
+    return FreeViterbiLM(model, stream, progress, path, energies, 1 + path.GetSize() % 3 * 40);
+}
+
 TEST(FreeViterbiLM, EqualsTheLiteralSearch) {
     int found = 0;
     for (uint32_t seed = 0; seed < 1000; ++seed) {
         SCOPED_TRACE(seed);
         random_case each(seed);
-        const search_run run = Search(FreeViterbiLM, *each.model, each.stream);
         const search_run expected = LiteralLanguagePath(*each.model, each.stream);
-        ASSERT_EQ(run.code, expected.code);
-        ASSERT_EQ(run.path, expected.path);
-        found += run.code == kNoError;
+        for (const search_function search : {&LMInLargeSteps, &LMInSmallSteps}) {
+            const search_run run = Search(search, *each.model, each.stream);
+            ASSERT_EQ(run.code, expected.code);
+            ASSERT_EQ(run.path, expected.path);
+        }
+        found += expected.code == kNoError;
     }
     EXPECT_GT(found, 200);
     EXPECT_LT(found, 1000);
@@ -310,7 +323,7 @@ TEST(FreeViterbiLM, FillsThePathWhenNothingIsLeft) {
 
 TEST(FreeSearches, ReportEveryHundredObservationsAndPassOnFailedReads) {
     const auto model = LoopModel({"x", "AA"});
-    for (const search_function search : {FreeViterbi, FreeViterbiLM}) {
+    for (const search_function search : {&FreeViterbi, &LMInLargeSteps}) {
         list_stream stream;
         stream.AddOnly(1, 6, 250, 0, 0.5);
         recording_sink sink;
