@@ -29,7 +29,7 @@ inline char ToUpper(uint32_t code) {
 }
 
 /// The code of a character of a text.
-inline uint8_t CodeOf(char character) {
+constexpr uint8_t CodeOf(char character) {
     return static_cast<uint8_t>(character);
 }
 

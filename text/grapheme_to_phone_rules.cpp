@@ -74,9 +74,11 @@ size_t CGraphemeToPhoneRules<char>::FindRule(const std::string& word, size_t ind
     const auto start = static_cast<ptrdiff_t>(index);
     for (const GraphemeRule* rule = table; rule->match != nullptr; ++rule) {
         const std::string_view match = rule->match;
+        // The right side is mostly a letter or two and settles most rules; on the left a `:` may
+        // walk through the whole word.
         if (word.compare(index, match.size(), match) != 0 ||
-            !MatchLeftContext(*this, rule->left, word, start - 1) ||
-            !MatchRightContext(*this, rule->right, word, start + std::ssize(match))) {
+            !MatchRightContext(*this, rule->right, word, start + std::ssize(match)) ||
+            !MatchLeftContext(*this, rule->left, word, start - 1)) {
             continue;
         }
         if (rule->phonemes[0] == '?') {

@@ -2,7 +2,10 @@
 
 #include "text/character_classes.h"
 
-#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <set>
+#include <utility>
 
 namespace tessarin {
 namespace {
@@ -15,21 +18,39 @@ constexpr ptrdiff_t kClassNameLength = 4;
 /// trying every way again takes time that is exponential in their length.
 constexpr size_t kShortPattern = 8;
 
-bool IsOneOf(std::string_view letters, char letter) {
-    return letters.find(letter) != std::string_view::npos;
-}
+/// The symbols that stand for letters of a kind, as bits.
+enum letter_kind : uint8_t {
+    kVowel = 1,
+    kConsonant = 2,
+    kVoicedConsonant = 4,
+    kFrontVowel = 8,
+};
 
+/// The kinds of each character, by its code.
+constexpr std::array<uint8_t, 256> kLetterKinds = [] {
+    constexpr std::pair<letter_kind, std::string_view> kMembers[] = {
+        {kVowel, "AEIOU"},
+        {kConsonant, "BCDFGHJKLMNPQRSTVWXYZ"},
+        {kVoicedConsonant, "BDVGJLMNRWZ"},
+        {kFrontVowel, "EIY"},
+    };
+    std::array<uint8_t, 256> kinds = {};
+    for (const auto& [kind, letters] : kMembers) {
+        for (const char letter : letters) {
+            kinds[CodeOf(letter)] = static_cast<uint8_t>(kinds[CodeOf(letter)] | kind);
+        }
+    }
+    return kinds;
+}();
+
+bool Is(letter_kind kind, char letter) {
+    return (kLetterKinds[CodeOf(letter)] & kind) != 0;
+}
 bool IsVowel(char letter) {
-    return IsOneOf("AEIOU", letter);
+    return Is(kVowel, letter);
 }
 bool IsConsonant(char letter) {
-    return IsOneOf("BCDFGHJKLMNPQRSTVWXYZ", letter);
-}
-bool IsVoicedConsonant(char letter) {
-    return IsOneOf("BDVGJLMNRWZ", letter);
-}
-bool IsFrontVowel(char letter) {
-    return IsOneOf("EIY", letter);
+    return Is(kConsonant, letter);
 }
 
 /// One pattern held against one word. Both are walked in steps of +1, for the context on the right,
@@ -120,9 +141,9 @@ bool pattern_match::FitsOne(char symbol, ptrdiff_t& place, ptrdiff_t step) const
     case '^':
         return IsConsonant(letter);
     case '.':
-        return IsVoicedConsonant(letter);
+        return Is(kVoicedConsonant, letter);
     case '+':
-        return IsFrontVowel(letter);
+        return Is(kFrontVowel, letter);
     default:
         return letter == symbol && (IsLetter(CodeOf(symbol)) || symbol == '\'' || symbol == ' ');
     }
@@ -164,7 +185,8 @@ bool pattern_match::FitsClass(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step) {
     }
 }
 
-/// The class whose name stands at `at`, or ends there on the way to the left.
+/// The class whose name stands at `at`, or ends there on the way to the left: one without letters
+/// when there is none of this name, and null when the pattern has no room for a name.
 const std::set<char>* pattern_match::FindLetterClass(ptrdiff_t at, ptrdiff_t step) const {
     const ptrdiff_t start = step == kForward ? at : at - (kClassNameLength - 1);
     if (start < 0 || start + kClassNameLength > std::ssize(pattern)) {
@@ -174,8 +196,9 @@ const std::set<char>* pattern_match::FindLetterClass(ptrdiff_t at, ptrdiff_t ste
     if (name.front() != '&') {
         name.front() = name.back() = '&';
     }
+    static const std::set<char> noLetters;
     const auto found = module.letter_classes.find(name);
-    return found == module.letter_classes.end() ? nullptr : &found->second;
+    return found == module.letter_classes.end() ? &noLetters : &found->second;
 }
 
 /// Moves over one letter after the other, and tries the rest of the pattern behind each.

@@ -18,6 +18,8 @@ namespace tessarin {
 ///     ^  one consonant                     *xy*   zero or more letters of the class
 ///     .  one voiced consonant
 ///     +  one of E, I, Y                    any other symbol fits nothing
+///
+/// A class that the module does not have is one without letters.
 bool MatchLeftContext(const CGraphemeToPhoneRules<char>& module, std::string_view left,
                       const std::string& word, ptrdiff_t place);
 

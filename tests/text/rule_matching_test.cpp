@@ -45,7 +45,7 @@ std::vector<repetition> Repetitions(const std::string& pattern) {
             const bool isKnown = isWhole && (symbol != '&' || pattern[at + 3] == '&');
             const std::string name = isKnown ? pattern.substr(at + 1, 2) : "";
             const char* letters = name == "vw" ? "AE" : name == "lq" ? "LMQ" : "";
-            list.push_back({letters, symbol == '*' && *letters != '\0', symbol != '&'});
+            list.push_back({letters, symbol == '*' && isWhole, symbol != '&'});
             at += 3;
         } else if (symbol == '#') {
             list.push_back({"AEIOU", false, true});
@@ -97,8 +97,9 @@ struct random_case {
 
 TEST(RightContext, FitsWhereSomeWayFits) {
     const language english;
-    const std::vector<std::string> pieces = {"#", ":",    "^",    ".",    "+",    "A",    "L",  "'",
-                                             " ", "&vw&", "!lq!", "*vw*", "*lq*", "&no&", "!vw"};
+    const std::vector<std::string> pieces = {"#",    ":",    "^",    ".",    "+",    "A",
+                                             "L",    "'",    " ",    "&vw&", "!lq!", "*vw*",
+                                             "*lq*", "&no&", "*no*", "!vw"};
     std::mt19937 random(1);
     int fits = 0;
     for (int round = 0; round < 20000; ++round) {
