@@ -35,9 +35,18 @@ public:
     void add_marker(const CSyncMarker& marker) override;
 
 private:
+    static constexpr int32_t kUnseen = -1;
+
+    int32_t FindLatestStart();
+
     uint32_t m_flags = 0;
     int32_t m_carried_duration = 0; ///< milliseconds of the last phoneme of the run before
     char m_carried_label[8] = {};   ///< its label
+
+    /// The latest start among the markers, when there are `numSeen` of them and none has been
+    /// lent out since; so that markers that come in order need no search.
+    int32_t latestStart = 0;
+    int32_t numSeen = kUnseen;
 };
 
 } // namespace tessarin

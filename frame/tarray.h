@@ -160,4 +160,15 @@ template <class T> int16_t TArray<T>::InsertAt(int32_t index, const T& element) 
     return 1;
 }
 
+/// Doubles the room of an array that is about to grow. By its steps alone an array that is filled
+/// element by element copies itself in a time that is quadratic in its length. Without memory
+/// nothing changes, and the next element asks for a step.
+template <class T> void ReserveAhead(TArray<T>& array) {
+    const int32_t count = array.GetSize();
+    if (count + int64_t{1} >= array.GetCapacity() &&
+        count < std::numeric_limits<int32_t>::max() / 2) {
+        static_cast<void>(array.Reserve(2 * count));
+    }
+}
+
 } // namespace tessarin

@@ -15,6 +15,8 @@
 namespace tessarin {
 namespace {
 
+constexpr int32_t kMarkerGrowthStep = 256;
+
 /// Switches the process to another locale for the length of a scope. A name that the system does
 /// not know changes nothing.
 class locale_scope {
@@ -42,7 +44,7 @@ private:
 
 CTranscriber::CTranscriber(speak_dict_ptr lexicon,
                            std::unique_ptr<CGraphemeToPhoneRules<char>> language)
-    : ownDict(std::move(lexicon)), dict(ownDict.get()),
+    : ownDict(std::move(lexicon)), dict(ownDict.get()), markers(kMarkerGrowthStep),
       module(language != nullptr ? std::move(language)
                                  : std::make_unique<CGraphemeToPhoneRules<char>>()) {}
 
@@ -145,11 +147,10 @@ void CTranscriber::SetInput(const char* text) {
 }
 
 void CTranscriber::ReleaseMarkers() {
-    constexpr int32_t kGrowthStep = 256;
     for (CTxMarker& marker : markers) {
         ReleaseGroups(marker);
     }
-    markers.SetSize(0, kGrowthStep);
+    markers.RemoveAll();
 }
 
 void CTranscriber::Translate() {
@@ -225,11 +226,7 @@ void CTranscriber::ConvertPunctuation(CTxMarker& marker) {
 void CTranscriber::AppendMarker(CTxMarker& marker) {
     marker.text_end = reader.Position();
     StoreGroups(marker, builder.GetGroups());
-    // By its step alone the array would copy itself more and more often, the longer the text is.
-    const int32_t count = markers.GetSize();
-    if (count + 1 >= markers.GetCapacity() && count < INT32_MAX / 2) {
-        static_cast<void>(markers.Reserve(2 * count));
-    }
+    ReserveAhead(markers);
     if (markers.Add(marker) == 0) {
         ReleaseGroups(marker);
         throw std::bad_alloc();

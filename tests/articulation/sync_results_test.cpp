@@ -6,9 +6,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <random>
+#include <string>
+#include <vector>
 
 namespace tessarin::test {
 namespace {
@@ -77,6 +81,62 @@ TEST(SyncResults, InsertsByStartBehindEqualOnes) {
         order += marker->label;
     }
     EXPECT_EQ(order, "abcd");
+}
+
+TEST(SyncResults, InsertsBeforeTheFirstLaterMarkerOfAnyList) {
+    // Searches append out of order, and hosts move what they were lent.
+    std::mt19937 random(5);
+    for (int round = 0; round < 200; ++round) {
+        sounds results;
+        std::vector<int32_t> expected;
+        for (int step = 0; step < 40; ++step) {
+            const auto start = static_cast<int32_t>(random() % 50) - 10 + step;
+            const CSyncMarker marker = Marker({"a", start, start + 1});
+            switch (random() % 12) {
+            case 0:
+                results.Add(marker);
+                expected.push_back(start);
+                break;
+            case 1:
+                if (!expected.empty()) {
+                    results.begin()->start = expected[0] = start;
+                }
+                break;
+            case 2:
+                if (!expected.empty()) {
+                    (results.end() - 1)->start = expected.back() = start;
+                }
+                break;
+            case 3:
+                if (random() % 4 == 0) {
+                    results.clear();
+                    expected.clear();
+                }
+                break;
+            default:
+                results.add_marker(marker);
+                expected.insert(std::find_if(expected.begin(), expected.end(),
+                                             [start](int32_t other) { return other > start; }),
+                                start);
+            }
+        }
+        std::vector<int32_t> starts;
+        for (const CSyncMarker* marker = results.begin(); marker != results.end(); ++marker) {
+            starts.push_back(marker->start);
+        }
+        ASSERT_EQ(starts, expected) << round;
+    }
+}
+
+TEST(SyncResults, TakesACopyOfItsOwnMarker) {
+    sounds results;
+    results.add_marker(Marker({"a", 7, 9}));
+    for (int32_t count = 0; count < 1000; ++count) {
+        results.add_marker(*results.begin());
+    }
+    EXPECT_TRUE(std::all_of(results.begin(), results.end(), [](const CSyncMarker& marker) {
+        return marker.start == 7 && marker.end == 9 && marker.label == std::string("a");
+    }));
 }
 
 TEST(SyncResults, ClearReleasesTextsAndKeepsRoomAndCopiesAreDeep) {
