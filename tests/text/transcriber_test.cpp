@@ -1,4 +1,5 @@
 #include "frame/text_copy.h"
+#include "support/logged_lines.h"
 #include "tessarin/converted_text.h"
 #include "text/spoken.h"
 
@@ -7,6 +8,9 @@
 
 #include <clocale>
 #include <random>
+#include <set>
+#include <string>
+#include <vector>
 
 namespace tessarin {
 namespace {
@@ -140,6 +144,57 @@ TEST(Transcriber, RestoresTheLocale) {
     TranscriberInfo copy = {};
     transcriber->getTranscriberInfo(&copy);
     EXPECT_STREQ(copy.locale, "no such locale");
+}
+
+TEST(Transcriber, TracesItsOperations) {
+    const auto lines = test::LoggedLines([] {
+        const auto transcriber = EnglishTranscriber();
+        const TranscriberInfo info = {};
+        transcriber->setTranscriberInfo(&info);
+        transcriber->SetSpeakDict(nullptr, false);
+        transcriber->Transcribe("Mr. <b>word \x07 a 1st $1 a@b http://c");
+        TranscriberInfo copy;
+        transcriber->getTranscriberInfo(&copy);
+        transcriber->GetOutputMarkers(nullptr);
+        transcriber->GetTranscription();
+        transcriber->GenerateTimedMarkers(nullptr);
+        transcriber->GetInfoString(nullptr);
+        transcriber->GetInputChar(0);
+    });
+    const std::set<std::string> entered(lines.begin(), lines.end());
+    for (const char* operation : {"setTranscriberInfo",
+                                  "SetSpeakDict",
+                                  "Transcribe",
+                                  "SetInput",
+                                  "Translate",
+                                  "convert_word",
+                                  "convert_abbreviation",
+                                  "TranscribeWord",
+                                  "LookupWord",
+                                  "CheckPronunciationXML",
+                                  "CheckCutMarkerXML",
+                                  "CheckPauseXML",
+                                  "CheckSoundXML",
+                                  "convert_ascii",
+                                  "SpeakAsciiChar",
+                                  "convert_number",
+                                  "SpeakOrdinal",
+                                  "convert_money",
+                                  "SpeakCardinal",
+                                  "convert_email",
+                                  "convert_web",
+                                  "convert_url",
+                                  "SpellWord",
+                                  "getTranscriberInfo",
+                                  "GetOutputMarkers",
+                                  "GetTranscription",
+                                  "GenerateTimedMarkers",
+                                  "GetInfoString",
+                                  "GetInputChar",
+                                  "Release"}) {
+        EXPECT_TRUE(entered.contains(std::string("Enter: CTranscriber::") + operation))
+            << operation;
+    }
 }
 
 TEST(Transcriber, TokensOfAnyTextAreInOrder) {
