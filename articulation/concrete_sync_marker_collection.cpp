@@ -38,6 +38,7 @@ CConcreteSyncMarkerCollection::~CConcreteSyncMarkerCollection() {
 }
 
 void CConcreteSyncMarkerCollection::PostProcessMarkers() {
+    numSeen = kUnseen; // a run has filled the array, perhaps with as many markers as were there
     if ((m_flags & kPostProcessScores) == 0) {
         return;
     }

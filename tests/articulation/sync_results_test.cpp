@@ -128,6 +128,18 @@ TEST(SyncResults, InsertsBeforeTheFirstLaterMarkerOfAnyList) {
     }
 }
 
+TEST(SyncResults, InsertsAmongAsManyMarkersAsARunReplaced) {
+    sounds results;
+    results.add_marker(Marker({"a", 1, 2}));
+    results.add_marker(Marker({"b", 2, 3}));
+    results.SetSize(0, 4);
+    results.Add(Marker({"c", 50, 60}));
+    results.Add(Marker({"d", 100, 110}));
+    results.PostProcessMarkers();
+    results.add_marker(Marker({"e", 70, 80}));
+    EXPECT_STREQ(results.begin()[1].label, "e");
+}
+
 TEST(SyncResults, TakesACopyOfItsOwnMarker) {
     sounds results;
     results.add_marker(Marker({"a", 7, 9}));
