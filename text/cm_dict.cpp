@@ -1,5 +1,8 @@
 #include "text/cm_dict.h"
 
+#include "frame/byte_cursor.h"
+#include "frame/byte_writer.h"
+
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -11,6 +14,9 @@ namespace {
 
 /// The longest word that LookupFirst takes.
 constexpr int32_t kMaxLookupLength = 511;
+
+/// Bytes of an entry of the binary form: offset and length of the word, then of the pronunciation.
+constexpr uint64_t kBinaryEntrySize = 12;
 
 bool IsLineEnd(char character) {
     return character == '\r' || character == '\n';
@@ -89,19 +95,16 @@ bool CCmDict::GetPronunciation(const char* word, uint16_t length, int32_t varian
 }
 
 bool CCmDict::LoadText(const char* text, int32_t length) {
-    constexpr int32_t kGrowthStep = 4096;
     const size_t size = text == nullptr || length < 0 ? 0 : static_cast<size_t>(length);
-    entries.SetSize(0, kGrowthStep);
-    index.Build({});
+    Clear();
     block.reset(new (std::nothrow) char[size]);
     if (block == nullptr) {
-        blockSize = 0;
         return false;
     }
     blockSize = static_cast<int32_t>(size);
     std::copy_n(text, size, block.get());
     ParseEntries();
-    index.Build({entries.begin(), static_cast<size_t>(entries.GetSize())});
+    index.Build(GetEntries());
     return true;
 }
 
@@ -136,6 +139,84 @@ void CCmDict::AddEntry(std::string_view word, std::string_view pronunciation) {
     if (entries.Add(entry) == 0) {
         throw std::bad_alloc();
     }
+}
+
+bool CCmDict::WriteBinary(ByteWriter& file) const {
+    const auto writePlace = [&](const char* text, uint16_t length) {
+        file.WriteU32(static_cast<uint32_t>(text - block.get()));
+        file.WriteU16(length);
+    };
+    file.WriteU32(static_cast<uint32_t>(blockSize));
+    file.WriteBytes(
+        {reinterpret_cast<const uint8_t*>(block.get()), static_cast<size_t>(blockSize)});
+    file.WriteU32(static_cast<uint32_t>(entries.GetSize()));
+    for (const CPronunciationRec& entry : entries) {
+        writePlace(entry.word, entry.word_length);
+        writePlace(entry.pronunciation, entry.pronunciation_length);
+    }
+    return true;
+}
+
+error_code CCmDict::ReadBinary(const uint8_t** position, uint32_t* remaining) {
+    BorrowedByteCursor cursor(position, remaining);
+    Clear();
+    const error_code code = ReadBlockAndEntries(cursor);
+    if (code != kNoError) {
+        Clear();
+        return code;
+    }
+    index.Build(GetEntries());
+    return kNoError;
+}
+
+error_code CCmDict::ReadBlockAndEntries(ByteCursor& cursor) {
+    const int32_t size = cursor.ReadI32();
+    if (size < 0 || !cursor.Holds(static_cast<uint64_t>(size))) {
+        return kInvalidFile;
+    }
+    block = std::make_unique_for_overwrite<char[]>(static_cast<size_t>(size));
+    blockSize = size;
+    std::ranges::copy(cursor.ReadBytes(static_cast<size_t>(size)), block.get());
+    const int32_t count = std::max(cursor.ReadI32(), 0);
+    if (cursor.Failed() || !cursor.Holds(static_cast<uint64_t>(count), kBinaryEntrySize)) {
+        return kInvalidFile;
+    }
+    if (entries.Reserve(count) == 0) {
+        return kOutOfMemory;
+    }
+    for (int32_t number = 0; number < count; ++number) {
+        CPronunciationRec entry = {};
+        if (!ReadEntry(cursor, entry)) {
+            return kInvalidFile;
+        }
+        if (entries.Add(entry) == 0) {
+            return kOutOfMemory;
+        }
+    }
+    return kNoError;
+}
+
+/// False when a text reaches beyond the block.
+bool CCmDict::ReadEntry(ByteCursor& cursor, CPronunciationRec& entry) const {
+    const auto readText = [&](const char*& text, uint16_t& length) {
+        const uint32_t offset = cursor.ReadU32();
+        length = cursor.ReadU16();
+        if (uint64_t{offset} + length > static_cast<uint64_t>(blockSize)) {
+            return false;
+        }
+        text = block.get() + offset;
+        return true;
+    };
+    return readText(entry.word, entry.word_length) &&
+           readText(entry.pronunciation, entry.pronunciation_length);
+}
+
+void CCmDict::Clear() {
+    constexpr int32_t kGrowthStep = 4096;
+    entries.SetSize(0, kGrowthStep);
+    index.Build({});
+    block.reset();
+    blockSize = 0;
 }
 
 speak_dict_ptr MakeSpeakDict(const char* text, int32_t length) {

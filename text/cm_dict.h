@@ -1,14 +1,19 @@
 #pragma once
 
 #include "frame/tarray.h"
+#include "tessarin/error_codes.h"
 #include "tessarin/speak_dict.h"
 #include "text/word_index.h"
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string_view>
 
 namespace tessarin {
+
+class ByteCursor;
+class ByteWriter;
 
 /// A lexicon that lies in one block of text, with a record for each entry in the order of the text.
 class CCmDict : public ISpeakDict {
@@ -27,7 +32,23 @@ public:
     /// dropped. False without memory.
     virtual bool LoadText(const char* text, int32_t length);
 
+    /// Appends the lexicon in the form that ReadBinary takes. True.
+    virtual bool WriteBinary(ByteWriter& file) const;
+
+    /// Reads a binary lexicon at `*position`: the text block and the entries, which say where in
+    /// the block their texts are. Moves `*position` and `*remaining` along. kInvalidFile for what
+    /// does not hold together, kOutOfMemory without memory; the lexicon is empty then.
+    [[nodiscard]] virtual error_code ReadBinary(const uint8_t** position, uint32_t* remaining);
+
+    /// The entries, in their order.
+    std::span<const CPronunciationRec> GetEntries() const {
+        return {entries.begin(), static_cast<size_t>(entries.GetSize())};
+    }
+
 private:
+    error_code ReadBlockAndEntries(ByteCursor& cursor);
+    bool ReadEntry(ByteCursor& cursor, CPronunciationRec& entry) const;
+    void Clear();
     void ParseEntries();
     void AddEntry(std::string_view word, std::string_view pronunciation);
 

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "tessarin/error_codes.h"
 #include "text/decision_tree.h"
 #include "text/grapheme_rule.h"
 #include "text/trie.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -14,6 +16,7 @@
 
 namespace tessarin {
 
+class ByteWriter;
 class PronunciationBuilder;
 
 /// Words of numbers and symbols, as they are numbered in a language module.
@@ -45,6 +48,9 @@ enum scale_word {
     kExactMillionthWord,
 };
 
+/// Room for any message of LoadLetterToSound.
+inline constexpr size_t kLetterToSoundMessageSize = 39;
+
 /// Bit of the module's flags: words go through the decision tree.
 inline constexpr uint16_t kWorksByTree = 1;
 
@@ -63,6 +69,16 @@ public:
 
     /// Fills an empty module with the built-in English data.
     void LoadBuiltinEnglish();
+
+    /// Replaces all but the suffixes by the letter-to-sound section at `*position`, which is moved
+    /// behind it, as `*remaining` is. Otherwise answers kInvalidFile or kNewerVersion; what was
+    /// read so far stays, and is good for nothing. `message`, unless null, has room for
+    /// kLetterToSoundMessageSize characters and gets the text of a failure.
+    [[nodiscard]] error_code LoadLetterToSound(const uint8_t** position, uint32_t* remaining,
+                                               char* message);
+
+    /// Appends the section that LoadLetterToSound reads, in its latest version.
+    void WriteLetterToSound(ByteWriter& file) const;
 
     /// Appends the phonemes of `padded`, a word in upper case with a blank before and behind it,
     /// which are the word boundaries that patterns test.
@@ -93,7 +109,13 @@ public:
     std::map<std::string, std::set<char>> letter_classes; ///< by names such as `&xy&`
     trie<int, char> suffixes;                             ///< to their lengths
 
+    // What a loaded module owns: the tables above are arrays in here, of strings in the block.
+    std::vector<uint8_t> loaded_block;
+    std::vector<std::vector<GraphemeRule>> owned_rules;
+    std::vector<std::vector<const char*>> owned_words;
+
 private:
+    void Clear();
     size_t FindRule(const std::string& word, size_t index, const GraphemeRule* table,
                     PronunciationBuilder& builder) const;
     void ApplyTree(PronunciationBuilder& builder, std::string_view word);

@@ -42,6 +42,10 @@ public:
     virtual void SetSpeakDict(ISpeakDict* newDict, bool owned);
     virtual void setTranscriberInfo(const TranscriberInfo* newInfo);
 
+    /// The text that GetInfoString gives.
+    void SetInfoString(std::string_view text) { infoString = text; }
+    const CGraphemeToPhoneRules<char>& GetLanguageModule() const { return *module; }
+
 private:
     void SetInput(const char* text);
     void ReleaseMarkers();

@@ -6,6 +6,8 @@
 #include "tessarin/converted_text.h"
 #include "tessarin/error_codes.h"
 #include "tessarin/language_constraints.h"
+#include "tessarin/lexicon_editor.h"
+#include "tessarin/lexicon_file.h"
 #include "tessarin/logging.h"
 #include "tessarin/observation_stream.h"
 #include "tessarin/pcm_stream.h"
