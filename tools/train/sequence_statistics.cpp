@@ -2,6 +2,7 @@
 
 #include "model/phoneme_alphabet.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <numeric>
@@ -9,6 +10,9 @@
 
 namespace tessarin::training {
 namespace {
+
+/// Two of them and a count are a number that single precision still holds.
+constexpr double kLeastFactor = 1e-18;
 
 /// Probabilities of what follows: the counts, and as many occurrences as `trust` says that are
 /// spread like `shorter`. `self`, the last phoneme so far, does not follow itself.
@@ -39,7 +43,7 @@ std::string WriteStatistics(sequence_counts& counts, const statistics_shape& sha
     const size_t n = counts.numPhones;
     const auto label = [](size_t phone) { return std::string(PhonemeAlphabet()[phone].label); };
     const auto factor = [&](double probability) {
-        return shape.scale * std::pow(probability, shape.exponent);
+        return std::max(kLeastFactor, shape.scale * std::pow(probability, shape.exponent));
     };
     std::vector<double> singles = counts.singles;
     for (double& single : singles) {

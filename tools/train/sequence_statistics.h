@@ -8,14 +8,15 @@ namespace tessarin::training {
 
 /// How counts become probabilities, and probabilities the factors of a search.
 struct statistics_shape {
-    /// A sequence with no more occurrences than this trusts the shorter sequence half.
+    /// What follows a phoneme, or two, that occurred so often is told half by these occurrences
+    /// and half by the sequences that are one phoneme shorter.
     double pairTrust = 5.0;
-    double tripleTrust = 5.0;
+    double tripleTrust = 20.0;
     /// The factor of a phoneme change is `scale * probability ^ exponent`. The observations of one
     /// phoneme depend on each other, which makes a model of speech too sure of itself, and the
     /// exponent gives the language its say back. The scale is what a change is worth as such.
-    double exponent = 1.0;
-    double scale = 1.0;
+    double exponent = 6.0;
+    double scale = 0.3;
 };
 
 /// The counts as a text of statistics, each number divided by that of its beginning being the

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Collects the speech and trains the model that the project ships.
+# Collects the speech, trains the model and counts the statistics that the project ships.
 # usage: train.sh BUILD_FOLDER [CORPUS_FOLDER]
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
@@ -8,4 +8,6 @@ corpus=${2:-build/corpus}
 python3 tools/train/corpus/collect.py "$corpus"
 "$programs/tessarin-train" "$corpus" -o data/en-us.model --lexicon data/en-us.lexicon.txt \
     --threads "$(nproc)"
+"$programs/tessarin-trigrams" data/en-us.lexicon.txt data/sentences/{composed,written}.txt \
+    -o data/en-us.trigrams
 "$programs/tessarin-measure" data/en-us.model "$corpus"

@@ -26,13 +26,14 @@ constexpr const char* kUsage =
     "words of the lexicon, and writes the statistics that hearing without a text uses.\n"
     "\n"
     "  -o FILE             the statistics (trigrams.txt)\n"
-    "  --lone-words N      how often a pronunciation of the lexicon counts besides the texts (0.05)\n"
+    "  --lone-words N      how often a pronunciation of the lexicon counts besides the texts "
+    "(0.05)\n"
     "  --word-pause N      probability of a pause behind a word (0.03)\n"
     "  --comma-pause N     probability of a pause at a punctuation within a sentence (0.6)\n"
     "  --pair-trust N      occurrences that outweigh what single phonemes tell (5)\n"
-    "  --triple-trust N    occurrences that outweigh what pairs of phonemes tell (5)\n"
-    "  --exponent N        power of the probabilities (1)\n"
-    "  --scale N           factor of the probabilities (1)\n";
+    "  --triple-trust N    occurrences that outweigh what pairs of phonemes tell (20)\n"
+    "  --exponent N        power of the probabilities (6)\n"
+    "  --scale N           factor of the probabilities (0.3)\n";
 
 struct options {
     std::string lexicon;
