@@ -5,5 +5,6 @@
 /// Each adds its subcommand to `app`; the chosen one runs when the arguments have been read and
 /// throws Failure when it cannot be done.
 void AddAlignCommand(CLI::App& app);
+void AddRecognizeCommand(CLI::App& app);
 void AddTranscribeCommand(CLI::App& app);
 void AddInspectCommand(CLI::App& app);

@@ -6,13 +6,12 @@
 #include <windows.h>
 #endif
 
+#include "tools/tessarin/engine_data.h"
 #include "tools/tessarin/failure.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr const char* kModelName = "en-us.model";
 
 fs::path ExecutablePath() {
 #if defined(_WIN32)

@@ -6,23 +6,18 @@
 #include "tools/tessarin/failure.h"
 #include "tools/tessarin/file_io.h"
 
-namespace {
-
-std::string PathOr(const std::string& given, const data_options& options, const char* name) {
+std::string DataPathOr(const std::string& given, const data_options& options, const char* name) {
     return given.empty() ? (FindDataFolder(options.folder) / name).string() : given;
 }
 
-/// Model and lexicon sizes are 32 bits wide.
 void RequireSize(const std::string& path, const std::string& content) {
     if (content.size() > static_cast<size_t>(std::numeric_limits<int32_t>::max())) {
         throw EngineFailure(path, tessarin::kInvalidFile);
     }
 }
 
-} // namespace
-
 model_handle LoadModel(const data_options& options) {
-    const std::string path = PathOr(options.model, options, "en-us.model");
+    const std::string path = DataPathOr(options.model, options, kModelName);
     const std::string image = ReadWholeFile(path);
     RequireSize(path, image);
     char text[tessarin::kModelErrorTextSize] = "";
@@ -37,7 +32,7 @@ model_handle LoadModel(const data_options& options) {
 }
 
 transcriber_handle LoadTranscriber(const data_options& options) {
-    const std::string path = PathOr(options.lexicon, options, "en-us.lexicon.txt");
+    const std::string path = DataPathOr(options.lexicon, options, kLexiconName);
     const std::string lexicon = ReadWholeFile(path);
     RequireSize(path, lexicon);
     tessarin::IVisemixTranscriber* transcriber = nullptr;
@@ -49,12 +44,14 @@ transcriber_handle LoadTranscriber(const data_options& options) {
     return transcriber_handle(transcriber);
 }
 
-void AddDataOptions(CLI::App& command, data_options* options, bool withModel) {
-    if (withModel) {
-        command.add_option("--model", options->model, "Acoustic model [the project's own]");
-    }
-    command.add_option("--lexicon", options->lexicon,
-                       "Pronunciations, one WORD=phonemes a line [the project's own]");
-    command.add_option("--data", options->folder,
-                       "Folder with the project's own model and lexicon");
+void AddDataFolderOption(CLI::App& command, data_options* options) {
+    command.add_option("--data", options->folder, "Folder with the project's own data")
+        ->option_text("FOLDER");
+}
+
+void AddLexiconOption(CLI::App& command, data_options* options) {
+    command
+        .add_option("--lexicon", options->lexicon,
+                    "Pronunciations, one WORD=phonemes a line [the project's own]")
+        ->option_text("FILE");
 }

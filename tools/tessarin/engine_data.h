@@ -13,8 +13,18 @@ struct data_options {
     std::string lexicon;
 };
 
-/// Adds --lexicon, --data and, where the command needs one, --model.
-void AddDataOptions(CLI::App& command, data_options* options, bool withModel);
+inline constexpr const char* kModelName = "en-us.model";
+inline constexpr const char* kLexiconName = "en-us.lexicon.txt";
+inline constexpr const char* kTrigramsName = "en-us.trigrams";
+
+void AddDataFolderOption(CLI::App& command, data_options* options);
+void AddLexiconOption(CLI::App& command, data_options* options);
+
+/// `given`, or the project's own file `name` when nothing was given. Throws Failure.
+std::string DataPathOr(const std::string& given, const data_options& options, const char* name);
+
+/// Throws Failure for a file that is too large for the engine's 32-bit sizes.
+void RequireSize(const std::string& path, const std::string& content);
 
 /// Both throw Failure.
 model_handle LoadModel(const data_options& options);

@@ -16,12 +16,10 @@ using results_handle =
     std::unique_ptr<tessarin::ISyncResultsCollection, engine_deleter<DestroySyncResultsCollection>>;
 using recognizer_handle =
     std::unique_ptr<tessarin::ITextBasedPhnRecognizer, engine_deleter<DestroyTextBasedRecognizer>>;
+using textless_recognizer_handle =
+    std::unique_ptr<tessarin::ITextlessPhnRecognizer, engine_deleter<DestroyTextlessPhnRecognizer>>;
 using articulator_handle =
     std::unique_ptr<tessarin::IPhnMixtureArticulator, engine_deleter<DestroyPhonemeArticulator>>;
 
-struct transcriber_deleter {
-    void operator()(tessarin::IVisemixTranscriber* transcriber) const {
-        DestroyTranscriber(transcriber);
-    }
-};
-using transcriber_handle = std::unique_ptr<tessarin::IVisemixTranscriber, transcriber_deleter>;
+using transcriber_handle =
+    std::unique_ptr<tessarin::IVisemixTranscriber, engine_deleter<DestroyTranscriber>>;

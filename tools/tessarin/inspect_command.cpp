@@ -82,6 +82,6 @@ void AddInspectCommand(CLI::App& app) {
     auto path = std::make_shared<std::string>();
     CLI::App* command =
         app.add_subcommand("inspect", "Show what an audio file or an acoustic model holds");
-    command->add_option("FILE", *path, "Recording or model")->required();
+    command->add_option("FILE", *path, "Recording or model")->required()->option_text(" ");
     command->callback([path] { RunInspect(*path); });
 }

@@ -15,6 +15,7 @@ int Run(int argc, char** argv) {
     app.require_subcommand(1);
     app.get_formatter()->column_width(34);
     AddAlignCommand(app);
+    AddRecognizeCommand(app);
     AddTranscribeCommand(app);
     AddInspectCommand(app);
     try {

@@ -25,7 +25,7 @@ public:
 private:
     void Erase();
 
-    std::string status = "Aligning";
+    std::string status = "Searching";
     bool visible;
     bool drawn = false;
     std::chrono::steady_clock::time_point lastDrawn;

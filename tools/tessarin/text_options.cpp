@@ -5,8 +5,10 @@
 
 void AddTextOptions(CLI::App& command, text_options* options) {
     auto* text = command.add_option("-t,--text", options->text, "What is said");
+    text->option_text("TEXT");
     auto* file = command.add_option("-f,--text-file", options->file,
                                     "File with what is said; - reads standard input");
+    file->option_text("FILE");
     text->excludes(file);
 }
 

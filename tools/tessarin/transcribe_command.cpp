@@ -117,11 +117,15 @@ void AddTranscribeCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand(
         "transcribe", "Show how a text is said: its words with their phonemes and kinds");
     command->add_option("INPUT", options->standardInput, "- reads the text from standard input")
-        ->check(CLI::IsMember({"-"}));
+        ->check(CLI::IsMember({"-"}))
+        ->option_text(" ");
     AddTextOptions(*command, &options->text);
-    AddDataOptions(*command, &options->data, false);
+    AddLexiconOption(*command, &options->data);
+    AddDataFolderOption(*command, &options->data);
     command->add_option("--format", options->format, "tsv or json [tsv]")
-        ->check(CLI::IsMember({"json", "tsv"}));
-    command->add_option("-o,--output", options->output, "File to write [-, standard output]");
+        ->check(CLI::IsMember({"json", "tsv"}))
+        ->option_text("FORMAT");
+    command->add_option("-o,--output", options->output, "File to write [-, standard output]")
+        ->option_text("FILE");
     command->callback([options] { RunTranscribe(*options); });
 }

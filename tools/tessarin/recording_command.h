@@ -1,0 +1,32 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "tools/tessarin/commands.h"
+#include "tools/tessarin/engine_data.h"
+#include "tools/tessarin/recording.h"
+
+/// What the commands that make a mouth track from a recording have in common.
+struct recording_options {
+    std::string audio;
+    data_options data;
+    std::string rules;
+    std::string channel = "1";
+    double fps = 0;
+    std::string format = "json";
+    std::string output = "-";
+    bool quiet = false;
+};
+
+void AddRecordingOptions(CLI::App& command, recording_options* options);
+
+/// The search of a command: it fills the results and returns the engine's code.
+using recording_search = std::function<int32_t(
+    opened_recording& recording, tessarin::CAccousticHMM& model, tessarin::ProgressSink& progress,
+    tessarin::ISyncResultsCollection& results)>;
+
+/// Opens the recording, searches it, makes the mouth track and writes all that was found. Throws
+/// Failure; when the search lost the text, only after what it found was written.
+void AnimateRecording(const recording_options& options, tessarin::CAccousticHMM& model,
+                      const recording_search& search);
