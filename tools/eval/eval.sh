@@ -10,5 +10,7 @@ echo "phones chosen by lexicon and rules:"
 tools/eval/boundaries.py "$tool" "$corpus"
 echo "phones known:"
 tools/eval/boundaries.py "$tool" "$corpus" --known-phones
+echo "phones heard without the text, development prompts:"
+tools/eval/phoneme_errors.py "$tool" "$corpus"
 demo=$(basename data/demo/*.wav .wav)
 tools/eval/speed.py "$tool" "data/demo/$demo.wav" "data/demo/$demo.txt"
