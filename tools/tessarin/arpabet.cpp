@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <sstream>
 
 namespace {
@@ -22,13 +21,15 @@ constexpr std::array<phone_name, 40> kPhones = {{
     {"W", "w"},   {"Y", "y"},   {"Z", "z"},   {"ZH", "ZH"},
 }};
 
+constexpr std::string_view kStressDigits = "012";
+
 } // namespace
 
 std::string LabelsFromArpabet(std::string_view phones) {
     std::istringstream list{std::string(phones)};
     std::string labels;
     for (std::string phone; list >> phone;) {
-        if (std::isdigit(static_cast<unsigned char>(phone.back())) != 0) {
+        if (kStressDigits.find(phone.back()) != std::string_view::npos) {
             phone.pop_back();
         }
         const auto* found = std::ranges::find(kPhones, phone, &phone_name::arpabet);

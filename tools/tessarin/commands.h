@@ -8,3 +8,4 @@ void AddAlignCommand(CLI::App& app);
 void AddRecognizeCommand(CLI::App& app);
 void AddTranscribeCommand(CLI::App& app);
 void AddInspectCommand(CLI::App& app);
+void AddLexiconCommand(CLI::App& app);

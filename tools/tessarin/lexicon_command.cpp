@@ -16,6 +16,9 @@ namespace {
 using tessarin::ILexiconEditor;
 using tessarin::IPronunciationRecord;
 
+/// The project's own language, whose rules and words a new lexicon file gets.
+constexpr const char* kLanguageName = "en-us.lexicon";
+
 using editor_handle = std::unique_ptr<ILexiconEditor, engine_deleter<DestroyLexiconEditor>>;
 
 struct lexicon_options {
@@ -25,6 +28,8 @@ struct lexicon_options {
     std::string word;
     std::string phonemes;
     std::string list;
+    std::string language; ///< lexicon file whose rules and words a new one gets
+    data_options data;
     std::string format = "words";
     bool quiet = false;
 };
@@ -94,16 +99,25 @@ size_t Import(ILexiconEditor& editor, const std::vector<word_entry>& entries, bo
     return added;
 }
 
+void RemoveAll(ILexiconEditor& editor) {
+    while (editor.GetRecordCount() > 0) {
+        const std::string word = editor.GetRecordAt(editor.GetRecordCount() - 1)->GetWord();
+        const int32_t code = editor.RemoveRecord(word.c_str(), nullptr);
+        if (code != tessarin::kNoError) {
+            throw EngineFailure(word, code);
+        }
+    }
+}
+
 /// Makes a lexicon file of a word list and the language of another lexicon file.
 void RunBuild(const lexicon_options& options) {
     const auto entries = ReadWordList(options.list, ReadWholeFile(options.list));
-    const editor_handle editor = Open(options.file);
+    const editor_handle editor = Open(DataPathOr(options.language, options.data, kLanguageName));
     CatchInterrupts();
-    while (editor->GetRecordCount() > 0) {
-        editor->RemoveRecord(editor->GetRecordAt(editor->GetRecordCount() - 1)->GetWord(), nullptr);
-    }
-    std::printf("%zu entries\n", Import(*editor, entries, options.quiet));
+    RemoveAll(*editor);
+    const size_t added = Import(*editor, entries, options.quiet);
     Save(*editor, options);
+    std::printf("%zu entries\n", added);
 }
 
 void RunShow(const lexicon_options& options) {
@@ -176,9 +190,9 @@ void RunImport(const lexicon_options& options) {
     const auto entries = ReadWordList(options.list, ReadWholeFile(options.list));
     const editor_handle editor = Open(options.file);
     CatchInterrupts();
-    std::printf("%zu of %zu entries added\n", Import(*editor, entries, options.quiet),
-                entries.size());
+    const size_t added = Import(*editor, entries, options.quiet);
     Save(*editor, options);
+    std::printf("%zu of %zu entries added\n", added, entries.size());
 }
 
 CLI::App* AddAction(CLI::App& command, const std::shared_ptr<lexicon_options>& options,
@@ -237,8 +251,10 @@ void AddLexiconCommand(CLI::App& app) {
     AddSaveOptions(*import, *options);
 
     CLI::App* build = AddAction(*command, options, "build",
-                                "Make a lexicon file of a text and the language of FILE", RunBuild);
+                                "Write a lexicon file with the pronunciations of a text", RunBuild);
     build->add_option("LIST", options->list, "Lines WORD=phonemes, or CMU dictionary")->required();
-    build->add_option("-o,--output", options->output, "Lexicon file to write")->required();
+    build->add_option("--language", options->language,
+                      "Lexicon file to take the rules and number words from [the project's own]");
+    AddDataFolderOption(*build, &options->data);
     build->add_flag("--quiet", options->quiet, "Show no progress");
 }

@@ -18,6 +18,7 @@ int Run(int argc, char** argv) {
     AddRecognizeCommand(app);
     AddTranscribeCommand(app);
     AddInspectCommand(app);
+    AddLexiconCommand(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

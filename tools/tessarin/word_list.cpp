@@ -1,7 +1,6 @@
 #include "tools/tessarin/word_list.h"
 
 #include <algorithm>
-#include <cctype>
 
 #include "tools/tessarin/arpabet.h"
 #include "tools/tessarin/failure.h"
@@ -30,7 +29,7 @@ std::string_view WithoutNumber(std::string_view word) {
 /// Reads a line of the dictionary. Whether it is one.
 bool ReadDictionaryLine(std::string_view line, word_entry& entry) {
     const size_t wordEnd = line.find_first_of(kBlanks);
-    if (wordEnd == std::string_view::npos) {
+    if (wordEnd == std::string_view::npos || line.find('=') < wordEnd) {
         return false;
     }
     entry.word = InUpperCase(WithoutNumber(line.substr(0, wordEnd)));
