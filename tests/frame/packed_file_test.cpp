@@ -1,12 +1,12 @@
 #include "frame/packed_file.h"
 
-#include "frame/little_endian.h"
-#include "support/byte_builder.h"
-#include "support/temp_file.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
+
+#include "frame/little_endian.h"
+#include "support/byte_builder.h"
+#include "support/temp_file.h"
 
 namespace tessarin {
 namespace {
@@ -42,7 +42,7 @@ bytes WithSize(bytes packed, uint32_t stated) {
 
 TEST(PackedFile, GivesTheSameBytesBack) {
     std::string mixed;
-    for (int i = 0; i < 100000; ++i) {
+    for (uint32_t i = 0; i < 100000; ++i) {
         mixed += static_cast<char>(i * i >> 7);
     }
     for (const std::string& plain : {std::string(), std::string("a"), mixed,
