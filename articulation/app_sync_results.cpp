@@ -1,9 +1,9 @@
 #include "articulation/app_sync_results.h"
 
-#include "frame/text_copy.h"
-
 #include <cstddef>
 #include <string>
+
+#include "frame/text_copy.h"
 
 namespace tessarin {
 namespace {

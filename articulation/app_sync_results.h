@@ -1,11 +1,11 @@
 #pragma once
 
+#include <cstdint>
+#include <string_view>
+
 #include "articulation/markers/marker_lists.h"
 #include "articulation/markers/phn_marker_list.h"
 #include "tessarin/sync_results.h"
-
-#include <cstdint>
-#include <string_view>
 
 namespace tessarin {
 

@@ -1,5 +1,11 @@
 // How CPhonemeMixtureArticulator makes the frames of a result.
 
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <utility>
+
 #include "articulation/frames_from_envelopes.h"
 #include "articulation/phoneme_mixture_articulator.h"
 #include "articulation/phoneme_track.h"
@@ -7,12 +13,6 @@
 #include "frame/guarded.h"
 #include "frame/trunc_sat.h"
 #include "model/phoneme_alphabet.h"
-
-#include <algorithm>
-#include <cmath>
-#include <cstddef>
-#include <limits>
-#include <utility>
 
 namespace tessarin {
 namespace {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "articulation/phoneme_label.h"
-
 #include <cstdint>
 #include <map>
 #include <set>
+
+#include "articulation/phoneme_label.h"
 
 namespace tessarin {
 

@@ -1,10 +1,10 @@
 #include "articulation/closures.h"
 
-#include "frame/trunc_sat.h"
-
 #include <algorithm>
 #include <cstddef>
 #include <limits>
+
+#include "frame/trunc_sat.h"
 
 namespace tessarin {
 namespace {

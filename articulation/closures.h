@@ -1,12 +1,12 @@
 #pragma once
 
-#include "articulation/markers/phn_marker_list.h"
-#include "articulation/phoneme_label.h"
-#include "articulation/phoneme_mixture.h"
-
 #include <cstdint>
 #include <set>
 #include <vector>
+
+#include "articulation/markers/phn_marker_list.h"
+#include "articulation/phoneme_label.h"
+#include "articulation/phoneme_mixture.h"
 
 namespace tessarin {
 

@@ -1,15 +1,15 @@
 #include "articulation/common_key_times.h"
 
-#include "articulation/saturated.h"
-#include "articulation/sweep_window.h"
-#include "frame/trunc_sat.h"
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <iterator>
 #include <utility>
+
+#include "articulation/saturated.h"
+#include "articulation/sweep_window.h"
+#include "frame/trunc_sat.h"
 
 namespace tessarin {
 namespace {

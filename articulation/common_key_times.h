@@ -1,10 +1,10 @@
 #pragma once
 
-#include "articulation/markers/marker_lists.h"
-#include "articulation/phoneme_label.h"
-
 #include <map>
 #include <vector>
+
+#include "articulation/markers/marker_lists.h"
+#include "articulation/phoneme_label.h"
 
 namespace tessarin {
 

@@ -1,14 +1,14 @@
 #include "articulation/concrete_sync_marker_collection.h"
 
+#include <algorithm>
+#include <limits>
+#include <string_view>
+
 #include "articulation/saturated.h"
 #include "articulation/score_mapping.h"
 #include "articulation/sync_marker.h"
 #include "frame/flog.h"
 #include "frame/text_copy.h"
-
-#include <algorithm>
-#include <limits>
-#include <string_view>
 
 namespace tessarin {
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <cstdint>
+
 #include "frame/tarray.h"
 #include "tessarin/sync_results.h"
-
-#include <cstdint>
 
 namespace tessarin {
 

@@ -1,16 +1,16 @@
 #include "articulation/envelopes.h"
 
-#include "articulation/common_key_times.h"
-#include "articulation/phoneme_label.h"
-#include "articulation/saturated.h"
-#include "frame/text_copy.h"
-#include "frame/trunc_sat.h"
-
 #include <algorithm>
 #include <cmath>
 #include <iterator>
 #include <map>
 #include <utility>
+
+#include "articulation/common_key_times.h"
+#include "articulation/phoneme_label.h"
+#include "articulation/saturated.h"
+#include "frame/text_copy.h"
+#include "frame/trunc_sat.h"
 
 namespace tessarin {
 namespace {

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "articulation/markers/marker_lists.h"
-#include "tessarin/articulator.h"
-#include "tessarin/error_codes.h"
-
 #include <cstdint>
 #include <span>
 #include <vector>
+
+#include "articulation/markers/marker_lists.h"
+#include "tessarin/articulator.h"
+#include "tessarin/error_codes.h"
 
 namespace tessarin {
 

@@ -1,11 +1,11 @@
+#include <memory>
+
 #include "articulation/concrete_sync_marker_collection.h"
 #include "articulation/phoneme_mixture_articulator.h"
 #include "frame/flog.h"
 #include "frame/guarded.h"
 #include "tessarin/articulator.h"
 #include "tessarin/sync_results.h"
-
-#include <memory>
 
 using namespace tessarin;
 

@@ -1,11 +1,11 @@
 #include "articulation/frames_from_envelopes.h"
 
+#include <algorithm>
+#include <cstddef>
+
 #include "articulation/phoneme_label.h"
 #include "frame/text_copy.h"
 #include "frame/trunc_sat.h"
-
-#include <algorithm>
-#include <cstddef>
 
 namespace tessarin {
 namespace {

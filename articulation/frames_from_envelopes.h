@@ -1,11 +1,11 @@
 #pragma once
 
-#include "articulation/phoneme_mixture.h"
-#include "tessarin/articulator.h"
-
 #include <cstdint>
 #include <span>
 #include <vector>
+
+#include "articulation/phoneme_mixture.h"
+#include "tessarin/articulator.h"
 
 namespace tessarin {
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "articulation/articulator_rule.h"
-#include "articulation/phoneme_mixture.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <vector>
+
+#include "articulation/articulator_rule.h"
+#include "articulation/phoneme_mixture.h"
 
 namespace tessarin {
 

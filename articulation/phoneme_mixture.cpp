@@ -1,11 +1,11 @@
 #include "articulation/phoneme_mixture.h"
 
-#include "frame/trunc_sat.h"
-
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <iterator>
+
+#include "frame/trunc_sat.h"
 
 namespace tessarin {
 namespace {

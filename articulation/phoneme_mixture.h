@@ -1,12 +1,12 @@
 #pragma once
 
-#include "articulation/phoneme_label.h"
-#include "tessarin/articulator.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
+
+#include "articulation/phoneme_label.h"
+#include "tessarin/articulator.h"
 
 namespace tessarin {
 

@@ -1,5 +1,11 @@
 #include "articulation/phoneme_mixture_articulator.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <optional>
+#include <string_view>
+
 #include "articulation/closures.h"
 #include "articulation/default_rules.h"
 #include "articulation/envelopes.h"
@@ -8,12 +14,6 @@
 #include "articulation/rule_text.h"
 #include "frame/flog.h"
 #include "frame/guarded.h"
-
-#include <algorithm>
-#include <cstddef>
-#include <iterator>
-#include <optional>
-#include <string_view>
 
 namespace tessarin {
 

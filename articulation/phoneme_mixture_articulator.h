@@ -1,13 +1,13 @@
 #pragma once
 
+#include <cstdint>
+#include <vector>
+
 #include "articulation/app_sync_results.h"
 #include "articulation/articulator_rule.h"
 #include "articulation/markers/marker_lists.h"
 #include "articulation/phoneme_mixture.h"
 #include "tessarin/articulator.h"
-
-#include <cstdint>
-#include <vector>
 
 namespace tessarin {
 

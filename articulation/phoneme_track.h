@@ -1,13 +1,13 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
 #include "articulation/articulator_rule.h"
 #include "articulation/markers/phn_marker_list.h"
 #include "articulation/mixture_at.h"
 #include "articulation/sweep_window.h"
-
-#include <cstddef>
-#include <cstdint>
-#include <vector>
 
 namespace tessarin {
 

@@ -1,14 +1,14 @@
 #include "articulation/quantize.h"
 
-#include "articulation/phoneme_mixture.h"
-#include "frame/flog.h"
-#include "frame/text_copy.h"
-#include "model/phoneme_alphabet.h"
-
 #include <algorithm>
 #include <cstdlib>
 #include <string_view>
 #include <vector>
+
+#include "articulation/phoneme_mixture.h"
+#include "frame/flog.h"
+#include "frame/text_copy.h"
+#include "model/phoneme_alphabet.h"
 
 namespace tessarin {
 namespace {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "tessarin/articulator.h"
-
 #include <cstdint>
 #include <optional>
 #include <span>
+
+#include "tessarin/articulator.h"
 
 namespace tessarin {
 

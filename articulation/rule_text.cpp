@@ -1,13 +1,13 @@
 #include "articulation/rule_text.h"
 
-#include "frame/trunc_sat.h"
-#include "model/phoneme_alphabet.h"
-
 #include <algorithm>
 #include <cstddef>
 #include <locale>
 #include <sstream>
 #include <string>
+
+#include "frame/trunc_sat.h"
+#include "model/phoneme_alphabet.h"
 
 namespace tessarin {
 namespace {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "articulation/articulator_rule.h"
-#include "tessarin/error_codes.h"
-
 #include <string_view>
 #include <vector>
+
+#include "articulation/articulator_rule.h"
+#include "tessarin/error_codes.h"
 
 namespace tessarin {
 

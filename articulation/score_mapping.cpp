@@ -1,10 +1,10 @@
 #include "articulation/score_mapping.h"
 
-#include "frame/trunc_sat.h"
-#include "model/phoneme_alphabet.h"
-
 #include <algorithm>
 #include <cmath>
+
+#include "frame/trunc_sat.h"
+#include "model/phoneme_alphabet.h"
 
 namespace tessarin {
 

@@ -1,9 +1,9 @@
 #include "articulation/sync_marker.h"
 
+#include <cstring>
+
 #include "frame/allocation.h"
 #include "frame/flog.h"
-
-#include <cstring>
 
 namespace tessarin {
 

@@ -1,12 +1,12 @@
-#include "articulation/concrete_sync_marker_collection.h"
-#include "articulation/phoneme_mixture_articulator.h"
-#include "articulation/sync_marker.h"
-#include "frame/text_copy.h"
-
 #include <benchmark/benchmark.h>
 
 #include <random>
 #include <string>
+
+#include "articulation/concrete_sync_marker_collection.h"
+#include "articulation/phoneme_mixture_articulator.h"
+#include "articulation/sync_marker.h"
+#include "frame/text_copy.h"
 
 namespace tessarin {
 namespace {

@@ -1,3 +1,11 @@
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <span>
+#include <vector>
+
 #include "features/band_filters.h"
 #include "features/cosine_transform.h"
 #include "features/half_complex_fft.h"
@@ -8,14 +16,6 @@
 
 #include "features/test_descriptors.h"
 #include "support/signals.h"
-
-#include <benchmark/benchmark.h>
-
-#include <algorithm>
-#include <cstring>
-#include <memory>
-#include <span>
-#include <vector>
 
 namespace tessarin {
 namespace {

@@ -1,10 +1,10 @@
-#include "model/accoustic_hmm.h"
-#include "support/tiny_model.h"
-
 #include <benchmark/benchmark.h>
 
 #include <cmath>
 #include <string>
+
+#include "model/accoustic_hmm.h"
+#include "support/tiny_model.h"
 
 namespace tessarin {
 namespace {

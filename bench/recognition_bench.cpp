@@ -1,13 +1,6 @@
 // The searches on ten minutes of synthetic speech. `x_real_time` is seconds of audio for each
 // second of work on one core; scoring the Gaussians is part of it.
 
-#include "frame/quib_allocator.h"
-#include "model/accoustic_hmm.h"
-#include "recognition/free_viterbi.h"
-#include "recognition/sliding_viterbi.h"
-#include "recognition/state_graph.h"
-#include "tessarin/observation_stream.h"
-
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -17,6 +10,13 @@
 #include <vector>
 
 #include <benchmark/benchmark.h>
+
+#include "frame/quib_allocator.h"
+#include "model/accoustic_hmm.h"
+#include "recognition/free_viterbi.h"
+#include "recognition/sliding_viterbi.h"
+#include "recognition/state_graph.h"
+#include "tessarin/observation_stream.h"
 
 using namespace tessarin;
 

@@ -1,9 +1,9 @@
 #include "features/band_filters.h"
 
-#include "frame/trunc_sat.h"
-
 #include <algorithm>
 #include <cmath>
+
+#include "frame/trunc_sat.h"
 
 namespace tessarin {
 

@@ -1,3 +1,6 @@
+#include <cstddef>
+#include <memory>
+
 #include "features/decibel_power.h"
 #include "features/observation_chain.h"
 #include "features/spectral_stream.h"
@@ -6,9 +9,6 @@
 #include "model/accoustic_hmm.h"
 #include "platform/floating_point.h"
 #include "tessarin/observation_stream.h"
-
-#include <cstddef>
-#include <memory>
 
 using namespace tessarin;
 

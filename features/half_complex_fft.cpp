@@ -1,11 +1,11 @@
 #include "features/half_complex_fft.h"
 
-#include "platform/floating_point.h"
-
 #include <bit>
 #include <cmath>
 #include <cstddef>
 #include <utility>
+
+#include "platform/floating_point.h"
 
 namespace tessarin {
 

@@ -1,5 +1,7 @@
 #include "features/observation_chain.h"
 
+#include <utility>
+
 #include "audio/audio_file_registry.h"
 #include "audio/pcm_pre_emph_stream.h"
 #include "audio/quib_stream.h"
@@ -8,8 +10,6 @@
 #include "features/spectral_stream.h"
 #include "frame/counted_ptr.h"
 #include "frame/trunc_sat.h"
-
-#include <utility>
 
 namespace tessarin {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "tessarin/error_codes.h"
-
 #include <memory>
+
+#include "tessarin/error_codes.h"
 
 namespace tessarin {
 

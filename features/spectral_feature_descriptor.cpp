@@ -1,11 +1,11 @@
 #include "features/spectral_feature_descriptor.h"
 
-#include "frame/byte_cursor.h"
-#include "frame/little_endian.h"
-
 #include <array>
 #include <ostream>
 #include <span>
+
+#include "frame/byte_cursor.h"
+#include "frame/little_endian.h"
 
 namespace tessarin {
 

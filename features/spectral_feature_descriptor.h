@@ -1,11 +1,11 @@
 #pragma once
 
-#include "features/band_filters.h"
-#include "frame/tarray.h"
-
 #include <cstdint>
 #include <cstdio>
 #include <iosfwd>
+
+#include "features/band_filters.h"
+#include "frame/tarray.h"
 
 namespace tessarin {
 

@@ -1,15 +1,15 @@
 #include "features/spectral_stream.h"
 
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <functional>
+
 #include "features/decibel_power.h"
 #include "features/hamming_window.h"
 #include "features/spectral_feature_descriptor.h"
 #include "frame/flog.h"
 #include "frame/guarded.h"
-
-#include <algorithm>
-#include <bit>
-#include <cstddef>
-#include <functional>
 
 namespace tessarin {
 

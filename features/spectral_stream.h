@@ -1,5 +1,10 @@
 #pragma once
 
+#include <array>
+#include <cstdint>
+#include <span>
+#include <vector>
+
 #include "audio/pcm_rdr_stream.h"
 #include "features/band_filters.h"
 #include "features/cosine_transform.h"
@@ -9,11 +14,6 @@
 #include "frame/counted_ptr.h"
 #include "tessarin/observation_stream.h"
 #include "tessarin/progress_sink.h"
-
-#include <array>
-#include <cstdint>
-#include <span>
-#include <vector>
 
 namespace tessarin {
 

@@ -1,13 +1,13 @@
 // What CSpectralStream computes from a frame: energies, cepstra, observations and the mean.
 
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
 #include "features/power_spectrum.h"
 #include "features/spectral_feature_descriptor.h"
 #include "features/spectral_stream.h"
 #include "frame/guarded.h"
-
-#include <algorithm>
-#include <cmath>
-#include <cstddef>
 
 namespace tessarin {
 

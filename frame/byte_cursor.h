@@ -1,13 +1,13 @@
 #pragma once
 
-#include "frame/little_endian.h"
-
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <span>
 #include <string_view>
+
+#include "frame/little_endian.h"
 
 namespace tessarin {
 

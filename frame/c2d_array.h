@@ -1,10 +1,10 @@
 #pragma once
 
-#include "frame/allocation.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
+
+#include "frame/allocation.h"
 
 namespace tessarin {
 

@@ -1,11 +1,11 @@
 #include "frame/flog.h"
 
-#include "frame/crit_section.h"
-#include "frame/log_file.h"
-
 #include <cstdarg>
 #include <cstdio>
 #include <exception>
+
+#include "frame/crit_section.h"
+#include "frame/log_file.h"
 
 namespace tessarin {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "tessarin/error_codes.h"
-
 #include <new>
 #include <type_traits>
 #include <utility>
+
+#include "tessarin/error_codes.h"
 
 namespace tessarin {
 

@@ -1,9 +1,9 @@
 #include "frame/log_file.h"
 
+#include <atomic>
+
 #include "frame/crit_section.h"
 #include "platform/local_time.h"
-
-#include <atomic>
 
 namespace tessarin {
 

@@ -1,9 +1,9 @@
 #include "frame/module_resource.h"
 
-#include "platform/module_data.h"
-
 #include <algorithm>
 #include <span>
+
+#include "platform/module_data.h"
 
 namespace tessarin {
 

@@ -1,12 +1,12 @@
 #include "frame/packed_file.h"
 
-#include "frame/byte_cursor.h"
-#include "frame/little_endian.h"
-#include "frame/whole_file.h"
-
 #include <algorithm>
 
 #include <zlib.h>
+
+#include "frame/byte_cursor.h"
+#include "frame/little_endian.h"
+#include "frame/whole_file.h"
 
 namespace tessarin {
 namespace {

@@ -1,8 +1,8 @@
 #include "frame/quib_allocator.h"
 
-#include "frame/allocation.h"
-
 #include <new>
+
+#include "frame/allocation.h"
 
 namespace tessarin {
 

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "frame/allocation.h"
-
 #include <algorithm>
 #include <cassert>
 #include <cstdint>
 #include <cstring>
 #include <limits>
 #include <type_traits>
+
+#include "frame/allocation.h"
 
 namespace tessarin {
 

@@ -1,8 +1,8 @@
 #include "frame/thread_event.h"
 
-#include "frame/crit_section.h"
-
 #include <chrono>
+
+#include "frame/crit_section.h"
 
 namespace tessarin {
 

@@ -1,12 +1,12 @@
 #include "frame/whole_file.h"
 
-#include "platform/binary_file.h"
-
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <string>
 #include <system_error>
+
+#include "platform/binary_file.h"
 
 namespace tessarin {
 namespace {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "tessarin/error_codes.h"
-
 #include <cstdint>
 #include <memory>
 #include <span>
+
+#include "tessarin/error_codes.h"
 
 namespace tessarin {
 

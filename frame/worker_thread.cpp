@@ -1,12 +1,12 @@
 #include "frame/worker_thread.h"
 
-#include "frame/flog.h"
-#include "frame/guarded.h"
-#include "platform/thread.h"
-
 #include <chrono>
 #include <thread>
 #include <utility>
+
+#include "frame/flog.h"
+#include "frame/guarded.h"
+#include "platform/thread.h"
 
 namespace tessarin {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "frame/crit_section.h"
-
 #include <atomic>
 #include <cstdint>
 #include <memory>
+
+#include "frame/crit_section.h"
 
 namespace tessarin {
 

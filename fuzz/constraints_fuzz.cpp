@@ -1,8 +1,8 @@
-#include "support/tiny_model.h"
-#include "tessarin/language_constraints.h"
-
 #include <cstddef>
 #include <cstdint>
+
+#include "support/tiny_model.h"
+#include "tessarin/language_constraints.h"
 
 using namespace tessarin;
 

@@ -1,15 +1,15 @@
 // Feature descriptors from any bytes: what reads is written, shown and analysed with.
 
-#include "features/spectral_feature_descriptor.h"
-#include "features/spectral_stream.h"
-
-#include "features/scripted_pcm_stream.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <sstream>
 #include <vector>
+
+#include "features/spectral_feature_descriptor.h"
+#include "features/spectral_stream.h"
+
+#include "features/scripted_pcm_stream.h"
 
 using namespace tessarin;
 

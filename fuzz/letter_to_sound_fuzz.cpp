@@ -1,11 +1,11 @@
-#include "frame/byte_writer.h"
-#include "text/grapheme_to_phone_rules.h"
-#include "text/pronunciation_builder.h"
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+
+#include "frame/byte_writer.h"
+#include "text/grapheme_to_phone_rules.h"
+#include "text/pronunciation_builder.h"
 
 using namespace tessarin;
 

@@ -1,14 +1,14 @@
-#include "frame/packed_file.h"
-#include "tessarin/lexicon_file.h"
-#include "text/lexicon_editor.h"
-#include "text/lexicon_file.h"
-#include "text/transcriber.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
 #include <vector>
+
+#include "frame/packed_file.h"
+#include "tessarin/lexicon_file.h"
+#include "text/lexicon_editor.h"
+#include "text/lexicon_file.h"
+#include "text/transcriber.h"
 
 using namespace tessarin;
 

@@ -1,10 +1,10 @@
-#include "model/accoustic_hmm.h"
-#include "tessarin/acoustic_model.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <sstream>
 #include <vector>
+
+#include "model/accoustic_hmm.h"
+#include "tessarin/acoustic_model.h"
 
 using namespace tessarin;
 

@@ -1,10 +1,10 @@
 #include "model/accoustic_hmm.h"
 
-#include "frame/flog.h"
-
 #include <algorithm>
 #include <cmath>
 #include <string_view>
+
+#include "frame/flog.h"
 
 namespace tessarin {
 

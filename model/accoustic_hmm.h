@@ -1,15 +1,15 @@
 #pragma once
 
-#include "features/spectral_feature_descriptor.h"
-#include "model/float_matrix.h"
-#include "model/gaussian_scoring.h"
-
 #include <cstdint>
 #include <cstdio>
 #include <iosfwd>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "features/spectral_feature_descriptor.h"
+#include "model/float_matrix.h"
+#include "model/gaussian_scoring.h"
 
 namespace tessarin {
 

@@ -1,14 +1,14 @@
+#include <fstream>
+#include <locale>
+#include <memory>
+#include <sstream>
+
 #include "frame/flog.h"
 #include "frame/guarded.h"
 #include "model/accoustic_hmm.h"
 #include "platform/floating_point.h"
 #include "tessarin/acoustic_model.h"
 #include "tessarin/language_constraints.h"
-
-#include <fstream>
-#include <locale>
-#include <memory>
-#include <sstream>
 
 namespace {
 

@@ -1,10 +1,10 @@
 #include "model/gaussian_scoring.h"
 
-#include "model/accoustic_hmm.h"
-
 #include <algorithm>
 #include <cassert>
 #include <cmath>
+
+#include "model/accoustic_hmm.h"
 
 namespace tessarin {
 namespace {

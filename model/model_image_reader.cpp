@@ -1,12 +1,12 @@
+#include <algorithm>
+#include <span>
+#include <string_view>
+
 #include "frame/byte_cursor.h"
 #include "frame/flog.h"
 #include "model/accoustic_hmm.h"
 #include "model/model_image.h"
 #include "tessarin/acoustic_model.h"
-
-#include <algorithm>
-#include <span>
-#include <string_view>
 
 namespace tessarin {
 namespace {

@@ -1,10 +1,10 @@
+#include <span>
+#include <utility>
+
 #include "frame/little_endian.h"
 #include "model/accoustic_hmm.h"
 #include "model/model_image.h"
 #include "model/owned_file.h"
-
-#include <span>
-#include <utility>
 
 namespace tessarin {
 namespace {

@@ -1,11 +1,11 @@
-#include "model/accoustic_hmm.h"
-#include "model/owned_file.h"
-
 #include <algorithm>
 #include <cmath>
 #include <ostream>
 #include <span>
 #include <utility>
+
+#include "model/accoustic_hmm.h"
+#include "model/owned_file.h"
 
 namespace tessarin {
 namespace {

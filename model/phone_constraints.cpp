@@ -1,8 +1,8 @@
-#include "frame/flog.h"
-#include "model/accoustic_hmm.h"
-
 #include <algorithm>
 #include <istream>
+
+#include "frame/flog.h"
+#include "model/accoustic_hmm.h"
 
 namespace tessarin {
 namespace {

@@ -1,10 +1,10 @@
-#include "frame/flog.h"
-#include "model/accoustic_hmm.h"
-
 #include <algorithm>
 #include <istream>
 #include <numeric>
 #include <utility>
+
+#include "frame/flog.h"
+#include "model/accoustic_hmm.h"
 
 namespace tessarin {
 namespace {

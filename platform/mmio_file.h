@@ -1,9 +1,9 @@
 #pragma once
 
-#include "platform/binary_file.h"
-
 #include <cstddef>
 #include <cstdint>
+
+#include "platform/binary_file.h"
 
 namespace tessarin {
 

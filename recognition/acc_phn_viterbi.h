@@ -1,12 +1,12 @@
 #pragma once
 
+#include <cstdint>
+#include <vector>
+
 #include "frame/tarray.h"
 #include "recognition/state_rec.h"
 #include "tessarin/error_codes.h"
 #include "tessarin/sync_results.h"
-
-#include <cstdint>
-#include <vector>
 
 namespace tessarin {
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "recognition/state_rec.h"
-
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <vector>
+
+#include "recognition/state_rec.h"
 
 namespace tessarin {
 

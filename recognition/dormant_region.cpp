@@ -1,12 +1,12 @@
 #include "recognition/dormant_region.h"
 
+#include <vector>
+
 #include "frame/flog.h"
 #include "frame/text_copy.h"
 #include "model/accoustic_hmm.h"
 #include "recognition/time_base.h"
 #include "tessarin/observation_stream.h"
-
-#include <vector>
 
 namespace tessarin {
 

@@ -1,10 +1,10 @@
+#include <new>
+
 #include "frame/flog.h"
 #include "recognition/textbased_phn_recognizer.h"
 #include "recognition/textless_phn_recognizer.h"
 #include "tessarin/text_based_recognizer.h"
 #include "tessarin/textless_recognizer.h"
-
-#include <new>
 
 using namespace tessarin;
 

@@ -1,11 +1,11 @@
 #pragma once
 
+#include <cstdint>
+
 #include "frame/tarray.h"
 #include "tessarin/error_codes.h"
 #include "tessarin/observation_stream.h"
 #include "tessarin/progress_sink.h"
-
-#include <cstdint>
 
 namespace tessarin {
 

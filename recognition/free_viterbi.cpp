@@ -1,13 +1,13 @@
 #include "recognition/free_viterbi.h"
 
+#include <algorithm>
+#include <utility>
+#include <vector>
+
 #include "frame/guarded.h"
 #include "model/accoustic_hmm.h"
 #include "recognition/free_search.h"
 #include "recognition/transition_lists.h"
-
-#include <algorithm>
-#include <utility>
-#include <vector>
 
 namespace tessarin {
 namespace {

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <cstdint>
+
 #include "frame/tarray.h"
 #include "tessarin/error_codes.h"
-
-#include <cstdint>
 
 namespace tessarin {
 

@@ -1,11 +1,11 @@
 #include "recognition/hmm_hypothesis_tree.h"
 
-#include "frame/allocation.h"
-
 #include <algorithm>
 #include <cstring>
 #include <limits>
 #include <vector>
+
+#include "frame/allocation.h"
 
 namespace tessarin {
 

@@ -1,8 +1,8 @@
 #include "recognition/limited_observation_stream.h"
 
-#include "features/spectral_stream.h"
-
 #include <algorithm>
+
+#include "features/spectral_stream.h"
 
 namespace tessarin {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "tessarin/observation_stream.h"
-
 #include <cstdint>
 #include <optional>
+
+#include "tessarin/observation_stream.h"
 
 namespace tessarin {
 

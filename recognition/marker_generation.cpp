@@ -1,13 +1,13 @@
 #include "recognition/marker_generation.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "articulation/sync_marker.h"
 #include "frame/text_copy.h"
 #include "model/accoustic_hmm.h"
 #include "recognition/time_base.h"
 #include "tessarin/observation_stream.h"
-
-#include <algorithm>
-#include <cmath>
 
 namespace tessarin {
 namespace {

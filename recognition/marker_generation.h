@@ -1,11 +1,11 @@
 #pragma once
 
+#include <cstdint>
+
 #include "frame/tarray.h"
 #include "recognition/state_rec.h"
 #include "tessarin/error_codes.h"
 #include "tessarin/sync_results.h"
-
-#include <cstdint>
 
 namespace tessarin {
 

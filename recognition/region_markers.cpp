@@ -1,12 +1,12 @@
 #include "recognition/region_markers.h"
 
+#include <cstring>
+#include <optional>
+
 #include "articulation/saturated.h"
 #include "articulation/sync_marker.h"
 #include "frame/allocation.h"
 #include "tessarin/transcriber.h"
-
-#include <cstring>
-#include <optional>
 
 namespace tessarin {
 namespace {

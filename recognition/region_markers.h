@@ -1,11 +1,11 @@
 #pragma once
 
+#include <cstdint>
+#include <span>
+
 #include "frame/tarray.h"
 #include "tessarin/error_codes.h"
 #include "tessarin/sync_results.h"
-
-#include <cstdint>
-#include <span>
 
 namespace tessarin {
 

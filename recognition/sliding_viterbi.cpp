@@ -1,14 +1,14 @@
 #include "recognition/sliding_viterbi.h"
 
+#include <algorithm>
+#include <cassert>
+#include <limits>
+
 #include "frame/guarded.h"
 #include "model/accoustic_hmm.h"
 #include "recognition/back_pointer_store.h"
 #include "tessarin/observation_stream.h"
 #include "tessarin/progress_sink.h"
-
-#include <algorithm>
-#include <cassert>
-#include <limits>
 
 namespace tessarin {
 namespace {

@@ -1,11 +1,11 @@
 #pragma once
 
+#include <cstdint>
+#include <vector>
+
 #include "frame/tarray.h"
 #include "recognition/state_rec.h"
 #include "tessarin/error_codes.h"
-
-#include <cstdint>
-#include <vector>
 
 namespace tessarin {
 

@@ -1,13 +1,13 @@
 #include "recognition/state_graph.h"
 
-#include "frame/quib_allocator.h"
-#include "model/accoustic_hmm.h"
-#include "tessarin/transcriber.h"
-
 #include <algorithm>
 #include <cstring>
 #include <memory>
 #include <new>
+
+#include "frame/quib_allocator.h"
+#include "model/accoustic_hmm.h"
+#include "tessarin/transcriber.h"
 
 namespace tessarin {
 namespace {

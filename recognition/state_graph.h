@@ -1,10 +1,10 @@
 #pragma once
 
-#include "recognition/state_rec.h"
-
 #include <cstdint>
 #include <span>
 #include <vector>
+
+#include "recognition/state_rec.h"
 
 namespace tessarin {
 

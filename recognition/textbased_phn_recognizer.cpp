@@ -1,5 +1,9 @@
 #include "recognition/textbased_phn_recognizer.h"
 
+#include <algorithm>
+#include <cstring>
+#include <span>
+
 #include "articulation/concrete_sync_marker_collection.h"
 #include "frame/flog.h"
 #include "frame/guarded.h"
@@ -14,10 +18,6 @@
 #include "recognition/sliding_viterbi.h"
 #include "recognition/state_graph.h"
 #include "recognition/time_base.h"
-
-#include <algorithm>
-#include <cstring>
-#include <span>
 
 namespace tessarin {
 namespace {

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "recognition/acc_phn_viterbi.h"
-#include "recognition/state_rec.h"
-#include "tessarin/text_based_recognizer.h"
-
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "recognition/acc_phn_viterbi.h"
+#include "recognition/state_rec.h"
+#include "tessarin/text_based_recognizer.h"
 
 namespace tessarin {
 

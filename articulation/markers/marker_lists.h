@@ -1,12 +1,12 @@
 #pragma once
 
-#include "articulation/markers/marker_base.h"
-#include "articulation/markers/marker_list.h"
-#include "tessarin/articulator.h"
-
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "articulation/markers/marker_base.h"
+#include "articulation/markers/marker_list.h"
+#include "tessarin/articulator.h"
 
 namespace tessarin {
 

@@ -1,9 +1,9 @@
 #include "articulation/markers/phn_marker.h"
 
+#include <utility>
+
 #include "articulation/saturated.h"
 #include "frame/trunc_sat.h"
-
-#include <utility>
 
 namespace tessarin {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "articulation/markers/marker_base.h"
-
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "articulation/markers/marker_base.h"
 
 namespace tessarin {
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <cstdint>
+
 #include "articulation/markers/marker_list.h"
 #include "articulation/markers/phn_marker.h"
-
-#include <cstdint>
 
 namespace tessarin {
 

@@ -1,7 +1,3 @@
-#include "articulation/common_key_times.h"
-#include "articulation/envelopes.h"
-#include "sounds.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,6 +5,10 @@
 #include <random>
 #include <set>
 #include <sstream>
+
+#include "articulation/common_key_times.h"
+#include "articulation/envelopes.h"
+#include "sounds.h"
 
 namespace tessarin::test {
 namespace {

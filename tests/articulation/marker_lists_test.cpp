@@ -1,10 +1,10 @@
-#include "articulation/app_sync_results.h"
-#include "sounds.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
+
+#include "articulation/app_sync_results.h"
+#include "sounds.h"
 
 namespace tessarin::test {
 namespace {

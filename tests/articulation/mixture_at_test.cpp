@@ -1,6 +1,3 @@
-#include "articulation/mixture_at.h"
-#include "articulation/rule_text.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -8,6 +5,9 @@
 #include <list>
 #include <map>
 #include <string>
+
+#include "articulation/mixture_at.h"
+#include "articulation/rule_text.h"
 
 namespace tessarin::test {
 namespace {

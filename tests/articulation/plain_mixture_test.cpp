@@ -1,14 +1,14 @@
 // Holds the articulator to a plain version of the method: a walk over all phonemes at every frame,
 // on maps of texts.
 
-#include "articulation/rule_text.h"
-#include "sounds.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <random>
+
+#include "articulation/rule_text.h"
+#include "sounds.h"
 
 namespace tessarin::test {
 namespace {

@@ -1,11 +1,11 @@
-#include "articulation/default_rules.h"
-#include "articulation/rule_text.h"
-#include "sounds.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
+
+#include "articulation/default_rules.h"
+#include "articulation/rule_text.h"
+#include "sounds.h"
 
 namespace tessarin::test {
 namespace {

@@ -1,7 +1,3 @@
-#include "articulation/closures.h"
-#include "articulation/frames_from_envelopes.h"
-#include "sounds.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,6 +5,10 @@
 #include <limits>
 #include <random>
 #include <set>
+
+#include "articulation/closures.h"
+#include "articulation/frames_from_envelopes.h"
+#include "sounds.h"
 
 namespace tessarin::test {
 namespace {

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "articulation/concrete_sync_marker_collection.h"
-#include "articulation/phoneme_mixture_articulator.h"
-#include "articulation/sync_marker.h"
-#include "frame/text_copy.h"
-
 #include <map>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "articulation/concrete_sync_marker_collection.h"
+#include "articulation/phoneme_mixture_articulator.h"
+#include "articulation/sync_marker.h"
+#include "frame/text_copy.h"
 
 namespace tessarin::test {
 

@@ -1,8 +1,3 @@
-#include "articulation/concrete_sync_marker_collection.h"
-#include "articulation/sync_marker.h"
-#include "frame/allocation.h"
-#include "sounds.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -13,6 +8,11 @@
 #include <random>
 #include <string>
 #include <vector>
+
+#include "articulation/concrete_sync_marker_collection.h"
+#include "articulation/sync_marker.h"
+#include "frame/allocation.h"
+#include "sounds.h"
 
 namespace tessarin::test {
 namespace {

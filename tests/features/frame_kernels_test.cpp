@@ -1,15 +1,15 @@
-#include "features/decibel_power.h"
-#include "features/half_complex_fft.h"
-#include "features/hamming_window.h"
-#include "features/power_spectrum.h"
-#include "support/signals.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 #include <numeric>
 #include <vector>
+
+#include "features/decibel_power.h"
+#include "features/half_complex_fft.h"
+#include "features/hamming_window.h"
+#include "features/power_spectrum.h"
+#include "support/signals.h"
 
 namespace tessarin {
 namespace {

@@ -1,7 +1,5 @@
 #include "features/half_complex_fft.h"
 
-#include "support/signals.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -9,6 +7,8 @@
 #include <cstdint>
 #include <numbers>
 #include <vector>
+
+#include "support/signals.h"
 
 namespace tessarin {
 namespace {

@@ -1,9 +1,5 @@
 #include "features/observation_chain.h"
 
-#include "features/spectral_stream.h"
-#include "features/test_descriptors.h"
-#include "support/signals.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -13,6 +9,10 @@
 #include <memory>
 #include <numbers>
 #include <vector>
+
+#include "features/spectral_stream.h"
+#include "features/test_descriptors.h"
+#include "support/signals.h"
 
 namespace tessarin {
 namespace {

@@ -1,15 +1,15 @@
 #include "features/spectral_stream.h"
 
-#include "frame/counted_ptr.h"
-
-#include "features/scripted_pcm_stream.h"
-#include "features/test_descriptors.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <vector>
+
+#include "frame/counted_ptr.h"
+
+#include "features/scripted_pcm_stream.h"
+#include "features/test_descriptors.h"
 
 namespace tessarin {
 namespace {

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "audio/pcm_rdr_stream.h"
-
 #include <algorithm>
 #include <cstddef>
 #include <limits>
 #include <utility>
 #include <vector>
+
+#include "audio/pcm_rdr_stream.h"
 
 namespace tessarin::test {
 

@@ -1,7 +1,5 @@
 #include "features/spectral_feature_descriptor.h"
 
-#include "support/byte_builder.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -9,6 +7,8 @@
 #include <limits>
 #include <sstream>
 #include <vector>
+
+#include "support/byte_builder.h"
 
 namespace tessarin {
 namespace {

@@ -1,9 +1,5 @@
 #include "features/spectral_stream.h"
 
-#include "features/scripted_pcm_stream.h"
-#include "features/test_descriptors.h"
-#include "support/signals.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -14,6 +10,10 @@
 #include <numbers>
 #include <string>
 #include <vector>
+
+#include "features/scripted_pcm_stream.h"
+#include "features/test_descriptors.h"
+#include "support/signals.h"
 
 namespace tessarin {
 namespace {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "features/spectral_feature_descriptor.h"
-
 #include <cmath>
+
+#include "features/spectral_feature_descriptor.h"
 
 namespace tessarin::test {
 

@@ -1,11 +1,11 @@
 #include "frame/byte_cursor.h"
 
-#include "support/byte_builder.h"
-
 #include <array>
 #include <gtest/gtest.h>
 #include <limits>
 #include <string>
+
+#include "support/byte_builder.h"
 
 namespace tessarin {
 

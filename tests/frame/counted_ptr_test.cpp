@@ -1,8 +1,8 @@
 #include "frame/counted_ptr.h"
 
-#include "frame/ref_counter.h"
-
 #include <gtest/gtest.h>
+
+#include "frame/ref_counter.h"
 
 namespace tessarin {
 

@@ -1,9 +1,5 @@
 #include "frame/flog.h"
 
-#include "frame/log_file.h"
-#include "support/logged_lines.h"
-#include "support/temp_file.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
@@ -11,6 +7,10 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "frame/log_file.h"
+#include "support/logged_lines.h"
+#include "support/temp_file.h"
 
 namespace tessarin {
 

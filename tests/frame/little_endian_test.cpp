@@ -1,9 +1,9 @@
 #include "frame/little_endian.h"
 
-#include "support/temp_file.h"
-
 #include <gtest/gtest.h>
 #include <string>
+
+#include "support/temp_file.h"
 
 namespace tessarin {
 

@@ -1,10 +1,10 @@
 #include "frame/thread_event.h"
 
-#include "frame/crit_section.h"
-
 #include <chrono>
 #include <gtest/gtest.h>
 #include <thread>
+
+#include "frame/crit_section.h"
 
 namespace tessarin {
 

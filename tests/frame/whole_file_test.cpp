@@ -1,12 +1,12 @@
 #include "frame/whole_file.h"
 
-#include "support/byte_builder.h"
-#include "support/temp_file.h"
-
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <string>
+
+#include "support/byte_builder.h"
+#include "support/temp_file.h"
 
 namespace tessarin {
 namespace {

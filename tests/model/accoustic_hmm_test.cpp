@@ -1,10 +1,10 @@
-#include "model/accoustic_hmm.h"
-#include "support/tiny_model.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
+
+#include "model/accoustic_hmm.h"
+#include "support/tiny_model.h"
 
 namespace tessarin {
 namespace {

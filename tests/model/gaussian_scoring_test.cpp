@@ -1,12 +1,12 @@
 #include "model/gaussian_scoring.h"
 
-#include "model/accoustic_hmm.h"
-
 #include <gtest/gtest.h>
 
 #include <bit>
 #include <limits>
 #include <random>
+
+#include "model/accoustic_hmm.h"
 
 namespace tessarin {
 namespace {

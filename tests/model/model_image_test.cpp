@@ -1,15 +1,15 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <string_view>
+
 #include "frame/little_endian.h"
 #include "frame/log_file.h"
 #include "model/accoustic_hmm.h"
 #include "support/tiny_model.h"
 #include "tessarin/acoustic_model.h"
 #include "tessarin/language_constraints.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <string_view>
 
 namespace tessarin {
 namespace {

@@ -1,12 +1,12 @@
 #include "platform/mmio_file.h"
 
-#include "support/riff_builder.h"
-#include "support/signals.h"
-#include "support/temp_file.h"
-
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <string>
+
+#include "support/riff_builder.h"
+#include "support/signals.h"
+#include "support/temp_file.h"
 
 namespace tessarin {
 

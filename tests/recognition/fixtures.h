@@ -1,12 +1,5 @@
 #pragma once
 
-#include "frame/quib_allocator.h"
-#include "model/accoustic_hmm.h"
-#include "recognition/state_rec.h"
-#include "tessarin/observation_stream.h"
-#include "tessarin/progress_sink.h"
-#include "tessarin/transcriber.h"
-
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -15,6 +8,13 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "frame/quib_allocator.h"
+#include "model/accoustic_hmm.h"
+#include "recognition/state_rec.h"
+#include "tessarin/observation_stream.h"
+#include "tessarin/progress_sink.h"
+#include "tessarin/transcriber.h"
 
 namespace tessarin::test {
 

@@ -1,11 +1,11 @@
 #include "recognition/free_viterbi.h"
 
-#include "fixtures.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <random>
+
+#include "fixtures.h"
 
 namespace tessarin::test {
 namespace {

@@ -1,13 +1,13 @@
 #pragma once
 
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
 #include "model/accoustic_hmm.h"
 #include "recognition/state_rec.h"
 #include "tessarin/observation_stream.h"
 #include "tessarin/progress_sink.h"
-
-#include <algorithm>
-#include <cstdint>
-#include <vector>
 
 namespace tessarin::test {
 

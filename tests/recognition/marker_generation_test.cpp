@@ -1,12 +1,12 @@
 #include "recognition/marker_generation.h"
 
-#include "fixtures.h"
-#include "recognition/acc_phn_viterbi.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+
+#include "fixtures.h"
+#include "recognition/acc_phn_viterbi.h"
 
 namespace tessarin::test {
 namespace {

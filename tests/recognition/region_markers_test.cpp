@@ -1,12 +1,12 @@
 #include "recognition/region_markers.h"
 
-#include "articulation/concrete_sync_marker_collection.h"
-#include "fixtures.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
+
+#include "articulation/concrete_sync_marker_collection.h"
+#include "fixtures.h"
 
 namespace tessarin::test {
 namespace {

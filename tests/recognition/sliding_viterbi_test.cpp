@@ -1,12 +1,12 @@
 #include "recognition/sliding_viterbi.h"
 
-#include "fixtures.h"
-#include "literal_viterbi.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <random>
+
+#include "fixtures.h"
+#include "literal_viterbi.h"
 
 namespace tessarin::test {
 namespace {

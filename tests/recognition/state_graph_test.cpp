@@ -1,9 +1,9 @@
 #include "recognition/state_graph.h"
 
-#include "fixtures.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "fixtures.h"
 
 namespace tessarin::test {
 namespace {

@@ -1,10 +1,10 @@
 #include "recognition/textbased_phn_recognizer.h"
 
-#include "articulation/concrete_sync_marker_collection.h"
-#include "fixtures.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "articulation/concrete_sync_marker_collection.h"
+#include "fixtures.h"
 
 namespace tessarin::test {
 namespace {

@@ -1,11 +1,11 @@
 #include "recognition/textless_phn_recognizer.h"
 
-#include "articulation/concrete_sync_marker_collection.h"
-#include "fixtures.h"
-
 #include <gtest/gtest.h>
 
 #include <cstring>
+
+#include "articulation/concrete_sync_marker_collection.h"
+#include "fixtures.h"
 
 namespace tessarin::test {
 namespace {

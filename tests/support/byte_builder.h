@@ -1,12 +1,12 @@
 #pragma once
 
-#include "frame/little_endian.h"
-
 #include <cstdint>
 #include <span>
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include "frame/little_endian.h"
 
 namespace tessarin::test {
 

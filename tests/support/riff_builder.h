@@ -1,11 +1,11 @@
 #pragma once
 
-#include "support/byte_builder.h"
-
 #include <cstdint>
 #include <initializer_list>
 #include <span>
 #include <string_view>
+
+#include "support/byte_builder.h"
 
 namespace tessarin::test {
 

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "model/accoustic_hmm.h"
-#include "support/byte_builder.h"
-#include "support/temp_file.h"
-
 #include <cmath>
 #include <memory>
 #include <numbers>
 #include <string>
 #include <vector>
+
+#include "model/accoustic_hmm.h"
+#include "support/byte_builder.h"
+#include "support/temp_file.h"
 
 namespace tessarin::test {
 

@@ -1,13 +1,13 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <sstream>
+
 #include "model/accoustic_hmm.h"
 #include "model/phoneme_alphabet.h"
 #include "support/tiny_model.h"
 #include "tools/train/sequence_counts.h"
 #include "tools/train/sequence_statistics.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <sstream>
 
 namespace tessarin::training {
 namespace {

@@ -1,9 +1,9 @@
 #include "tools/train/boundary_training.h"
 
-#include "tools/train/parallel.h"
-
 #include <algorithm>
 #include <cmath>
+
+#include "tools/train/parallel.h"
 
 namespace tessarin::training {
 namespace {

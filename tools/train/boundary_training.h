@@ -1,11 +1,11 @@
 #pragma once
 
+#include <cstddef>
+#include <vector>
+
 #include "tools/train/labelled_speech.h"
 #include "tools/train/state_mixture.h"
 #include "tools/train/state_transitions.h"
-
-#include <cstddef>
-#include <vector>
 
 namespace tessarin::training {
 

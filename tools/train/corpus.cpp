@@ -1,9 +1,9 @@
 #include "tools/train/corpus.h"
 
-#include "model/phoneme_alphabet.h"
-
 #include <fstream>
 #include <sstream>
+
+#include "model/phoneme_alphabet.h"
 
 namespace tessarin::training {
 namespace {

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "tools/train/corpus.h"
-#include "tools/train/observations.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <vector>
+
+#include "tools/train/corpus.h"
+#include "tools/train/observations.h"
 
 namespace tessarin::training {
 

@@ -1,3 +1,11 @@
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+
 #include "model/accoustic_hmm.h"
 #include "model/phoneme_alphabet.h"
 #include "tools/train/boundary_training.h"
@@ -6,14 +14,6 @@
 #include "tools/train/state_division.h"
 #include "tools/train/text_alignment.h"
 #include "tools/train/training_speech.h"
-
-#include <algorithm>
-#include <cstdio>
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
-#include <set>
-#include <string>
 
 using namespace tessarin;
 using namespace tessarin::training;

@@ -1,10 +1,3 @@
-#include "model/accoustic_hmm.h"
-#include "model/phoneme_alphabet.h"
-#include "tools/train/corpus.h"
-#include "tools/train/labelled_speech.h"
-#include "tools/train/observations.h"
-#include "tools/train/parallel.h"
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -12,6 +5,13 @@
 #include <functional>
 #include <iterator>
 #include <string>
+
+#include "model/accoustic_hmm.h"
+#include "model/phoneme_alphabet.h"
+#include "tools/train/corpus.h"
+#include "tools/train/labelled_speech.h"
+#include "tools/train/observations.h"
+#include "tools/train/parallel.h"
 
 using namespace tessarin;
 using namespace tessarin::training;

@@ -1,10 +1,10 @@
 #include "tools/train/mixture_training.h"
 
-#include "tools/train/parallel.h"
-
 #include <algorithm>
 #include <cmath>
 #include <span>
+
+#include "tools/train/parallel.h"
 
 namespace tessarin::training {
 namespace {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "tools/train/labelled_speech.h"
-#include "tools/train/state_mixture.h"
-
 #include <cstddef>
 #include <vector>
+
+#include "tools/train/labelled_speech.h"
+#include "tools/train/state_mixture.h"
 
 namespace tessarin::training {
 

@@ -1,12 +1,12 @@
 #include "tools/train/model_assembly.h"
 
-#include "model/accoustic_hmm.h"
-#include "model/phoneme_alphabet.h"
-#include "tools/train/labelled_speech.h"
-
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+
+#include "model/accoustic_hmm.h"
+#include "model/phoneme_alphabet.h"
+#include "tools/train/labelled_speech.h"
 
 namespace tessarin::training {
 namespace {

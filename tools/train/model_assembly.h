@@ -1,10 +1,10 @@
 #pragma once
 
-#include "tools/train/state_mixture.h"
-#include "tools/train/state_transitions.h"
-
 #include <memory>
 #include <vector>
+
+#include "tools/train/state_mixture.h"
+#include "tools/train/state_transitions.h"
 
 namespace tessarin {
 class CAccousticHMM;

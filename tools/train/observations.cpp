@@ -1,15 +1,15 @@
 #include "tools/train/observations.h"
 
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
 #include "audio/audio_file_registry.h"
 #include "features/observation_chain.h"
 #include "features/spectral_feature_descriptor.h"
 #include "features/spectral_stream.h"
 #include "frame/counted_ptr.h"
 #include "tessarin/pcm_stream.h"
-
-#include <algorithm>
-#include <cmath>
-#include <cstring>
 
 namespace tessarin::training {
 namespace {

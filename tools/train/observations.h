@@ -1,10 +1,10 @@
 #pragma once
 
-#include "tools/train/speech_changes.h"
-
 #include <cstddef>
 #include <string>
 #include <vector>
+
+#include "tools/train/speech_changes.h"
 
 namespace tessarin {
 struct CSpectralFeatureDescriptor;

@@ -1,8 +1,8 @@
 #include "tools/train/sequence_counts.h"
 
-#include "model/phoneme_alphabet.h"
-
 #include <numeric>
+
+#include "model/phoneme_alphabet.h"
 
 namespace tessarin::training {
 namespace {

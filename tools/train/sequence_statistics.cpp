@@ -1,12 +1,12 @@
 #include "tools/train/sequence_statistics.h"
 
-#include "model/phoneme_alphabet.h"
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <numeric>
 #include <vector>
+
+#include "model/phoneme_alphabet.h"
 
 namespace tessarin::training {
 namespace {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "tools/train/sequence_counts.h"
-
 #include <string>
+
+#include "tools/train/sequence_counts.h"
 
 namespace tessarin::training {
 

@@ -1,11 +1,11 @@
 #include "tools/train/speech_changes.h"
 
-#include "tools/train/biquad.h"
-
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <numbers>
+
+#include "tools/train/biquad.h"
 
 namespace tessarin::training {
 namespace {

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "tools/train/random.h"
-
 #include <cstddef>
 #include <vector>
+
+#include "tools/train/random.h"
 
 namespace tessarin::training {
 

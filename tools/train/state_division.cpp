@@ -1,11 +1,11 @@
 #include "tools/train/state_division.h"
 
-#include "tools/train/parallel.h"
-
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
+
+#include "tools/train/parallel.h"
 
 namespace tessarin::training {
 namespace {

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <vector>
+
 #include "tools/train/labelled_speech.h"
 #include "tools/train/state_mixture.h"
 #include "tools/train/state_transitions.h"
-
-#include <vector>
 
 namespace tessarin::training {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "model/gaussian_distances.h"
-
 #include <cstddef>
 #include <vector>
+
+#include "model/gaussian_distances.h"
 
 namespace tessarin::training {
 

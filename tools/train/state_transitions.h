@@ -1,9 +1,9 @@
 #pragma once
 
-#include "tools/train/labelled_speech.h"
-
 #include <cstddef>
 #include <vector>
+
+#include "tools/train/labelled_speech.h"
 
 namespace tessarin::training {
 

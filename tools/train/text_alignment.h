@@ -1,10 +1,10 @@
 #pragma once
 
-#include "tools/train/corpus.h"
-
 #include <cstddef>
 #include <string>
 #include <vector>
+
+#include "tools/train/corpus.h"
 
 namespace tessarin {
 class CAccousticHMM;

@@ -1,10 +1,10 @@
 #include "tools/train/training_speech.h"
 
-#include "tools/train/parallel.h"
-#include "tools/train/speech_changes.h"
-
 #include <algorithm>
 #include <utility>
+
+#include "tools/train/parallel.h"
+#include "tools/train/speech_changes.h"
 
 namespace tessarin::training {
 namespace {

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "features/spectral_feature_descriptor.h"
-#include "tools/train/corpus.h"
-#include "tools/train/labelled_speech.h"
-
 #include <cstddef>
 #include <string>
 #include <vector>
+
+#include "features/spectral_feature_descriptor.h"
+#include "tools/train/corpus.h"
+#include "tools/train/labelled_speech.h"
 
 namespace tessarin::training {
 

@@ -1,10 +1,3 @@
-#include "frame/counted_ptr.h"
-#include "text/default_transcriber.h"
-#include "tools/train/sequence_counts.h"
-#include "tools/train/sequence_statistics.h"
-
-#include "model/phoneme_alphabet.h"
-
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -13,6 +6,13 @@
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include "frame/counted_ptr.h"
+#include "text/default_transcriber.h"
+#include "tools/train/sequence_counts.h"
+#include "tools/train/sequence_statistics.h"
+
+#include "model/phoneme_alphabet.h"
 
 using namespace tessarin;
 using namespace tessarin::training;

@@ -1,7 +1,5 @@
 #include "frame/whole_file.h"
 
-#include "support/temp_file.h"
-
 #include <csignal>
 #include <filesystem>
 #include <sys/resource.h>
@@ -9,6 +7,8 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "support/temp_file.h"
 
 namespace tessarin {
 namespace {

@@ -1,10 +1,10 @@
-#include "platform/mmio_file.h"
-#include "support/temp_file.h"
-
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/resource.h>
 #include <sys/stat.h>
+
+#include "platform/mmio_file.h"
+#include "support/temp_file.h"
 
 namespace tessarin {
 
