@@ -8,6 +8,8 @@ set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
+# A build tree may be moved.
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
 if(MSVC)
     target_compile_options(tessarin_options INTERFACE /W4 /utf-8 /fp:precise)
