@@ -17,6 +17,7 @@
 #include "recognition/sliding_viterbi.h"
 #include "recognition/state_graph.h"
 #include "tessarin/observation_stream.h"
+#include "tests/recognition/literal_free_search.h"
 
 using namespace tessarin;
 
@@ -193,14 +194,19 @@ BENCHMARK(AlignNoise)->Unit(benchmark::kMillisecond);
 using free_search = error_code (*)(const CAccousticHMM&, IObservationStream&, ProgressSink*,
                                    TArray<uint32_t>&, TArray<float>&);
 
-void Recognize(benchmark::State& state, free_search search) {
-    const auto model = MakeModel();
+std::unique_ptr<CAccousticHMM> MakeModelWithLanguage() {
+    auto model = MakeModel();
     model->unigrams.assign(kPhones, 1.0f / kPhones);
     model->bigrams = float_matrix(kPhones, kPhones);
     model->trigrams.assign(kPhones, float_matrix(kPhones, kPhones));
     for (size_t p = 0; p < size_t{kPhones} * kPhones; ++p) {
         model->bigrams[0][p] = 1.0f / kPhones;
     }
+    return model;
+}
+
+void Recognize(benchmark::State& state, free_search search) {
+    const auto model = MakeModelWithLanguage();
     SyntheticSpeech speech(*model, RandomPhones());
     for ([[maybe_unused]] auto round : state) {
         speech.Rewind();
@@ -213,7 +219,30 @@ void Recognize(benchmark::State& state, free_search search) {
     ReportRealTime(state);
 }
 
+using literal_search = std::vector<uint32_t> (*)(const CAccousticHMM&,
+                                                 const std::vector<std::vector<float>>&);
+
+/// The same searches as plain loops over all pairs of states.
+void RecognizeLiterally(benchmark::State& state, literal_search search) {
+    const auto model = MakeModelWithLanguage();
+    SyntheticSpeech speech(*model, RandomPhones());
+    std::vector<std::vector<float>> observations(kFrames, std::vector<float>(kFeatures));
+    for (std::vector<float>& observation : observations) {
+        float energy = 0.0f;
+        (void)speech.GetObservation(observation.data(), &energy);
+    }
+    for ([[maybe_unused]] auto round : state) {
+        if (search(*model, observations).empty()) {
+            state.SkipWithError("the search found nothing");
+        }
+    }
+    ReportRealTime(state);
+}
+
 BENCHMARK_CAPTURE(Recognize, Plain, FreeViterbi)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(RecognizeLiterally, Plain, test::LiteralFreePath)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Recognize, WithLanguage, FreeViterbiLM)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(RecognizeLiterally, WithLanguage, test::LiteralLanguagePath)
+    ->Unit(benchmark::kMillisecond);
 
 } // namespace
