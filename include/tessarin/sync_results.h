@@ -10,12 +10,12 @@ namespace tessarin {
 /// One timed item of a result. Times are milliseconds from the beginning of the audio; those of a
 /// recognised marker are the middles of analysis windows. Published layout.
 struct CSyncMarker {
-    uint32_t type;       ///< a sync_marker_type
-    float score;         ///< strength of the sound, 0 to 100; not a confidence
-    int32_t start;       ///< milliseconds
-    int32_t end;         ///< milliseconds, exclusive
-    char label[8];       ///< phoneme label of a phoneme, zero-terminated
-    char* text;          ///< the span's own text, zero-terminated, or null; never owned by a phoneme
+    uint32_t type; ///< a sync_marker_type
+    float score;   ///< strength of the sound, 0 to 100; not a confidence
+    int32_t start; ///< milliseconds
+    int32_t end;   ///< milliseconds, exclusive
+    char label[8]; ///< phoneme label of a phoneme, zero-terminated
+    char* text;    ///< the span's own text, zero-terminated, or null; never owned by a phoneme
     int32_t text_offset; ///< spans: place in the transcription text; phonemes: of the last span
     int32_t text_length; ///< spans: length in the transcription text
     uint32_t reserved[2];
