@@ -1,6 +1,7 @@
 #include "frame/flog.h"
 #include "frame/guarded.h"
 #include "frame/whole_file.h"
+#include "tessarin/converted_text.h"
 #include "tessarin/lexicon_editor.h"
 #include "tessarin/lexicon_file.h"
 #include "tessarin/speak_dict.h"
@@ -9,6 +10,7 @@
 #include "text/default_transcriber.h"
 #include "text/lexicon_editor.h"
 #include "text/lexicon_file.h"
+#include "text/text_conversion.h"
 
 #include <memory>
 #include <string>
@@ -103,4 +105,23 @@ int32_t CreateLexiconEditor(const char* path, tessarin::ILexiconEditor** out) {
 
 void DestroyLexiconEditor(tessarin::ILexiconEditor* editor) {
     delete editor;
+}
+
+tessarin::IQuibConvertedText* ConvertTextForAlignment(tessarin::IVisemixTranscriber* transcriber,
+                                                      char* text, int32_t length,
+                                                      uint32_t encoding) {
+    if (transcriber == nullptr) {
+        return nullptr;
+    }
+    tessarin::TranscriberInfo info = {};
+    transcriber->getTranscriberInfo(&info);
+    return ConvertTextForAlignment2(&info, text, length, encoding);
+}
+
+// Kept: no guard stands here. Invalid text is told from a character that the code page lacks by
+// the exception alone, since both leave no object.
+tessarin::IQuibConvertedText* ConvertTextForAlignment2(const tessarin::TranscriberInfo* info,
+                                                       char* text, int32_t length,
+                                                       uint32_t encoding) {
+    return tessarin::ConvertText(info, text, length, encoding).release();
 }
