@@ -14,6 +14,18 @@ constexpr uint32_t kFirstFixedPointRate = 55001;
 
 } // namespace
 
+bool IsReadable(const PCMFormat& format) {
+    return (format.bitsPerSample == 8 || format.bitsPerSample == 16) && format.channels > 0;
+}
+
+bool ReadHostFormat(IQuibPCMStream& stream, PCMFormat* out) {
+    stream.GetFormat(out);
+    if (out->sampleRate < kFirstFixedPointRate) {
+        out->sampleRate <<= 16;
+    }
+    return IsReadable(*out);
+}
+
 error_code CQuibStream::SetSourceStream(CPCMRdrStream*) {
     return kNotAvailable;
 }
@@ -26,12 +38,8 @@ error_code CQuibStream::Open(IQuibPCMStream* stream) {
         return kInvalidArgument;
     }
     bytesPerFrame = 0;
-    source->GetFormat(&format);
-    if ((format.bitsPerSample != 8 && format.bitsPerSample != 16) || format.channels == 0) {
+    if (!ReadHostFormat(*source, &format)) {
         return kInvalidFile;
-    }
-    if (format.sampleRate < kFirstFixedPointRate) {
-        format.sampleRate <<= 16;
     }
     byteLength = source->GetSize();
     bytesPerFrame = format.bitsPerSample / 8u * format.channels;

@@ -7,6 +7,13 @@
 
 namespace tessarin {
 
+/// Whether the engine takes samples of `format`: 8 or 16 bits, at least one channel.
+bool IsReadable(const PCMFormat& format);
+
+/// Fills in the format of `stream`, with its rate as 16.16 fixed point however the host gave it.
+/// Returns false when it is not readable.
+[[nodiscard]] bool ReadHostFormat(IQuibPCMStream& stream, PCMFormat* out);
+
 /// Reader of audio that a host delivers, directly or through an installed reader.
 class CQuibStream : public CPCMRdrStream {
 public:

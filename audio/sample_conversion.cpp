@@ -50,6 +50,13 @@ void WidenToInt16(std::span<int16_t> samples) {
     }
 }
 
+void WidenToFloats(std::span<float> samples) {
+    const uint8_t* const bytes = reinterpret_cast<const uint8_t*>(samples.data());
+    for (size_t i = samples.size(); i-- > 0;) {
+        samples[i] = static_cast<float>(LoadLittleEndian<int16_t>(bytes + 2 * i));
+    }
+}
+
 void Int16From24Bits(std::span<int16_t> out, const uint8_t* bytes) {
     const float factor = std::bit_cast<float>(0x3B7FFF29u); // 0.0039062
     for (int16_t& sample : out) {

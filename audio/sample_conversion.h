@@ -21,6 +21,9 @@ void Int16FromFloats(std::span<int16_t> out, std::span<const float> samples);
 /// Widens in place: `samples` begins with as many unsigned 8-bit samples as it has elements.
 void WidenToInt16(std::span<int16_t> samples);
 
+/// Widens in place: `samples` begins with as many 16-bit samples as it has elements.
+void WidenToFloats(std::span<float> samples);
+
 /// Packed 24-bit little-endian samples as 16-bit ones: times 0.0039062 in single precision,
 /// truncated toward zero. Kept: the factor is a little below 1/256, so full scale maps to
 /// plus and minus 32767, which stored results are compared with.

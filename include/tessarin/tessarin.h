@@ -10,6 +10,7 @@
 #include "tessarin/lexicon_file.h"
 #include "tessarin/logging.h"
 #include "tessarin/observation_stream.h"
+#include "tessarin/pcm_data_source.h"
 #include "tessarin/pcm_stream.h"
 #include "tessarin/progress_sink.h"
 #include "tessarin/speak_dict.h"
