@@ -26,21 +26,21 @@ recognizer_handle MakeRecognizer(int beam) {
 }
 
 void RunAlign(const align_options& options) {
-    const std::optional<std::string> text = ReadText(options.text);
-    if (!text) {
+    if (!options.text.IsGiven()) {
         throw Failure(kExitUsage, "align: the text that is said is missing; give it with --text or "
                                   "--text-file, or use recognize, which needs none");
     }
     const model_handle model = LoadModel(options.recording.data);
     const transcriber_handle transcriber = LoadTranscriber(options.recording.data);
+    const SpokenText text = ReadText(options.text, *transcriber);
     const recognizer_handle recognizer = MakeRecognizer(options.beam);
     AnimateRecording(
-        options.recording, *model,
+        options.recording, *model, &text,
         [&](opened_recording& recording, tessarin::CAccousticHMM& usedModel,
             tessarin::ProgressSink& progress, tessarin::ISyncResultsCollection& results) {
             return recognizer->RecognizePhonemes(recording.observations.get(), &usedModel,
-                                                 text->c_str(), transcriber.get(), &progress,
-                                                 &results);
+                                                 text.GetLocal().c_str(), transcriber.get(),
+                                                 &progress, &results);
         });
 }
 

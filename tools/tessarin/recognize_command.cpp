@@ -46,7 +46,7 @@ void RunRecognize(const recognize_options& options) {
     const model_handle model = LoadModel(options.recording.data);
     LoadConstraints(options, *model);
     const textless_recognizer_handle recognizer = MakeRecognizer();
-    AnimateRecording(options.recording, *model,
+    AnimateRecording(options.recording, *model, nullptr,
                      [&](opened_recording& recording, tessarin::CAccousticHMM& usedModel,
                          tessarin::ProgressSink& progress,
                          tessarin::ISyncResultsCollection& results) {

@@ -69,7 +69,7 @@ void AddRecordingOptions(CLI::App& command, recording_options* options) {
 }
 
 void AnimateRecording(const recording_options& options, tessarin::CAccousticHMM& model,
-                      const recording_search& search) {
+                      const SpokenText* text, const recording_search& search) {
     CatchInterrupts();
     const articulator_handle articulator = MakeArticulator(options);
     const results_handle results = MakeResults();
@@ -89,7 +89,7 @@ void AnimateRecording(const recording_options& options, tessarin::CAccousticHMM&
     if (generated != tessarin::kNoError) {
         throw EngineFailure("--fps", generated);
     }
-    CollectMarkers(*results, &result);
+    CollectMarkers(*results, text, &result);
     CollectFrames(*articulator, &result);
     WriteOutput(options.output, options.format == "tsv" ? WriteTsv(result) : WriteJson(result));
     if (result.code != tessarin::kNoError) {

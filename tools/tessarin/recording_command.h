@@ -7,6 +7,8 @@
 #include "tools/tessarin/engine_data.h"
 #include "tools/tessarin/recording.h"
 
+class SpokenText;
+
 /// What the commands that make a mouth track from a recording have in common.
 struct recording_options {
     std::string audio;
@@ -26,7 +28,8 @@ using recording_search = std::function<int32_t(
     opened_recording& recording, tessarin::CAccousticHMM& model, tessarin::ProgressSink& progress,
     tessarin::ISyncResultsCollection& results)>;
 
-/// Opens the recording, searches it, makes the mouth track and writes all that was found. Throws
-/// Failure; when the search lost the text, only after what it found was written.
+/// Opens the recording, searches it, makes the mouth track and writes all that was found; `text`,
+/// null when there is none, is what is said. Throws Failure; when the search lost the text, only
+/// after what it found was written.
 void AnimateRecording(const recording_options& options, tessarin::CAccousticHMM& model,
-                      const recording_search& search);
+                      const SpokenText* text, const recording_search& search);

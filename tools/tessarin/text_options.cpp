@@ -1,6 +1,7 @@
 #include "tools/tessarin/text_options.h"
 
-#include "tools/tessarin/failure.h"
+#include <cstdio>
+
 #include "tools/tessarin/file_io.h"
 
 void AddTextOptions(CLI::App& command, text_options* options) {
@@ -10,18 +11,20 @@ void AddTextOptions(CLI::App& command, text_options* options) {
                                     "File with what is said; - reads standard input");
     file->option_text("FILE");
     text->excludes(file);
+    command
+        .add_option("--encoding", options->encoding,
+                    "Of the text: utf-8, utf-16, local (the lexicon's code page) or auto [auto]")
+        ->check(CLI::IsMember({"auto", "utf-8", "utf-16", "local"}))
+        ->option_text("NAME");
 }
 
-std::optional<std::string> ReadText(const text_options& options) {
-    if (options.text) {
-        return options.text;
-    }
-    if (!options.file) {
-        return std::nullopt;
-    }
-    std::string text = ReadWholeFile(*options.file);
-    if (text.find('\0') != std::string::npos) {
-        throw Failure(kExitFailed, *options.file + ": is not a plain text");
+SpokenText ReadText(const text_options& options, tessarin::IVisemixTranscriber& transcriber) {
+    const std::string source = options.file.value_or("--text");
+    SpokenText text(source, options.file ? ReadWholeFile(*options.file) : options.text.value_or(""),
+                    options.encoding, transcriber);
+    if (text.GetNumLost() > 0) {
+        std::fprintf(stderr, "tessarin: %s: %zu characters that cannot be read count as blanks\n",
+                     source.c_str(), text.GetNumLost());
     }
     return text;
 }

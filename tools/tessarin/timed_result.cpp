@@ -1,9 +1,29 @@
 #include "tools/tessarin/timed_result.h"
 
+#include "tools/tessarin/spoken_text.h"
+
 using tessarin::articulation;
 using tessarin::CSyncMarker;
 
-void CollectMarkers(tessarin::ISyncResultsCollection& results, timed_result* out) {
+namespace {
+
+timed_span SpanOf(const CSyncMarker& marker, const SpokenText* text) {
+    timed_span span{marker.type,        marker.text != nullptr ? marker.text : "",
+                    marker.start,       marker.end,
+                    marker.text_offset, marker.text_length};
+    if (text != nullptr) {
+        const SpokenText::place original = text->FindOriginal(span.textOffset, span.textLength);
+        span.text = text->GetUtf8(span.textOffset, span.textLength);
+        span.textOffset = original.offset;
+        span.textLength = original.length;
+    }
+    return span;
+}
+
+} // namespace
+
+void CollectMarkers(tessarin::ISyncResultsCollection& results, const SpokenText* text,
+                    timed_result* out) {
     const CSyncMarker* const end = results.end();
     for (const CSyncMarker* marker = results.begin(); marker != end; ++marker) {
         switch (marker->type) {
@@ -14,8 +34,7 @@ void CollectMarkers(tessarin::ISyncResultsCollection& results, timed_result* out
         case tessarin::kPunctuationMarker:
         case tessarin::kTagMarker: {
             auto& spans = marker->type == tessarin::kWordMarker ? out->words : out->events;
-            spans.push_back({marker->type, marker->text ? marker->text : "", marker->start,
-                             marker->end, marker->text_offset, marker->text_length});
+            spans.push_back(SpanOf(*marker, text));
             break;
         }
         default:

@@ -8,6 +8,8 @@
 #include "tessarin/articulator.h"
 #include "tessarin/sync_results.h"
 
+class SpokenText;
+
 struct timed_phoneme {
     std::string label;
     int32_t startMs;
@@ -21,7 +23,7 @@ struct timed_span {
     std::string text;
     int32_t startMs;
     int32_t endMs;
-    int32_t textOffset;
+    int32_t textOffset; ///< in bytes of the user's text
     int32_t textLength;
 };
 
@@ -43,8 +45,10 @@ struct timed_result {
     std::vector<mouth_frame> frames;
 };
 
-/// Copies the markers of `results` into `out`.
-void CollectMarkers(tessarin::ISyncResultsCollection& results, timed_result* out);
+/// Copies the markers of `results` into `out`. With `text`, spans get their places and their
+/// spelling in what the user gave.
+void CollectMarkers(tessarin::ISyncResultsCollection& results, const SpokenText* text,
+                    timed_result* out);
 
 /// Copies the articulator's frames into `out`.
 void CollectFrames(tessarin::IPhnMixtureArticulator& articulator, timed_result* out);

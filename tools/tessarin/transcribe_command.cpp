@@ -39,10 +39,14 @@ const char* KindName(uint32_t kind) {
     }
 }
 
-std::string TokenText(const std::string& text, const CTxMarker& token) {
-    const size_t start = std::min<size_t>(token.text_start, text.size());
-    const size_t end = std::clamp<size_t>(token.text_end, start, text.size());
-    return text.substr(start, end - start);
+std::string TokenText(const SpokenText& text, const CTxMarker& token) {
+    return text.GetUtf8(static_cast<int32_t>(token.text_start),
+                        static_cast<int32_t>(token.text_end - token.text_start));
+}
+
+SpokenText::place PlaceOf(const SpokenText& text, const CTxMarker& token) {
+    return text.FindOriginal(static_cast<int32_t>(token.text_start),
+                             static_cast<int32_t>(token.text_end - token.text_start));
 }
 
 /// Groups are parted by blanks, the alternatives of a group by bars.
@@ -59,21 +63,22 @@ std::string PhonemesOf(const CTxMarker& token) {
     return phonemes;
 }
 
-std::string TokensAsTsv(const std::string& text, const CTxMarker* tokens, uint32_t count) {
+std::string TokensAsTsv(const SpokenText& text, const CTxMarker* tokens, uint32_t count) {
     std::string table = "start\tend\tkind\ttext\tphonemes\n";
     for (uint32_t i = 0; i < count; ++i) {
         std::string token = TokenText(text, tokens[i]);
         std::replace_if(
             token.begin(), token.end(), [](char c) { return c == '\t' || c == '\n' || c == '\r'; },
             ' ');
-        table += std::to_string(tokens[i].text_start) + "\t" + std::to_string(tokens[i].text_end) +
+        const SpokenText::place place = PlaceOf(text, tokens[i]);
+        table += std::to_string(place.offset) + "\t" + std::to_string(place.offset + place.length) +
                  "\t" + KindName(tokens[i].kind) + "\t" + token + "\t" + PhonemesOf(tokens[i]) +
                  "\n";
     }
     return table;
 }
 
-std::string TokensAsJson(const std::string& text, const CTxMarker* tokens, uint32_t count) {
+std::string TokensAsJson(const SpokenText& text, const CTxMarker* tokens, uint32_t count) {
     json list = json::array();
     for (uint32_t i = 0; i < count; ++i) {
         json groups = json::array();
@@ -82,10 +87,11 @@ std::string TokensAsJson(const std::string& text, const CTxMarker* tokens, uint3
             groups.push_back(std::vector<std::string>(
                 group.alternatives, group.alternatives + group.alternative_count));
         }
+        const SpokenText::place place = PlaceOf(text, tokens[i]);
         list.push_back({{"text", TokenText(text, tokens[i])},
                         {"kind", KindName(tokens[i].kind)},
-                        {"text_offset", tokens[i].text_start},
-                        {"text_length", tokens[i].text_end - tokens[i].text_start},
+                        {"text_offset", place.offset},
+                        {"text_length", place.length},
                         {"phonemes", std::move(groups)}});
     }
     return json{{"tokens", std::move(list)}}.dump(1, ' ', false, json::error_handler_t::replace) +
@@ -97,17 +103,17 @@ void RunTranscribe(const transcribe_options& options) {
     if (!options.standardInput.empty()) {
         source.file = "-";
     }
-    const std::optional<std::string> text = ReadText(source);
-    if (!text) {
+    if (!source.IsGiven()) {
         throw Failure(kExitUsage, "transcribe: the text is missing; give it with --text, "
                                   "--text-file, or - for standard input");
     }
     const transcriber_handle transcriber = LoadTranscriber(options.data);
-    transcriber->Transcribe(text->c_str());
+    const SpokenText text = ReadText(source, *transcriber);
+    transcriber->Transcribe(text.GetLocal().c_str());
     uint32_t count = 0;
     const CTxMarker* tokens = transcriber->GetOutputMarkers(&count);
-    WriteOutput(options.output, options.format == "json" ? TokensAsJson(*text, tokens, count)
-                                                         : TokensAsTsv(*text, tokens, count));
+    WriteOutput(options.output, options.format == "json" ? TokensAsJson(text, tokens, count)
+                                                         : TokensAsTsv(text, tokens, count));
 }
 
 } // namespace

@@ -1,0 +1,9 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+/// What to say for a character that a code page lacks: the letter without its accent, a plain
+/// quote, dash or blank; empty for what is not seen, such as a combining accent. Nothing when
+/// there is nothing near.
+std::optional<std::string_view> FindNearCharacters(char32_t character);

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tessarin/tessarin.h"
+
+/// What is said, as a transcriber reads it, and the way back to the text that the user gave.
+class SpokenText {
+public:
+    /// Takes the bytes that the user gave in `encoding`: utf-8, utf-16, local, or auto, which finds
+    /// out. What the transcriber's code page lacks is put near (FindNearCharacters) or becomes a
+    /// blank. `source` names the text in the Failure that is thrown when it is none.
+    SpokenText(const std::string& source, std::string userBytes, const std::string& encoding,
+               tessarin::IVisemixTranscriber& transcriber);
+
+    /// The text in the transcriber's code page.
+    const std::string& GetLocal() const { return local; }
+    /// How many characters became blanks.
+    size_t GetNumLost() const { return lost; }
+
+    struct place {
+        int32_t offset; ///< in bytes of the user's text
+        int32_t length;
+    };
+    /// Where a stretch of the local text stands in the user's text.
+    place FindOriginal(int32_t offset, int32_t length) const;
+    /// A stretch of the local text in the user's spelling, as UTF-8.
+    std::string GetUtf8(int32_t offset, int32_t length) const;
+
+private:
+    struct character {
+        char32_t code;
+        uint32_t start; ///< in bytes of the user's text
+    };
+    enum class form { kLocal, kUtf8, kUtf16, kUtf16Swapped };
+
+    form FindForm(const std::string& source, const std::string& encoding, size_t* markLength) const;
+    void ReadCharacters(const std::string& source, form ofText, size_t from,
+                        const tessarin::TranscriberInfo& info);
+    void ReadUtf16(bool swapped, size_t from);
+    void MakeLocal(const tessarin::TranscriberInfo& info);
+
+    std::string bytes; ///< the user's
+    std::string local;
+    std::vector<character> characters; ///< of the user's text, and its end
+    std::vector<uint32_t> owners; ///< for each byte of the local text and its end, the character
+    size_t lost = 0;
+};
