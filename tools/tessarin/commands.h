@@ -9,3 +9,4 @@ void AddRecognizeCommand(CLI::App& app);
 void AddTranscribeCommand(CLI::App& app);
 void AddInspectCommand(CLI::App& app);
 void AddLexiconCommand(CLI::App& app);
+void AddDescribeCommand(CLI::App& app);

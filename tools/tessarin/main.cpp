@@ -19,6 +19,7 @@ int Run(int argc, char** argv) {
     AddTranscribeCommand(app);
     AddInspectCommand(app);
     AddLexiconCommand(app);
+    AddDescribeCommand(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
