@@ -1,0 +1,21 @@
+# Gives the exported functions of a library the version of its interface and hides all else. The
+# public headers are the only list of them.
+function(tessarin_version_exports target version)
+    set(names "")
+    foreach(header IN LISTS ARGN)
+        set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
+        file(READ ${header} text)
+        string(REGEX MATCHALL "TESSARIN_API[^;(]*[ *\n]([A-Za-z0-9_]+)[(]" declarations "${text}")
+        foreach(declaration IN LISTS declarations)
+            string(REGEX REPLACE ".*[ *\n]([A-Za-z0-9_]+)[(]" "\\1" name "${declaration}")
+            list(APPEND names ${name})
+        endforeach()
+    endforeach()
+    list(SORT names)
+    list(JOIN names ";\n        " names)
+    set(script ${PROJECT_BINARY_DIR}/${target}.map)
+    file(CONFIGURE OUTPUT ${script} @ONLY
+        CONTENT "@version@ {\n    global:\n        @names@;\n    local:\n        *;\n};\n")
+    target_link_options(${target} PRIVATE LINKER:--version-script=${script})
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${script})
+endfunction()
