@@ -7,6 +7,13 @@ install(TARGETS tessarin tessarin_static EXPORT tessarin-targets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+if(CMAKE_INTERPROCEDURAL_OPTIMIZATION AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    # Only this very compiler reads its intermediate code, which is most of the archive.
+    install(CODE "
+        file(GLOB archive \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/libtessarin.a\")
+        execute_process(COMMAND ${CMAKE_STRIP} --wildcard --strip-unneeded
+            -R .gnu.lto_* -R .gnu.debuglto_* \${archive} COMMAND_ERROR_IS_FATAL ANY)")
+endif()
 install(DIRECTORY include/tessarin DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY data/ DESTINATION ${TESSARIN_DATA_DIR}
     PATTERN "demo" EXCLUDE PATTERN "sentences" EXCLUDE)
@@ -56,6 +63,7 @@ set(CPACK_PACKAGE_DESCRIPTION "\
 Finds when every phoneme and word of a recording was spoken, with or without its text,\n\
 and turns the timings into a track of mouth-shape weights. Library, headers, tool,\n\
 Python package, and a model and lexicon of American English.")
+set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION sound)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)

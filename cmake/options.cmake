@@ -22,8 +22,16 @@ else()
     target_compile_options(tessarin_options INTERFACE
         -ffp-contract=off -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion
         -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wformat=2 -Wundef)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+        # It sees overlaps in the string of its own library that cannot be.
+        target_compile_options(tessarin_options INTERFACE -Wno-restrict)
+    endif()
     if(TESSARIN_WARNINGS_AS_ERRORS)
         target_compile_options(tessarin_options INTERFACE -Werror)
+    endif()
+    if(CMAKE_INTERPROCEDURAL_OPTIMIZATION AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+        # The archive must serve other compilers too.
+        target_compile_options(tessarin_options INTERFACE -ffat-lto-objects)
     endif()
     if(TESSARIN_SANITIZE)
         target_compile_options(tessarin_options INTERFACE
