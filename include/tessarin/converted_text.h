@@ -22,12 +22,15 @@ class IQuibConvertedText {
 public:
     virtual ~IQuibConvertedText() = default;
 
+    /// Takes another reference and returns how many there are.
     virtual int32_t AddRef() = 0;
     /// Gives one reference back; the last one deletes the object and returns 0.
     virtual int32_t Release() = 0;
     /// The text in the local code page, zero-terminated: what a transcriber reads.
     virtual const char* GetText() = 0;
+    /// The text in UTF-8, zero-terminated.
     virtual const char* GetUtf8Text() = 0;
+    /// The text in UTF-16 of this machine's byte order, zero-terminated.
     virtual const char16_t* GetWideText() = 0;
     /// The text_encoding that the text came in.
     virtual uint32_t GetEncoding() = 0;

@@ -51,6 +51,7 @@ public:
     /// The transcriber, with a reference that the caller gives back by DestroyTranscriber. It has
     /// no lexicon any more when the editor is gone.
     virtual IVisemixTranscriber* GetTranscriber() = 0;
+    /// How many records the list has.
     virtual int32_t GetRecordCount() = 0;
     /// The record at a place in the list, or null.
     virtual IPronunciationRecord* GetRecordAt(int32_t index) = 0;

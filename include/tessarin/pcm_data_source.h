@@ -32,14 +32,20 @@ public:
     virtual uint32_t GetSampleRate() const = 0;
     /// 8 or 16.
     virtual uint16_t GetBitsPerSample() const = 0;
+    /// Bytes of one sample of all channels.
     virtual uint32_t GetBytesPerFrame() const = 0;
+    /// Samples of one channel.
     virtual int32_t GetNumSamples() const = 0;
+    /// Bytes of all samples.
     virtual int32_t GetByteLength() const = 0;
 
-    /// Conversions. They round toward zero and hold to the range of their result.
+    /// The length of `samples` samples of each channel in milliseconds.
     virtual double SamplesToMs(int32_t samples) const = 0;
+    /// How many whole samples of each channel fill `bytes` bytes.
     virtual int32_t BytesToSamples(int32_t bytes) const = 0;
+    /// The bytes of `samples` samples of each channel, held to the range of the result.
     virtual int32_t SamplesToBytes(int32_t samples) const = 0;
+    /// The samples of `ms` milliseconds, rounded toward zero and held to the range of the result.
     virtual int32_t MsToSamples(int32_t ms) const = 0;
 
     /// Reads samples as they are stored. `buffer` has room for `*count` frames.

@@ -13,7 +13,7 @@ namespace tessarin {
 struct PCMFormat {
     uint32_t sampleRate;    ///< 16.16 fixed point: Hz in the high 16 bits
     uint16_t bitsPerSample; ///< 8 or 16
-    uint16_t channels;
+    uint16_t channels;      ///< 1 or more
 };
 static_assert(sizeof(PCMFormat) == 8 && offsetof(PCMFormat, bitsPerSample) == 4);
 
@@ -38,7 +38,9 @@ protected:
 /// A stream made by an installed reader: counted, with one reference for whoever asked for it.
 class IInstallableAudioStream : public IQuibPCMStream {
 public:
+    /// Takes another reference.
     virtual int32_t AddRef() = 0;
+    /// Gives one reference back; the last one frees the stream.
     virtual int32_t Release() = 0;
 
 protected:

@@ -10,10 +10,10 @@ namespace tessarin {
 /// One pronunciation of one word. Neither text is zero-terminated; both belong to the lexicon.
 /// Published layout.
 struct CPronunciationRec {
-    const char* word;
-    uint16_t word_length;
-    const char* pronunciation;
-    uint16_t pronunciation_length;
+    const char* word;              ///< as it stands in the lexicon
+    uint16_t word_length;          ///< bytes
+    const char* pronunciation;     ///< phoneme string
+    uint16_t pronunciation_length; ///< bytes
 };
 static_assert(sizeof(CPronunciationRec) == 32 && offsetof(CPronunciationRec, pronunciation) == 16);
 
@@ -25,16 +25,19 @@ public:
 
     /// Deletes the lexicon.
     virtual void Release() = 0;
+    /// Keeps its slot; always false.
     virtual bool Reserved2() { return false; }
     /// Binary search of a lexicon that is sorted. True when `word` is found: the pronunciation
     /// goes to `out`, zero-terminated, which needs room for the longest pronunciation of the
     /// lexicon plus 1. False for a `length` above 511.
     virtual bool LookupFirst(const char* word, int32_t length, char* out) = 0;
+    /// Keeps its slot; always false.
     virtual bool Reserved4() { return false; }
     /// True and the record of the word's variant `index`, counted from 0 in order of preference.
     /// Variants are neighbours: an entry of the same word further on is not seen.
     virtual bool GetPronunciation(const char* word, uint16_t length, int32_t index,
                                   CPronunciationRec* record) = 0;
+    /// Keeps its slot; always false.
     virtual bool Reserved6() { return false; }
 };
 

@@ -16,9 +16,9 @@ struct CSyncMarker {
     int32_t end;   ///< milliseconds, exclusive
     char label[8]; ///< phoneme label of a phoneme, zero-terminated
     char* text;    ///< the span's own text, zero-terminated, or null; never owned by a phoneme
-    int32_t text_offset; ///< spans: place in the transcription text; phonemes: of the last span
-    int32_t text_length; ///< spans: length in the transcription text
-    uint32_t reserved[2];
+    int32_t text_offset;  ///< spans: place in the transcription text; phonemes: of the last span
+    int32_t text_length;  ///< spans: length in the transcription text
+    uint32_t reserved[2]; ///< not used
 };
 static_assert(sizeof(CSyncMarker) == 48 && offsetof(CSyncMarker, label) == 16 &&
               offsetof(CSyncMarker, text) == 24 && offsetof(CSyncMarker, text_offset) == 32);
@@ -44,8 +44,11 @@ class ISyncResultsCollection {
 public:
     virtual ~ISyncResultsCollection() = default;
 
+    /// Replaces the sync_results_flags.
     virtual void set_flags(uint32_t flags) = 0;
+    /// The sync_results_flags.
     virtual uint32_t get_flags() = 0;
+    /// How many markers there are.
     virtual int32_t size() = 0;
     /// The first marker, or null when the collection is empty. Valid until the collection changes.
     virtual CSyncMarker* begin() = 0;

@@ -35,6 +35,7 @@ public:
                                           ISyncResultsCollection* results) = 0;
     /// The search window in states, clamped to 500 at least and 8000 at most; 2000 at first.
     virtual void SetBeamWidth(int32_t width) = 0;
+    /// The search window in states.
     virtual int32_t GetBeamWidth() = 0;
     /// Sets each option that is not 0 (null): the beam width, how many hypotheses the disk-backed
     /// search keeps in a frame, its memory in bytes, its logarithmic beam (-200 or below), and its

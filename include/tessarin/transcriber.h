@@ -13,8 +13,8 @@ class IQuibConvertedText;
 /// One stretch of a token's pronunciation: a single phoneme string, or several to choose from.
 /// Published layout.
 struct PhonemeGroup {
-    int32_t alternative_count;
-    char** alternatives; ///< zero-terminated phoneme strings
+    int32_t alternative_count; ///< 1 or more
+    char** alternatives;       ///< zero-terminated phoneme strings
 };
 static_assert(sizeof(PhonemeGroup) == 16);
 
@@ -33,14 +33,14 @@ inline constexpr uint32_t kPauseTokenFlag = 2;
 /// One token of a transcribed text. Offsets are bytes of the text. The groups are said one after
 /// the other and belong to the transcriber. Published layout.
 struct CTxMarker {
-    uint32_t text_start;
+    uint32_t text_start;  ///< its first byte
     uint32_t text_end;    ///< behind the token
     uint32_t first_state; ///< written by the aligner: the first position in its search graph
     uint32_t last_state;  ///< written by the aligner: the position behind the last
     uint32_t kind;        ///< a tx_marker_kind
     int32_t value;        ///< kind 3: the place of the cut in milliseconds; otherwise -1
-    uint32_t flags;
-    int32_t group_count;
+    uint32_t flags;       ///< kPauseTokenFlag or 0
+    int32_t group_count;  ///< stretches
     PhonemeGroup* groups; ///< null when there are none
 };
 static_assert(sizeof(CTxMarker) == 40 && offsetof(CTxMarker, groups) == 32);
@@ -57,12 +57,12 @@ enum transcriber_info_flags : uint32_t {
 
 /// What a lexicon says of itself. Texts are zero-terminated. Published layout.
 struct TranscriberInfo {
-    char name[64];
-    uint32_t language; ///< primary language number: 9 English, 7 German, 12 French ...
-    uint32_t flags;    ///< transcriber_info_flags
-    char locale[64];   ///< locale to work under; empty leaves the process's own
-    uint32_t code_page;
-    char comment[64];
+    char name[64];      ///< of the language
+    uint32_t language;  ///< primary language number: 9 English, 7 German, 12 French ...
+    uint32_t flags;     ///< transcriber_info_flags
+    char locale[64];    ///< locale to work under; empty leaves the process's own
+    uint32_t code_page; ///< of the language's words and rules: 1250, 1251, 1252 ...
+    char comment[64];   ///< for people
 };
 static_assert(sizeof(TranscriberInfo) == 204 && offsetof(TranscriberInfo, locale) == 72 &&
               offsetof(TranscriberInfo, comment) == 140);
@@ -74,7 +74,9 @@ public:
     /// Reads `text`, zero-terminated bytes of the local code page; null counts as empty. Always
     /// true: what cannot be said gives a token without phonemes.
     virtual bool Transcribe(const char* text) = 0;
+    /// Reads the form in the local code page of `converted`; null counts as empty.
     virtual bool Transcribe(IQuibConvertedText* converted) = 0;
+    /// Copies what the lexicon says of itself.
     virtual void getTranscriberInfo(TranscriberInfo* info) = 0;
     /// The tokens of the last text, or null when there are none; valid until the next Transcribe.
     virtual CTxMarker* GetOutputMarkers(uint32_t* count) = 0;
@@ -84,6 +86,7 @@ public:
     virtual void GenerateTimedMarkers(ISyncResultsCollection* results) = 0;
     /// The information text of the lexicon file, not zero-terminated by `*length`; null when empty.
     virtual const char* GetInfoString(uint32_t* length) = 0;
+    /// Takes another reference and returns how many there are.
     virtual int32_t AddRef() = 0;
     /// Gives one reference back; the last one deletes the transcriber and returns 0.
     virtual int32_t Release() = 0;
