@@ -8,8 +8,9 @@ aligned by the tool, from its text (so that lexicon and rules choose the phones)
 --known-phones, from the phones that were really spoken (so that only the times are judged).
 
 Phones are paired by edit distance over their labels, silence left out; a boundary is the start of a
-paired phone, and its end where a silence follows. Words are paired likewise; both ends count. Closures are p, b and m: one counts as found when
-at least half of its true interval lies under p, b or m of ours.
+paired phone, and its end where a silence follows. Words are paired likewise; both ends count.
+Closures are p, b and m: one counts as found when at least half of its true interval lies under p, b
+or m of ours.
 """
 
 import argparse
@@ -21,6 +22,8 @@ import subprocess
 import tempfile
 
 CLOSURES = {"p", "b", "m"}
+VOICELESS_STOPS = {"p", "t", "k"}
+VOWELS = set("AA AE AH AO AW AY EH ER EY IH IY OW OY UH UW".split())
 SILENCE = "x"
 TOLERANCES_MS = (10, 20, 50)
 COLUMNS = ("path", "speaker", "set", "kind", "text")
@@ -29,6 +32,13 @@ COLUMNS = ("path", "speaker", "set", "kind", "text")
 def read_labels(path: pathlib.Path) -> list[tuple[float, float, str]]:
     rows = (line.split() for line in path.read_text(encoding="utf-8").splitlines() if line)
     return [(float(start), float(end), label) for start, end, label in rows]
+
+
+def read_corpus(folder: pathlib.Path) -> list[dict]:
+    """The rows of corpus.tsv, with paths that can be opened."""
+    with open(folder / "corpus.tsv", encoding="utf-8") as lines:
+        rows = [dict(zip(COLUMNS, line.rstrip("\n").split("\t"))) for line in lines]
+    return [row | {"path": str(folder / row["path"])} for row in rows]
 
 
 def letters(number: int) -> str:
@@ -120,15 +130,18 @@ def closure_found(interval, found) -> bool:
 def measure(labels, true_words, phones, words, code) -> dict:
     truth = spoken(labels)
     pairs = pair(truth, spoken(phones))
-    errors = []
-    for (t_start, t_end, _, t_last), (f_start, f_end, _, f_last) in pairs:
+    before = {start: label for (_, start, label) in labels}
+    errors, stops = [], []
+    for (t_start, t_end, label, t_last), (f_start, f_end, _, f_last) in pairs:
         errors.append(f_start - t_start)
+        if label in VOICELESS_STOPS and before.get(t_start) in VOWELS:
+            stops.append(f_start - t_start)
         if t_last and f_last:
             errors.append(f_end - t_end)
     word_errors = [f - t for true, ours in pair(true_words, words)
                    for t, f in zip(true[:2], ours[:2])]
     closures = [interval for interval in labels if interval[2] in CLOSURES]
-    return {"errors": errors, "word_errors": word_errors, "phones": len(truth),
+    return {"errors": errors, "stops": stops, "word_errors": word_errors, "phones": len(truth),
             "paired": len(pairs), "closures": len(closures),
             "closures_found": sum(closure_found(c, phones) for c in closures),
             "lost": code != 0}
@@ -171,14 +184,11 @@ def main() -> None:
     parser.add_argument("options", nargs="*", help="passed to the tool, behind --")
     arguments = parser.parse_args()
 
-    with open(arguments.corpus / "corpus.tsv", encoding="utf-8") as lines:
-        rows = [dict(zip(COLUMNS, line.rstrip("\n").split("\t"))) for line in lines]
-    recordings = [row for row in rows if row["set"] == arguments.set and row["kind"] == "timed"
+    recordings = [row for row in read_corpus(arguments.corpus)
+                  if row["set"] == arguments.set and row["kind"] == "timed"
                   and arguments.speaker in (None, row["speaker"])][:arguments.limit]
     if not recordings:
         raise SystemExit("no timed recordings in this set")
-    for recording in recordings:
-        recording["path"] = str(arguments.corpus / recording["path"])
 
     measured = {}
     with concurrent.futures.ThreadPoolExecutor(max_workers=2) as pool:

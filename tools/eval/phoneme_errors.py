@@ -21,7 +21,7 @@ import pathlib
 import subprocess
 import tempfile
 
-from boundaries import COLUMNS, SILENCE, read_labels
+from boundaries import SILENCE, read_corpus, read_labels
 
 TRIGRAMS = pathlib.Path(__file__).resolve().parents[2] / "data" / "en-us.trigrams"
 
@@ -103,14 +103,11 @@ def main() -> None:
     parser.add_argument("options", nargs="*", help="passed to `recognize`, behind --")
     arguments = parser.parse_args()
 
-    with open(arguments.corpus / "corpus.tsv", encoding="utf-8") as lines:
-        rows = [dict(zip(COLUMNS, line.rstrip("\n").split("\t"))) for line in lines]
-    recordings = [row for row in rows if row["set"] == arguments.set
+    recordings = [row for row in read_corpus(arguments.corpus) if row["set"] == arguments.set
                   and arguments.speaker in (None, row["speaker"])][:arguments.limit]
     if not recordings:
         raise SystemExit("no recordings in this set")
     for recording in recordings:
-        recording["path"] = str(arguments.corpus / recording["path"])
         recording["said"] = reference(arguments.tool, recording)
 
     print(f"{len(recordings)} recordings")

@@ -23,7 +23,8 @@ constexpr const char* kUsage =
     "\n"
     "Aligns recordings to the phones that are known to be said in them, and tells how far the\n"
     "boundaries are from where they are known to be: as recorded, in noise, by telephone and at\n"
-    "other levels. Without SPEAKER, the recordings of the set `eval`.\n";
+    "other levels. Without SPEAKER, the recordings of the set `eval`, else those of the set "
+    "`heard`.\n";
 
 /// The likeliest division of the observations among the states of a chain of phones.
 std::vector<size_t> Align(const CAccousticHMM& model, const observation_matrix& observations,
@@ -161,11 +162,7 @@ change Noise(noise_kind kind, double snrDb) {
 }
 
 change Level(double db) {
-    return [=](recording& speech, random_source&) {
-        for (float& sample : speech.samples) {
-            sample *= static_cast<float>(std::pow(10.0, db / 20.0));
-        }
-    };
+    return [=](recording& speech, random_source&) { ChangeLevel(speech, db); };
 }
 
 bool ReadModel(const char* path, CAccousticHMM& model) {
@@ -191,8 +188,8 @@ int main(int count, char** arguments) {
     std::string error;
     std::vector<utterance> utterances = ReadCorpus(arguments[2], error);
     std::erase_if(utterances, [&](const utterance& each) {
-        return each.phones.empty() ||
-               (count == 4 ? each.speaker != arguments[3] : each.purpose != "eval");
+        return each.phones.empty() || each.purpose != (count == 4 ? "heard" : "eval") ||
+               (count == 4 && each.speaker != arguments[3]);
     });
     if (utterances.empty()) {
         std::fprintf(stderr, "tessarin-measure: %s\n",

@@ -64,33 +64,6 @@ void Equalise(recording& speech, random_source& random) {
         .Run(speech.samples);
 }
 
-/// A room: the direct sound and a tail of scattered reflections that dies away.
-void AddEcho(recording& speech, random_source& random) {
-    constexpr int kReflections = 60;
-    const double decayS = random.LogUniform(0.12, 0.5); // to -60 dB
-    const double directToReverberantDb = random.Uniform(2.0, 18.0);
-    struct reflection {
-        size_t delay;
-        double gain;
-    };
-    std::array<reflection, kReflections> reflections{};
-    double energy = 0.0;
-    for (reflection& each : reflections) {
-        const double seconds = random.Uniform(0.002, decayS * 0.6);
-        each.delay = static_cast<size_t>(seconds * speech.rate);
-        each.gain = random.Gaussian() * std::pow(10.0, -3.0 * seconds / decayS);
-        energy += each.gain * each.gain;
-    }
-    const double scale = FromDb(-directToReverberantDb) / std::sqrt(energy);
-    const std::vector<float> direct = speech.samples;
-    for (const reflection& each : reflections) {
-        const auto gain = static_cast<float>(each.gain * scale);
-        for (size_t i = each.delay; i < direct.size(); ++i) {
-            speech.samples[i] += gain * direct[i - each.delay];
-        }
-    }
-}
-
 /// The companding of telephone networks: 8 bits, finer for small values.
 void CompandLikeTelephone(recording& speech) {
     constexpr double kMu = 255.0;
@@ -223,13 +196,6 @@ void LetLevelWander(std::vector<float>& noise, double rate, double depthDb, rand
     }
 }
 
-/// What lies outside the range of 16 bits is cut off, as a recorder does it.
-void RoundToSamples(recording& speech) {
-    for (float& sample : speech.samples) {
-        sample = std::clamp(std::round(sample), -32768.0f, 32767.0f);
-    }
-}
-
 } // namespace
 
 recording ChangeSpeed(const recording& original, double speed) {
@@ -254,6 +220,35 @@ recording ChangeSpeed(const recording& original, double speed) {
     return result;
 }
 
+void AddEcho(recording& speech, double decayS, double directToReverberantDb,
+             random_source& random) {
+    constexpr int kReflections = 60;
+    struct reflection {
+        size_t delay;
+        double gain;
+    };
+    std::array<reflection, kReflections> reflections{};
+    double energy = 0.0;
+    for (reflection& each : reflections) {
+        const double seconds = random.Uniform(0.002, decayS * 0.6);
+        each.delay = static_cast<size_t>(seconds * speech.rate);
+        each.gain = random.Gaussian() * std::pow(10.0, -3.0 * seconds / decayS);
+        energy += each.gain * each.gain;
+    }
+    const double scale = FromDb(-directToReverberantDb) / std::sqrt(energy);
+    const std::vector<float> direct = speech.samples;
+    for (const reflection& each : reflections) {
+        const auto gain = static_cast<float>(each.gain * scale);
+        for (size_t i = each.delay; i < direct.size(); ++i) {
+            speech.samples[i] += gain * direct[i - each.delay];
+        }
+    }
+}
+
+void ChangeLevel(recording& speech, double db) {
+    Scale(speech.samples, FromDb(db));
+}
+
 void BandLimitToTelephone(recording& speech) {
     biquad::HighPass(speech.rate, 300.0, 0.707).Run(speech.samples);
     for (const double q : {0.541, 1.307}) { // a Butterworth filter of the fourth order
@@ -275,6 +270,12 @@ void AddNoise(recording& speech, noise_kind kind, double snrDb, double wanderDb,
     }
 }
 
+void RoundToSamples(recording& speech) {
+    for (float& sample : speech.samples) {
+        sample = std::clamp(std::round(sample), -32768.0f, 32767.0f);
+    }
+}
+
 changed_copy ChangeSpeech(const recording& original, const std::vector<recording>& voices,
                           random_source& random) {
     changed_copy copy;
@@ -284,7 +285,8 @@ changed_copy ChangeSpeech(const recording& original, const std::vector<recording
         Equalise(copy.speech, random);
     }
     if (random.Chance(0.35)) {
-        AddEcho(copy.speech, random);
+        const double decayS = random.LogUniform(0.12, 0.5);
+        AddEcho(copy.speech, decayS, random.Uniform(2.0, 18.0), random);
     }
     constexpr std::array kKinds = {noise_kind::kWhite,  noise_kind::kPink, noise_kind::kPink,
                                    noise_kind::kRumble, noise_kind::kHum,  noise_kind::kBabble,
@@ -300,7 +302,7 @@ changed_copy ChangeSpeech(const recording& original, const std::vector<recording
             CompandLikeTelephone(copy.speech);
         }
     }
-    Scale(copy.speech.samples, FromDb(random.Uniform(-22.0, 8.0)));
+    ChangeLevel(copy.speech, random.Uniform(-22.0, 8.0));
     RoundToSamples(copy.speech);
     return copy;
 }

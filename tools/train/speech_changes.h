@@ -29,6 +29,10 @@ changed_copy ChangeSpeech(const recording& original, const std::vector<recording
 
 /// Plays the recording `speed` times as fast, by band-limited interpolation.
 recording ChangeSpeed(const recording& original, double speed);
+/// A room: the direct sound and a tail of scattered reflections that dies away, by 60 dB in
+/// `decayS` seconds, and is `directToReverberantDb` softer than the direct sound.
+void AddEcho(recording& speech, double decayS, double directToReverberantDb, random_source& random);
+void ChangeLevel(recording& speech, double db);
 /// A band of 300 to 3400 Hz.
 void BandLimitToTelephone(recording& speech);
 /// Adds noise of the given kind so that the speech's level over its active stretches is `snrDb`
@@ -36,5 +40,7 @@ void BandLimitToTelephone(recording& speech);
 enum class noise_kind { kWhite, kPink, kRumble, kHum, kBabble };
 void AddNoise(recording& speech, noise_kind kind, double snrDb, double wanderDb,
               const std::vector<recording>& voices, random_source& random);
+/// Whole samples; what lies outside the range of 16 bits is cut off, as a recorder does it.
+void RoundToSamples(recording& speech);
 
 } // namespace tessarin::training

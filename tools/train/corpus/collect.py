@@ -9,7 +9,8 @@ tabs:
 
     path      of the WAV file, relative to DIRECTORY
     speaker   name of the voice
-    set       `train`, or `dev` (prompts kept out of training), or `eval` (the left-out voice)
+    set       `train`, or `dev` (prompts kept out of training), or `eval` (the left-out voice), or
+              `heard` (what that one says, said by the voices that are trained on)
     kind      `timed`: the phones and their times are known, or `text`: only what is said
     text      what is said
 
@@ -57,6 +58,7 @@ def plan():
         yield synthesised(ESPEAK_VOICES[place % len(ESPEAK_VOICES)], "train", text)
     for text in read_sentences("evaluation"):
         yield synthesised(LEFT_OUT_VOICE, "eval", text)
+        yield from (synthesised(speaker, "heard", text) for speaker in TRAINING_VOICES)
     for name, text in prompts.read_prompts():
         purpose = "dev" if prompts.is_development(name) else "train"
         yield f"{PROMPT_SPEAKER}/{name}.wav", PROMPT_SPEAKER, purpose, "text", text
