@@ -1,6 +1,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -26,6 +27,25 @@ TEST(LexiconFiles, GiveATranscriberThatKnowsTheirWords) {
     ASSERT_EQ(count, 1u);
     ASSERT_EQ(markers[0].groups[0].alternative_count, 2);
     EXPECT_STREQ(markers[0].groups[0].alternatives[0], "tAHmEYtOW");
+    DestroyTranscriber(transcriber);
+}
+
+TEST(LexiconFiles, TellHowOtherWordsAreSaid) {
+    tessarin::IVisemixTranscriber* transcriber = nullptr;
+    ASSERT_EQ(CreateTranscriberFromLexiconFile(kLexicon, &transcriber), 0);
+    const std::pair<const char*, const char*> cases[] = {
+        {"doomscrolling", "dUWmskrOWlIHNG"},     {"phishers", "fIHSHERz"},
+        {"unfriendliest", "AHnfrEHndlIYAHst"},   {"jalape\xF1oing", "hAElAHpEHnOWIHNG"},
+        {"O'Quillfeather's", "OWkwIHlfEHDHERz"}, {"\"yeeted\"", "yIYtIHd"},
+    };
+    for (const auto& [word, phonemes] : cases) {
+        transcriber->Transcribe(word);
+        uint32_t count = 0;
+        const tessarin::CTxMarker* markers = transcriber->GetOutputMarkers(&count);
+        ASSERT_GE(count, 1u) << word;
+        ASSERT_EQ(markers[0].group_count, 1) << word;
+        EXPECT_STREQ(markers[0].groups[0].alternatives[0], phonemes) << word;
+    }
     DestroyTranscriber(transcriber);
 }
 
