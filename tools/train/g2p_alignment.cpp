@@ -1,6 +1,7 @@
 #include "tools/train/g2p_alignment.h"
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 #include <string_view>
 #include <unordered_map>
@@ -79,9 +80,16 @@ private:
     std::vector<double> values;
 };
 
+bool HasTooManyPhones(const spelled_word& word) {
+    return word.pronunciations.front().size() > kMaxChunkPhones * word.letters.size();
+}
+
 /// Adds to `counts` how often each letter is to be expected to say each chunk. A word that cannot
 /// be aligned adds nothing.
 void CountExpected(const spelled_word& word, const chunk_table& table, chunk_table& counts) {
+    if (HasTooManyPhones(word)) {
+        return;
+    }
     alignment_grid forward(word);
     alignment_grid backward(word);
     const size_t numLetters = forward.NumLetters();
@@ -96,8 +104,8 @@ void CountExpected(const spelled_word& word, const chunk_table& table, chunk_tab
         }
     }
     const double total = forward.At(numLetters, numPhones);
-    if (!(total > 0.0)) {
-        return;
+    if (total < std::numeric_limits<double>::min()) {
+        return; // too improbable for what follows to be finite
     }
     backward.At(numLetters, numPhones) = 1.0 / total;
     for (size_t letter = numLetters; letter-- > 0;) {
@@ -140,6 +148,9 @@ chunk_table LearnChunks(std::span<const spelled_word> words) {
 /// nothing when all are impossible.
 template <class Probability>
 std::optional<aligned_word> Align(const spelled_word& word, Probability probability) {
+    if (HasTooManyPhones(word)) {
+        return std::nullopt;
+    }
     alignment_grid best(word);
     const size_t numLetters = best.NumLetters();
     const size_t numPhones = best.NumPhones();

@@ -68,14 +68,15 @@ public:
 private:
     size_t GrowNode(std::span<sample> part, std::span<const double> parentShares);
     question FindQuestion(std::span<const sample> part, std::span<const uint32_t> said);
+    void CountAt(int16_t offset, std::span<const sample> part);
     information Gain(uint8_t code, std::span<const uint32_t> said, size_t total) const;
-    std::vector<uint32_t> CountChunks(std::span<const sample> part) const;
+    std::vector<uint32_t> CountSaid(std::span<const sample> part) const;
     std::vector<double> Shares(std::span<const uint32_t> said, size_t total,
                                std::span<const double> parentShares) const;
     information Uncertainty(std::span<const uint32_t> said, size_t total) const;
 
-    uint8_t CodeAt(const sample& place, int16_t offset) const {
-        return row.codes[place.place + static_cast<size_t>(offset)];
+    uint8_t CodeAt(const sample& each, int16_t offset) const {
+        return row.codes[each.place + static_cast<size_t>(offset)];
     }
 
     const letter_row& row;
@@ -89,7 +90,7 @@ private:
 };
 
 size_t CTreeGrower::GrowNode(std::span<sample> part, std::span<const double> parentShares) {
-    const std::vector<uint32_t> said = CountChunks(part);
+    const std::vector<uint32_t> said = CountSaid(part);
     const std::vector<double> shares = Shares(said, part.size(), parentShares);
     const size_t number = nodes.size();
     grown_node node;
@@ -98,8 +99,8 @@ size_t CTreeGrower::GrowNode(std::span<sample> part, std::span<const double> par
     nodes.push_back(node);
     const question best = node.uncertainty > 0 ? FindQuestion(part, said) : question();
     if (best.gain > 0) {
-        const auto no = std::ranges::stable_partition(part, [&](const sample& place) {
-                            return CodeAt(place, best.offset) == best.code;
+        const auto no = std::ranges::stable_partition(part, [&](const sample& each) {
+                            return CodeAt(each, best.offset) == best.code;
                         }).begin();
         const auto numYes = static_cast<size_t>(no - part.begin());
         node.letter = row.letters[best.code];
@@ -128,26 +129,34 @@ question CTreeGrower::FindQuestion(std::span<const sample> part, std::span<const
     question best;
     for (int16_t distance = 1; distance <= reach; ++distance) {
         for (const int16_t offset : {static_cast<int16_t>(-distance), distance}) {
-            for (const sample& place : part) {
-                const uint8_t code = CodeAt(place, offset);
-                ++counts[code * chunks.size() + place.chunk];
-                ++totals[code];
-            }
+            CountAt(offset, part);
             for (size_t code = 0; code < totals.size(); ++code) {
-                if (totals[code] == 0) {
-                    continue;
-                }
-                const information gain = Gain(static_cast<uint8_t>(code), said, part.size());
+                const information gain =
+                    totals[code] > 0 ? Gain(static_cast<uint8_t>(code), said, part.size()) : 0;
                 if (gain > best.gain) {
                     best = {gain, offset, static_cast<uint8_t>(code)};
                 }
-                std::fill_n(counts.begin() + static_cast<ptrdiff_t>(code * chunks.size()),
-                            chunks.size(), 0u);
-                totals[code] = 0;
             }
         }
     }
     return best;
+}
+
+/// Counts what is said by the letter at the offset. Most nodes have few letters there, so only
+/// those of the count before are cleared.
+void CTreeGrower::CountAt(int16_t offset, std::span<const sample> part) {
+    for (size_t code = 0; code < totals.size(); ++code) {
+        if (totals[code] > 0) {
+            const auto first = counts.begin() + static_cast<ptrdiff_t>(code * chunks.size());
+            std::fill_n(first, chunks.size(), 0u);
+            totals[code] = 0;
+        }
+    }
+    for (const sample& each : part) {
+        const uint8_t code = CodeAt(each, offset);
+        ++counts[code * chunks.size() + each.chunk];
+        ++totals[code];
+    }
 }
 
 /// What is known more when it is known whether the letter at the offset is this one.
@@ -163,10 +172,10 @@ information CTreeGrower::Gain(uint8_t code, std::span<const uint32_t> said, size
     return gain;
 }
 
-std::vector<uint32_t> CTreeGrower::CountChunks(std::span<const sample> part) const {
+std::vector<uint32_t> CTreeGrower::CountSaid(std::span<const sample> part) const {
     std::vector<uint32_t> said(chunks.size());
-    for (const sample& place : part) {
-        ++said[place.chunk];
+    for (const sample& each : part) {
+        ++said[each.chunk];
     }
     return said;
 }

@@ -12,6 +12,9 @@ namespace {
 
 constexpr uint64_t kParts = 10;
 
+/// The transcriber says a longer word in pieces.
+constexpr size_t kMaxLetters = 254;
+
 std::string UpperCase(std::string_view word) {
     std::string letters(word);
     std::ranges::transform(letters, letters.begin(), [](char c) { return ToUpper(CodeOf(c)); });
@@ -52,7 +55,8 @@ std::vector<spelled_word> ReadSpelledWords(std::span<const CPronunciationRec> en
     for (const CPronunciationRec& entry : entries) {
         std::string letters = UpperCase({entry.word, entry.word_length});
         auto phones = ParsePhones({entry.pronunciation, entry.pronunciation_length});
-        if (!phones || !std::ranges::all_of(letters, IsSpoken)) {
+        if (!phones || letters.empty() || letters.size() > kMaxLetters ||
+            !std::ranges::all_of(letters, IsSpoken)) {
             continue;
         }
         if (words.empty() || words.back().letters != letters) {

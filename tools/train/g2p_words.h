@@ -19,8 +19,8 @@ struct spelled_word {
 };
 
 /// The words that a reader says by their letters. Left out are those with digits or with signs
-/// other than the apostrophe, which a text never asks letter-to-sound for, and pronunciations that
-/// are not of the alphabet.
+/// other than the apostrophe, which a text never asks letter-to-sound for, those that are said in
+/// pieces because they are so long, and pronunciations that are not of the alphabet.
 std::vector<spelled_word> ReadSpelledWords(std::span<const CPronunciationRec> entries);
 
 /// What a word serves for. It hangs on the letters alone, so a lexicon that grows keeps its parts.
