@@ -234,6 +234,25 @@ TEST(ChooseLeafPrice, TakesWhatServesOtherWordsBest) {
     EXPECT_EQ(ChooseLeafPrice(english, Words(text), {}), 8.0);
 }
 
+TEST(LetterTree, BeatsTheRulesInWordsThatItNeverSaw) {
+    CLearnerLexicon lexicon;
+    ASSERT_EQ(lexicon.Open(TESSARIN_SOURCE_DIR "/data/en-us.lexicon.txt"), kNoError);
+    const auto all = ReadSpelledWords(lexicon.GetEntries());
+    std::vector<spelled_word> some;
+    for (size_t i = 0; i < all.size(); i += 10) {
+        some.push_back(all[i]);
+    }
+    CGraphemeToPhoneRules<char> rules;
+    rules.LoadBuiltinEnglish();
+    const auto known = Select(some, {word_use::kGrow, word_use::kChoose});
+    const auto tree = LearnTree(rules, known, 3.0, {});
+    const auto asked = Select(some, {word_use::kMeasure});
+    const double byRules = MeasureErrors(rules, asked).PhoneErrorPercent();
+    const double byTree = MeasureErrors(*tree, asked).PhoneErrorPercent();
+    EXPECT_GT(byRules, 19.0);
+    EXPECT_LT(byTree, 14.0) << "of a tenth of the lexicon";
+}
+
 TEST(LearnerLexicon, KeepsAllButTheEngine) {
     const std::string text = std::string(kSoftC) + "ACI=EYsAY\nX-RAY=EHksrEY\n";
     const test::TempFile list(".txt");
