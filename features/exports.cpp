@@ -1,14 +1,17 @@
 #include <cstddef>
 #include <memory>
+#include <new>
 
 #include "features/decibel_power.h"
 #include "features/observation_chain.h"
+#include "features/spectral_data_source.h"
 #include "features/spectral_stream.h"
 #include "frame/flog.h"
 #include "frame/guarded.h"
 #include "model/accoustic_hmm.h"
 #include "platform/floating_point.h"
 #include "tessarin/observation_stream.h"
+#include "tessarin/spectral_data_source.h"
 
 using namespace tessarin;
 
@@ -57,4 +60,18 @@ float CalcDecibalPower(const float* samples, float* previous, int32_t count) {
         return 0.0f;
     }
     return DecibelPower({samples, static_cast<size_t>(count)}, *previous);
+}
+
+int32_t CreateSpectralDataSource(ISpectralDataSource** out) {
+    if (out == nullptr) {
+        return kInvalidArgument;
+    }
+    *out = new (std::nothrow) CSpectralDataSource;
+    return *out != nullptr ? kNoError : kOutOfMemory;
+}
+
+void DestroySpectralDataSource(ISpectralDataSource* source) {
+    if (source != nullptr) {
+        source->Destroy();
+    }
 }

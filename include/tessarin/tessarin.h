@@ -14,6 +14,7 @@
 #include "tessarin/pcm_stream.h"
 #include "tessarin/progress_sink.h"
 #include "tessarin/speak_dict.h"
+#include "tessarin/spectral_data_source.h"
 #include "tessarin/sync_results.h"
 #include "tessarin/text_based_recognizer.h"
 #include "tessarin/textless_recognizer.h"
