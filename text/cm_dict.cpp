@@ -15,6 +15,8 @@ namespace {
 /// The longest word that LookupFirst takes.
 constexpr int32_t kMaxLookupLength = 511;
 
+constexpr int32_t kGrowthStep = 4096;
+
 /// Bytes of an entry of the binary form: offset and length of the word, then of the pronunciation.
 constexpr uint64_t kBinaryEntrySize = 12;
 
@@ -181,16 +183,12 @@ error_code CCmDict::ReadBlockAndEntries(ByteCursor& cursor) {
     if (cursor.Failed() || !cursor.Holds(static_cast<uint64_t>(count), kBinaryEntrySize)) {
         return kInvalidFile;
     }
-    if (entries.Reserve(count) == 0) {
+    if (entries.SetSize(count, kGrowthStep) == 0) {
         return kOutOfMemory;
     }
-    for (int32_t number = 0; number < count; ++number) {
-        CPronunciationRec entry = {};
+    for (CPronunciationRec& entry : entries) {
         if (!ReadEntry(cursor, entry)) {
             return kInvalidFile;
-        }
-        if (entries.Add(entry) == 0) {
-            return kOutOfMemory;
         }
     }
     return kNoError;
@@ -212,7 +210,6 @@ bool CCmDict::ReadEntry(ByteCursor& cursor, CPronunciationRec& entry) const {
 }
 
 void CCmDict::Clear() {
-    constexpr int32_t kGrowthStep = 4096;
     entries.SetSize(0, kGrowthStep);
     index.Build({});
     block.reset();

@@ -102,9 +102,12 @@ int32_t CLexiconEditor::Load(const void* data, uint32_t size) {
             records.push_back(std::make_unique<CPronRecord>(
                 WordOf(entry), std::string_view(entry.pronunciation, entry.pronunciation_length)));
         }
-        std::ranges::stable_sort(records, [](const auto& first, const auto& second) {
+        const auto isBelow = [](const auto& first, const auto& second) {
             return IsWordBelow(first->Word(), second->Word());
-        });
+        };
+        if (!std::ranges::is_sorted(records, isBelow)) { // a file that an editor saved is
+            std::ranges::stable_sort(records, isBelow);
+        }
         transcriber->SetSpeakDict(this, false);
     });
 }
