@@ -63,7 +63,6 @@ private:
 
 void Align(benchmark::State& state) {
     const std::string image = Content(TESSARIN_SOURCE_DIR "/data/en-us.model");
-    const std::string lexicon = Content(TESSARIN_SOURCE_DIR "/data/en-us.lexicon.txt");
     tessarin::CAccousticHMM* model = nullptr;
     tessarin::IVisemixTranscriber* transcriber = nullptr;
     tessarin::ITextBasedPhnRecognizer* recognizer = nullptr;
@@ -73,7 +72,7 @@ void Align(benchmark::State& state) {
         state.SkipWithError("no model");
         return;
     }
-    CreateDefaultTranscriber(lexicon.data(), static_cast<int32_t>(lexicon.size()), &transcriber);
+    CreateTranscriberFromLexiconFile(TESSARIN_SOURCE_DIR "/data/en-us.lexicon", &transcriber);
     CreateTextBasedRecognizer(&recognizer);
     CreatePhonemeArticulator(&articulator, 0);
     CreateSyncResultsCollection(tessarin::kPostProcessScores, &results);

@@ -1,12 +1,15 @@
 // The text front end with the lexicon that the project ships.
 
-#include "text/default_transcriber.h"
+#include "frame/whole_file.h"
+#include "text/cm_dict.h"
+#include "text/lexicon_file.h"
+#include "text/transcriber.h"
 
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
-#include <fstream>
-#include <iterator>
+#include <span>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -14,47 +17,54 @@ using namespace tessarin;
 
 namespace {
 
-const std::string& LexiconText() {
-    static const std::string text = [] {
-        std::ifstream file(TESSARIN_SOURCE_DIR "/data/en-us.lexicon.txt", std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(file), {});
-    }();
-    return text;
+std::span<const uint8_t> LexiconFile() {
+    static uint32_t size = 0;
+    static const auto file = ReadWholeFile(TESSARIN_SOURCE_DIR "/data/en-us.lexicon", &size, false);
+    return {file.get(), size};
 }
 
-speak_dict_ptr ShippedLexicon() {
-    return MakeSpeakDict(LexiconText().data(), static_cast<int32_t>(LexiconText().size()));
+struct shipped_language {
+    counted_ptr<CTranscriber> transcriber;
+    CCmDict* dict = nullptr; ///< the transcriber's
+};
+
+shipped_language ShippedLanguage() {
+    shipped_language language;
+    const auto size = static_cast<uint32_t>(LexiconFile().size());
+    if (LoadTranscriberAndDict(LexiconFile().data(), size, language.transcriber, language.dict) !=
+        kNoError) {
+        throw std::runtime_error("no lexicon");
+    }
+    return language;
 }
 
 /// Words of the lexicon, in an order that is far from its own.
-std::vector<std::string> ScatteredWords(size_t count) {
+std::vector<std::string> ScatteredWords(const CCmDict& dict, size_t count) {
     constexpr size_t kStride = 1000003;
-    const std::string& text = LexiconText();
+    const auto entries = dict.GetEntries();
     std::vector<std::string> words;
-    for (size_t index = 0; index < count && !text.empty(); ++index) {
-        const size_t start = text.find('\n', index * kStride % (text.size() / 2)) + 1;
-        words.push_back(text.substr(start, text.find('=', start) - start));
+    for (size_t index = 0; index < count; ++index) {
+        words.emplace_back(WordOf(entries[index * kStride % entries.size()]));
     }
     return words;
 }
 
-void LoadLexiconText(benchmark::State& state) {
+void LoadLexiconFile(benchmark::State& state) {
     for (auto _ : state) {
-        benchmark::DoNotOptimize(ShippedLexicon());
+        benchmark::DoNotOptimize(ShippedLanguage());
     }
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(LexiconText().size()));
 }
-BENCHMARK(LoadLexiconText)->Unit(benchmark::kMillisecond);
+BENCHMARK(LoadLexiconFile)->Unit(benchmark::kMillisecond);
 
 void LookUpWords(benchmark::State& state) {
-    const speak_dict_ptr dict = ShippedLexicon();
-    const std::vector<std::string> words = ScatteredWords(10000);
+    const shipped_language language = ShippedLanguage();
+    const std::vector<std::string> words = ScatteredWords(*language.dict, 10000);
     CPronunciationRec record;
     int64_t found = 0;
     for (auto _ : state) {
         for (const std::string& word : words) {
             const auto length = static_cast<uint16_t>(word.size());
-            found += dict->GetPronunciation(word.data(), length, 0, &record) ? 1 : 0;
+            found += language.dict->GetPronunciation(word.data(), length, 0, &record) ? 1 : 0;
         }
     }
     benchmark::DoNotOptimize(found);
@@ -66,7 +76,7 @@ BENCHMARK(LookUpWords)->Unit(benchmark::kMicrosecond);
 void PronounceByRules(benchmark::State& state) {
     CGraphemeToPhoneRules<char> english;
     english.LoadBuiltinEnglish();
-    std::vector<std::string> words = ScatteredWords(1000);
+    std::vector<std::string> words = ScatteredWords(*ShippedLanguage().dict, 1000);
     for (std::string& word : words) {
         word = " " + word + " ";
     }
@@ -83,17 +93,17 @@ BENCHMARK(PronounceByRules)->Unit(benchmark::kMicrosecond);
 
 /// A text of many words, of which some are in the lexicon twice, and numbers.
 void TranscribeText(benchmark::State& state) {
-    const auto transcriber =
-        MakeDefaultTranscriber(LexiconText().data(), static_cast<int32_t>(LexiconText().size()));
+    const shipped_language language = ShippedLanguage();
+    CTranscriber& transcriber = *language.transcriber;
     std::string text;
-    for (const std::string& word : ScatteredWords(2000)) {
+    for (const std::string& word : ScatteredWords(*language.dict, 2000)) {
         text += word + (text.size() % 7 == 0 ? ", 1,984 " : " ");
     }
     for (auto _ : state) {
-        transcriber->Transcribe(text.c_str());
+        transcriber.Transcribe(text.c_str());
     }
     uint32_t count = 0;
-    transcriber->GetOutputMarkers(&count);
+    transcriber.GetOutputMarkers(&count);
     state.SetItemsProcessed(state.iterations() * count);
 }
 BENCHMARK(TranscribeText)->Unit(benchmark::kMicrosecond);

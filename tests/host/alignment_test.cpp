@@ -41,9 +41,8 @@ protected:
         const std::string image = Content(TESSARIN_SOURCE_DIR "/data/en-us.model");
         ASSERT_EQ(CreateAccHMM(image.data(), static_cast<uint32_t>(image.size()), nullptr, &model),
                   0);
-        const std::string lexicon = Content(TESSARIN_SOURCE_DIR "/data/en-us.lexicon.txt");
-        ASSERT_EQ(CreateDefaultTranscriber(lexicon.data(), static_cast<int32_t>(lexicon.size()),
-                                           &transcriber),
+        ASSERT_EQ(CreateTranscriberFromLexiconFile(TESSARIN_SOURCE_DIR "/data/en-us.lexicon",
+                                                   &transcriber),
                   0);
         ASSERT_EQ(CreateSyncResultsCollection(tessarin::kPostProcessScores, &results), 0);
         ASSERT_EQ(CreateTextBasedRecognizer(&recognizer), 0);

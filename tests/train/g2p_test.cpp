@@ -236,7 +236,7 @@ TEST(ChooseLeafPrice, TakesWhatServesOtherWordsBest) {
 
 TEST(LetterTree, BeatsTheRulesInWordsThatItNeverSaw) {
     CLearnerLexicon lexicon;
-    ASSERT_EQ(lexicon.Open(TESSARIN_SOURCE_DIR "/data/en-us.lexicon.txt"), kNoError);
+    ASSERT_EQ(lexicon.Open(TESSARIN_SOURCE_DIR "/data/en-us.lexicon"), kNoError);
     const auto all = ReadSpelledWords(lexicon.GetEntries());
     std::vector<spelled_word> some;
     for (size_t i = 0; i < all.size(); i += 10) {

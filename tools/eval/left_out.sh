@@ -8,8 +8,9 @@ programs=$1/tools/train
 corpus=${2:-build/corpus}
 models=$(mktemp -d)
 trap 'rm -rf "$models"' EXIT
+"$1/tools/tessarin/tessarin" lexicon export data/en-us.lexicon -o "$models/words"
 for voice in slt rms kal16; do
-    "$programs/tessarin-train" "$corpus" -o "$models/$voice" --lexicon data/en-us.lexicon.txt \
+    "$programs/tessarin-train" "$corpus" -o "$models/$voice" --lexicon "$models/words" \
         --without "$voice" --threads "$(nproc)"
     echo "$voice, never heard:"
     "$programs/tessarin-measure" "$models/$voice" "$corpus" "$voice"

@@ -52,7 +52,7 @@ void AddAlignCommand(CLI::App& app) {
         "align", "Find when each phoneme and word of a text was spoken, and the mouth shapes");
     AddRecordingOptions(*command, &options->recording);
     AddTextOptions(*command, &options->text);
-    AddLexiconOption(*command, &options->recording.data);
+    AddLexiconOptions(*command, &options->recording.data);
     command
         ->add_option("--beam", options->beam,
                      "Width of the search in states, 500 to 8000 [2000]; raise it when the search "

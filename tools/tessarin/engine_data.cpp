@@ -31,27 +31,7 @@ model_handle LoadModel(const data_options& options) {
     return model_handle(model);
 }
 
-transcriber_handle LoadTranscriber(const data_options& options) {
-    const std::string path = DataPathOr(options.lexicon, options, kLexiconName);
-    const std::string lexicon = ReadWholeFile(path);
-    RequireSize(path, lexicon);
-    tessarin::IVisemixTranscriber* transcriber = nullptr;
-    const int32_t code = CreateDefaultTranscriber(
-        lexicon.data(), static_cast<int32_t>(lexicon.size()), &transcriber);
-    if (code != tessarin::kNoError) {
-        throw EngineFailure(path, code);
-    }
-    return transcriber_handle(transcriber);
-}
-
 void AddDataFolderOption(CLI::App& command, data_options* options) {
     command.add_option("--data", options->folder, "Folder with the project's own data")
         ->option_text("FOLDER");
-}
-
-void AddLexiconOption(CLI::App& command, data_options* options) {
-    command
-        .add_option("--lexicon", options->lexicon,
-                    "Pronunciations, one WORD=phonemes a line [the project's own]")
-        ->option_text("FILE");
 }

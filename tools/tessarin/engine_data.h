@@ -11,14 +11,16 @@ struct data_options {
     std::string folder;
     std::string model;
     std::string lexicon;
+    std::string words; ///< the user's own
 };
 
 inline constexpr const char* kModelName = "en-us.model";
-inline constexpr const char* kLexiconName = "en-us.lexicon.txt";
+inline constexpr const char* kLexiconName = "en-us.lexicon";
 inline constexpr const char* kTrigramsName = "en-us.trigrams";
 
 void AddDataFolderOption(CLI::App& command, data_options* options);
-void AddLexiconOption(CLI::App& command, data_options* options);
+/// --lexicon and --words.
+void AddLexiconOptions(CLI::App& command, data_options* options);
 
 /// `given`, or the project's own file `name` when nothing was given. Throws Failure.
 std::string DataPathOr(const std::string& given, const data_options& options, const char* name);

@@ -21,5 +21,16 @@ using textless_recognizer_handle =
 using articulator_handle =
     std::unique_ptr<tessarin::IPhnMixtureArticulator, engine_deleter<DestroyPhonemeArticulator>>;
 
-using transcriber_handle =
-    std::unique_ptr<tessarin::IVisemixTranscriber, engine_deleter<DestroyTranscriber>>;
+using editor_handle =
+    std::unique_ptr<tessarin::ILexiconEditor, engine_deleter<DestroyLexiconEditor>>;
+
+/// Frees a transcriber, and then the editor that it looks its words up in, if it has one.
+struct transcriber_deleter {
+    editor_handle editor;
+
+    void operator()(tessarin::IVisemixTranscriber* transcriber) {
+        DestroyTranscriber(transcriber);
+        editor.reset();
+    }
+};
+using transcriber_handle = std::unique_ptr<tessarin::IVisemixTranscriber, transcriber_deleter>;

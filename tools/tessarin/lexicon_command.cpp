@@ -16,11 +16,6 @@ namespace {
 using tessarin::ILexiconEditor;
 using tessarin::IPronunciationRecord;
 
-/// The project's own language, whose rules and words a new lexicon file gets.
-constexpr const char* kLanguageName = "en-us.lexicon";
-
-using editor_handle = std::unique_ptr<ILexiconEditor, engine_deleter<DestroyLexiconEditor>>;
-
 struct lexicon_options {
     std::string file;
     std::string output; ///< empty: the file itself
@@ -112,7 +107,7 @@ void RemoveAll(ILexiconEditor& editor) {
 /// Makes a lexicon file of a word list and the language of another lexicon file.
 void RunBuild(const lexicon_options& options) {
     const auto entries = ReadWordList(options.list, ReadWholeFile(options.list));
-    const editor_handle editor = Open(DataPathOr(options.language, options.data, kLanguageName));
+    const editor_handle editor = Open(DataPathOr(options.language, options.data, kLexiconName));
     CatchInterrupts();
     RemoveAll(*editor);
     const size_t added = Import(*editor, entries, options.quiet);

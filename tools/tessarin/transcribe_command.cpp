@@ -126,7 +126,7 @@ void AddTranscribeCommand(CLI::App& app) {
         ->check(CLI::IsMember({"-"}))
         ->option_text(" ");
     AddTextOptions(*command, &options->text);
-    AddLexiconOption(*command, &options->data);
+    AddLexiconOptions(*command, &options->data);
     AddDataFolderOption(*command, &options->data);
     command->add_option("--format", options->format, "tsv or json [tsv]")
         ->check(CLI::IsMember({"json", "tsv"}))

@@ -6,8 +6,10 @@ cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 programs=$1/tools/train
 corpus=${2:-build/corpus}
 python3 tools/train/corpus/collect.py "$corpus"
-"$programs/tessarin-train" "$corpus" -o data/en-us.model --lexicon data/en-us.lexicon.txt \
+words=$1/en-us.words
+"$1/tools/tessarin/tessarin" lexicon export data/en-us.lexicon -o "$words"
+"$programs/tessarin-train" "$corpus" -o data/en-us.model --lexicon "$words" \
     --threads "$(nproc)"
-"$programs/tessarin-trigrams" data/en-us.lexicon.txt data/sentences/{composed,written}.txt \
+"$programs/tessarin-trigrams" "$words" data/sentences/{composed,written}.txt \
     -o data/en-us.trigrams
 "$programs/tessarin-measure" data/en-us.model "$corpus"

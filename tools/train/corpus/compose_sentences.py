@@ -6,7 +6,8 @@
 The grammar, sentence_grammar.txt, could make millions of sentences. A pool of them is made, and
 one is taken after the other, always the one that adds most: a run of three phonemes is worth the
 less the more often the chosen sentences have it already. The sentences of the EXCLUDED files are
-never taken. The same arguments give the same sentences.
+never taken. LEXICON is a text, as `tessarin lexicon export` writes it. The same arguments give the
+same sentences.
 """
 
 import argparse
@@ -47,13 +48,12 @@ def compose(grammar, chance):
     return re.sub("[A-Za-z]", lambda first: first[0].upper(), sentence, count=1)
 
 
-def read_lexicon(path):
+def read_lexicon(lines):
     """Word -> symbols of its preferred pronunciation."""
     lexicon = {}
-    with open(path, encoding="ascii") as lines:
-        for line in lines:
-            word, pronunciation = line.rstrip("\n").split("=")
-            lexicon.setdefault(word, re.findall(r"[A-Z].|[a-z]", pronunciation))
+    for line in lines:
+        word, pronunciation = line.rstrip("\n").split("=")
+        lexicon.setdefault(word, re.findall(r"[A-Z].|[a-z]", pronunciation))
     return lexicon
 
 
@@ -110,7 +110,8 @@ def main():
         sentence = compose(grammar, chance)
         if sentence not in excluded:
             pool[sentence] = None
-    chosen = choose(list(pool), arguments.count, read_lexicon(arguments.lexicon))
+    with open(arguments.lexicon, encoding="ascii") as lines:
+        chosen = choose(list(pool), arguments.count, read_lexicon(lines))
     pathlib.Path(arguments.output).write_text("\n".join(chosen) + "\n", encoding="ascii")
 
 

@@ -1,9 +1,14 @@
 #!/usr/bin/env python3
-"""Tests of the corpus scripts and of the data they made. Needs no synthesiser."""
+"""Tests of the corpus scripts and of the data they made. Needs no synthesiser.
+
+usage: corpus_test.py TOOL
+"""
 
 import array
 import pathlib
 import re
+import subprocess
+import sys
 import unittest
 
 import compose_sentences
@@ -18,6 +23,12 @@ DATA = pathlib.Path(__file__).resolve().parents[3] / "data"
 
 def read_lines(name):
     return (DATA / name).read_text(encoding="ascii").splitlines()
+
+
+def read_lexicon():
+    """The entries of the shipped lexicon, as its text."""
+    return subprocess.run([sys.argv[1], "lexicon", "export", DATA / "en-us.lexicon"], check=True,
+                          stdout=subprocess.PIPE, encoding="ascii").stdout.splitlines()
 
 
 class Phonemes(unittest.TestCase):
@@ -47,7 +58,7 @@ class Lexicon(unittest.TestCase):
         self.assertEqual(build_lexicon(entries), {"RECORD": ["rEHkERd"]})
 
     def test_the_lexicon_can_be_searched_and_read_by_the_engine(self):
-        entries = [line.split("=") for line in read_lines("en-us.lexicon.txt")]
+        entries = [line.split("=") for line in read_lexicon()]
         words = [word for word, _ in entries]
         self.assertGreater(len(set(words)), 120000)
         self.assertEqual(words, sorted(words, key=str.lower))
@@ -68,7 +79,7 @@ class Sentences(unittest.TestCase):
         self.assertGreater(len(everything), 1650)
 
     def test_every_phoneme_occurs_often_and_between_many_others(self):
-        lexicon = compose_sentences.read_lexicon(DATA / "en-us.lexicon.txt")
+        lexicon = compose_sentences.read_lexicon(read_lexicon())
         runs = [run for name in ("written", "composed")
                 for line in read_lines(f"sentences/{name}.txt")
                 for run in compose_sentences.contexts(line, lexicon)]
@@ -126,4 +137,4 @@ class Intervals(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main()
+    unittest.main(argv=sys.argv[:1])

@@ -1,0 +1,52 @@
+#include <string>
+
+#include <gmock/gmock.h>
+
+#include "tests/tools/run_tool.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+/// The phonemes of the first word of a text, with further arguments.
+std::string PhonemesOf(const std::string& text, const std::string& arguments) {
+    const tool_run run = RunTool("transcribe --text '" + text + "' " + arguments);
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    const size_t line = run.output.find('\n') + 1;
+    const size_t end = run.output.find('\n', line);
+    const size_t tab = run.output.rfind('\t', end);
+    return run.output.substr(tab + 1, end - tab - 1);
+}
+
+TEST(UserWords, CountInPlaceOfTheLexiconsInTheirOwnOrder) {
+    const ScratchFolder scratch;
+    const std::string words = scratch.Path("words.txt");
+    WriteFile(words,
+              "tomato=tOWmAAtOW\nTomato=tAHmEYtOW\nzo\xC3\xAB=zOW\nNVIDY(2)  N V IH1 D IY\n");
+    const std::string text = scratch.Path("lexicon.txt");
+    WriteFile(text, "TOMATO=t\nTOMATO=m\nROW=rOW\n");
+    for (const std::string& arguments :
+         {"--words " + words, "--words " + words + " --lexicon " + text}) {
+        SCOPED_TRACE(arguments);
+        EXPECT_EQ(PhonemesOf("Tomato", arguments), "tOWmAAtOW|tAHmEYtOW");
+        EXPECT_EQ(PhonemesOf("Zo\xC3\xAB", arguments), "zOW");
+        EXPECT_EQ(PhonemesOf("Nvidy", arguments), "nvIHdIY");
+    }
+    EXPECT_EQ(PhonemesOf("tomato", "--lexicon " + text), "t|m");
+    EXPECT_EQ(PhonemesOf("tomato", ""), "tAHmEYtOW|tAHmAAtOW");
+}
+
+TEST(UserWords, AreRefusedWithTheirPlaceWhenTheyAreNoPronunciations) {
+    const ScratchFolder scratch;
+    const std::string words = scratch.Path("words.txt");
+    WriteFile(words, "ROW=rOW\nSECOND\n");
+    EXPECT_THAT(RunTool("transcribe --text a --words " + words).errors,
+                HasSubstr(words + ": line 2 "));
+    WriteFile(words, "ROW=rOW\nHELLO=hello\n");
+    const tool_run run = RunTool("transcribe --text a --words " + words);
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_THAT(run.errors, HasSubstr("HELLO=hello"));
+    EXPECT_EQ(RunTool("transcribe --text a --words " + scratch.Path("none")).exitCode, 2);
+}
+
+} // namespace
