@@ -8,6 +8,7 @@
 namespace {
 
 using testing::HasSubstr;
+using testing::StartsWith;
 
 /// Runs `lexicon` with the given arguments and expects success.
 std::string Lexicon(const std::string& arguments) {
@@ -31,7 +32,30 @@ TEST(LexiconCommand, BuildsChangesAndShowsALexicon) {
     EXPECT_EQ(Lexicon("find " + file + " cat"), "CAT=kAEt\n");
     EXPECT_THAT(Lexicon("prune " + file), HasSubstr("1 of 4 entries removed"));
     EXPECT_EQ(Lexicon("export " + file), "READ=rIYd\nREAD=rEHd\nTessarin=tEHsAHrIHn\n");
-    EXPECT_THAT(Lexicon("show " + file), HasSubstr("entries      3\n"));
+    EXPECT_THAT(Lexicon("show " + file), HasSubstr("entries          3 of 2 words\n"));
+}
+
+TEST(LexiconCommand, SaysOfALexiconWhatInspectSays) {
+    const std::string shipped = TESSARIN_SOURCE_DIR "/data/en-us.lexicon";
+    const std::string said = RunTool("inspect " + shipped).output;
+    EXPECT_EQ(Lexicon("show " + shipped), said);
+    EXPECT_THAT(said, StartsWith("lexicon          version 2\n"
+                                 "name             English (United States)\n"
+                                 "language         9\n"
+                                 "code page        1252\n"
+                                 "flags            56\n"
+                                 "comment          CMU Pronouncing Dictionary\n"
+                                 "information      Made from the CMU Pronouncing Dictionary"));
+    EXPECT_THAT(said, HasSubstr("\nentries          134852 of 126046 words\n"
+                                "other words      decision tree of 27868 leaves, "));
+    EXPECT_THAT(
+        RunTool("inspect " TESSARIN_SOURCE_DIR "/fuzz/corpus/lexicon_file/rules.lexicon").output,
+        HasSubstr("\nother words      9 rules, section version 4\n"));
+    const ScratchFolder scratch;
+    WriteFile(scratch.Path("cut.lexicon"), ReadFile(shipped).substr(0, 50000));
+    const tool_run cut = RunTool("inspect " + scratch.Path("cut.lexicon"));
+    EXPECT_EQ(cut.exitCode, 2);
+    EXPECT_THAT(cut.errors, HasSubstr("(code 12)"));
 }
 
 TEST(LexiconCommand, LosesNothingOnTheWayThroughTheDictionarysForm) {

@@ -10,11 +10,12 @@
 #include "tools/tessarin/engine_data.h"
 #include "tools/tessarin/failure.h"
 #include "tools/tessarin/file_io.h"
+#include "tools/tessarin/lexicon_summary.h"
 #include "tools/tessarin/model_summary.h"
 
 namespace {
 
-/// Enough to tell a model by, without reading a long recording whole.
+/// Enough to tell a model or a lexicon by, without reading a long recording whole.
 std::string ReadHead(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     std::string head(4, '\0');
@@ -67,12 +68,15 @@ void RunInspect(const std::string& path) {
         throw Failure(kExitFailed, DescribeCode(path, tessarin::kFileNotFound));
     }
     recording_info info;
-    if (LooksLikeModel(ReadHead(path))) {
+    const std::string head = ReadHead(path);
+    if (LooksLikeModel(head)) {
         ShowModel(path);
+    } else if (LooksLikeLexicon(head)) {
+        std::fputs(DescribeLexicon(SummarizeLexicon(path)).c_str(), stdout);
     } else if (ProbeRecording(path, &info)) {
         ShowRecording(info);
     } else {
-        throw Failure(kExitFailed, path + ": is neither a recording nor an acoustic model");
+        throw Failure(kExitFailed, path + ": is no recording, acoustic model or lexicon file");
     }
 }
 
@@ -81,7 +85,9 @@ void RunInspect(const std::string& path) {
 void AddInspectCommand(CLI::App& app) {
     auto path = std::make_shared<std::string>();
     CLI::App* command =
-        app.add_subcommand("inspect", "Show what an audio file or an acoustic model holds");
-    command->add_option("FILE", *path, "Recording or model")->required()->option_text(" ");
+        app.add_subcommand("inspect", "Show what an audio file, a model or a lexicon file holds");
+    command->add_option("FILE", *path, "Recording, model or lexicon file")
+        ->required()
+        ->option_text(" ");
     command->callback([path] { RunInspect(*path); });
 }

@@ -8,6 +8,7 @@
 #include "tools/tessarin/engine_data.h"
 #include "tools/tessarin/failure.h"
 #include "tools/tessarin/file_io.h"
+#include "tools/tessarin/lexicon_summary.h"
 #include "tools/tessarin/progress_bar.h"
 #include "tools/tessarin/word_list.h"
 
@@ -116,21 +117,7 @@ void RunBuild(const lexicon_options& options) {
 }
 
 void RunShow(const lexicon_options& options) {
-    const std::string file = ReadWholeFile(options.file);
-    RequireSize(options.file, file);
-    tessarin::TranscriberInfo info = {};
-    const int32_t code = GetTranscriberInfo(file.data(), static_cast<uint32_t>(file.size()), &info);
-    if (code != tessarin::kNoError) {
-        throw EngineFailure(options.file, code);
-    }
-    const editor_handle editor = Open(options.file);
-    const transcriber_handle transcriber(editor->GetTranscriber());
-    uint32_t length = 0;
-    const char* text = transcriber->GetInfoString(&length);
-    std::printf("name         %s\nlanguage     %u\ncode page    %u\nlocale       %s\n"
-                "comment      %s\ninformation  %.*s\nentries      %d\n",
-                info.name, info.language, info.code_page, info.locale, info.comment,
-                static_cast<int>(length), text != nullptr ? text : "", editor->GetRecordCount());
+    std::fputs(DescribeLexicon(SummarizeLexicon(options.file)).c_str(), stdout);
 }
 
 void RunFind(const lexicon_options& options) {

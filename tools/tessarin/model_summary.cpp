@@ -1,7 +1,6 @@
 #include "tools/tessarin/model_summary.h"
 
-#include <bit>
-#include <cstring>
+#include "tools/tessarin/image_reader.h"
 
 namespace {
 
@@ -9,55 +8,7 @@ constexpr uint32_t kModelMagic = 0x7A686D6D;      // "mmhz"
 constexpr uint32_t kDescriptorMagic = 0x66656174; // "taef"
 constexpr uint64_t kMarkerSize = 4;
 
-/// Little-endian numbers from the front of a text; stays failed after the first shortfall.
-class Reader {
-public:
-    explicit Reader(const std::string& source) : bytes(source) {}
-
-    uint32_t ReadU32() { return ReadNumber(4); }
-    int32_t ReadI32() { return static_cast<int32_t>(ReadNumber(4)); }
-    uint16_t ReadU16() { return static_cast<uint16_t>(ReadNumber(2)); }
-    float ReadF32() { return std::bit_cast<float>(ReadNumber(4)); }
-
-    std::string ReadString() {
-        const size_t end = failed ? std::string::npos : bytes.find('\0', place);
-        if (end == std::string::npos) {
-            failed = true;
-            return {};
-        }
-        std::string text = bytes.substr(place, end - place);
-        place = end + 1;
-        return text;
-    }
-
-    void Skip(uint64_t count) {
-        failed = failed || count > bytes.size() - place;
-        place += failed ? 0 : static_cast<size_t>(count);
-    }
-
-    void StepBack(size_t count) { place -= count; }
-    bool Failed() const { return failed; }
-
-private:
-    uint32_t ReadNumber(size_t size) {
-        if (failed || bytes.size() - place < size) {
-            failed = true;
-            return 0;
-        }
-        uint32_t value = 0;
-        for (size_t i = 0; i < size; ++i) {
-            value |= static_cast<uint32_t>(static_cast<unsigned char>(bytes[place + i])) << (8 * i);
-        }
-        place += size;
-        return value;
-    }
-
-    const std::string& bytes;
-    size_t place = 0;
-    bool failed = false;
-};
-
-void ReadDescriptor(Reader& reader, model_summary* summary) {
+void ReadDescriptor(ImageReader& reader, model_summary* summary) {
     int32_t version = 0;
     if (reader.ReadU32() == kDescriptorMagic) {
         version = reader.ReadU16();
@@ -88,11 +39,11 @@ uint64_t ParameterSize(const model_summary& s) {
 } // namespace
 
 bool LooksLikeModel(const std::string& image) {
-    return Reader(image).ReadU32() == kModelMagic;
+    return ImageReader(image).ReadU32() == kModelMagic;
 }
 
 std::optional<model_summary> SummarizeModel(const std::string& image) {
-    Reader reader(image);
+    ImageReader reader(image);
     model_summary summary;
     reader.Skip(kMarkerSize);
     summary.version = reader.ReadU16();
