@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -22,7 +23,7 @@ TEST(UserWords, CountInPlaceOfTheLexiconsInTheirOwnOrder) {
     const ScratchFolder scratch;
     const std::string words = scratch.Path("words.txt");
     WriteFile(words,
-              "tomato=tOWmAAtOW\nTomato=tAHmEYtOW\nzo\xC3\xAB=zOW\nNVIDY(2)  N V IH1 D IY\n");
+              "tomato=tOWmAAtOW \r\nNVIDY(2)  N V IH1 D IY\nTomato=tAHmEYtOW\nzo\xC3\xAB=zOW\n");
     const std::string text = scratch.Path("lexicon.txt");
     WriteFile(text, "TOMATO=t\nTOMATO=m\nROW=rOW\n");
     for (const std::string& arguments :
@@ -33,6 +34,9 @@ TEST(UserWords, CountInPlaceOfTheLexiconsInTheirOwnOrder) {
         EXPECT_EQ(PhonemesOf("Nvidy", arguments), "nvIHdIY");
     }
     EXPECT_EQ(PhonemesOf("tomato", "--lexicon " + text), "t|m");
+    WriteFile(words, "tomato=tOW\n");
+    EXPECT_EQ(PhonemesOf("tomato", "--lexicon " + text + " --words " + words), "tOW")
+        << "not a neighbour of what the text begins with";
     EXPECT_EQ(PhonemesOf("tomato", ""), "tAHmEYtOW|tAHmAAtOW");
 }
 
@@ -42,11 +46,36 @@ TEST(UserWords, AreRefusedWithTheirPlaceWhenTheyAreNoPronunciations) {
     WriteFile(words, "ROW=rOW\nSECOND\n");
     EXPECT_THAT(RunTool("transcribe --text a --words " + words).errors,
                 HasSubstr(words + ": line 2 "));
-    WriteFile(words, "ROW=rOW\nHELLO=hello\n");
+    WriteFile(words, "ROW=rOW\n\nHELLO=hello\n");
     const tool_run run = RunTool("transcribe --text a --words " + words);
     EXPECT_EQ(run.exitCode, 2);
-    EXPECT_THAT(run.errors, HasSubstr("HELLO=hello"));
+    EXPECT_THAT(run.errors, HasSubstr(words + ": line 3: hello are not phonemes"));
     EXPECT_EQ(RunTool("transcribe --text a --words " + scratch.Path("none")).exitCode, 2);
+}
+
+TEST(UserWords, AreWarnedOfWhenNoTextAsksForThem) {
+    const ScratchFolder scratch;
+    const std::string words = scratch.Path("words.txt");
+    const std::string text = scratch.Path("lexicon.txt");
+    WriteFile(words, "Zo\xC3\xAB=zOW\nCoca-Cola=kOWk\nO'Brian's=OWb\nNew York=nyUW\n");
+    WriteFile(text, "ROW=rOW\n");
+    for (const std::string& lexicon : {std::string(), " --lexicon " + text}) {
+        const tool_run run = RunTool("transcribe --text O\\'Brian\\'s --words " + words + lexicon);
+        EXPECT_EQ(run.exitCode, 0);
+        EXPECT_THAT(run.output, HasSubstr("OWb"));
+        EXPECT_THAT(run.errors, HasSubstr("line 2: Coca-Cola changes nothing"));
+        EXPECT_THAT(run.errors, HasSubstr("line 4: New York changes nothing"));
+        EXPECT_EQ(std::count(run.errors.begin(), run.errors.end(), '\n'), 2) << run.errors;
+    }
+}
+
+TEST(LexiconOption, TellsALexiconFileThatIsBrokenFromAText) {
+    const ScratchFolder scratch;
+    const std::string file = scratch.Path("words.lexicon");
+    WriteFile(file, "TCID\2");
+    EXPECT_THAT(RunTool("transcribe --text a --lexicon " + file).errors, HasSubstr("(code 21)"));
+    WriteFile(file, std::string("TCID\2\0E", 7));
+    EXPECT_THAT(RunTool("transcribe --text a --lexicon " + file).errors, HasSubstr("(code 12)"));
 }
 
 } // namespace

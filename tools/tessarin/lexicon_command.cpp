@@ -137,6 +137,9 @@ void RunFind(const lexicon_options& options) {
 }
 
 void RunAdd(const lexicon_options& options) {
+    if (!ArePhonemes(options.phonemes)) {
+        throw Failure(kExitUsage, options.phonemes + " are not phonemes, such as hEHlOW");
+    }
     const editor_handle editor = Open(options.file);
     const int32_t code = editor->AddRecord(options.word.c_str(), options.phonemes.c_str());
     if (code != tessarin::kNoError) {

@@ -1,13 +1,14 @@
 #include <algorithm>
+#include <cstdio>
 #include <iterator>
 #include <span>
 
 #include <utf8.h>
 
-#include "tools/tessarin/arpabet.h"
 #include "tools/tessarin/engine_data.h"
 #include "tools/tessarin/failure.h"
 #include "tools/tessarin/file_io.h"
+#include "tools/tessarin/lexicon_summary.h"
 #include "tools/tessarin/near_characters.h"
 #include "tools/tessarin/spoken_text.h"
 #include "tools/tessarin/word_list.h"
@@ -45,23 +46,47 @@ std::string WithoutAccents(const std::string& word, IVisemixTranscriber& transcr
     return plain;
 }
 
-/// The words that a user adds, in the lexicon's code page, in the order of preference.
+bool IsAscii(const std::string& word) {
+    return std::ranges::all_of(word, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+/// The words that a user adds, in the lexicon's code page, in the order of preference. Those with
+/// accents are there without them too.
 std::vector<word_entry> ReadUserWords(const std::string& path, IVisemixTranscriber& transcriber) {
     const SpokenText text(path, ReadWholeFile(path), "auto", transcriber);
     std::vector<word_entry> entries = ReadWordList(path, text.GetLocal());
     std::vector<word_entry> plain;
     for (const word_entry& entry : entries) {
-        if (ArpabetFromLabels(entry.phonemes).empty()) {
-            throw Failure(kExitFailed, path + ": " + entry.word + "=" + entry.phonemes +
-                                           ": these are not phonemes, such as hEHlOW");
-        }
-        const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
-        if (!std::ranges::all_of(entry.word, isAscii)) {
+        if (!IsAscii(entry.word)) {
             plain.push_back({WithoutAccents(entry.word, transcriber), entry.phonemes});
         }
     }
     std::ranges::move(plain, std::back_inserter(entries));
     return entries;
+}
+
+/// Whether a text that has the word asks the lexicon for it.
+bool IsAskedFor(const word_entry& entry, IVisemixTranscriber& transcriber) {
+    transcriber.Transcribe(entry.word.c_str());
+    uint32_t count = 0;
+    const tessarin::CTxMarker* tokens = transcriber.GetOutputMarkers(&count);
+    if (count != 1 || tokens[0].kind != tessarin::kWordToken || tokens[0].group_count != 1) {
+        return false;
+    }
+    const tessarin::PhonemeGroup& said = tokens[0].groups[0];
+    return std::ranges::find(said.alternatives, said.alternatives + said.alternative_count,
+                             entry.phonemes) != said.alternatives + said.alternative_count;
+}
+
+void WarnOfUselessWords(const std::string& path, std::span<const word_entry> entries,
+                        IVisemixTranscriber& transcriber) {
+    for (const word_entry& entry : entries) {
+        if (entry.line != 0 && !IsAskedFor(entry, transcriber)) {
+            std::fprintf(stderr,
+                         "tessarin: %s: %s changes nothing, since it is not read as one word\n",
+                         PlaceOf(path, entry).c_str(), entry.word.c_str());
+        }
+    }
 }
 
 /// Puts words in place of what the lexicon says of them. A new record goes in front of its word, so
@@ -99,15 +124,25 @@ transcriber_handle FromFileWithWords(const std::string& path, const std::string&
     }
     editor_handle owner(editor);
     transcriber_handle transcriber(editor->GetTranscriber(), {std::move(owner)});
-    ReplaceWords(*editor, ReadUserWords(words, *transcriber));
+    const std::vector<word_entry> entries = ReadUserWords(words, *transcriber);
+    ReplaceWords(*editor, entries);
+    WarnOfUselessWords(words, entries, *transcriber);
     return transcriber;
 }
 
-/// Entries further on in the text are not seen any more, so the user's words go in front.
+/// Of a text, the first entry of a word and its neighbours count, so the user's words go in front,
+/// each with its variants together and none next to what the text itself begins with.
 transcriber_handle FromTextWithWords(const std::string& path, const std::string& lexicon,
                                      const std::string& words) {
+    constexpr const char* kBorder = "\x7F=x\n"; // no text asks for this
     const transcriber_handle language = FromText(path, "");
-    return FromText(path, WriteWordList(ReadUserWords(words, *language), false) + lexicon);
+    std::vector<word_entry> entries = ReadUserWords(words, *language);
+    std::ranges::stable_sort(entries, {},
+                             [](const word_entry& each) { return InUpperCase(each.word); });
+    transcriber_handle transcriber =
+        FromText(path, WriteWordList(entries, false) + kBorder + lexicon);
+    WarnOfUselessWords(words, entries, *transcriber);
+    return transcriber;
 }
 
 } // namespace
@@ -116,9 +151,7 @@ transcriber_handle LoadTranscriber(const data_options& options) {
     const std::string path = DataPathOr(options.lexicon, options, kLexiconName);
     const std::string content = ReadWholeFile(path);
     RequireSize(path, content);
-    tessarin::TranscriberInfo info;
-    const bool isText = GetTranscriberInfo(content.data(), static_cast<uint32_t>(content.size()),
-                                           &info) == tessarin::kInvalidFile;
+    const bool isText = !LooksLikeLexicon(content);
     if (options.words.empty()) {
         return isText ? FromText(path, content) : FromImage(path, content);
     }

@@ -9,14 +9,6 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t";
 
-std::string InUpperCase(std::string_view word) {
-    std::string upper(word);
-    std::ranges::transform(upper, upper.begin(), [](char letter) {
-        return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-    });
-    return upper;
-}
-
 /// A word without the number of its variant, such as the `(2)` of `READ(2)`.
 std::string_view WithoutNumber(std::string_view word) {
     const size_t open = word.rfind('(');
@@ -43,7 +35,8 @@ bool ReadLexiconLine(std::string_view line, word_entry& entry) {
         return false;
     }
     entry.word = line.substr(0, equals);
-    entry.phonemes = line.substr(std::min(line.find_first_not_of(' ', equals + 1), line.size()));
+    line.remove_prefix(std::min(line.find_first_not_of(' ', equals + 1), line.size()));
+    entry.phonemes = line.substr(0, line.find_last_not_of(kBlanks) + 1);
     return !entry.phonemes.empty();
 }
 
@@ -60,13 +53,34 @@ std::vector<word_entry> ReadWordList(const std::string& path, std::string_view t
             continue;
         }
         word_entry entry;
+        entry.line = number;
         if (!ReadDictionaryLine(line, entry) && !ReadLexiconLine(line, entry)) {
-            throw Failure(kExitFailed, path + ": line " + std::to_string(number) +
-                                           " is neither WORD=phonemes nor WORD and ARPAbet");
+            throw Failure(kExitFailed,
+                          PlaceOf(path, entry) + " is neither WORD=phonemes nor WORD and ARPAbet");
+        }
+        if (!ArePhonemes(entry.phonemes)) {
+            throw Failure(kExitFailed, PlaceOf(path, entry) + ": " + entry.phonemes +
+                                           " are not phonemes, such as hEHlOW");
         }
         entries.push_back(std::move(entry));
     }
     return entries;
+}
+
+std::string InUpperCase(std::string_view word) {
+    std::string upper(word);
+    std::ranges::transform(upper, upper.begin(), [](char letter) {
+        return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
+    });
+    return upper;
+}
+
+bool ArePhonemes(std::string_view text) {
+    return !ArpabetFromLabels(text).empty();
+}
+
+std::string PlaceOf(const std::string& path, const word_entry& entry) {
+    return path + ": line " + std::to_string(entry.line);
 }
 
 std::string WriteWordList(const std::vector<word_entry>& entries, bool asDictionary) {
