@@ -7,6 +7,7 @@
 #include "frame/guarded.h"
 #include "model/accoustic_hmm.h"
 #include "recognition/back_pointer_store.h"
+#include "recognition/path_end.h"
 #include "tessarin/observation_stream.h"
 #include "tessarin/progress_sink.h"
 
@@ -85,7 +86,6 @@ struct sliding_search {
     void EndAt(uint32_t t);
 
     bool FindEndState(uint32_t& endState);
-    uint32_t PreferLastWord(uint32_t endState) const;
     error_code TraceBack(uint32_t endState, TArray<uint32_t>& path) const;
 
     const CAccousticHMM& model;
@@ -332,18 +332,9 @@ bool sliding_search::FindEndState(uint32_t& endState) {
         }
         code = kRecognitionFailed;
     }
-    endState = PreferLastWord(endState);
+    endState =
+        PreferLastWord(endState, model.numStates, graph[endState]->phone == 0, previous.scores);
     return true;
-}
-
-/// An optional silence at the end never costs the end of the last word.
-uint32_t sliding_search::PreferLastWord(uint32_t endState) const {
-    const uint32_t phoneStart = endState - endState % static_cast<uint32_t>(model.numStates);
-    if (graph[endState]->phone != 0 || phoneStart == 0) {
-        return endState;
-    }
-    const uint32_t wordEnd = phoneStart - 1;
-    return previous.scores[wordEnd] > previous.scores[endState] ? wordEnd : endState;
 }
 
 error_code sliding_search::TraceBack(uint32_t endState, TArray<uint32_t>& path) const {
@@ -361,14 +352,6 @@ error_code sliding_search::TraceBack(uint32_t endState, TArray<uint32_t>& path) 
     }
     path[0] = state;
     return code;
-}
-
-bool FitEnergies(uint32_t frames, TArray<float>& energies) {
-    if (frames > INT32_MAX) {
-        return false;
-    }
-    const auto count = static_cast<int32_t>(frames);
-    return energies.GetSize() >= count || energies.SetSize(count, 0) != 0;
 }
 
 } // namespace

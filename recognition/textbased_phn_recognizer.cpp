@@ -18,6 +18,7 @@
 #include "recognition/sliding_viterbi.h"
 #include "recognition/state_graph.h"
 #include "recognition/time_base.h"
+#include "recognition/trellis_viterbi.h"
 
 namespace tessarin {
 namespace {
@@ -211,6 +212,20 @@ error_code CTextbasedPhnRecognizer::Viterbi(const CAccousticHMM& model,
     const sliding_viterbi_options options{static_cast<uint16_t>(beamWidth), retryFlag != 0};
     return SlidingViterbi(options, model, graph, positions, startStates, stream, progress, path,
                           energies, score);
+}
+
+error_code CTextbasedPhnRecognizer::ViterbiTrellis(const CAccousticHMM& model,
+                                                   const log_state_graph& graph,
+                                                   const std::vector<uint32_t>& startStates,
+                                                   const std::vector<uint32_t>&,
+                                                   IObservationStream& stream,
+                                                   ProgressSink* progress, TArray<uint32_t>* path,
+                                                   TArray<float>& energies, double* score) {
+    flog scope("CTextbasedPhnRecognizer::Viterbi");
+    const trellis_viterbi_options options{static_cast<uint16_t>(beamWidth), keptPerFrame,
+                                          trellisMemory, logBeam, trellisFile};
+    return TrellisViterbi(options, model, graph, startStates, stream, progress, path, energies,
+                          score);
 }
 
 state_rec** CTextbasedPhnRecognizer::BuildStateGraph(

@@ -12,6 +12,7 @@ namespace tessarin {
 
 class CConcreteSyncMarkerCollection;
 class limited_stream;
+class log_state_graph;
 class quib_allocator;
 struct forward_rec;
 struct word_span;
@@ -51,6 +52,15 @@ public:
                                const std::vector<uint32_t>& endStates, IObservationStream& stream,
                                ProgressSink* progress, TArray<uint32_t>* path,
                                TArray<float>& energies, double* score);
+
+    /// TrellisViterbi with this recognizer's options, for audio whose back-pointers do not fit in
+    /// memory. The chain ends in its last state, wherever `endStates` are.
+    virtual error_code ViterbiTrellis(const CAccousticHMM& model, const log_state_graph& graph,
+                                      const std::vector<uint32_t>& startStates,
+                                      const std::vector<uint32_t>& endStates,
+                                      IObservationStream& stream, ProgressSink* progress,
+                                      TArray<uint32_t>* path, TArray<float>& energies,
+                                      double* score);
 
     /// The search graph of the tokens from `first` up to `end`, whose positions it writes into
     /// them; `*stateCount` receives its size. The graph lives as long as `pool`. Throws
