@@ -3,6 +3,7 @@
 // The whole public surface.
 #include "tessarin/acoustic_model.h"
 #include "tessarin/articulator.h"
+#include "tessarin/command_controller.h"
 #include "tessarin/converted_text.h"
 #include "tessarin/error_codes.h"
 #include "tessarin/language_constraints.h"

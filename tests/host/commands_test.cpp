@@ -1,0 +1,48 @@
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "tessarin/tessarin.h"
+
+namespace {
+
+std::string DataFile(const std::string& name) {
+    std::ifstream file(TESSARIN_SOURCE_DIR "/data/" + name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+struct shipped_model {
+    shipped_model() {
+        const std::string image = DataFile("en-us.model");
+        EXPECT_EQ(CreateAccHMM(image.data(), static_cast<uint32_t>(image.size()), nullptr, &model),
+                  0);
+    }
+    ~shipped_model() { DestroyAccHMM(model); }
+
+    tessarin::CAccousticHMM* model = nullptr;
+};
+
+TEST(CommandFactories, AnswerWhatIsMissing) {
+    const shipped_model shipped;
+    auto* controller = reinterpret_cast<tessarin::IQuibCmdCtrl*>(1);
+    EXPECT_EQ(CreateQuibCmdCtrl(nullptr, shipped.model, 0.0f, nullptr), 1);
+    EXPECT_EQ(CreateQuibCmdCtrl(nullptr, nullptr, 0.0f, &controller), 2);
+    EXPECT_EQ(controller, nullptr);
+}
+
+TEST(CommandFactories, MakeAControllerOfText) {
+    const shipped_model shipped;
+    tessarin::IVisemixTranscriber* transcriber = nullptr;
+    ASSERT_EQ(CreateDefaultTranscriber(nullptr, 0, &transcriber), 0);
+    tessarin::IQuibCmdCtrl* controller = nullptr;
+    ASSERT_EQ(CreateQuibCmdCtrl(nullptr, shipped.model, 0.0f, &controller), 0);
+    controller->AddRef();
+    EXPECT_EQ(controller->AddCommandFromTranscriber("You are about to enter", transcriber), 1u);
+    EXPECT_EQ(controller->AddCommandFromPhonemes("yEHs"), 2u);
+    EXPECT_EQ(controller->Release(), 0);
+    DestroyTranscriber(transcriber);
+}
+
+} // namespace
