@@ -25,7 +25,9 @@ def declared(folder: pathlib.Path) -> set[str]:
 def exported(library: str) -> set[str]:
     listing = subprocess.run(["nm", "--dynamic", "--defined-only", "--format=posix", library],
                              check=True, capture_output=True, text=True).stdout
-    return {line.split()[0] for line in listing.splitlines()}
+    symbols = (line.split() for line in listing.splitlines())
+    # A versioned library also lists the version itself, as an absolute symbol.
+    return {name.split("@")[0] for name, kind, *_ in symbols if kind != "A"}
 
 
 def main() -> int:
