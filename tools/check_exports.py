@@ -38,7 +38,7 @@ def main() -> int:
         print(f"declared but not exported: {name}")
     for name in sorted(foreign):
         print(f"exported but not declared: {name}")
-    engine = sorted(name for name in found if "tessarin" in name)
+    engine = sorted(name for name in found if name.startswith("_Z") and "tessarin" in name)
     for name in engine:
         print(f"engine symbol is visible: {name}")
     print(f"{len(published)} exports are declared")

@@ -11,7 +11,7 @@ import re
 import sys
 
 FOLDERS = ["platform", "frame", "audio", "features", "model", "articulation", "text",
-           "recognition", "control"]
+           "recognition", "control", "c"]
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
 
 

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "c/audio_samples.h"
+#include "c/handles.h"
+#include "c/span_text.h"
+#include "c/transcriber_pool.h"
+#include "tessarin/tessarin_c.h"
+
+struct tessarin_model {
+    tessarin::model_owner hmm;
+};
+
+/// What a search found: the engine's own markers, from which tracks are made, and their copies.
+struct tessarin_result {
+    tessarin::results_owner markers; ///< in milliseconds from the beginning of the stretch
+    int32_t shiftMs = 0;             ///< where the stretch begins
+    std::vector<tessarin_phoneme> phonemes;
+    std::vector<tessarin_span> words;
+    std::vector<tessarin_span> events;
+    std::vector<std::unique_ptr<std::string>> texts; ///< of the spans
+    mutable std::mutex lock;                         ///< over the markers
+};
+
+struct tessarin_transcript {
+    std::vector<tessarin_token> tokens;
+    std::vector<std::unique_ptr<std::string>> texts;
+};
+
+namespace tessarin {
+
+/// A time in a stretch as a time in the audio, held to the range of the result.
+int32_t ShiftedMs(int32_t ms, int32_t shiftMs);
+
+/// What a search is given.
+struct search_input {
+    const tessarin_model& model;
+    const tessarin_audio& audio;
+    const tessarin_search_options* options;
+    const tessarin_progress* progress;
+};
+
+/// Both set `out` when they return 0 or kRecognitionFailed.
+error_code Align(const search_input& input, tessarin_language& language, const char* text,
+                 std::unique_ptr<tessarin_result>& out);
+error_code Recognize(const search_input& input, std::unique_ptr<tessarin_result>& out);
+
+error_code Transcribe(tessarin_language& language, const char* text,
+                      std::unique_ptr<tessarin_transcript>& out);
+
+} // namespace tessarin

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tessarin {
+
+struct TranscriberInfo;
+
+/// A text in UTF-8 as a transcriber reads it, and the way back from places in that to places in the
+/// caller's text.
+class SpanText {
+public:
+    /// Converts to the code page of `info`. What that lacks is put near (FindNearCharacters) or
+    /// becomes a blank. Throws utf8::exception for bytes that are not UTF-8.
+    SpanText(std::string_view utf8, const TranscriberInfo& info);
+
+    const std::string& GetLocal() const { return local; }
+
+    struct place {
+        int32_t offset; ///< in bytes of the caller's text
+        int32_t length;
+    };
+    /// Where a stretch of the local text stands in the caller's text.
+    place FindOriginal(int32_t offset, int32_t length) const;
+    /// The caller's spelling of it.
+    std::string GetOriginal(place stretch) const;
+
+private:
+    std::string original;
+    std::string local;
+    std::vector<uint32_t> starts; ///< of each character of the original, and its end
+    std::vector<uint32_t> owners; ///< for each byte of the local text and its end, the character
+};
+
+} // namespace tessarin

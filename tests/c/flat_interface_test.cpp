@@ -1,0 +1,320 @@
+#include <cmath>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/riff_builder.h"
+#include "support/temp_file.h"
+#include "tessarin/tessarin.h"
+#include "tessarin/tessarin_c.h"
+
+namespace {
+
+using tessarin::test::TempFile;
+using testing::ElementsAre;
+
+constexpr const char* kData = TESSARIN_SOURCE_DIR "/data";
+constexpr const char* kDemo = TESSARIN_SOURCE_DIR "/data/demo/echo-test";
+
+template <auto Free> struct freer {
+    template <class T> void operator()(T* object) const { Free(object); }
+};
+using model_handle = std::unique_ptr<tessarin_model, freer<tessarin_free_model>>;
+using language_handle = std::unique_ptr<tessarin_language, freer<tessarin_free_language>>;
+using audio_handle = std::unique_ptr<tessarin_audio, freer<tessarin_free_audio>>;
+using result_handle = std::unique_ptr<tessarin_result, freer<tessarin_free_result>>;
+using track_handle = std::unique_ptr<tessarin_track, freer<tessarin_free_track>>;
+using transcript_handle = std::unique_ptr<tessarin_transcript, freer<tessarin_free_transcript>>;
+
+std::string Content(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+/// The times, labels and texts of a result, to compare.
+std::vector<std::string> Lines(const tessarin_result* result, int32_t shiftMs = 0) {
+    std::vector<std::string> lines;
+    const auto add = [&](int32_t start, int32_t end, const char* text) {
+        lines.push_back(std::to_string(start + shiftMs) + " " + std::to_string(end + shiftMs) +
+                        " " + text);
+    };
+    uint32_t count = 0;
+    const tessarin_phoneme* phonemes = tessarin_get_phonemes(result, &count);
+    for (uint32_t i = 0; i < count; ++i) {
+        add(phonemes[i].start_ms, phonemes[i].end_ms, phonemes[i].label);
+    }
+    const tessarin_span* words = tessarin_get_words(result, &count);
+    for (uint32_t i = 0; i < count; ++i) {
+        add(words[i].start_ms, words[i].end_ms, words[i].text);
+    }
+    return lines;
+}
+
+class FlatInterface : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        tessarin_model* openedModel = nullptr;
+        tessarin_language* openedLanguage = nullptr;
+        tessarin_audio* openedAudio = nullptr;
+        ASSERT_EQ(tessarin_create_model_from_file((std::string(kData) + "/en-us.model").c_str(),
+                                                  &openedModel),
+                  TESSARIN_OK);
+        ASSERT_EQ(tessarin_create_language_from_file(
+                      (std::string(kData) + "/en-us.lexicon").c_str(), &openedLanguage),
+                  TESSARIN_OK);
+        ASSERT_EQ(
+            tessarin_create_audio_from_file((std::string(kDemo) + ".wav").c_str(), 1, &openedAudio),
+            TESSARIN_OK);
+        model.reset(openedModel);
+        language.reset(openedLanguage);
+        audio.reset(openedAudio);
+        text = Content(std::string(kDemo) + ".txt");
+    }
+    static void TearDownTestSuite() {
+        audio.reset();
+        language.reset();
+        model.reset();
+    }
+
+    static result_handle Align(const tessarin_search_options* options = nullptr,
+                               const std::string& said = text) {
+        tessarin_result* result = nullptr;
+        EXPECT_EQ(tessarin_create_alignment(model.get(), language.get(), audio.get(), said.c_str(),
+                                            options, nullptr, &result),
+                  TESSARIN_OK);
+        return result_handle(result);
+    }
+
+    static inline model_handle model;
+    static inline language_handle language;
+    static inline audio_handle audio;
+    static inline std::string text;
+};
+
+TEST_F(FlatInterface, FindsWhatTheClassesFind) {
+    const std::string image = Content(std::string(kData) + "/en-us.model");
+    tessarin::CAccousticHMM* hmm = nullptr;
+    tessarin::IVisemixTranscriber* transcriber = nullptr;
+    tessarin::IObservationStream* stream = nullptr;
+    tessarin::ISyncResultsCollection* markers = nullptr;
+    tessarin::ITextBasedPhnRecognizer* aligner = nullptr;
+    tessarin::ITextlessPhnRecognizer* recognizer = nullptr;
+    const std::string path = std::string(kDemo) + ".wav";
+    ASSERT_EQ(CreateAccHMM(image.data(), static_cast<uint32_t>(image.size()), nullptr, &hmm), 0);
+    ASSERT_EQ(CreateTranscriberFromLexiconFile((std::string(kData) + "/en-us.lexicon").c_str(),
+                                               &transcriber),
+              0);
+    ASSERT_EQ(CreateObservationStreamFromAudioFile(path.c_str(), hmm, &stream), 0);
+    ASSERT_EQ(CreateSyncResultsCollection(tessarin::kPostProcessScores, &markers), 0);
+    CreateTextBasedRecognizer(&aligner);
+    CreateTextlessPhnRecognizer(&recognizer);
+    ASSERT_EQ(aligner->RecognizePhonemes(stream, hmm, text.c_str(), transcriber, nullptr, markers),
+              0);
+
+    const auto expectSame = [&](const tessarin_result* result) {
+        std::vector<std::string> phonemes;
+        std::vector<std::string> words;
+        for (const tessarin::CSyncMarker* m = markers->begin(); m != markers->end(); ++m) {
+            const std::string times = std::to_string(m->start) + " " + std::to_string(m->end) + " ";
+            if (m->type == tessarin::kPhonemeMarker) {
+                phonemes.push_back(times + m->label);
+            } else if (m->type == tessarin::kWordMarker) {
+                words.push_back(times + m->text);
+            }
+        }
+        phonemes.insert(phonemes.end(), words.begin(), words.end());
+        ASSERT_GT(phonemes.size(), 100u);
+        EXPECT_EQ(Lines(result), phonemes);
+    };
+    expectSame(Align().get());
+
+    DestroyObservationStream(stream);
+    ASSERT_EQ(CreateObservationStreamFromAudioFile(path.c_str(), hmm, &stream), 0);
+    ASSERT_EQ(recognizer->RecognizePhonemes(stream, hmm, nullptr, markers), 0);
+    tessarin_result* heard = nullptr;
+    ASSERT_EQ(tessarin_create_recognition(model.get(), audio.get(), nullptr, nullptr, &heard),
+              TESSARIN_OK);
+    const result_handle owner(heard);
+    expectSame(heard);
+
+    DestroyTextlessPhnRecognizer(recognizer);
+    DestroyTextBasedRecognizer(aligner);
+    DestroySyncResultsCollection(markers);
+    DestroyObservationStream(stream);
+    DestroyTranscriber(transcriber);
+    DestroyAccHMM(hmm);
+}
+
+TEST_F(FlatInterface, AStretchIsFoundWhereItStandsInTheAudio) {
+    uint32_t count = 0;
+    const int16_t* samples = tessarin_get_audio_samples(audio.get(), &count);
+    const uint32_t rate = tessarin_get_audio_rate_hz(audio.get());
+    const uint32_t from = rate; // a second
+    const uint32_t to = std::min(count, 4 * rate);
+    tessarin_audio* cut = nullptr;
+    ASSERT_EQ(tessarin_create_audio_from_int16(samples + from, to - from, rate, &cut), TESSARIN_OK);
+    const audio_handle cutOwner(cut);
+    tessarin_result* alone = nullptr;
+    ASSERT_EQ(tessarin_create_recognition(model.get(), cut, nullptr, nullptr, &alone), TESSARIN_OK);
+    const result_handle aloneOwner(alone);
+    tessarin_search_options options{sizeof options, 0, 1000, 4000};
+    tessarin_result* stretch = nullptr;
+    ASSERT_EQ(tessarin_create_recognition(model.get(), audio.get(), &options, nullptr, &stretch),
+              TESSARIN_OK);
+    const result_handle stretchOwner(stretch);
+    EXPECT_EQ(Lines(stretch), Lines(alone, 1000));
+
+    tessarin_track* tracks[2] = {};
+    ASSERT_EQ(tessarin_create_track(alone, nullptr, &tracks[0]), TESSARIN_OK);
+    ASSERT_EQ(tessarin_create_track(stretch, nullptr, &tracks[1]), TESSARIN_OK);
+    const track_handle owners[] = {track_handle(tracks[0]), track_handle(tracks[1])};
+    uint32_t numFrames[2] = {};
+    const tessarin_frame* early = tessarin_get_track_frames(tracks[0], &numFrames[0]);
+    const tessarin_frame* late = tessarin_get_track_frames(tracks[1], &numFrames[1]);
+    ASSERT_EQ(numFrames[0], numFrames[1]);
+    ASSERT_GT(numFrames[0], 80u);
+    EXPECT_EQ(late[50].start_ms, early[50].start_ms + 1000);
+    EXPECT_STREQ(late[50].weights[0].label, early[50].weights[0].label);
+
+    const int32_t past = static_cast<int32_t>(count / rate + 1) * 1000;
+    for (const tessarin_search_options& bad :
+         {tessarin_search_options{sizeof options, 0, -1, 0},
+          tessarin_search_options{sizeof options, 0, past, 0},
+          tessarin_search_options{sizeof options, 0, 2000, 1000}}) {
+        EXPECT_EQ(tessarin_create_recognition(model.get(), audio.get(), &bad, nullptr, &stretch),
+                  TESSARIN_OUT_OF_RANGE);
+        EXPECT_EQ(stretch, nullptr);
+    }
+}
+
+TEST_F(FlatInterface, ThreadsShareAModelALanguageAndAResult) {
+    const std::vector<std::string> expected = Lines(Align().get());
+    const result_handle shared = Align();
+    std::vector<std::vector<std::string>> found(4);
+    std::vector<std::thread> threads;
+    for (auto& lines : found) {
+        threads.emplace_back([&lines, &shared] {
+            lines = Lines(Align().get());
+            tessarin_track* track = nullptr;
+            EXPECT_EQ(tessarin_create_track(shared.get(), nullptr, &track), TESSARIN_OK);
+            tessarin_free_track(track);
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    for (const auto& lines : found) {
+        EXPECT_EQ(lines, expected);
+    }
+}
+
+TEST_F(FlatInterface, ALostTextStillGivesWhatWasFound) {
+    std::string foreign;
+    for (int i = 0; i < 300; ++i) {
+        foreign += "completely different words that nobody said here ";
+    }
+    tessarin_result* result = nullptr;
+    EXPECT_EQ(tessarin_create_alignment(model.get(), language.get(), audio.get(), foreign.c_str(),
+                                        nullptr, nullptr, &result),
+              TESSARIN_RECOGNITION_FAILED);
+    EXPECT_NE(result, nullptr);
+    tessarin_free_result(result);
+}
+
+TEST_F(FlatInterface, TokensStandWhereTheyStandInUtf8) {
+    tessarin_transcript* transcript = nullptr;
+    ASSERT_EQ(tessarin_create_transcript(language.get(), "\xEF\xBB\xBFZoë “is” Łódź", &transcript),
+              TESSARIN_OK);
+    const transcript_handle owner(transcript);
+    uint32_t count = 0;
+    const tessarin_token* tokens = tessarin_get_transcript_tokens(transcript, &count);
+    std::vector<std::string> found;
+    for (uint32_t i = 0; i < count; ++i) {
+        if (tokens[i].kind == TESSARIN_WORD) {
+            found.push_back(std::to_string(tokens[i].text_offset) + "+" +
+                            std::to_string(tokens[i].text_length) + " " + tokens[i].text);
+        }
+    }
+    EXPECT_THAT(found, ElementsAre("3+4 Zoë", "8+8 “is”", "17+7 Łódź"));
+    EXPECT_STREQ(tokens[0].phonemes, "zOWIY");
+    EXPECT_EQ(tessarin_create_transcript(language.get(), "caf\xE9", &transcript),
+              TESSARIN_INVALID_UTF8);
+    EXPECT_EQ(transcript, nullptr);
+}
+
+TEST_F(FlatInterface, SamplesComeFromFilesAndFromFloats) {
+    const std::vector<int16_t> interleaved = {100, 300, -101, -300, 7, 8};
+    const TempFile file(tessarin::test::WavFile(8000, 2, interleaved), ".wav");
+    const auto samplesOf = [](tessarin_audio* opened) {
+        const audio_handle owner(opened);
+        uint32_t count = 0;
+        const int16_t* samples = tessarin_get_audio_samples(opened, &count);
+        return std::vector<int16_t>(samples, samples + count);
+    };
+    tessarin_audio* opened = nullptr;
+    ASSERT_EQ(tessarin_create_audio_from_file(file.Path(), 2, &opened), TESSARIN_OK);
+    EXPECT_THAT(samplesOf(opened), ElementsAre(300, -300, 8));
+    ASSERT_EQ(tessarin_create_audio_from_file(file.Path(), 0, &opened), TESSARIN_OK);
+    EXPECT_THAT(samplesOf(opened), ElementsAre(200, -200, 8)) << "halves go to the even number";
+    EXPECT_EQ(tessarin_create_audio_from_file(file.Path(), 3, &opened), TESSARIN_OUT_OF_RANGE);
+    EXPECT_EQ(opened, nullptr);
+    EXPECT_EQ(tessarin_create_audio_from_file("no-such.wav", 1, &opened), TESSARIN_FILE_NOT_FOUND);
+
+    const float floats[] = {0.5f, -1.0f, 2.0f, std::nanf(""),
+                            -std::numeric_limits<float>::infinity()};
+    ASSERT_EQ(tessarin_create_audio_from_float(floats, 5, 16000, &opened), TESSARIN_OK);
+    EXPECT_THAT(samplesOf(opened), ElementsAre(16384, -32768, 32767, 0, 0));
+    EXPECT_EQ(tessarin_create_audio_from_float(floats, 5, 65536, &opened), TESSARIN_OUT_OF_RANGE);
+    EXPECT_EQ(tessarin_create_audio_from_float(floats, 5, 0, &opened), TESSARIN_OUT_OF_RANGE);
+}
+
+TEST_F(FlatInterface, BadInputIsACode) {
+    tessarin_model* badModel = nullptr;
+    tessarin_language* badLanguage = nullptr;
+    EXPECT_EQ(tessarin_create_model_from_file("no-such-file", &badModel), TESSARIN_FILE_NOT_FOUND);
+    EXPECT_EQ(tessarin_create_model_from_memory("mmhz", 4, &badModel), TESSARIN_INVALID_FILE);
+    EXPECT_EQ(tessarin_create_language_from_memory("TCID\2\0\0\0", 8, &badLanguage),
+              TESSARIN_INVALID_FILE);
+    EXPECT_EQ(badLanguage, nullptr);
+    ASSERT_EQ(tessarin_create_language_from_memory(nullptr, 0, &badLanguage), TESSARIN_OK);
+    tessarin_transcript* transcript = nullptr;
+    EXPECT_EQ(tessarin_create_transcript(badLanguage, "cat", &transcript), TESSARIN_OK);
+    EXPECT_STREQ(tessarin_get_transcript_tokens(transcript, nullptr)->phonemes, "kAEt")
+        << "the built-in rules are there without a lexicon";
+    tessarin_free_transcript(transcript);
+    tessarin_free_language(badLanguage);
+
+    const result_handle result = Align();
+    tessarin_track* track = nullptr;
+    tessarin_track_options options{};
+    EXPECT_EQ(tessarin_create_track(result.get(), &options, &track), TESSARIN_INVALID_ARGUMENT)
+        << "a struct without its size";
+    options.size = sizeof options;
+    options.frame_rate = std::nanf("");
+    EXPECT_EQ(tessarin_create_track(result.get(), &options, &track), TESSARIN_OUT_OF_RANGE);
+    options.frame_rate = 0;
+    options.max_weights = 11;
+    EXPECT_EQ(tessarin_create_track(result.get(), &options, &track), TESSARIN_OUT_OF_RANGE);
+    options.max_weights = 2;
+    options.rules = "no rules";
+    options.rules_length = 8;
+    EXPECT_EQ(tessarin_create_track(result.get(), &options, &track), TESSARIN_INVALID_FILE);
+    EXPECT_EQ(track, nullptr);
+    options.rules = nullptr;
+    ASSERT_EQ(tessarin_create_track(result.get(), &options, &track), TESSARIN_OK);
+    const track_handle owner(track);
+    uint32_t count = 0;
+    const tessarin_frame* frames = tessarin_get_track_frames(track, &count);
+    for (uint32_t i = 0; i < count; ++i) {
+        EXPECT_LE(frames[i].count, 2);
+    }
+}
+
+} // namespace

@@ -1,0 +1,132 @@
+/* Does with nothing but C what a program in C would: aligns a recording, reads all that comes back,
+   watches, cancels, and makes a track. usage: plain_c_test DATA_FOLDER DEMO_WITHOUT_EXTENSION */
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "tessarin/tessarin_c.h"
+
+static int failures = 0;
+
+static void Check(int holds, const char* what) {
+    if (!holds) {
+        fprintf(stderr, "does not hold: %s\n", what);
+        ++failures;
+    }
+}
+
+static const char* Join(char* buffer, size_t size, const char* first, const char* second) {
+    snprintf(buffer, size, "%s%s", first, second);
+    return buffer;
+}
+
+static void ReadText(const char* path, char* text, size_t size) {
+    FILE* file = fopen(path, "rb");
+    size_t length = file != NULL ? fread(text, 1, size - 1, file) : 0;
+    text[length] = '\0';
+    if (file != NULL) {
+        fclose(file);
+    }
+}
+
+typedef struct watcher {
+    uint32_t calls;
+    uint32_t last;
+    uint32_t cancelAt;
+} watcher;
+
+static int32_t Watch(void* user, uint32_t done, uint32_t total) {
+    watcher* self = user;
+    self->calls++;
+    Check(done <= total, "progress stays within its total");
+    self->last = done;
+    return self->cancelAt != 0 && self->calls >= self->cancelAt;
+}
+
+static void CheckTrack(const tessarin_result* result) {
+    tessarin_track_options options = {0};
+    tessarin_track* track = NULL;
+    uint32_t count = 0;
+    uint32_t i;
+    options.size = sizeof options;
+    options.frame_rate = 25.0f;
+    Check(tessarin_create_track(result, &options, &track) == TESSARIN_OK, "a track is made");
+    {
+        const tessarin_frame* frames = tessarin_get_track_frames(track, &count);
+        Check(count > 100, "the track has frames");
+        for (i = 0; i < count; ++i) {
+            float sum = 0.0f;
+            int32_t k;
+            for (k = 0; k < frames[i].count; ++k) {
+                sum += frames[i].weights[k].weight;
+            }
+            Check(sum > 0.999f && sum < 1.001f, "weights sum to 1");
+            Check(frames[i].end_ms - frames[i].start_ms == 40, "a frame lasts as long as asked");
+        }
+    }
+    tessarin_free_track(track);
+}
+
+static void CheckResult(const tessarin_result* result, const char* text) {
+    uint32_t numWords = 0;
+    uint32_t numPhonemes = 0;
+    uint32_t i;
+    const tessarin_span* words = tessarin_get_words(result, &numWords);
+    const tessarin_phoneme* phonemes = tessarin_get_phonemes(result, &numPhonemes);
+    Check(numWords > 20 && numPhonemes > numWords, "words and phonemes are found");
+    for (i = 0; i < numWords; ++i) {
+        Check(strncmp(text + words[i].text_offset, words[i].text, (size_t)words[i].text_length) ==
+                  0,
+              "a word stands at its place in the text");
+        Check(i == 0 || words[i].start_ms >= words[i - 1].end_ms, "words follow each other");
+    }
+    Check(phonemes[0].label[0] != '\0', "phonemes have labels");
+}
+
+int main(int argc, char** argv) {
+    char path[4096];
+    static char text[65536];
+    tessarin_model* model = NULL;
+    tessarin_language* language = NULL;
+    tessarin_audio* audio = NULL;
+    tessarin_result* result = NULL;
+    watcher all = {0, 0, 0};
+    watcher brief = {0, 0, 3};
+    tessarin_progress progress = {NULL, NULL, Watch};
+    if (argc != 3) {
+        return 1;
+    }
+    Check(tessarin_create_model_from_file(Join(path, sizeof path, argv[1], "/en-us.model"),
+                                          &model) == TESSARIN_OK,
+          "the model opens");
+    Check(tessarin_create_language_from_file(Join(path, sizeof path, argv[1], "/en-us.lexicon"),
+                                             &language) == TESSARIN_OK,
+          "the lexicon opens");
+    Check(tessarin_create_audio_from_file(Join(path, sizeof path, argv[2], ".wav"), 1, &audio) ==
+              TESSARIN_OK,
+          "the recording opens");
+    ReadText(Join(path, sizeof path, argv[2], ".txt"), text, sizeof text);
+
+    progress.user = &all;
+    Check(tessarin_create_alignment(model, language, audio, text, NULL, &progress, &result) ==
+              TESSARIN_OK,
+          "the text is found");
+    Check(all.calls > 10, "progress is told");
+    CheckResult(result, text);
+    CheckTrack(result);
+    tessarin_free_result(result);
+
+    progress.user = &brief;
+    Check(tessarin_create_alignment(model, language, audio, text, NULL, &progress, &result) ==
+              TESSARIN_CANCELLED,
+          "an alignment is cancelled");
+    Check(result == NULL && brief.calls == 3, "and leaves nothing, at once");
+
+    Check(tessarin_create_alignment(model, NULL, audio, text, NULL, NULL, &result) ==
+              TESSARIN_INVALID_ARGUMENT,
+          "a missing language is told");
+    tessarin_free_audio(audio);
+    tessarin_free_language(language);
+    tessarin_free_model(model);
+    return failures == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+}
