@@ -93,6 +93,9 @@ std::string TokensAsJson(const SpokenText& text, const CTxMarker* tokens, uint32
                         {"text_offset", place.offset},
                         {"text_length", place.length},
                         {"phonemes", std::move(groups)}});
+        if (tokens[i].kind == tessarin::kCutToken) {
+            list.back()["cut_ms"] = tokens[i].value;
+        }
     }
     return json{{"tokens", std::move(list)}}.dump(1, ' ', false, json::error_handler_t::replace) +
            "\n";
