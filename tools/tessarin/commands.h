@@ -6,6 +6,7 @@
 /// throws Failure when it cannot be done.
 void AddAlignCommand(CLI::App& app);
 void AddRecognizeCommand(CLI::App& app);
+void AddAnimateCommand(CLI::App& app);
 void AddTranscribeCommand(CLI::App& app);
 void AddInspectCommand(CLI::App& app);
 void AddLexiconCommand(CLI::App& app);

@@ -9,6 +9,8 @@
 #include <iterator>
 #include <system_error>
 
+#include <utf8.h>
+
 #include "tools/tessarin/failure.h"
 
 namespace {
@@ -48,6 +50,28 @@ std::string ReadWholeFile(const std::string& path) {
         throw Failure(kExitFailed, WithReason(path + ": cannot be read", errno));
     }
     return content;
+}
+
+std::string ReadUtf8File(const std::string& path) {
+    std::string bytes = ReadWholeFile(path);
+    if (bytes.starts_with("\xEF\xBB\xBF")) {
+        return bytes.substr(3);
+    }
+    const bool isLittle = bytes.starts_with("\xFF\xFE");
+    if (!isLittle && !bytes.starts_with("\xFE\xFF")) {
+        return bytes;
+    }
+    std::u16string units;
+    for (size_t i = 2; i + 1 < bytes.size(); i += 2) {
+        const auto low = static_cast<uint8_t>(bytes[isLittle ? i : i + 1]);
+        const auto high = static_cast<uint8_t>(bytes[isLittle ? i + 1 : i]);
+        units += static_cast<char16_t>(high << 8 | low);
+    }
+    try {
+        return utf8::utf16to8(units);
+    } catch (const utf8::exception&) {
+        throw Failure(kExitFailed, path + ": is not valid UTF-16");
+    }
 }
 
 void WriteOutput(const std::string& path, const std::string& content) {

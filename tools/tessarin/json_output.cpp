@@ -29,6 +29,25 @@ json FrameJson(const mouth_frame& frame) {
     return {{"start_ms", frame.startMs}, {"end_ms", frame.endMs}, {"weights", weights}};
 }
 
+json FramesJson(const std::vector<mouth_frame>& frames) {
+    json list = json::array();
+    for (const mouth_frame& frame : frames) {
+        list.push_back(FrameJson(frame));
+    }
+    return list;
+}
+
+json CurveJson(const weight_curve& curve) {
+    json keys = json::array();
+    for (const auto& [ms, weight] : curve.keys) {
+        keys.push_back({ms, Rounded(weight)});
+    }
+    return {{"label", curve.label},
+            {"start_ms", curve.startMs},
+            {"end_ms", curve.endMs},
+            {"keys", std::move(keys)}};
+}
+
 } // namespace
 
 std::string WriteJson(const timed_result& result) {
@@ -49,17 +68,20 @@ std::string WriteJson(const timed_result& result) {
         entry["type"] = SpanTypeName(event.type);
         events.push_back(std::move(entry));
     }
-    json frames = json::array();
-    for (const mouth_frame& frame : result.frames) {
-        frames.push_back(FrameJson(frame));
+    json curves = json::array();
+    for (const weight_curve& curve : result.curves) {
+        curves.push_back(CurveJson(curve));
     }
-    const json document = {{"audio", result.audio},
+    const json document = {{"version", kJsonVersion},
+                           {"audio", result.audio},
                            {"duration_ms", result.durationMs},
                            {"code", result.code},
                            {"message", result.message},
                            {"phonemes", std::move(phonemes)},
                            {"words", std::move(words)},
                            {"events", std::move(events)},
-                           {"frames", std::move(frames)}};
+                           {"frames", FramesJson(result.frames)},
+                           {"curves", std::move(curves)},
+                           {"stretches", FramesJson(result.stretches)}};
     return document.dump(1, ' ', false, json::error_handler_t::replace) + "\n";
 }

@@ -16,6 +16,7 @@ int Run(int argc, char** argv) {
     app.get_formatter()->column_width(34);
     AddAlignCommand(app);
     AddRecognizeCommand(app);
+    AddAnimateCommand(app);
     AddTranscribeCommand(app);
     AddInspectCommand(app);
     AddLexiconCommand(app);

@@ -5,6 +5,8 @@
 
 #include "tools/tessarin/commands.h"
 #include "tools/tessarin/engine_data.h"
+#include "tools/tessarin/mouth_track.h"
+#include "tools/tessarin/outputs.h"
 #include "tools/tessarin/recording.h"
 
 class SpokenText;
@@ -13,11 +15,9 @@ class SpokenText;
 struct recording_options {
     std::string audio;
     data_options data;
-    std::string rules;
     std::string channel = "1";
-    double fps = 0;
-    std::string format = "json";
-    std::string output = "-";
+    track_options track;
+    output_options outputs;
     bool quiet = false;
 };
 

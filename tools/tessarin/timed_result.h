@@ -33,6 +33,14 @@ struct mouth_frame {
     std::vector<std::pair<std::string, float>> weights; ///< label and weight, largest first
 };
 
+/// The weight of one occurrence of a phoneme over time.
+struct weight_curve {
+    std::string label;
+    int32_t startMs;
+    int32_t endMs;
+    std::vector<std::pair<int32_t, float>> keys; ///< milliseconds and weight; straight in between
+};
+
 /// What a run found, free of the engine's objects: every output format is written from this.
 struct timed_result {
     std::string audio;
@@ -43,12 +51,19 @@ struct timed_result {
     std::vector<timed_span> words;
     std::vector<timed_span> events;
     std::vector<mouth_frame> frames;
+    std::vector<weight_curve> curves;
+    std::vector<mouth_frame> stretches; ///< mixtures that stand for stretches the user asked for
 };
 
 /// Copies the markers of `results` into `out`. With `text`, spans get their places and their
 /// spelling in what the user gave.
 void CollectMarkers(tessarin::ISyncResultsCollection& results, const SpokenText* text,
                     timed_result* out);
+
+mouth_frame CopyFrame(const tessarin::articulation& frame);
+
+/// Copies the articulator's envelopes into `out`.
+void CollectCurves(tessarin::IPhnMixtureArticulator& articulator, timed_result* out);
 
 /// Copies the articulator's frames into `out`.
 void CollectFrames(tessarin::IPhnMixtureArticulator& articulator, timed_result* out);

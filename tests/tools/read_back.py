@@ -1,0 +1,112 @@
+#!/usr/bin/env python3
+"""Lets programs that are not ours read what the tool writes: Praat the TextGrid, ffmpeg the
+captions, a schema validator the JSON. What is not installed is told and skipped.
+
+usage: read_back.py TOOL SOURCE_FOLDER
+"""
+
+import csv
+import json
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import xml.etree.ElementTree
+
+SKIPPED = 77
+
+PRAAT_SCRIPT = """
+form Read
+    sentence file
+endform
+Read from file: file$
+tiers = Get number of tiers
+for tier to tiers
+    name$ = Get tier name: tier
+    intervals = Get number of intervals: tier
+    for i to intervals
+        start = Get start time of interval: tier, i
+        label$ = Get label of interval: tier, i
+        if label$ <> ""
+            appendInfoLine: name$, tab$, round(start * 1000), tab$, label$
+        endif
+    endfor
+endfor
+"""
+
+
+def run(*command: str) -> str:
+    return subprocess.run(command, check=True, capture_output=True, text=True,
+                          stdin=subprocess.DEVNULL).stdout
+
+
+def check_grid(folder: pathlib.Path, result: dict) -> None:
+    script = folder / "read.praat"
+    script.write_text(PRAAT_SCRIPT, encoding="utf-8")
+    rows = [line.split("\t") for line in
+            run("praat", "--run", str(script), str(folder / "a.TextGrid")).splitlines()]
+    words = [(int(row[1]), row[2]) for row in rows if row[0] == "words"]
+    phones = [(int(row[1]), row[2]) for row in rows if row[0] == "phones"]
+    assert words == [(word["start_ms"], word["text"]) for word in result["words"]]
+    assert phones == [(phone["start_ms"], phone["label"]) for phone in result["phonemes"]
+                      if phone["label"] != "x"]
+
+
+def check_captions(folder: pathlib.Path, result: dict) -> None:
+    told = [word["text"] for word in result["words"]]
+    for name in ("a.vtt", "a.srt"):
+        text = run("ffmpeg", "-v", "error", "-xerror", "-i", str(folder / name), "-f", "srt", "-")
+        spoken = " ".join(line for line in text.splitlines()
+                          if line and "-->" not in line and not line.isdigit())
+        plain = [word.strip(".,!?;:\"").lower() for word in spoken.split()]
+        assert plain == [word.lower() for word in told], (name, plain, told)
+
+
+def check_schema(folder: pathlib.Path, result: dict, source: pathlib.Path) -> None:
+    import jsonschema
+    schema = json.loads((source / "docs/result.schema.json").read_text(encoding="utf-8"))
+    jsonschema.Draft202012Validator.check_schema(schema)
+    jsonschema.Draft202012Validator(schema).validate(result)
+    broken = json.loads(json.dumps(result))
+    broken["frames"][0]["weights"]["q"] = 2
+    assert not jsonschema.Draft202012Validator(schema).is_valid(broken)
+
+
+def check_switches(folder: pathlib.Path) -> None:
+    cues = xml.etree.ElementTree.parse(folder / "a.xml").getroot().find("mouthCues")
+    seen = [(cue.get("start"), cue.text) for cue in cues]
+    with open(folder / "a.switches.tsv", encoding="utf-8", newline="") as file:
+        rows = [tuple(row) for row in csv.reader(file, delimiter="\t")]
+    assert len(seen) > 20 and rows[:-1] == seen
+
+
+def main() -> int:
+    tool, source = sys.argv[1], pathlib.Path(sys.argv[2])
+    readers = {"praat": shutil.which("praat"), "ffmpeg": shutil.which("ffmpeg")}
+    try:
+        import jsonschema
+        readers["jsonschema"] = jsonschema.__file__
+    except ImportError:
+        readers["jsonschema"] = None
+    with tempfile.TemporaryDirectory() as name:
+        folder = pathlib.Path(name)
+        outputs = ["a.json", "a.TextGrid", "a.vtt", "a.srt", "a.xml", "a.switches.tsv"]
+        demo = source / "data/demo/echo-test"
+        run(tool, "align", f"{demo}.wav", "--text-file", f"{demo}.txt", "--quantize", "500-900",
+            *(part for output in outputs for part in ("-o", str(folder / output))))
+        result = json.loads((folder / "a.json").read_text(encoding="utf-8"))
+        check_switches(folder)
+        if readers["praat"]:
+            check_grid(folder, result)
+        if readers["ffmpeg"]:
+            check_captions(folder, result)
+        if readers["jsonschema"]:
+            check_schema(folder, result, source)
+    missing = [reader for reader, found in readers.items() if not found]
+    print("not installed, so not asked: " + ", ".join(missing) if missing else "all read it")
+    return SKIPPED if len(missing) == len(readers) else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
