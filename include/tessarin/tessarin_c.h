@@ -1,6 +1,6 @@
 #pragma once
 
-/*
+/** @file
  * The library for callers that are not C++: opaque handles, plain structs, no virtual tables.
  *
  * Ownership is in the names. tessarin_create_X gives an object to the caller through its last
@@ -27,7 +27,7 @@
 
 #include "tessarin/export.h"
 
-/* The numbers of error_codes.h. */
+/** The numbers of error_codes.h. */
 enum tessarin_code {
     TESSARIN_OK = 0,
     TESSARIN_OUT_OF_MEMORY = 1,
@@ -36,7 +36,7 @@ enum tessarin_code {
     TESSARIN_INTERNAL_ERROR = 4,
     TESSARIN_CANCELLED = 5,
     TESSARIN_NOT_AVAILABLE = 6,
-    TESSARIN_RECOGNITION_FAILED = 8, /* the search lost the text */
+    TESSARIN_RECOGNITION_FAILED = 8, /**< the search lost the text */
     TESSARIN_FILE_NOT_FOUND = 10,
     TESSARIN_INVALID_FILE = 12,
     TESSARIN_INVALID_UTF8 = 20,
@@ -44,167 +44,178 @@ enum tessarin_code {
     TESSARIN_EXCEPTION = 22
 };
 
-typedef struct tessarin_model tessarin_model;           /* how phonemes sound */
-typedef struct tessarin_language tessarin_language;     /* how texts are said */
-typedef struct tessarin_audio tessarin_audio;           /* a recording in memory */
-typedef struct tessarin_transcript tessarin_transcript; /* how one text is said */
-typedef struct tessarin_result tessarin_result;         /* when what was said */
-typedef struct tessarin_track tessarin_track;           /* the mouth, frame by frame */
+typedef struct tessarin_model tessarin_model;           /**< how phonemes sound */
+typedef struct tessarin_language tessarin_language;     /**< how texts are said */
+typedef struct tessarin_audio tessarin_audio;           /**< a recording in memory */
+typedef struct tessarin_transcript tessarin_transcript; /**< how one text is said */
+typedef struct tessarin_result tessarin_result;         /**< when what was said */
+typedef struct tessarin_track tessarin_track;           /**< the mouth, frame by frame */
 
-/* Follows a search, on the thread of the call. Either function may be null. */
+/** Follows a search, on the thread of the call. Either function may be null. */
 typedef struct tessarin_progress {
-    void* user;                                      /* passed on to both */
-    void (*on_status)(void* user, const char* text); /* a phase begins */
-    /* `done` of `total` steps are done. Anything but 0 cancels with TESSARIN_CANCELLED. */
+    void* user;                                      /**< passed on to both */
+    void (*on_status)(void* user, const char* text); /**< a phase begins */
+    /** `done` of `total` steps are done. Anything but 0 cancels with TESSARIN_CANCELLED. */
     int32_t (*on_progress)(void* user, uint32_t done, uint32_t total);
 } tessarin_progress;
 
+/** How audio is searched. */
 typedef struct tessarin_search_options {
     uint32_t size;
-    int32_t beam_width; /* of an alignment in states, 500 to 8000; 0: 2000 */
-    int32_t from_ms;    /* the stretch of the audio that is searched */
-    int32_t to_ms;      /* 0: to its end */
+    int32_t beam_width; /**< of an alignment in states, 500 to 8000; 0: 2000 */
+    int32_t from_ms;    /**< the stretch of the audio that is searched */
+    int32_t to_ms;      /**< 0: to its end */
 } tessarin_search_options;
 
+/** Flags of tessarin_track_options. */
 enum tessarin_track_flags {
-    TESSARIN_TRACK_SMOOTH = 1,      /* closed lips close in at least one frame; no shape jumps */
-    TESSARIN_TRACK_EXCESS_LEVEL = 4 /* the part of a phoneme's level above 1 counts */
+    TESSARIN_TRACK_SMOOTH = 1,      /**< closed lips close in at least one frame; no shape jumps */
+    TESSARIN_TRACK_EXCESS_LEVEL = 4 /**< the part of a phoneme's level above 1 counts */
 };
 
+/** How a track is made. */
 typedef struct tessarin_track_options {
     uint32_t size;
     uint32_t flags;
-    float frame_rate;    /* frames a second, to 1000; 0: that of the rules */
-    float slope;         /* with SMOOTH, the largest change of a weight a frame; 0: 0.25 */
-    int32_t max_weights; /* in a frame, 1 to 10; 0: 10 */
+    float frame_rate;    /**< frames a second, to 1000; 0: that of the rules */
+    float slope;         /**< with SMOOTH, the largest change of a weight a frame; 0: 0.25 */
+    int32_t max_weights; /**< in a frame, 1 to 10; 0: 10 */
     int32_t rules_length;
-    const char* rules; /* articulation rules of rules_length bytes; null: the built-in ones */
+    const char* rules; /**< articulation rules of rules_length bytes; null: the built-in ones */
 } tessarin_track_options;
 
+/** A sound. */
 typedef struct tessarin_phoneme {
     int32_t start_ms;
     int32_t end_ms;
-    float score;   /* strength of the sound, 0 to 100; not a confidence */
-    char label[8]; /* zero-terminated; "x" is silence */
+    float score;   /**< strength of the sound, 0 to 100; not a confidence */
+    char label[8]; /**< zero-terminated; "x" is silence */
 } tessarin_phoneme;
 
+/** What a span or a token is. */
 enum tessarin_span_kind {
     TESSARIN_WORD = 1,
-    TESSARIN_TAG = 2, /* text in brackets, or a tag */
-    TESSARIN_CUT = 3, /* a tag that divides the text */
+    TESSARIN_TAG = 2, /**< text in brackets, or a tag */
+    TESSARIN_CUT = 3, /**< a tag that divides the text */
     TESSARIN_PUNCTUATION = 4
 };
 
-/* A word or an event of a text that was aligned. */
+/** A word or an event of a text that was aligned. */
 typedef struct tessarin_span {
-    int32_t kind; /* a tessarin_span_kind */
+    int32_t kind; /**< a tessarin_span_kind */
     int32_t start_ms;
     int32_t end_ms;
-    int32_t text_offset; /* place in the text that was given */
+    int32_t text_offset; /**< place in the text that was given */
     int32_t text_length;
-    const char* text; /* as it was spelled there */
+    const char* text; /**< as it was spelled there */
 } tessarin_span;
 
-/* A piece of a text with its pronunciation. */
+/** A piece of a text with its pronunciation. */
 typedef struct tessarin_token {
-    int32_t kind; /* a tessarin_span_kind */
+    int32_t kind; /**< a tessarin_span_kind */
     int32_t text_offset;
     int32_t text_length;
-    int32_t cut_ms; /* the time of a cut, otherwise -1 */
+    int32_t cut_ms; /**< the time of a cut, otherwise -1 */
     const char* text;
-    const char* phonemes; /* stretches parted by blanks, alternatives of a stretch by bars */
+    const char* phonemes; /**< stretches parted by blanks, alternatives of a stretch by bars */
 } tessarin_token;
 
+/** A phoneme and its share of the mouth shape. */
 typedef struct tessarin_weight {
-    char label[4]; /* of a phoneme, zero-terminated */
-    float weight;  /* 0 to 1 */
+    char label[4]; /**< of a phoneme, zero-terminated */
+    float weight;  /**< 0 to 1 */
 } tessarin_weight;
 
-/* One video frame: the phonemes that shape the mouth, the heaviest first. The weights sum to 1. */
+/** One video frame: the phonemes that shape the mouth, the heaviest first. The weights sum to 1. */
 typedef struct tessarin_frame {
     int32_t start_ms;
     int32_t end_ms;
-    int32_t count; /* of the weights in use */
+    int32_t count; /**< of the weights in use */
     tessarin_weight weights[10];
 } tessarin_frame;
 
-/* The constant text of a code; never null. */
+/** The constant text of a code; never null. */
 TESSARIN_API const char* tessarin_get_error_text(int32_t code);
 
-/* The version of the library, such as "0.1.0". */
+/** The version of the library, such as "0.1.0". */
 TESSARIN_API const char* tessarin_get_version(void);
 
-/* What to say for a character that a code page lacks: the letter without its accent, a plain quote,
-   dash or blank; empty for what is not seen, such as a combining accent; null when nothing is
-   near. `character` is its number in Unicode. */
+/** What to say for a character that a code page lacks: the letter without its accent, a plain
+   quote, dash or blank; empty for what is not seen, such as a combining accent; null when nothing
+   is near. `character` is its number in Unicode. */
 TESSARIN_API const char* tessarin_get_near_text(uint32_t character);
 
-/* Reads a model. FILE_NOT_FOUND; INVALID_FILE for what is no model; OUT_OF_MEMORY. */
+/** Reads a model. FILE_NOT_FOUND; INVALID_FILE for what is no model; OUT_OF_MEMORY. */
 TESSARIN_API int32_t tessarin_create_model_from_file(const char* path, tessarin_model** out);
 
-/* The same from the `size` bytes at `data`. */
+/** The same from the `size` bytes at `data`. */
 TESSARIN_API int32_t tessarin_create_model_from_memory(const void* data, uint32_t size,
                                                        tessarin_model** out);
 
-/* Adds statistics of phoneme sequences, which tessarin_create_recognition then uses: lines of one
+/** Adds statistics of phoneme sequences, which tessarin_create_recognition then uses: lines of one
    to three phonemes written together and a number, which is a count where `are_counts` is not 0. No
    other thread may use the model meanwhile. FILE_NOT_FOUND; INVALID_FILE. */
 TESSARIN_API int32_t tessarin_read_model_statistics(tessarin_model* model, const char* path,
                                                     int32_t are_counts);
 
-/* Adds limits to the lengths of phonemes: lines of phonemes and milliseconds. Else as
+/** Adds limits to the lengths of phonemes: lines of phonemes and milliseconds. Else as
    tessarin_read_model_statistics. */
 TESSARIN_API int32_t tessarin_read_model_limits(tessarin_model* model, const char* path);
 
+/** Null is allowed. */
 TESSARIN_API void tessarin_free_model(tessarin_model* model);
 
-/* Reads a lexicon file, or a text of lines WORD=phonemes for the built-in English rules.
+/** Reads a lexicon file, or a text of lines WORD=phonemes for the built-in English rules.
    FILE_NOT_FOUND; INVALID_FILE; NEWER_VERSION; NOT_AVAILABLE for a form that is not supported. */
 TESSARIN_API int32_t tessarin_create_language_from_file(const char* path, tessarin_language** out);
 
-/* The same from the `size` bytes at `data`, which may be none: the built-in rules alone. */
+/** The same from the `size` bytes at `data`, which may be none: the built-in rules alone. */
 TESSARIN_API int32_t tessarin_create_language_from_memory(const void* data, uint32_t size,
                                                           tessarin_language** out);
 
-/* The name of the language; empty when the lexicon has none. */
+/** The name of the language; empty when the lexicon has none. */
 TESSARIN_API const char* tessarin_get_language_name(const tessarin_language* language);
 
+/** Null is allowed. */
 TESSARIN_API void tessarin_free_language(tessarin_language* language);
 
-/* Reads a WAV or Sphere file, or one that an installed reader takes. `channel` counts from 1; 0 is
+/** Reads a WAV or Sphere file, or one that an installed reader takes. `channel` counts from 1; 0 is
    the mean of all. OUT_OF_RANGE for a channel that the file does not have; FILE_NOT_FOUND;
    INVALID_FILE, or another code of its reader. */
 TESSARIN_API int32_t tessarin_create_audio_from_file(const char* path, uint32_t channel,
                                                      tessarin_audio** out);
 
-/* Takes a copy of `count` samples of one channel. OUT_OF_RANGE for a rate that is not 1 to 65535
+/** Takes a copy of `count` samples of one channel. OUT_OF_RANGE for a rate that is not 1 to 65535
    Hz, and for more than 2^30 samples. */
 TESSARIN_API int32_t tessarin_create_audio_from_int16(const int16_t* samples, uint32_t count,
                                                       uint32_t rate_hz, tessarin_audio** out);
 
-/* The same of samples from -1 to 1. What is beyond is held to that, and no number is silence. */
+/** The same of samples from -1 to 1. What is beyond is held to that, and no number is silence. */
 TESSARIN_API int32_t tessarin_create_audio_from_float(const float* samples, uint32_t count,
                                                       uint32_t rate_hz, tessarin_audio** out);
 
-/* The samples, or null when there are none; `*count` receives how many. */
+/** The samples, or null when there are none; `*count` receives how many. */
 TESSARIN_API const int16_t* tessarin_get_audio_samples(const tessarin_audio* audio,
                                                        uint32_t* count);
 
+/** Samples a second. */
 TESSARIN_API uint32_t tessarin_get_audio_rate_hz(const tessarin_audio* audio);
 
+/** Null is allowed. */
 TESSARIN_API void tessarin_free_audio(tessarin_audio* audio);
 
-/* Tells how a text is said. INVALID_UTF8. */
+/** Tells how a text is said. INVALID_UTF8. */
 TESSARIN_API int32_t tessarin_create_transcript(tessarin_language* language, const char* text,
                                                 tessarin_transcript** out);
 
-/* The tokens in order, or null when there are none; `*count` receives how many. */
+/** The tokens in order, or null when there are none; `*count` receives how many. */
 TESSARIN_API const tessarin_token*
 tessarin_get_transcript_tokens(const tessarin_transcript* transcript, uint32_t* count);
 
+/** Null is allowed. */
 TESSARIN_API void tessarin_free_transcript(tessarin_transcript* transcript);
 
-/* Finds when each phoneme and word of `text` was spoken. `options` and `progress` may be null.
+/** Finds when each phoneme and word of `text` was spoken. `options` and `progress` may be null.
    RECOGNITION_FAILED when the search loses the text: `*out` then holds what was found before, and
    is the caller's. CANCELLED; INVALID_UTF8; OUT_OF_RANGE for a stretch that is not in the audio. */
 TESSARIN_API int32_t tessarin_create_alignment(const tessarin_model* model,
@@ -214,31 +225,35 @@ TESSARIN_API int32_t tessarin_create_alignment(const tessarin_model* model,
                                                const tessarin_progress* progress,
                                                tessarin_result** out);
 
-/* Hears the phonemes without a text. Else as tessarin_create_alignment. */
+/** Hears the phonemes without a text. Else as tessarin_create_alignment. */
 TESSARIN_API int32_t tessarin_create_recognition(const tessarin_model* model,
                                                  const tessarin_audio* audio,
                                                  const tessarin_search_options* options,
                                                  const tessarin_progress* progress,
                                                  tessarin_result** out);
 
-/* Each in order of time, or null when there are none; `*count` receives how many. */
+/** The phonemes in order of time, or null when there are none; `*count` receives how many. */
 TESSARIN_API const tessarin_phoneme* tessarin_get_phonemes(const tessarin_result* result,
                                                            uint32_t* count);
+/** The words, likewise. */
 TESSARIN_API const tessarin_span* tessarin_get_words(const tessarin_result* result,
                                                      uint32_t* count);
+/** The punctuation and tags, likewise. */
 TESSARIN_API const tessarin_span* tessarin_get_events(const tessarin_result* result,
                                                       uint32_t* count);
 
+/** Null is allowed. */
 TESSARIN_API void tessarin_free_result(tessarin_result* result);
 
-/* Makes the frames of mouth weights of a result. OUT_OF_RANGE for a frame rate or a number of
+/** Makes the frames of mouth weights of a result. OUT_OF_RANGE for a frame rate or a number of
    weights that is outside its range; INVALID_FILE or NEWER_VERSION for rules that do not read. */
 TESSARIN_API int32_t tessarin_create_track(const tessarin_result* result,
                                            const tessarin_track_options* options,
                                            tessarin_track** out);
 
-/* The frames in order of time, or null when there are none; `*count` receives how many. */
+/** The frames in order of time, or null when there are none; `*count` receives how many. */
 TESSARIN_API const tessarin_frame* tessarin_get_track_frames(const tessarin_track* track,
                                                              uint32_t* count);
 
+/** Null is allowed. */
 TESSARIN_API void tessarin_free_track(tessarin_track* track);

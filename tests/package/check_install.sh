@@ -44,6 +44,17 @@ ${CXX:-c++} -std=c++17 host.cpp $(pkg-config --cflags "${flags[@]}") "$libraries
     -lz -lpthread -o host_static
 ./host_static
 
+echo "the Python package"
+PYTHONPATH=$(dirname "$(find "$prefix" -path '*/tessarin/__init__.py' -printf '%h\n')") \
+    PYTHONDONTWRITEBYTECODE=1 ${PYTHON:-python3} - "$demo" <<'CODE'
+import pathlib, sys
+import tessarin
+
+demo = pathlib.Path(sys.argv[1])
+result = tessarin.align(demo.with_suffix(".wav"), demo.with_suffix(".txt").read_text())
+assert len(result.words) > 20 and result.track().frames
+CODE
+
 echo "examples"
 cmake -S "$source_folder/examples" -B examples -DCMAKE_PREFIX_PATH="$prefix" >cmake.log ||
     { cat cmake.log; exit 1; }

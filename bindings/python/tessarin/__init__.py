@@ -1,0 +1,23 @@
+"""Finds when every phoneme and word of a recording was spoken, and the mouth shapes for it.
+
+    >>> import tessarin
+    >>> result = tessarin.align("hello.wav", "Hello world.")
+    >>> [(word.text, word.start_ms, word.end_ms) for word in result.words]
+    >>> result.track(fps=24).frames[0].weights
+
+The functions use one Engine for the whole process, with the model and the lexicon that come with
+the library; make an Engine for others. An engine may be used by several threads at once: the
+interpreter is free while a search runs.
+"""
+
+from tessarin._audio import Audio
+from tessarin._engine import (Engine, align, align_many, default_engine, recognize, transcribe,
+                              version)
+from tessarin._errors import Cancelled, RecognitionFailed, TessarinError
+from tessarin._results import Event, Frame, Phoneme, Result, Token, Track, Word
+
+__all__ = [
+    "Audio", "Cancelled", "Engine", "Event", "Frame", "Phoneme", "RecognitionFailed", "Result",
+    "TessarinError", "Token", "Track", "Word", "align", "align_many", "default_engine",
+    "recognize", "transcribe", "version",
+]

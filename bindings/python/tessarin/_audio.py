@@ -1,0 +1,105 @@
+"""Recordings in memory."""
+
+from __future__ import annotations
+
+import array
+import ctypes
+import os
+import weakref
+from typing import TYPE_CHECKING, Sequence, Union
+
+from tessarin._arrays import numpy
+from tessarin._errors import INVALID_FILE, TessarinError
+from tessarin._library import Library
+
+if TYPE_CHECKING:
+    import numpy.typing
+
+Path = Union[str, "os.PathLike[str]"]
+
+
+class Audio:
+    """One channel of a recording. Made by `from_file` or `from_samples`; several threads may use
+    it."""
+
+    def __init__(self, handle: int, name: str) -> None:
+        self._library = Library.get()
+        self._handle = handle
+        self.name = name
+        weakref.finalize(self, self._library.free_audio, handle)
+
+    @classmethod
+    def from_file(cls, path: Path, channel: int = 1) -> Audio:
+        """Reads `channel` of a file, counted from 1; 0 is the mean of all. The library reads WAV
+        and Sphere; other formats need the package soundfile. Raises TessarinError."""
+        library = Library.get()
+        if channel < 0:
+            raise ValueError("channels count from 1, and 0 is the mean of all")
+        name = os.fspath(path)
+        try:
+            handle = library.create("create_audio_from_file", name, os.fsencode(path), channel)
+        except TessarinError as error:
+            if error.code != INVALID_FILE:
+                raise
+            return cls._from_other_file(name, channel, error)
+        return cls(handle, name)
+
+    @classmethod
+    def _from_other_file(cls, name: str, channel: int, why_not: TessarinError) -> Audio:
+        try:
+            import soundfile
+        except ImportError:
+            raise why_not from None
+        try:
+            samples, rate = soundfile.read(name, dtype="float32", always_2d=True)
+        except RuntimeError:
+            raise why_not from None
+        if channel > samples.shape[1]:
+            raise Library.get().error(f"{name}: channel {channel}", 3)
+        return cls.from_samples(samples.mean(axis=1) if channel == 0 else samples[:, channel - 1],
+                                rate, name)
+
+    @classmethod
+    def from_samples(cls, samples: Sequence[float] | numpy.typing.ArrayLike, rate: int,
+                     name: str = "samples") -> Audio:
+        """Copies one channel of samples at `rate` Hz: an array of 16-bit integers, or floats from
+        -1 to 1. Raises TessarinError for a rate above 65535."""
+        if numpy is not None:
+            values = numpy.asarray(samples)
+            if values.ndim != 1:
+                raise ValueError("give the samples of one channel")
+            if values.dtype != numpy.int16:
+                if not numpy.issubdtype(values.dtype, numpy.floating):
+                    raise TypeError("samples are 16-bit integers, or floats from -1 to 1")
+                values = values.astype(numpy.float32)
+            values = numpy.ascontiguousarray(values)
+            address, count = values.ctypes.data, len(values)
+            is_int16 = values.dtype == numpy.int16
+        else:
+            is_int16 = isinstance(samples, array.array) and samples.typecode == "h"
+            values = samples if is_int16 else array.array("f", samples)
+            address, count = values.buffer_info()
+        function = "create_audio_from_int16" if is_int16 else "create_audio_from_float"
+        return cls(Library.get().create(function, name, address, count, rate), name)
+
+    @property
+    def rate(self) -> int:
+        """Samples a second."""
+        return self._library.get_audio_rate_hz(self._handle)
+
+    @property
+    def samples(self):
+        """A copy of the samples, 16-bit: a NumPy array, or an array.array without NumPy."""
+        count = ctypes.c_uint32()
+        first = self._library.get_audio_samples(self._handle, ctypes.byref(count))
+        content = ctypes.string_at(first, 2 * count.value) if count.value else b""
+        if numpy is not None:
+            return numpy.frombuffer(content, dtype=numpy.int16).copy()
+        return array.array("h", content)
+
+    @property
+    def duration_ms(self) -> int:
+        """Its length in whole milliseconds."""
+        count = ctypes.c_uint32()
+        self._library.get_audio_samples(self._handle, ctypes.byref(count))
+        return count.value * 1000 // self.rate

@@ -1,0 +1,219 @@
+"""The engine: a model and a language, and what is done with them."""
+
+from __future__ import annotations
+
+import concurrent.futures
+import ctypes
+import os
+import pathlib
+import threading
+import weakref
+from typing import Any, Callable, Iterable, Iterator, Optional, Union
+
+from tessarin import _library
+from tessarin._audio import Audio, Path
+from tessarin._errors import (CANCELLED, RECOGNITION_FAILED, RecognitionFailed, TessarinError)
+from tessarin._library import Library
+from tessarin._results import Result, TextPlaces, Token, make_token
+
+Recording = Union[Path, Audio]
+ProgressFunction = Callable[[int, int], Optional[bool]]
+
+
+def version() -> str:
+    """The version of the library."""
+    return Library.get().get_version().decode("ascii")
+
+
+class _Watch:
+    """Calls a progress function out of a search. What it raises ends the search and is raised
+    again behind it; so does Ctrl-C, which only the main thread hears."""
+
+    def __init__(self, progress: ProgressFunction | None) -> None:
+        self._progress = progress
+        self._error: BaseException | None = None
+        self._is_wanted = (progress is not None
+                           or threading.current_thread() is threading.main_thread())
+        self._struct = _library.Progress(on_progress=_library.PROGRESS_FUNCTION(self._on_progress))
+
+    def _on_progress(self, _user: int, done: int, total: int) -> int:
+        try:
+            return 1 if self._progress is not None and self._progress(done, total) else 0
+        except BaseException as error:  # pylint: disable=broad-except
+            self._error = error
+            return 1
+
+    def pointer(self) -> Any:
+        return ctypes.byref(self._struct) if self._is_wanted else None
+
+    def raise_error(self) -> None:
+        if self._error is not None:
+            raise self._error
+
+
+class Engine:
+    """Aligns and recognizes with one model and one language. Files that are not named are those
+    that come with the library. Several threads may use an engine at once. Raises TessarinError or
+    FileNotFoundError when its files do not read."""
+
+    def __init__(self, *, data: Path | None = None, model: Path | None = None,
+                 lexicon: Path | None = None, statistics: Path | None = None) -> None:
+        """`data` is a folder with en-us.model, en-us.lexicon and en-us.trigrams; `lexicon` is a
+        lexicon file or a text of lines WORD=phonemes; `statistics` are counts of phoneme
+        sequences, for `recognize`."""
+        self._library = Library.get()
+        self._data = pathlib.Path(data) if data is not None else None
+        self._model_path = self._path(model, "en-us.model")
+        self._statistics = statistics
+        self._model = self._open_model()
+        self._language = self._open("create_language_from_file",
+                                    self._path(lexicon, "en-us.lexicon"),
+                                    self._library.free_language)
+        self._hearing_model: int | None = None  # with statistics, made when it is needed
+        self._lock = threading.Lock()
+
+    def _path(self, given: Path | None, name: str) -> str:
+        if given is not None:
+            return os.fspath(given)
+        if self._data is None:
+            self._data = _library.find_data_folder()
+        return str(self._data / name)
+
+    def _open(self, function: str, path: str, free: Callable[[int], None]) -> int:
+        handle = self._library.create(function, path, os.fsencode(path))
+        weakref.finalize(self, free, handle)
+        return handle
+
+    def _open_model(self) -> int:
+        return self._open("create_model_from_file", self._model_path, self._library.free_model)
+
+    def _model_for_hearing(self) -> int:
+        with self._lock:
+            if self._hearing_model is None:
+                model = self._open_model()
+                path = self._path(self._statistics, "en-us.trigrams")
+                code = self._library.read_model_statistics(model, os.fsencode(path), 1)
+                if code != 0:
+                    raise self._library.error(path, code)
+                self._hearing_model = model
+            return self._hearing_model
+
+    @property
+    def language(self) -> str:
+        """The name of the language."""
+        return self._library.get_language_name(self._language).decode("ascii", "replace")
+
+    def align(self, audio: Recording, text: str, *, channel: int = 1, from_ms: int = 0,
+              to_ms: int | None = None, beam_width: int | None = None,
+              progress: ProgressFunction | None = None) -> Result:
+        """Finds when each phoneme and word of `text` was spoken.
+
+        `audio` is a path or an Audio; `channel` of a file counts from 1, and 0 is the mean of all.
+        `from_ms` and `to_ms` bound the stretch that is searched; times count from the beginning of
+        the audio all the same. `beam_width`, 500 to 8000 (2000), widens a search that loses the
+        text. `progress(done, total)` is called now and then and cancels by returning True.
+
+        Raises Cancelled; RecognitionFailed, which has what was found; or TessarinError.
+        """
+        places = TextPlaces(text)
+        recording = self._audio(audio, channel)
+        return self._search("create_alignment", recording.name, places, progress,
+                            self._model, self._language, recording._handle, places.content,
+                            self._options(from_ms, to_ms, beam_width))
+
+    def recognize(self, audio: Recording, *, channel: int = 1, from_ms: int = 0,
+                  to_ms: int | None = None,
+                  progress: ProgressFunction | None = None) -> Result:
+        """Hears the phonemes of a recording without a text. Arguments and errors are those of
+        `align`; there are no words."""
+        recording = self._audio(audio, channel)
+        return self._search("create_recognition", recording.name, None, progress,
+                            self._model_for_hearing(), recording._handle,
+                            self._options(from_ms, to_ms, None))
+
+    def transcribe(self, text: str) -> list[Token]:
+        """Tells how a text is said. Raises TessarinError."""
+        places = TextPlaces(text)
+        handle = self._library.create("create_transcript", "text", self._language, places.content)
+        try:
+            return [make_token(raw, places)
+                    for raw in self._library.items("get_transcript_tokens", handle)]
+        finally:
+            self._library.free_transcript(handle)
+
+    def align_many(self, jobs: Iterable[tuple[Recording, str]], *, threads: int | None = None,
+                   return_errors: bool = False) -> Iterator[Result | TessarinError]:
+        """Aligns many recordings with their texts, as many at a time as there are processors, and
+        gives their results in the same order. A recording that fails raises at its place, or, with
+        `return_errors`, has its TessarinError there, and the others go on."""
+        def run(job: tuple[Recording, str]) -> Result | TessarinError:
+            try:
+                return self.align(*job)
+            except TessarinError as error:
+                if return_errors:
+                    return error
+                raise
+
+        with concurrent.futures.ThreadPoolExecutor(threads or os.cpu_count()) as pool:
+            yield from pool.map(run, jobs)
+
+    @staticmethod
+    def _audio(audio: Recording, channel: int) -> Audio:
+        return audio if isinstance(audio, Audio) else Audio.from_file(audio, channel)
+
+    @staticmethod
+    def _options(from_ms: int, to_ms: int | None, beam_width: int | None) -> Any:
+        if to_ms is not None and to_ms <= from_ms:
+            raise ValueError("to_ms is not behind from_ms")
+        return ctypes.byref(_library.SearchOptions(
+            size=ctypes.sizeof(_library.SearchOptions), beam_width=beam_width or 0,
+            from_ms=from_ms, to_ms=to_ms or 0))
+
+    def _search(self, function: str, subject: str, places: TextPlaces | None,
+                progress: ProgressFunction | None, *arguments: Any) -> Result:
+        watch = _Watch(progress)
+        handle = ctypes.c_void_p()
+        code = getattr(self._library, function)(*arguments, watch.pointer(), ctypes.byref(handle))
+        if code == CANCELLED:
+            watch.raise_error()
+        result = Result(handle.value, places) if handle.value else None
+        if code == 0 and result is not None:
+            return result
+        error = self._library.error(subject, code)
+        if code == RECOGNITION_FAILED and result is not None:
+            raise RecognitionFailed(subject, code, self._library.get_error_text(code).decode(),
+                                    result)
+        raise error
+
+
+_default: Engine | None = None
+_default_lock = threading.Lock()
+
+
+def default_engine() -> Engine:
+    """The engine of the functions of this module, made at its first use."""
+    global _default  # pylint: disable=global-statement
+    with _default_lock:
+        if _default is None:
+            _default = Engine()
+        return _default
+
+
+def align(audio: Recording, text: str, **options: Any) -> Result:
+    """Finds when each phoneme and word of `text` was spoken; see Engine.align."""
+    return default_engine().align(audio, text, **options)
+
+
+def align_many(jobs: Iterable[tuple[Recording, str]], **options: Any) -> Iterator[Result | TessarinError]:
+    """Aligns many recordings at a time; see Engine.align_many."""
+    return default_engine().align_many(jobs, **options)
+
+
+def recognize(audio: Recording, **options: Any) -> Result:
+    """Hears the phonemes of a recording without a text; see Engine.recognize."""
+    return default_engine().recognize(audio, **options)
+
+
+def transcribe(text: str) -> list[Token]:
+    """Tells how a text is said; see Engine.transcribe."""
+    return default_engine().transcribe(text)

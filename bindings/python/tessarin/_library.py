@@ -1,0 +1,188 @@
+"""The shared library and its functions, as tessarin_c.h declares them."""
+
+from __future__ import annotations
+
+import ctypes
+import ctypes.util
+import os
+import pathlib
+import sys
+import threading
+from ctypes import (CFUNCTYPE, POINTER, Structure, c_char, c_char_p, c_float, c_int16, c_int32,
+                    c_uint32, c_void_p)
+from typing import Iterator
+
+from tessarin._errors import Cancelled, TessarinError, CANCELLED
+
+
+class Phoneme(Structure):
+    _fields_ = [("start_ms", c_int32), ("end_ms", c_int32), ("score", c_float),
+                ("label", c_char * 8)]
+
+
+class Span(Structure):
+    _fields_ = [("kind", c_int32), ("start_ms", c_int32), ("end_ms", c_int32),
+                ("text_offset", c_int32), ("text_length", c_int32), ("text", c_char_p)]
+
+
+class Token(Structure):
+    _fields_ = [("kind", c_int32), ("text_offset", c_int32), ("text_length", c_int32),
+                ("cut_ms", c_int32), ("text", c_char_p), ("phonemes", c_char_p)]
+
+
+class Weight(Structure):
+    _fields_ = [("label", c_char * 4), ("weight", c_float)]
+
+
+class Frame(Structure):
+    _fields_ = [("start_ms", c_int32), ("end_ms", c_int32), ("count", c_int32),
+                ("weights", Weight * 10)]
+
+
+STATUS_FUNCTION = CFUNCTYPE(None, c_void_p, c_char_p)
+PROGRESS_FUNCTION = CFUNCTYPE(c_int32, c_void_p, c_uint32, c_uint32)
+
+
+class Progress(Structure):
+    _fields_ = [("user", c_void_p), ("on_status", STATUS_FUNCTION),
+                ("on_progress", PROGRESS_FUNCTION)]
+
+
+class SearchOptions(Structure):
+    _fields_ = [("size", c_uint32), ("beam_width", c_int32), ("from_ms", c_int32),
+                ("to_ms", c_int32)]
+
+
+class TrackOptions(Structure):
+    _fields_ = [("size", c_uint32), ("flags", c_uint32), ("frame_rate", c_float),
+                ("slope", c_float), ("max_weights", c_int32), ("rules_length", c_int32),
+                ("rules", c_char_p)]
+
+
+WORD = 1
+TAG = 2
+CUT = 3
+PUNCTUATION = 4
+TRACK_SMOOTH = 1
+
+_OUT = POINTER(c_void_p)
+_COUNT = POINTER(c_uint32)
+_SIGNATURES: dict[str, tuple[object, list[object]]] = {
+    "get_error_text": (c_char_p, [c_int32]),
+    "get_version": (c_char_p, []),
+    "create_model_from_file": (c_int32, [c_char_p, _OUT]),
+    "read_model_statistics": (c_int32, [c_void_p, c_char_p, c_int32]),
+    "read_model_limits": (c_int32, [c_void_p, c_char_p]),
+    "free_model": (None, [c_void_p]),
+    "create_language_from_file": (c_int32, [c_char_p, _OUT]),
+    "get_language_name": (c_char_p, [c_void_p]),
+    "free_language": (None, [c_void_p]),
+    "create_audio_from_file": (c_int32, [c_char_p, c_uint32, _OUT]),
+    "create_audio_from_int16": (c_int32, [c_void_p, c_uint32, c_uint32, _OUT]),
+    "create_audio_from_float": (c_int32, [c_void_p, c_uint32, c_uint32, _OUT]),
+    "get_audio_samples": (POINTER(c_int16), [c_void_p, _COUNT]),
+    "get_audio_rate_hz": (c_uint32, [c_void_p]),
+    "free_audio": (None, [c_void_p]),
+    "create_transcript": (c_int32, [c_void_p, c_char_p, _OUT]),
+    "get_transcript_tokens": (POINTER(Token), [c_void_p, _COUNT]),
+    "free_transcript": (None, [c_void_p]),
+    "create_alignment": (c_int32, [c_void_p, c_void_p, c_void_p, c_char_p,
+                                   POINTER(SearchOptions), POINTER(Progress), _OUT]),
+    "create_recognition": (c_int32, [c_void_p, c_void_p, POINTER(SearchOptions),
+                                     POINTER(Progress), _OUT]),
+    "get_phonemes": (POINTER(Phoneme), [c_void_p, _COUNT]),
+    "get_words": (POINTER(Span), [c_void_p, _COUNT]),
+    "get_events": (POINTER(Span), [c_void_p, _COUNT]),
+    "free_result": (None, [c_void_p]),
+    "create_track": (c_int32, [c_void_p, POINTER(TrackOptions), _OUT]),
+    "get_track_frames": (POINTER(Frame), [c_void_p, _COUNT]),
+    "free_track": (None, [c_void_p]),
+}
+
+
+def _folders_above() -> Iterator[pathlib.Path]:
+    yield from pathlib.Path(__file__).resolve().parents
+
+
+def _library_names() -> list[str]:
+    if sys.platform == "win32":
+        return ["tessarin.dll"]
+    return ["libtessarin.0.dylib"] if sys.platform == "darwin" else ["libtessarin.so.0"]
+
+
+def _find_library() -> str:
+    """The library that TESSARIN_LIBRARY names, else that of the installation which this package is
+    part of, else the system's."""
+    named = os.environ.get("TESSARIN_LIBRARY")
+    if named:
+        return named
+    for folder in _folders_above():
+        for name in _library_names():
+            for place in ("lib", "lib64", "bin"):
+                for candidate in (folder / place / name, *folder.glob(f"{place}/*-*/{name}")):
+                    if candidate.exists():
+                        return str(candidate)
+    return ctypes.util.find_library("tessarin") or _library_names()[0]
+
+
+def find_data_folder() -> pathlib.Path:
+    """The folder of the model and the lexicon: the one that TESSARIN_DATA names, else the one
+    beside this package. Raises FileNotFoundError."""
+    named = os.environ.get("TESSARIN_DATA")
+    if named:
+        return pathlib.Path(named)
+    system = [pathlib.Path(prefix) for prefix in ("/usr/local", "/usr")]
+    for folder in (*_folders_above(), *system):
+        for place in ("share/tessarin", "data"):
+            if (folder / place / "en-us.model").exists():
+                return folder / place
+    raise FileNotFoundError("no folder with en-us.model beside the package tessarin; name one in "
+                            "TESSARIN_DATA or give the files to Engine")
+
+
+class Library:
+    """The loaded library. Its functions are members without their prefix."""
+
+    _loaded: Library | None = None
+    _lock = threading.Lock()
+
+    def __init__(self, path: str) -> None:
+        try:
+            loaded = ctypes.CDLL(path)
+        except OSError as error:
+            raise ImportError(f"the library tessarin does not load: {error}; name it in "
+                              "TESSARIN_LIBRARY") from error
+        for name, (result, arguments) in _SIGNATURES.items():
+            function = getattr(loaded, "tessarin_" + name)
+            function.restype = result
+            function.argtypes = arguments
+            setattr(self, name, function)
+
+    @classmethod
+    def get(cls) -> Library:
+        with cls._lock:
+            if cls._loaded is None:
+                cls._loaded = cls(_find_library())
+            return cls._loaded
+
+    def __getattr__(self, name: str):  # what __init__ has set; for type checkers
+        raise AttributeError(name)
+
+    def error(self, subject: str, code: int) -> TessarinError:
+        text = self.get_error_text(code).decode("utf-8", "replace")
+        kind = Cancelled if code == CANCELLED else TessarinError
+        return kind(subject, code, text)
+
+    def create(self, function: str, subject: str, *arguments: object) -> int:
+        """The handle that a create function gives. Raises TessarinError."""
+        handle = c_void_p()
+        code = getattr(self, function)(*arguments, ctypes.byref(handle))
+        if code != 0:
+            raise self.error(subject, code)
+        return handle.value  # type: ignore[return-value]
+
+    def items(self, function: str, handle: int) -> list:
+        """The structs that a get function lends, as a list that lives as long as their owner."""
+        count = c_uint32()
+        first = getattr(self, function)(handle, ctypes.byref(count))
+        return first[:count.value] if count.value else []

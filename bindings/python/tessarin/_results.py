@@ -1,0 +1,171 @@
+"""What searches find, as plain objects."""
+
+from __future__ import annotations
+
+import ctypes
+import itertools
+import os
+import weakref
+from dataclasses import dataclass, field
+from typing import Any, Mapping, Sequence, Union
+
+from tessarin import _library
+from tessarin._arrays import numpy
+from tessarin._library import Library
+
+
+@dataclass(frozen=True)
+class Phoneme:
+    """A sound; "x" is silence. `score` is its strength, 0 to 100, not a confidence."""
+
+    label: str
+    start_ms: int
+    end_ms: int
+    score: float
+
+
+@dataclass(frozen=True)
+class Word:
+    """A word, as it is spelled in the text; `offset` and `length` count characters there."""
+
+    text: str
+    start_ms: int
+    end_ms: int
+    offset: int
+    length: int
+
+
+@dataclass(frozen=True)
+class Event(Word):
+    """Something in the text that is no word; `kind` is "punctuation" or "tag"."""
+
+    kind: str = "tag"
+
+
+@dataclass(frozen=True)
+class Token:
+    """A piece of a text and how it is said. `phonemes` has a tuple of alternatives for each
+    stretch; `kind` is "word", "tag", "cut" or "punctuation", and `cut_ms` the time of a cut."""
+
+    text: str
+    kind: str
+    offset: int
+    length: int
+    phonemes: tuple[tuple[str, ...], ...]
+    cut_ms: int | None = None
+
+
+@dataclass(frozen=True)
+class Frame:
+    """One video frame: the phonemes that shape the mouth with their weights, the heaviest first.
+    The weights sum to 1."""
+
+    start_ms: int
+    end_ms: int
+    weights: Mapping[str, float]
+
+
+@dataclass(frozen=True)
+class Track:
+    """The mouth, frame by frame."""
+
+    frames: Sequence[Frame]
+    labels: Sequence[str] = field(default=())
+    """The phonemes that have a weight in any frame, in the order of the alphabet."""
+
+    @property
+    def weights(self) -> Any:
+        """A row for each frame and a column for each of `labels`: a NumPy array of float32, or a
+        list of lists without NumPy."""
+        columns = {label: column for column, label in enumerate(self.labels)}
+        rows = [[0.0] * len(columns) for _ in self.frames]
+        for row, frame in zip(rows, self.frames):
+            for label, weight in frame.weights.items():
+                row[columns[label]] = weight
+        if numpy is None:
+            return rows
+        return numpy.asarray(rows, dtype=numpy.float32).reshape(len(rows), len(columns))
+
+    @property
+    def times_ms(self) -> Any:
+        """Start and end of each frame in milliseconds: a NumPy array of two columns, or a list of
+        pairs without NumPy."""
+        times = [(frame.start_ms, frame.end_ms) for frame in self.frames]
+        return times if numpy is None else numpy.asarray(times, dtype=numpy.int32).reshape(-1, 2)
+
+
+KINDS = {_library.WORD: "word", _library.TAG: "tag", _library.CUT: "cut",
+         _library.PUNCTUATION: "punctuation"}
+
+
+class TextPlaces:
+    """From bytes of a text in UTF-8 to its characters."""
+
+    def __init__(self, text: str) -> None:
+        if "\0" in text:
+            raise ValueError("the text has a zero character")
+        self.content = text.encode("utf-8")
+        begins = ((byte & 0xC0) != 0x80 for byte in self.content)
+        self._before = list(itertools.accumulate(begins, initial=0))
+
+    def characters(self, offset: int, length: int) -> tuple[int, int]:
+        first = self._before[offset]
+        return first, self._before[offset + length] - first
+
+
+def make_token(raw: _library.Token, places: TextPlaces) -> Token:
+    offset, length = places.characters(raw.text_offset, raw.text_length)
+    groups = tuple(tuple(group.split("|")) for group in raw.phonemes.decode("ascii").split(" ")
+                   if group)
+    return Token(raw.text.decode("utf-8"), KINDS.get(raw.kind, "tag"), offset, length, groups,
+                 raw.cut_ms if raw.kind == _library.CUT else None)
+
+
+class Result:
+    """What a search found. Lists are in order of time."""
+
+    phonemes: list[Phoneme]
+    words: list[Word]
+    events: list[Event]
+
+    def __init__(self, handle: int, places: TextPlaces | None) -> None:
+        self._library = Library.get()
+        self._handle = handle
+        weakref.finalize(self, self._library.free_result, handle)
+        self.phonemes = [Phoneme(raw.label.decode("ascii"), raw.start_ms, raw.end_ms, raw.score)
+                         for raw in self._library.items("get_phonemes", handle)]
+        self.words = [Word(*self._span(raw, places))
+                      for raw in self._library.items("get_words", handle)]
+        self.events = [Event(*self._span(raw, places), KINDS[raw.kind])
+                       for raw in self._library.items("get_events", handle)]
+
+    @staticmethod
+    def _span(raw: _library.Span, places: TextPlaces | None) -> tuple[str, int, int, int, int]:
+        place = (raw.text_offset, raw.text_length)
+        if places is not None:
+            place = places.characters(*place)
+        return (raw.text.decode("utf-8", "replace"), raw.start_ms, raw.end_ms, *place)
+
+    def track(self, fps: float | None = None, *, smooth: bool = False, slope: float | None = None,
+              max_weights: int | None = None,
+              rules: Union[str, "os.PathLike[str]", None] = None) -> Track:
+        """Makes the mouth track at `fps` frames a second (30). `smooth` has closed lips close in
+        at least one frame and no weight change by more than `slope` (0.25) a frame; a frame has at
+        most `max_weights` (10); `rules` is a file of articulation rules. Raises TessarinError."""
+        options = _library.TrackOptions(
+            size=ctypes.sizeof(_library.TrackOptions), flags=_library.TRACK_SMOOTH if smooth else 0,
+            frame_rate=fps or 0, slope=slope or 0, max_weights=max_weights or 0)
+        if rules is not None:
+            with open(rules, "rb") as file:
+                content = file.read()
+            options.rules = content
+            options.rules_length = len(content)
+        handle = self._library.create("create_track", "track", self._handle, ctypes.byref(options))
+        try:
+            frames = [Frame(raw.start_ms, raw.end_ms,
+                            {entry.label.decode("ascii"): entry.weight
+                             for entry in raw.weights[:raw.count]})
+                      for raw in self._library.items("get_track_frames", handle)]
+        finally:
+            self._library.free_track(handle)
+        return Track(frames, sorted({label for frame in frames for label in frame.weights}))

@@ -1,0 +1,237 @@
+"""The Python package against the tool, with and without NumPy."""
+
+import array
+import gc
+import json
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import threading
+import unittest
+import wave
+
+import tessarin
+
+try:
+    import numpy
+except ImportError:
+    numpy = None
+
+DATA = pathlib.Path(os.environ["TESSARIN_DATA"])
+WAV = str(DATA / "demo" / "echo-test.wav")
+TEXT = (DATA / "demo" / "echo-test.txt").read_text(encoding="utf-8")
+
+
+def tool(*arguments: str) -> dict:
+    run = subprocess.run([os.environ["TESSARIN_TOOL"], *arguments, "-q", "--format", "json"],
+                         check=True, capture_output=True)
+    return json.loads(run.stdout)
+
+
+def write_wav(path: str, channels: int, rate: int, samples: array.array) -> None:
+    with wave.open(path, "wb") as out:
+        out.setparams((channels, 2, rate, 0, "NONE", "none"))
+        out.writeframes(samples.tobytes())
+
+
+class SameAsTheTool(unittest.TestCase):
+    def assert_same(self, result: tessarin.Result, expected: dict) -> None:
+        self.assertEqual([(p.label, p.start_ms, p.end_ms) for p in result.phonemes],
+                         [(p["label"], p["start_ms"], p["end_ms"]) for p in expected["phonemes"]])
+        self.assertEqual([(w.text, w.start_ms, w.end_ms) for w in result.words],
+                         [(w["text"], w["start_ms"], w["end_ms"]) for w in expected["words"]])
+        self.assertEqual([(e.text, e.kind, e.start_ms) for e in result.events],
+                         [(e["text"], e["type"], e["start_ms"]) for e in expected["events"]])
+
+    def assert_same_frames(self, track: tessarin.Track, expected: dict) -> None:
+        self.assertEqual(len(track.frames), len(expected["frames"]))
+        for frame, other in zip(track.frames, expected["frames"]):
+            self.assertEqual((frame.start_ms, frame.end_ms), (other["start_ms"], other["end_ms"]))
+            self.assertEqual(list(frame.weights), list(other["weights"]))
+            for label, weight in other["weights"].items():
+                self.assertAlmostEqual(frame.weights[label], weight, places=4)
+
+    def test_alignment(self) -> None:
+        expected = tool("align", WAV, "--text", TEXT, "--fps", "24")
+        result = tessarin.align(WAV, TEXT)
+        self.assertGreater(len(result.words), 20)
+        self.assert_same(result, expected)
+        self.assert_same_frames(result.track(fps=24), expected)
+
+    def test_recognition(self) -> None:
+        expected = tool("recognize", WAV)
+        result = tessarin.recognize(WAV)
+        self.assert_same(result, expected)
+        self.assert_same_frames(result.track(), expected)
+
+    def test_the_mean_of_two_channels(self) -> None:
+        with wave.open(WAV) as source:
+            rate = source.getframerate()
+            first = array.array("h", source.readframes(source.getnframes()))
+        both = array.array("h")
+        for i, sample in enumerate(first):
+            both.extend((sample, first[i - 1] // 2))
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "both.wav")
+            write_wav(path, 2, rate, both)
+            for channel, name in ((0, "mix"), (2, "2")):
+                with self.subTest(channel=channel):
+                    self.assert_same(tessarin.align(path, TEXT, channel=channel),
+                                     tool("align", path, "--text", TEXT, "--channel", name))
+
+
+class Texts(unittest.TestCase):
+    def test_places_are_characters_of_the_text(self) -> None:
+        text = "Zoë — “is” 😀 in"
+        tokens = [token for token in tessarin.transcribe(text) if token.kind == "word"]
+        self.assertEqual([token.text for token in tokens], ["Zoë", "“is”", "in"])
+        for token in tokens:
+            self.assertEqual(text[token.offset:token.offset + token.length], token.text)
+        self.assertEqual(tokens[0].phonemes, (("zOWIY",),))
+
+    def test_alternatives_are_apart(self) -> None:
+        (token,) = tessarin.transcribe("tomato")
+        self.assertEqual(len(token.phonemes), 1)
+        self.assertGreater(len(token.phonemes[0]), 1)
+
+    def test_a_zero_is_refused(self) -> None:
+        with self.assertRaises(ValueError):
+            tessarin.transcribe("a\0b")
+
+
+class LongCalls(unittest.TestCase):
+    def test_progress_is_told_and_cancels(self) -> None:
+        seen = []
+        tessarin.align(WAV, TEXT, progress=lambda done, total: seen.append((done, total)))
+        self.assertGreater(len(seen), 10)
+        self.assertTrue(all(done <= total for done, total in seen))
+        seen.clear()
+
+        def stop(done: int, total: int) -> bool:
+            seen.append(done)
+            return len(seen) == 3
+
+        with self.assertRaises(tessarin.Cancelled) as caught:
+            tessarin.align(WAV, TEXT, progress=stop)
+        self.assertEqual((len(seen), caught.exception.code), (3, 5))
+
+    def test_what_a_progress_function_raises_comes_through(self) -> None:
+        def fail(done: int, total: int) -> None:
+            raise KeyError("mine")
+
+        with self.assertRaisesRegex(KeyError, "mine"):
+            tessarin.recognize(WAV, progress=fail)
+
+    def test_the_interpreter_is_free_while_a_search_runs(self) -> None:
+        with wave.open(WAV) as source:
+            rate = source.getframerate()
+            samples = array.array("h", source.readframes(source.getnframes()))
+        audio = tessarin.Audio.from_samples(samples * 20, rate)
+        worker = threading.Thread(target=tessarin.align, args=(audio, " ".join([TEXT] * 20)))
+        steps = 0
+        worker.start()
+        while worker.is_alive():
+            steps += 1
+        # A locked interpreter would let this thread run only before and after.
+        self.assertGreater(steps, 1000)
+
+    def test_threads_find_what_one_finds(self) -> None:
+        alone = tessarin.align(WAV, TEXT)
+        results = list(tessarin.align_many([(WAV, TEXT)] * 8, threads=4))
+        self.assertEqual(len(results), 8)
+        for result in results:
+            self.assertEqual(result.phonemes, alone.phonemes)
+            self.assertEqual(result.words, alone.words)
+
+    def test_a_recording_that_fails_stays_at_its_place(self) -> None:
+        jobs = [(WAV, TEXT), ("no-such.wav", TEXT), (WAV, TEXT)]
+        results = list(tessarin.align_many(jobs, return_errors=True))
+        self.assertEqual([type(result) for result in results],
+                         [tessarin.Result, tessarin.TessarinError, tessarin.Result])
+        with self.assertRaises(tessarin.TessarinError):
+            list(tessarin.align_many(jobs))
+
+    def test_a_stretch_keeps_the_times_of_the_recording(self) -> None:
+        result = tessarin.recognize(WAV, from_ms=1000, to_ms=3000)
+        self.assertGreaterEqual(result.phonemes[0].start_ms, 1000)
+        self.assertLessEqual(result.phonemes[-1].end_ms, 3010)
+        self.assertGreaterEqual(result.track().frames[0].start_ms, 1000)
+        for bad in ({"from_ms": 2000, "to_ms": 1000}, {"from_ms": 5, "to_ms": 0}):
+            with self.assertRaises(ValueError):
+                tessarin.recognize(WAV, **bad)
+        with self.assertRaises(tessarin.TessarinError):
+            tessarin.recognize(WAV, from_ms=10_000_000)
+
+
+class Failures(unittest.TestCase):
+    def test_files_that_do_not_read(self) -> None:
+        with self.assertRaisesRegex(tessarin.TessarinError, "no-such.wav") as caught:
+            tessarin.align("no-such.wav", TEXT)
+        self.assertEqual(caught.exception.code, 10)
+        with self.assertRaises(tessarin.TessarinError) as caught:
+            tessarin.Engine(model=WAV)
+        self.assertEqual(caught.exception.code, 12)
+        with self.assertRaises(tessarin.TessarinError):
+            tessarin.Audio.from_file(WAV, channel=2)
+
+    def test_a_lost_text_has_what_was_found(self) -> None:
+        foreign = "completely different words that nobody said here " * 300
+        with self.assertRaises(tessarin.RecognitionFailed) as caught:
+            tessarin.align(WAV, foreign)
+        self.assertEqual(caught.exception.code, 8)
+        self.assertIsInstance(caught.exception.result, tessarin.Result)
+
+    def test_tracks_out_of_range(self) -> None:
+        result = tessarin.align(WAV, TEXT)
+        for bad in ({"fps": 2000}, {"max_weights": 11}, {"slope": -1, "smooth": True}):
+            with self.assertRaises(tessarin.TessarinError):
+                result.track(**bad)
+        two = result.track(max_weights=2)
+        self.assertEqual(max(len(frame.weights) for frame in two.frames), 2)
+
+    def test_objects_outlive_what_they_came_from(self) -> None:
+        engine = tessarin.Engine()
+        result = engine.align(WAV, TEXT)
+        del engine
+        gc.collect()
+        self.assertEqual(result.words[0].text, TEXT.split()[0])
+        self.assertGreater(len(result.track().frames), 0)
+
+
+@unittest.skipIf(numpy is None, "NumPy is not installed")
+class Arrays(unittest.TestCase):
+    def test_weights_are_a_matrix(self) -> None:
+        track = tessarin.align(WAV, TEXT).track()
+        self.assertEqual(track.weights.shape, (len(track.frames), len(track.labels)))
+        numpy.testing.assert_allclose(track.weights.sum(axis=1), 1, atol=1e-4)
+        self.assertEqual(track.times_ms.shape, (len(track.frames), 2))
+
+    def test_samples_go_in_and_come_out(self) -> None:
+        audio = tessarin.Audio.from_file(WAV)
+        whole = tessarin.align(audio, TEXT)
+        for samples in (audio.samples, audio.samples / 32768.0, audio.samples[::-1][::-1]):
+            again = tessarin.Audio.from_samples(samples, audio.rate)
+            numpy.testing.assert_array_equal(again.samples, audio.samples)
+            self.assertEqual(tessarin.align(again, TEXT).phonemes, whole.phonemes)
+        with self.assertRaises(TypeError):
+            tessarin.Audio.from_samples(audio.samples.astype(numpy.int32), audio.rate)
+        with self.assertRaises(ValueError):
+            tessarin.Audio.from_samples(numpy.zeros((2, 2)), audio.rate)
+
+    def test_without_numpy_there_are_lists(self) -> None:
+        program = ("import sys; sys.modules['numpy'] = None\n"
+                   "import tessarin\n"
+                   f"result = tessarin.align({WAV!r}, {TEXT!r})\n"
+                   "track = result.track()\n"
+                   "assert type(track.weights) is list and len(track.weights) > 100\n"
+                   "audio = tessarin.Audio.from_file(" + repr(WAV) + ")\n"
+                   "again = tessarin.Audio.from_samples(audio.samples, audio.rate)\n"
+                   "assert again.samples == audio.samples\n"
+                   f"assert tessarin.align(again, {TEXT!r}).words == result.words\n")
+        subprocess.run([sys.executable, "-c", program], check=True)
+
+
+if __name__ == "__main__":
+    unittest.main()
