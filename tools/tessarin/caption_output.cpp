@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "tools/tessarin/markup.h"
 #include "tools/tessarin/output_formats.h"
 
 namespace {
@@ -71,24 +72,11 @@ std::string TimeOf(int32_t ms, char separator) {
     return text;
 }
 
-std::string Escape(const std::string& text) {
-    std::string escaped;
-    for (const char c : text) {
-        switch (c) {
-        case '&':
-            escaped += "&amp;";
-            break;
-        case '<':
-            escaped += "&lt;";
-            break;
-        case '>':
-            escaped += "&gt;";
-            break;
-        default:
-            escaped += c == '\n' || c == '\r' ? ' ' : c;
-        }
-    }
-    return escaped;
+/// A cue ends with an empty line, so a word has no line ends.
+std::string OnOneLine(std::string text) {
+    std::ranges::replace_if(
+        text, [](char c) { return c == '\n' || c == '\r'; }, ' ');
+    return text;
 }
 
 } // namespace
@@ -100,7 +88,7 @@ std::string WriteWebVtt(const timed_result& result) {
                 TimeOf(words.back().endMs, '.') + "\n";
         for (const caption_word& word : words) {
             text += &word == &words.front() ? "" : " <" + TimeOf(word.startMs, '.') + ">";
-            text += Escape(word.text);
+            text += EscapeMarkup(OnOneLine(word.text));
         }
         text += "\n";
     }
@@ -116,7 +104,7 @@ std::string WriteSrt(const timed_result& result) {
                 "\n";
         ++number;
         for (const caption_word& word : words) {
-            text += (&word == &words.front() ? "" : " ") + word.text;
+            text += (&word == &words.front() ? "" : " ") + OnOneLine(word.text);
         }
         text += "\n";
     }

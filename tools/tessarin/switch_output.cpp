@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tools/tessarin/markup.h"
 #include "tools/tessarin/output_formats.h"
 
 namespace {
@@ -14,26 +15,6 @@ std::string Seconds(int64_t ms) {
     char text[32];
     std::snprintf(text, sizeof(text), "%.2f", static_cast<double>(ms) / 1000.0);
     return text;
-}
-
-std::string EscapeXml(const std::string& text) {
-    std::string escaped;
-    for (const char c : text) {
-        switch (c) {
-        case '&':
-            escaped += "&amp;";
-            break;
-        case '<':
-            escaped += "&lt;";
-            break;
-        case '>':
-            escaped += "&gt;";
-            break;
-        default:
-            escaped += c;
-        }
-    }
-    return escaped;
 }
 
 int64_t EndOf(const timed_result& result) {
@@ -74,12 +55,12 @@ std::string WriteSwitchesXml(const timed_result& result, const ShapeMap& map, in
     const std::vector<shape_switch> switches = FindSwitches(result, map, holdMs);
     std::string text = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<rhubarbResult>\n"
                        "  <metadata>\n    <soundFile>" +
-                       EscapeXml(result.audio) + "</soundFile>\n    <duration>" +
+                       EscapeMarkup(result.audio) + "</soundFile>\n    <duration>" +
                        Seconds(EndOf(result)) + "</duration>\n  </metadata>\n  <mouthCues>\n";
     for (size_t i = 0; i < switches.size(); ++i) {
         const int64_t endMs = i + 1 < switches.size() ? switches[i + 1].startMs : EndOf(result);
         text += "    <mouthCue start=\"" + Seconds(switches[i].startMs) + "\" end=\"" +
-                Seconds(endMs) + "\">" + EscapeXml(map.GetShapes()[switches[i].shape]) +
+                Seconds(endMs) + "\">" + EscapeMarkup(map.GetShapes()[switches[i].shape]) +
                 "</mouthCue>\n";
     }
     return text + "  </mouthCues>\n</rhubarbResult>\n";
