@@ -13,9 +13,6 @@ std::string EscapeMarkup(const std::string& text) {
         case '>':
             escaped += "&gt;";
             break;
-        case '"':
-            escaped += "&quot;";
-            break;
         default:
             escaped += c;
         }

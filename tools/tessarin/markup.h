@@ -2,6 +2,6 @@
 
 #include <string>
 
-/// `text` for XML, HTML and captions: the characters that begin tags and entities are written as
-/// entities.
+/// `text` for the inside of an element of XML, HTML or captions: the characters that begin tags and
+/// entities are written as entities. Quotes stay, as readers of captions do not know theirs.
 std::string EscapeMarkup(const std::string& text);
