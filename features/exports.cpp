@@ -3,6 +3,7 @@
 #include <new>
 
 #include "features/decibel_power.h"
+#include "features/noise_gate_splice.h"
 #include "features/observation_chain.h"
 #include "features/spectral_data_source.h"
 #include "features/spectral_stream.h"
@@ -60,6 +61,17 @@ float CalcDecibalPower(const float* samples, float* previous, int32_t count) {
         return 0.0f;
     }
     return DecibelPower({samples, static_cast<size_t>(count)}, *previous);
+}
+
+int32_t AddNoiseGate(IObservationStream* stream, float thresholdDb, float percentile,
+                     int32_t rampMs, int32_t minQuietMs, int32_t maxBlipMs) {
+    auto* spectral = dynamic_cast<CSpectralStream*>(stream);
+    if (spectral == nullptr) {
+        return kNotAvailable;
+    }
+    return Guarded([&] {
+        return InsertNoiseGate(*spectral, thresholdDb, percentile, rampMs, minQuietMs, maxBlipMs);
+    });
 }
 
 int32_t CreateSpectralDataSource(ISpectralDataSource** out) {

@@ -72,6 +72,14 @@ public:
     virtual void SetProgressSink(ProgressSink* progress) { sink = progress; }
     /// Moves the window on by one hop. Past the end of the audio it fills with silence.
     virtual error_code ReadNextFrame();
+    /// Whether audio has been read since Init or Restart.
+    bool HasStarted() const { return !firstFrame; }
+
+    /// The last stage of the chain that is read, or null.
+    CPCMRdrStream* GetSource() const { return source.get(); }
+    /// Reads `stage` instead, of which it takes a reference; its format is that of the stage before.
+    /// Null ends the reading: a chain of members is taken apart from its end.
+    void SetSource(CPCMRdrStream* stage) { source = counted_ptr<CPCMRdrStream>::Share(stage); }
 
 protected:
     counted_ptr<CPCMRdrStream> source;
