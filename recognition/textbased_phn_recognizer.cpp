@@ -12,13 +12,16 @@
 #include "model/accoustic_hmm.h"
 #include "platform/floating_point.h"
 #include "recognition/dormant_region.h"
+#include "recognition/forward_graph.h"
 #include "recognition/limited_observation_stream.h"
 #include "recognition/marker_generation.h"
 #include "recognition/region_markers.h"
+#include "recognition/sentence_viterbi.h"
 #include "recognition/sliding_viterbi.h"
 #include "recognition/state_graph.h"
 #include "recognition/time_base.h"
 #include "recognition/trellis_viterbi.h"
+#include "recognition/word_spans.h"
 
 namespace tessarin {
 namespace {
@@ -46,6 +49,7 @@ bool HasPath(error_code code) {
 struct CTextbasedPhnRecognizer::alignment_run {
     limited_stream& stream;
     CAccousticHMM& model;
+    IVisemixTranscriber& transcriber;
     const char* text; // may be null
     int64_t textLength;
     ProgressSink* progress;
@@ -83,7 +87,8 @@ error_code CTextbasedPhnRecognizer::RecognizePhonemes(IObservationStream* stream
         uint32_t count = 0;
         CTxMarker* first = transcriber->GetOutputMarkers(&count);
         limited_stream limited(*stream, model->descriptor.numFeatures);
-        const alignment_run run{limited, *model, text, textLength, progress, *markers};
+        const alignment_run run{limited,    *model,   *transcriber, text,
+                                textLength, progress, *markers};
         const error_code code =
             first != nullptr && count != 0 ? AlignRegions(run, first, first + count) : kNoError;
         markers->PostProcessMarkers();
@@ -170,9 +175,7 @@ error_code CTextbasedPhnRecognizer::SearchRegion(const alignment_run& run,
         code = ReadDormantMarkerRegion(run.model, stream, graph, positions, region.periodMs, phones,
                                        energies);
     } else if (sentenceMode) {
-        code = Viterbi_pw(run.model, nullptr, stateCount, nullptr, stream, run.progress,
-                          static_cast<uint32_t>(region.startFrame),
-                          static_cast<uint32_t>(region.startFrame + region.frames), run.results);
+        code = SearchSentences(run, region, graph, stateCount);
     } else {
         TArray<uint32_t> path;
         double score = 0.0;
@@ -193,12 +196,32 @@ error_code CTextbasedPhnRecognizer::SearchRegion(const alignment_run& run,
     return emitted != kNoError ? emitted : code;
 }
 
-error_code CTextbasedPhnRecognizer::Viterbi_pw(CAccousticHMM&, const forward_rec* const*, uint32_t,
-                                               const std::vector<word_span>*, IObservationStream&,
-                                               ProgressSink*, uint32_t, uint32_t,
-                                               ISyncResultsCollection&) {
+/// `graph` turns into logarithms on the way.
+error_code CTextbasedPhnRecognizer::SearchSentences(const alignment_run& run,
+                                                    const alignment_region& region,
+                                                    state_rec* const* graph, uint32_t stateCount) {
+    if (!FitsSentenceSearch(run.model)) {
+        return kOutOfRange;
+    }
+    run.model.BuildLogTransitions();
+    const log_state_graph logGraph = log_state_graph::FromProbabilities(graph, stateCount);
+    quib_allocator pool(kPoolBlockBytes);
+    const forward_graph forward = forward_graph::FromLogGraph(logGraph, pool);
+    const std::vector<word_span> spans =
+        BuildWordSpans(region.markers, run.transcriber, forward, logGraph, run.model, durations);
+    return Viterbi_pw(run.model, forward, spans, run.stream.Get(), run.progress,
+                      static_cast<uint32_t>(region.startFrame),
+                      static_cast<uint32_t>(region.startFrame + region.frames), run.results);
+}
+
+error_code CTextbasedPhnRecognizer::Viterbi_pw(CAccousticHMM& model, const forward_graph& forward,
+                                               const std::vector<word_span>& spans,
+                                               IObservationStream& stream, ProgressSink* progress,
+                                               uint32_t startFrame, uint32_t,
+                                               ISyncResultsCollection& results) {
     flog scope("CTextbasedPhnRecognizer::Viterbi_pw");
-    return kNotAvailable;
+    return SentenceViterbi(static_cast<uint16_t>(beamWidth), model, forward, spans, stream,
+                           progress, startFrame, results);
 }
 
 error_code CTextbasedPhnRecognizer::Viterbi(const CAccousticHMM& model,

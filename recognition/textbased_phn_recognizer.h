@@ -5,16 +5,17 @@
 #include <vector>
 
 #include "recognition/acc_phn_viterbi.h"
+#include "recognition/phone_durations.h"
 #include "recognition/state_rec.h"
 #include "tessarin/text_based_recognizer.h"
 
 namespace tessarin {
 
 class CConcreteSyncMarkerCollection;
+class forward_graph;
 class limited_stream;
 class log_state_graph;
 class quib_allocator;
-struct forward_rec;
 struct word_span;
 
 /// The forced aligner: strings the models of the text's phones into one chain, finds the audio's
@@ -37,11 +38,10 @@ public:
                                 const char* newTrellisFile) override;
     uint8_t SetOutputOptions(uint8_t retry, uint8_t wordsOnly) override;
 
-    /// The search for whole sentences: not offered yet.
-    virtual error_code Viterbi_pw(CAccousticHMM& model, const forward_rec* const* forward,
-                                  uint32_t stateCount, const std::vector<word_span>* spans,
-                                  IObservationStream& stream, ProgressSink* progress,
-                                  uint32_t startFrame, uint32_t endFrame,
+    /// SentenceViterbi with this recognizer's width. `endFrame` is not used.
+    virtual error_code Viterbi_pw(CAccousticHMM& model, const forward_graph& forward,
+                                  const std::vector<word_span>& spans, IObservationStream& stream,
+                                  ProgressSink* progress, uint32_t startFrame, uint32_t endFrame,
                                   ISyncResultsCollection& results);
 
     using CAccPhnViterbi::Viterbi;
@@ -81,7 +81,10 @@ private:
     error_code AlignRegion(const alignment_run& run, CTxMarker* startCut, CTxMarker* endCut,
                            CTxMarker* first, CTxMarker* last);
     error_code SearchRegion(const alignment_run& run, const alignment_region& region);
+    error_code SearchSentences(const alignment_run& run, const alignment_region& region,
+                               state_rec* const* graph, uint32_t stateCount);
 
+    phone_durations durations;
     std::string trellisFile;
     uint32_t trellisMemory = 500000000; // bytes
     double logBeam = 0.0;

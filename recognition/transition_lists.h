@@ -7,8 +7,8 @@
 
 namespace tessarin {
 
-/// The non-zero transitions into each state of a model, in the order of the states that they come
-/// from. Most transitions are zero, so a search that walks these lists has the results, ties
+/// The possible transitions into each state of a model, in the order of the states that they come
+/// from. Most transitions are impossible, so a search that walks these lists has the results, ties
 /// included, of one that tries all pairs of states.
 class transition_lists {
 public:
@@ -17,14 +17,16 @@ public:
         float probability;
     };
 
-    /// `probability(from, to)` is that of a step between two of `numStates` states.
-    template <class Probability> transition_lists(uint32_t numStates, Probability&& probability) {
+    /// `probability(from, to)` is that of a step between two of `numStates` states, `impossible`
+    /// where there is none.
+    template <class Probability>
+    transition_lists(uint32_t numStates, Probability&& probability, float impossible = 0.0f) {
         begins.reserve(size_t{numStates} + 1);
         for (uint32_t to = 0; to < numStates; ++to) {
             begins.push_back(sources.size());
             for (uint32_t from = 0; from < numStates; ++from) {
                 const float value = probability(from, to);
-                if (value != 0.0f) {
+                if (value != impossible) {
                     sources.push_back({from, value});
                 }
             }

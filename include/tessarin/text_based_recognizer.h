@@ -21,9 +21,9 @@ public:
     /// a fresh stream for `model`, and appends phonemes and words to `results`; clear it first.
     /// `progress` may be null. Returns 0; 1 without memory; 2 without stream, model, transcriber or
     /// results, or for a stream without a rate; 3 for a model of more than 256 phonemes or of more
-    /// than 256 states each; 5 when cancelled; 6 when asked for sentences, which are not searched
-    /// for yet; 8 when the search lost the text, with the markers up to there; or the code of a
-    /// failed read. Where cuts divide the text, each part is aligned whatever becomes of the
+    /// than 256 states each, or, when asked for sentences, of more than 85 or of other than 3; 5
+    /// when cancelled; 8 when the search lost the text, with the markers up to there; or the code
+    /// of a failed read. Where cuts divide the text, each part is aligned whatever becomes of the
     /// others, and the code is that of the last part that failed.
     virtual error_code RecognizePhonemes(IObservationStream* stream, CAccousticHMM* model,
                                          const char* text, IVisemixTranscriber* transcriber,
@@ -44,9 +44,17 @@ public:
     virtual error_code SetSearchOptions(uint16_t beamWidth, uint16_t keptPerFrame,
                                         uint32_t trellisMemory, double logBeam,
                                         const char* trellisFile) = 0;
-    /// `retry`: a search that lost the text slides its window ahead instead of ending.
-    /// `wordsOnly`: no phonemes in the results. Both together: search for the sentences of the
-    /// text. Returns whether phonemes are kept.
+    /// `retry`: a search that lost the text slides its window ahead instead of ending; when there
+    /// is nothing ahead either, only `progress` can end it. `wordsOnly`: no phonemes in the results.
+    ///
+    /// Both together (`retry` being 1): search for the sentences of the text, in audio that may
+    /// hold anything else, too. Each sentence that is found becomes one word marker without `text`,
+    /// over the sentence's place in the transcription text; what is not found has none. A sentence
+    /// ends at a full stop, a question or exclamation mark. They are found in the order of the
+    /// text, and none when the first one is not there. The search loads duration limits of its own
+    /// into the model, where they stay.
+    ///
+    /// Returns whether phonemes are kept.
     virtual uint8_t SetOutputOptions(uint8_t retry, uint8_t wordsOnly) = 0;
 };
 

@@ -238,7 +238,10 @@ public:
     }
     int32_t AddRef() override { return 1; }
     int32_t Release() override { return 1; }
-    uint32_t GetInputChar(int32_t) override { return 0; }
+    uint32_t GetInputChar(int32_t index) override {
+        const auto place = static_cast<size_t>(index);
+        return place < transcribed.size() ? static_cast<uint8_t>(transcribed[place]) : 0;
+    }
 
     token_list tokens;
     std::string transcribed;

@@ -204,7 +204,7 @@ TEST_F(Aligner, OutputOptionsChooseSearchAndMarkers) {
     };
     for (const option_case& each : {option_case{0, 0, kNoError, 2}, option_case{1, 0, kNoError, 2},
                                     option_case{0, 1, kNoError, 1}, option_case{2, 7, kNoError, 1},
-                                    option_case{1, 1, kNotAvailable, 0}}) {
+                                    option_case{1, 1, kNoError, 0}}) {
         SCOPED_TRACE(testing::Message() << int{each.retry} << ' ' << int{each.wordsOnly});
         stream.next = 0;
         results.clear();
