@@ -20,6 +20,10 @@ constexpr int32_t kGrowthStep = 4096;
 /// Bytes of an entry of the binary form: offset and length of the word, then of the pronunciation.
 constexpr uint64_t kBinaryEntrySize = 12;
 
+/// All words and pronunciations together are no longer than a lexicon text can be. Entries may
+/// share their texts, so that otherwise a small file would take up all time and memory.
+constexpr uint64_t kMaxTotalLength = INT32_MAX;
+
 bool IsLineEnd(char character) {
     return character == '\r' || character == '\n';
 }
@@ -186,8 +190,13 @@ error_code CCmDict::ReadBlockAndEntries(ByteCursor& cursor) {
     if (entries.SetSize(count, kGrowthStep) == 0) {
         return kOutOfMemory;
     }
+    uint64_t total = 0;
     for (CPronunciationRec& entry : entries) {
         if (!ReadEntry(cursor, entry)) {
+            return kInvalidFile;
+        }
+        total += uint64_t{entry.word_length} + entry.pronunciation_length;
+        if (total > kMaxTotalLength) {
             return kInvalidFile;
         }
     }

@@ -250,6 +250,34 @@ TEST(BinaryLexicon, RefusesSizesOffsetsAndCountsThatLie) {
     }
 }
 
+/// A lexicon whose entries all have the same long word and phonemes.
+bytes SharedText(uint32_t numEntries) {
+    constexpr uint16_t kLength = 0xFFFF;
+    ByteWriter binary;
+    binary.WriteU32(kLength);
+    binary.WriteBytes(bytes(kLength, 'a'));
+    binary.WriteU32(numEntries);
+    for (uint32_t entry = 0; entry < numEntries; ++entry) {
+        for (int text = 0; text < 2; ++text) {
+            binary.WriteU32(0);
+            binary.WriteU16(kLength);
+        }
+    }
+    return {binary.Content().begin(), binary.Content().end()};
+}
+
+TEST(BinaryLexicon, EntriesShareTextWithinBounds) {
+    constexpr uint32_t kTooMany = 16385; // twice 65535 bytes for each make more than 2 GiB
+    for (const uint32_t numEntries : {100u, kTooMany}) {
+        const bytes binary = SharedText(numEntries);
+        const uint8_t* position = binary.data();
+        uint32_t remaining = SizeOf(binary);
+        CCmDict dict;
+        EXPECT_EQ(dict.ReadBinary(&position, &remaining), numEntries < kTooMany ? 0 : 12);
+        EXPECT_EQ(dict.GetEntries().size(), numEntries < kTooMany ? numEntries : 0);
+    }
+}
+
 TEST(BinaryLexicon, GivesTheEntriesBackInTheirOrder) {
     const std::string text = "b=k\nA=t\nfoo\nbar=d\na=p\nlong=" + std::string(70000, 'x') + "\n";
     CCmDict dict;
