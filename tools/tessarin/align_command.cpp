@@ -3,6 +3,7 @@
 
 #include "tools/tessarin/failure.h"
 #include "tools/tessarin/recording_command.h"
+#include "tools/tessarin/speech_search.h"
 #include "tools/tessarin/text_options.h"
 
 namespace {
@@ -13,18 +14,6 @@ struct align_options {
     int beam = 0;
 };
 
-recognizer_handle MakeRecognizer(int beam) {
-    tessarin::ITextBasedPhnRecognizer* recognizer = nullptr;
-    CreateTextBasedRecognizer(&recognizer);
-    if (recognizer == nullptr) {
-        throw EngineFailure("recognizer", tessarin::kOutOfMemory);
-    }
-    if (beam > 0) {
-        recognizer->SetBeamWidth(beam);
-    }
-    return recognizer_handle(recognizer);
-}
-
 void RunAlign(const align_options& options) {
     if (!options.text.IsGiven()) {
         throw Failure(kExitUsage, "align: the text that is said is missing; give it with --text or "
@@ -33,15 +22,8 @@ void RunAlign(const align_options& options) {
     const model_handle model = LoadModel(options.recording.data);
     const transcriber_handle transcriber = LoadTranscriber(options.recording.data);
     const SpokenText text = ReadText(options.text, *transcriber);
-    const recognizer_handle recognizer = MakeRecognizer(options.beam);
-    AnimateRecording(
-        options.recording, *model, &text,
-        [&](opened_recording& recording, tessarin::CAccousticHMM& usedModel,
-            tessarin::ProgressSink& progress, tessarin::ISyncResultsCollection& results) {
-            return recognizer->RecognizePhonemes(recording.observations.get(), &usedModel,
-                                                 text.GetLocal().c_str(), transcriber.get(),
-                                                 &progress, &results);
-        });
+    AnimateRecording(options.recording, *model, &text,
+                     SearchForText(text, *transcriber, options.beam));
 }
 
 } // namespace

@@ -17,6 +17,7 @@ int Run(int argc, char** argv) {
     AddAlignCommand(app);
     AddRecognizeCommand(app);
     AddAnimateCommand(app);
+    AddViewCommand(app);
     AddTranscribeCommand(app);
     AddInspectCommand(app);
     AddLexiconCommand(app);

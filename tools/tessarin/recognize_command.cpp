@@ -2,37 +2,21 @@
 #include <string>
 
 #include "tools/tessarin/failure.h"
-#include "tools/tessarin/file_io.h"
 #include "tools/tessarin/recording_command.h"
+#include "tools/tessarin/speech_search.h"
 
 namespace {
 
 struct recognize_options {
     recording_options recording;
-    std::string trigrams;
-    bool counts = false;
+    trigram_options trigrams;
     bool noTrigrams = false;
     std::string limits;
 };
 
-textless_recognizer_handle MakeRecognizer() {
-    tessarin::ITextlessPhnRecognizer* recognizer = nullptr;
-    CreateTextlessPhnRecognizer(&recognizer);
-    if (recognizer == nullptr) {
-        throw EngineFailure("recognizer", tessarin::kOutOfMemory);
-    }
-    return textless_recognizer_handle(recognizer);
-}
-
 void LoadConstraints(const recognize_options& options, tessarin::CAccousticHMM& model) {
     if (!options.noTrigrams) {
-        const std::string path =
-            DataPathOr(options.trigrams, options.recording.data, kTrigramsName);
-        const uint8_t normalise = options.counts || options.trigrams.empty() ? 1 : 0;
-        const int32_t code = LoadTrigramFileIntoHMM(&model, path.c_str(), normalise);
-        if (code != tessarin::kNoError) {
-            throw EngineFailure(path, code);
-        }
+        LoadTrigrams(options.trigrams, options.recording.data, model);
     }
     if (!options.limits.empty()) {
         const int32_t code = LoadPhoneConstraintsFileIntoHMM(&model, options.limits.c_str(), 0);
@@ -45,14 +29,7 @@ void LoadConstraints(const recognize_options& options, tessarin::CAccousticHMM& 
 void RunRecognize(const recognize_options& options) {
     const model_handle model = LoadModel(options.recording.data);
     LoadConstraints(options, *model);
-    const textless_recognizer_handle recognizer = MakeRecognizer();
-    AnimateRecording(options.recording, *model, nullptr,
-                     [&](opened_recording& recording, tessarin::CAccousticHMM& usedModel,
-                         tessarin::ProgressSink& progress,
-                         tessarin::ISyncResultsCollection& results) {
-                         return recognizer->RecognizePhonemes(recording.observations.get(),
-                                                              &usedModel, &progress, &results);
-                     });
+    AnimateRecording(options.recording, *model, nullptr, SearchForSounds());
 }
 
 } // namespace
@@ -62,9 +39,9 @@ void AddRecognizeCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand(
         "recognize", "Hear phonemes without a text, and make the mouth shapes from them");
     AddRecordingOptions(*command, &options->recording);
-    auto* trigrams = command->add_option("--trigrams", options->trigrams,
+    auto* trigrams = command->add_option("--trigrams", options->trigrams.file,
                                          "Statistics of phoneme sequences [the project's own]");
-    command->add_flag("--counts", options->counts, "The numbers of --trigrams are counts")
+    command->add_flag("--counts", options->trigrams.counts, "The numbers of --trigrams are counts")
         ->needs(trigrams);
     auto* noTrigrams =
         command->add_flag("--no-trigrams", options->noTrigrams, "Hear without statistics")

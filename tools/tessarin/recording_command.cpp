@@ -15,13 +15,13 @@ results_handle MakeResults() {
     return results_handle(results);
 }
 
+} // namespace
+
 int ChannelNumber(const std::string& channel) {
     return channel == "mix" ? 0 : std::stoi(channel);
 }
 
-} // namespace
-
-void AddRecordingOptions(CLI::App& command, recording_options* options) {
+void AddListeningOptions(CLI::App& command, recording_options* options) {
     command.add_option("AUDIO", options->audio, "Recording: WAV, FLAC, Ogg, AIFF, MP3, Sphere ...")
         ->required()
         ->option_text(" ");
@@ -32,14 +32,17 @@ void AddRecordingOptions(CLI::App& command, recording_options* options) {
         ->check(CLI::Range(1, 1024) | CLI::IsMember({"mix"}))
         ->option_text("N|mix");
     AddTrackOptions(command, &options->track);
-    AddOutputOptions(command, &options->outputs);
     command.add_flag("-q,--quiet", options->quiet, "No progress bar");
 }
 
-void AnimateRecording(const recording_options& options, tessarin::CAccousticHMM& model,
-                      const SpokenText* text, const recording_search& search) {
+void AddRecordingOptions(CLI::App& command, recording_options* options) {
+    AddListeningOptions(command, options);
+    AddOutputOptions(command, &options->outputs);
+}
+
+timed_result FindTimings(const recording_options& options, tessarin::CAccousticHMM& model,
+                         const SpokenText* text, const recording_search& search) {
     CatchInterrupts();
-    const OutputPlan outputs(options.outputs, options.data);
     const results_handle results = MakeResults();
     ProgressBar progress(options.quiet);
     opened_recording recording =
@@ -55,6 +58,13 @@ void AnimateRecording(const recording_options& options, tessarin::CAccousticHMM&
     result.message = GetVisemixErrorMessage(result.code);
     CollectMarkers(*results, text, &result);
     MakeMouthTrack(options.track, *results, &result);
+    return result;
+}
+
+void AnimateRecording(const recording_options& options, tessarin::CAccousticHMM& model,
+                      const SpokenText* text, const recording_search& search) {
+    const OutputPlan outputs(options.outputs, options.data);
+    const timed_result result = FindTimings(options, model, text, search);
     outputs.Write(result);
     if (result.code != tessarin::kNoError) {
         throw EngineFailure(options.audio, result.code);

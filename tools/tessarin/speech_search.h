@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+#include "tools/tessarin/engine_data.h"
+#include "tools/tessarin/recording_command.h"
+
+/// The search for the sounds of a text that is said. `text` and `transcriber` must outlive it; a
+/// `beam` of 0 is the engine's own. Throws Failure.
+recording_search SearchForText(const SpokenText& text, tessarin::IVisemixTranscriber& transcriber,
+                               int beam);
+
+/// The search for sounds without a text. Throws Failure.
+recording_search SearchForSounds();
+
+/// Statistics of phoneme sequences for SearchForSounds.
+struct trigram_options {
+    std::string file;    ///< empty: the project's own
+    bool counts = false; ///< the numbers of the file are counts
+};
+
+/// Loads the statistics into `model`. Throws Failure.
+void LoadTrigrams(const trigram_options& options, const data_options& data,
+                  tessarin::CAccousticHMM& model);

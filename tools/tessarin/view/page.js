@@ -1,0 +1,286 @@
+// Joins the parts of the page.
+
+const SPEEDS = [0.25, 0.5, 0.75, 1];
+const FIRST_PX_PER_MS = 0.2;
+
+const byId = (id) => document.getElementById(id);
+
+class Page {
+    constructor() {
+        const result = JSON.parse(byId("result").textContent);
+        const chunks = [...document.querySelectorAll("script.audio")];
+        this.recording = new Recording(joined(decodeBase64(chunks.map((c) => c.textContent))));
+        chunks.forEach((chunk) => chunk.remove());
+        this.findings = new Findings(result);
+        this.player = new Player(byId("audio"), this.recording);
+        this.timeline = new Timeline(byId("still"), byId("moving"), this.recording, this.findings);
+        this.overview = new Overview(byId("overview"), this.timeline);
+        this.mouth = new Mouth(byId("mouth"));
+        this.loops = false;
+        this.wasVisible = true;
+        this.makeReadout();
+        this.showSummary(result);
+        this.listen();
+        this.resize();
+        this.timeline.setView(0, FIRST_PX_PER_MS);
+        this.showState();
+        requestAnimationFrame(() => this.tick());
+    }
+
+    makeReadout() {
+        const names = ["time", "word", "wordTime", "phoneme", "phonemeTime", "score", "frame",
+            "frameTime", "weights", "weightRow"];
+        this.readout = new Readout(this.findings,
+            Object.fromEntries(names.map((name) => [name, byId(name)])),
+            (label) => this.timeline.colourOf(label));
+        this.transcript = new Transcript(byId("transcript"), this.findings, (word) => {
+            this.player.seek(word.start_ms);
+            this.showCursor();
+        });
+        for (const { name, title } of SOUND_CLASSES) {
+            const entry = document.createElement("li");
+            entry.style.setProperty("--colour", `var(--sound-${name})`);
+            entry.textContent = title;
+            byId("legend").append(entry);
+        }
+    }
+
+    showSummary(result) {
+        const { words, phonemes, frames } = this.findings;
+        const sounds = phonemes.filter(({ label }) => label !== "x").length;
+        const rate = frames.length > 1
+            ? Math.round((frames.length * 1000) / (frames.at(-1).end_ms - frames[0].start_ms)) : 0;
+        byId("summary").textContent = [
+            `${(this.recording.durationMs / 1000).toFixed(1)} s`,
+            words.length && `${words.length} words`, `${sounds} phonemes`,
+            rate && `${rate} frames a second`,
+        ].filter(Boolean).join(" · ");
+        byId("duration").textContent = clockText(this.recording.durationMs, 1);
+        byId("warning").hidden = !result.code;
+        byId("warning").textContent = result.code ? `${result.message} (code ${result.code})` : "";
+    }
+
+    listen() {
+        this.player.onChange = () => this.showState();
+        new Pointing(byId("timeline"), this.timeline, {
+            seek: (ms) => this.player.seek(ms),
+            select: (a, b) => this.select(Math.min(a, b), Math.max(a, b)),
+            selectAt: (ms, y) => this.selectAt(ms, y),
+        });
+        byId("overview").addEventListener("pointerdown", (event) => this.dragOverview(event));
+        byId("overview").addEventListener("pointermove", (event) => this.dragOverview(event));
+        new ResizeObserver(() => this.resize()).observe(byId("timeline"));
+        matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => {
+            this.timeline.readTheme();
+            this.overview.resize();
+            this.readout.shown = "";
+        });
+        document.addEventListener("keydown", (event) => this.pressKey(event));
+        for (const button of document.querySelectorAll("button[data-action]")) {
+            button.addEventListener("click", (event) => {
+                this.act(button.dataset.action, button.value);
+                // Else the space bar would press it again in place of playing.
+                if (event.detail > 0) {
+                    button.blur();
+                }
+            });
+        }
+    }
+
+    pressKey(event) {
+        const isTyping = event.target.closest?.("dialog, button:focus-visible");
+        if (event.ctrlKey || event.metaKey || event.altKey ||
+            (isTyping && [" ", "Enter", "Escape"].includes(event.key))) {
+            return;
+        }
+        const action = KEYS[event.shiftKey ? `Shift+${event.key}` : event.key] ?? KEYS[event.key];
+        if (action) {
+            event.preventDefault();
+            this.act(...action);
+        }
+    }
+
+    act(name, value) {
+        const { timeline, player } = this;
+        const middle = timeline.isVisible(player.positionMs) ? timeline.xOf(player.positionMs)
+            : timeline.width / 2;
+        const actions = {
+            play: () => player.toggle(),
+            speed: () => player.setSpeed(Number(value)),
+            frame: () => this.stepFrames(Number(value)),
+            phoneme: () => this.stepSpans(this.findings.phonemes, Number(value)),
+            word: () => this.stepSpans(this.findings.words.length ? this.findings.words
+                : this.findings.phonemes, Number(value)),
+            go: () => this.goTo(Number(value) * this.recording.durationMs),
+            zoom: () => timeline.zoom(Number(value), middle),
+            all: () => timeline.setView(0, 0),
+            loop: () => this.setLoops(!this.loops),
+            selectWord: () => this.selectSpan(this.findings.words, player.positionMs),
+            clear: () => this.clearSelection(),
+            help: () => byId("help").showModal(),
+        };
+        actions[name]();
+    }
+
+    goTo(ms) {
+        this.player.seek(ms);
+        this.showCursor();
+    }
+
+    // To the middle of a frame, where its weights hold.
+    stepFrames(count) {
+        const { frames } = this.findings;
+        if (frames.length > 0) {
+            const index = this.findings.frameIndexAt(this.player.positionMs) + count;
+            this.goTo(centreOf(frames[clamp(index, 0, frames.length - 1)]));
+        }
+    }
+
+    stepSpans(spans, count) {
+        if (spans.length === 0) {
+            return;
+        }
+        const ms = this.player.positionMs;
+        let index = lastBefore(spans, ms) + count;
+        // Backwards, first to the beginning of the span itself.
+        if (count < 0 && ms > (spans[index + 1]?.start_ms ?? 0) + 1) {
+            ++index;
+        }
+        this.goTo(spans[clamp(index, 0, spans.length - 1)].start_ms);
+    }
+
+    showCursor() {
+        const { timeline } = this;
+        if (!timeline.isVisible(this.player.positionMs)) {
+            timeline.setView(this.player.positionMs - timeline.visibleMs / 3, timeline.pxPerMs);
+        }
+    }
+
+    select(fromMs, toMs) {
+        this.timeline.selection = { fromMs, toMs };
+        this.player.setLoop(this.loops && toMs - fromMs >= 20 ? this.timeline.selection : null);
+        this.showState();
+    }
+
+    selectSpan(spans, ms) {
+        const span = spans[indexAt(spans, ms)];
+        if (span) {
+            this.select(span.start_ms, span.end_ms);
+            this.setLoops(true);
+        }
+        return Boolean(span);
+    }
+
+    // In the rows of the phonemes and the curves a phoneme, else a word.
+    selectAt(ms, y) {
+        const isPhoneme = y >= this.timeline.lanes.phonemes.y;
+        if (isPhoneme || !this.selectSpan(this.findings.words, ms)) {
+            this.selectSpan(this.findings.phonemes, ms);
+        }
+        this.player.seek(this.timeline.selection?.fromMs ?? ms);
+    }
+
+    clearSelection() {
+        this.timeline.selection = null;
+        this.setLoops(false);
+    }
+
+    // A loop needs a stretch: without one, the word at the cursor, or all of it.
+    setLoops(loops) {
+        this.loops = loops;
+        if (loops && !this.timeline.selection) {
+            const word = this.findings.words[indexAt(this.findings.words, this.player.positionMs)];
+            this.timeline.selection = {
+                fromMs: word?.start_ms ?? 0, toMs: word?.end_ms ?? this.recording.durationMs,
+            };
+        }
+        this.player.setLoop(loops ? this.timeline.selection : null);
+        this.showState();
+    }
+
+    dragOverview(event) {
+        if (event.buttons !== 1 && event.type !== "pointerdown") {
+            return;
+        }
+        byId("overview").setPointerCapture(event.pointerId);
+        const { timeline, overview } = this;
+        const x = event.clientX - byId("overview").getBoundingClientRect().left;
+        const ms = overview.timeAt(x);
+        timeline.setView(ms - timeline.visibleMs / 2, timeline.pxPerMs);
+    }
+
+    resize() {
+        this.timeline.resize();
+        this.overview.resize();
+    }
+
+    // Buttons and labels, when something else than the position has changed.
+    showState() {
+        const { player, timeline } = this;
+        const play = byId("play");
+        play.classList.toggle("playing", player.isPlaying);
+        play.setAttribute("aria-label", player.isPlaying ? "Pause" : "Play");
+        byId("loop").setAttribute("aria-pressed", String(this.loops));
+        for (const button of document.querySelectorAll("button[data-action=speed]")) {
+            const isIt = Number(button.value) === player.audio.playbackRate;
+            button.setAttribute("aria-pressed", String(isIt));
+        }
+        const { selection } = timeline;
+        byId("selection").hidden = !selection;
+        byId("selectionText").textContent = selection
+            ? `${Math.round(selection.fromMs)}–${Math.round(selection.toMs)} ms` : "";
+        const slider = byId("timeline");
+        slider.setAttribute("aria-valuemax", String(Math.round(this.recording.durationMs)));
+        slider.setAttribute("aria-valuenow", String(Math.round(player.positionMs)));
+        slider.setAttribute("aria-valuetext", this.readout.describe(player.positionMs));
+    }
+
+    // Turns the page under a cursor that runs off its right edge.
+    follow(ms) {
+        const { timeline } = this;
+        const isVisible = timeline.isVisible(ms);
+        if (this.player.isPlaying && this.wasVisible && !isVisible) {
+            timeline.setView(ms - timeline.visibleMs * 0.08, timeline.pxPerMs);
+        }
+        this.wasVisible = timeline.isVisible(ms);
+    }
+
+    tick() {
+        this.player.keepInLoop();
+        const ms = this.player.positionMs;
+        this.follow(ms);
+        this.timeline.draw(ms);
+        this.overview.draw(ms);
+        this.mouth.show(this.findings.weightsAt(ms));
+        this.readout.show(ms);
+        this.transcript.show(ms);
+        requestAnimationFrame(() => this.tick());
+    }
+}
+
+const KEYS = {
+    " ": ["play"],
+    "k": ["play"],
+    "ArrowLeft": ["frame", -1],
+    "ArrowRight": ["frame", 1],
+    "Shift+ArrowLeft": ["phoneme", -1],
+    "Shift+ArrowRight": ["phoneme", 1],
+    "ArrowUp": ["word", -1],
+    "ArrowDown": ["word", 1],
+    "Home": ["go", 0],
+    "End": ["go", 1],
+    "+": ["zoom", 1.5],
+    "=": ["zoom", 1.5],
+    "-": ["zoom", 1 / 1.5],
+    "0": ["all"],
+    "l": ["loop"],
+    "L": ["loop"],
+    "w": ["selectWord"],
+    "W": ["selectWord"],
+    "Escape": ["clear"],
+    "?": ["help"],
+    ...Object.fromEntries(SPEEDS.map((speed, i) => [String(i + 1), ["speed", speed]])),
+};
+
+// For those who look into the page, and for its test.
+window.tessarin = new Page();

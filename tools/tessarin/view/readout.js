@@ -1,0 +1,134 @@
+// What is at the cursor, in words and in the numbers of the JSON.
+
+function spanText(span) {
+    return span ? `${span.start_ms}–${span.end_ms} ms` : "";
+}
+
+class Readout {
+    constructor(findings, elements, colourOf) {
+        this.findings = findings;
+        this.elements = elements;
+        this.colourOf = colourOf;
+        this.shown = "";
+        this.rows = new Map();
+    }
+
+    show(ms) {
+        const { words, phonemes, frames } = this.findings;
+        const word = words[indexAt(words, ms)];
+        const phoneme = phonemes[indexAt(phonemes, ms)];
+        const index = this.findings.frameIndexAt(ms);
+        const frame = frames[index];
+        this.elements.time.textContent = clockText(ms);
+        const key = [word?.start_ms, phoneme?.start_ms, index].join();
+        if (key === this.shown) {
+            return;
+        }
+        this.shown = key;
+        const { elements } = this;
+        elements.word.textContent = word?.text ?? "–";
+        elements.wordTime.textContent = spanText(word);
+        elements.phoneme.textContent = phoneme?.label ?? "–";
+        elements.phonemeTime.textContent = spanText(phoneme);
+        elements.score.textContent = phoneme ? String(phoneme.score) : "";
+        elements.frame.textContent = frame ? String(index) : "–";
+        elements.frameTime.textContent = spanText(frame);
+        this.showWeights(frame?.weights ?? {});
+    }
+
+    // The same row serves as many weights as there are, so that the page does not jump.
+    showWeights(weights) {
+        const list = this.elements.weights;
+        const entries = Object.entries(weights);
+        while (list.children.length < entries.length) {
+            list.append(this.elements.weightRow.content.cloneNode(true));
+        }
+        [...list.children].forEach((row, i) => {
+            row.hidden = i >= entries.length;
+            if (row.hidden) {
+                return;
+            }
+            const [label, weight] = entries[i];
+            row.dataset.label = label;
+            row.querySelector(".label").textContent = label;
+            row.querySelector(".value").textContent = String(weight);
+            const bar = row.querySelector(".bar i");
+            bar.style.width = `${100 * Math.min(1, weight)}%`;
+            bar.style.background = this.colourOf(label);
+        });
+    }
+
+    // For those who hear the page.
+    describe(ms) {
+        const { words, phonemes } = this.findings;
+        const word = words[indexAt(words, ms)]?.text;
+        const phoneme = phonemes[indexAt(phonemes, ms)]?.label;
+        return [`${(ms / 1000).toFixed(3)} seconds`, word && `word ${word}`,
+            phoneme && (phoneme === "x" ? "silence" : `phoneme ${phoneme}`)]
+            .filter(Boolean).join(", ");
+    }
+}
+
+// The words as running text, the spoken one marked.
+class Transcript {
+    constructor(element, findings, onChoose) {
+        this.element = element;
+        this.words = findings.words;
+        this.spans = this.fill(findings);
+        this.current = -1;
+        element.addEventListener("click", (event) => {
+            const index = event.target.dataset?.word;
+            if (index !== undefined) {
+                onChoose(this.words[Number(index)]);
+            }
+        });
+    }
+
+    // In the order of the text, in which punctuation and tags stand among the words.
+    fill({ words, events }) {
+        const spans = words.map((word, i) => {
+            const span = document.createElement("span");
+            span.dataset.word = i;
+            span.textContent = word.text;
+            return span;
+        });
+        const entries = [
+            ...words.map((word, i) => ({ span: word, node: spans[i], gap: " " })),
+            ...events.map((event) => ({
+                span: event,
+                node: document.createTextNode(event.text),
+                gap: event.type === "punctuation" ? "" : " ",
+            })),
+        ];
+        entries.sort((a, b) => a.span.text_offset - b.span.text_offset);
+        for (const { node, gap } of entries) {
+            this.element.append(gap, node);
+        }
+        this.element.hidden = words.length === 0;
+        return spans;
+    }
+
+    show(ms) {
+        const index = indexAt(this.words, ms);
+        if (index === this.current) {
+            return;
+        }
+        this.spans[this.current]?.classList.remove("current");
+        this.current = index;
+        const span = this.spans[index];
+        if (span) {
+            span.classList.add("current");
+            this.keepInSight(span);
+        }
+    }
+
+    keepInSight(span) {
+        const { element } = this;
+        const top = span.offsetTop - element.offsetTop;
+        const isHidden = top < element.scrollTop ||
+            top + span.offsetHeight > element.scrollTop + element.clientHeight;
+        if (isHidden) {
+            element.scrollTop = top - element.clientHeight / 3;
+        }
+    }
+}
