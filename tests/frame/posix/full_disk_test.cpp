@@ -1,38 +1,18 @@
 #include "frame/whole_file.h"
 
-#include <csignal>
 #include <filesystem>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "support/posix/process_limit.h"
 #include "support/temp_file.h"
 
 namespace tessarin {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// Lets no file grow beyond a size for the length of a scope, as a full disk does.
-class file_size_limit {
-public:
-    explicit file_size_limit(rlim_t size) {
-        getrlimit(RLIMIT_FSIZE, &before);
-        const rlimit limit = {size, before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-        handler = std::signal(SIGXFSZ, SIG_IGN);
-    }
-    ~file_size_limit() {
-        setrlimit(RLIMIT_FSIZE, &before);
-        std::signal(SIGXFSZ, handler);
-    }
-
-private:
-    rlimit before = {};
-    void (*handler)(int) = nullptr;
-};
 
 TEST(WriteWholeFile, KeepsTheOldFileWhenTheDiskIsFull) {
     const test::TempFile folder(".folder");
@@ -41,7 +21,7 @@ TEST(WriteWholeFile, KeepsTheOldFileWhenTheDiskIsFull) {
     const std::vector<uint8_t> old = {'o', 'l', 'd'};
     ASSERT_EQ(WriteWholeFile(path.c_str(), old), 0);
     {
-        const file_size_limit limit(4096);
+        const test::process_limit limit(RLIMIT_FSIZE, 4096);
         EXPECT_EQ(WriteWholeFile(path.c_str(), std::vector<uint8_t>(100000)), 17);
     }
     EXPECT_EQ(fs::file_size(path), old.size());

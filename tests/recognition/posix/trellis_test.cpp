@@ -1,40 +1,19 @@
 #include "recognition/trellis.h"
 
-#include <csignal>
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
-#include <sys/resource.h>
 #include <unistd.h>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/posix/process_limit.h"
 #include "support/temp_file.h"
 
 namespace tessarin::test {
 namespace {
-
-/// Sets a limit of the process for the length of a scope.
-class process_limit {
-public:
-    process_limit(decltype(RLIMIT_FSIZE) limitOf, rlim_t value) : resource(limitOf) {
-        getrlimit(resource, &before);
-        const rlimit limit = {value, before.rlim_max};
-        setrlimit(resource, &limit);
-        handler = std::signal(SIGXFSZ, SIG_IGN);
-    }
-    ~process_limit() {
-        setrlimit(resource, &before);
-        std::signal(SIGXFSZ, handler);
-    }
-
-private:
-    decltype(RLIMIT_FSIZE) resource;
-    rlimit before = {};
-    void (*handler)(int) = nullptr;
-};
 
 FrameHypoList HundredStates(uint32_t from) {
     FrameHypoList list(100);
