@@ -1,7 +1,9 @@
 #include <memory>
 
+#include "control/quib_accoustic_cmd_ctrl.h"
 #include "control/quib_cmd_ctrl.h"
 #include "frame/guarded.h"
+#include "tessarin/acoustic_command_controller.h"
 #include "tessarin/command_controller.h"
 
 using namespace tessarin;
@@ -18,5 +20,24 @@ int32_t CreateQuibCmdCtrl(void* /*reserved*/, CAccousticHMM* model, float energy
     return Guarded([&] {
         *out = std::make_unique<CQuibCmdCtrl>(*model, energyFloor).release();
         return kNoError;
+    });
+}
+
+// Kept: the controller is the host's even when live audio cannot be set up; it still compares
+// recordings.
+int32_t CreateQuibAcousticCmdCtrl(void* /*reserved*/, CAccousticHMM* model, float energyFloor,
+                                  IQuibAcousticCmdCtrl** out) {
+    if (out == nullptr) {
+        return kOutOfMemory;
+    }
+    *out = nullptr;
+    if (model == nullptr) {
+        return kInvalidArgument;
+    }
+    return Guarded([&] {
+        auto made = std::make_unique<CQuibAccousticCmdCtrl>();
+        const error_code code = made->InitFeatures(model, energyFloor);
+        *out = made.release();
+        return code;
     });
 }

@@ -14,21 +14,27 @@ constexpr const char* kNoisePhonemes = "THtfht";
 
 constexpr uint32_t kStatesTaken = 3;
 
-transition_lists Steps(const CAccousticHMM& model, const std::vector<uint32_t>& states) {
-    constexpr auto kNone = static_cast<float>(kImpossibleLog);
-    return transition_lists(
-        static_cast<uint32_t>(states.size()),
-        [&](uint32_t from, uint32_t to) { return model.logTransitions[states[from]][states[to]]; },
-        kNone);
-}
-
 } // namespace
 
 BackgroundLoop::BackgroundLoop(const CAccousticHMM& acousticModel, std::vector<uint32_t> loopStates,
                                uint32_t frames)
-    : model(acousticModel), states(std::move(loopStates)), steps(Steps(model, states)),
+    : model(acousticModel), states(std::move(loopStates)), stepsInto(states.size()),
       previous(states.size(), kImpossibleLog), current(states.size(), kImpossibleLog),
-      bestByFrame(frames, kImpossibleLog) {}
+      bestByFrame(frames, kImpossibleLog) {
+    FindSteps();
+}
+
+/// Most steps are impossible, so an observation tries these only.
+void BackgroundLoop::FindSteps() {
+    for (size_t to = 0; to < states.size(); ++to) {
+        for (uint32_t from = 0; from < states.size(); ++from) {
+            const float logProbability = model.logTransitions[states[from]][states[to]];
+            if (logProbability != static_cast<float>(kImpossibleLog)) {
+                stepsInto[to].push_back({from, logProbability});
+            }
+        }
+    }
+}
 
 std::vector<uint32_t> BackgroundLoop::FreeStates(const CAccousticHMM& model) {
     std::vector<uint32_t> all;
@@ -85,7 +91,7 @@ void BackgroundLoop::Advance(uint32_t t, const float* x, double* cache) {
 
 double BackgroundLoop::BestSource(uint32_t place, bool& found) const {
     double best = -std::numeric_limits<double>::infinity();
-    for (const auto& [from, logProbability] : steps.Into(place)) {
+    for (const auto& [from, logProbability] : stepsInto[place]) {
         if (previous[from] == kImpossibleLog) {
             continue;
         }

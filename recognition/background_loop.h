@@ -3,8 +3,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "recognition/transition_lists.h"
-
 namespace tessarin {
 
 class CAccousticHMM;
@@ -35,11 +33,17 @@ public:
     }
 
 private:
+    struct step {
+        uint32_t from; // a place in `states`
+        float logProbability;
+    };
+
+    void FindSteps();
     double BestSource(uint32_t place, bool& found) const;
 
     const CAccousticHMM& model;
     std::vector<uint32_t> states;
-    transition_lists steps; // between places in `states`
+    std::vector<std::vector<step>> stepsInto; // of each place in `states`
     std::vector<double> previous;
     std::vector<double> current;
     std::vector<double> bestByFrame;

@@ -1,6 +1,7 @@
 #pragma once
 
 // The whole public surface.
+#include "tessarin/acoustic_command_controller.h"
 #include "tessarin/acoustic_model.h"
 #include "tessarin/articulator.h"
 #include "tessarin/command_controller.h"
