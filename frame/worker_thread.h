@@ -41,10 +41,12 @@ public:
     /// Stops a running thread and starts anew. Returns false when the system gives no thread.
     virtual bool StartThread();
 
+protected:
+    CCritSection section; ///< a derived class guards with it what its thread and others share
+
 private:
     uint32_t priority = 1;
     std::shared_ptr<NativeThread> thread;
-    CCritSection section;
     std::atomic<uint8_t> cancelled = 0;
     std::atomic<bool> running = false;
 };

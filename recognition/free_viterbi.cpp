@@ -1,70 +1,33 @@
 #include "recognition/free_viterbi.h"
 
-#include <algorithm>
-#include <utility>
 #include <vector>
 
 #include "frame/guarded.h"
 #include "model/accoustic_hmm.h"
 #include "recognition/free_search.h"
-#include "recognition/transition_lists.h"
+#include "recognition/phone_loop.h"
 
 namespace tessarin {
 namespace {
 
 /// One run, with back-pointers of the smallest type that holds a state.
-template <class Cell> struct free_search {
+template <class Cell> struct free_search : phone_loop<Cell> {
     free_search(const CAccousticHMM& acousticModel, int32_t observations)
-        : model(acousticModel), numStates(static_cast<uint32_t>(acousticModel.GetTotalStates())),
-          transitions(numStates,
-                      [&](uint32_t from, uint32_t to) { return model.transitions[from][to]; }),
-          features(static_cast<size_t>(acousticModel.descriptor.numFeatures) + 3),
-          previous(numStates), current(numStates),
-          cells(static_cast<size_t>(observations) * numStates) {}
+        : phone_loop<Cell>(acousticModel, AllTransitions(acousticModel)),
+          rowLength(static_cast<uint32_t>(acousticModel.GetTotalStates())),
+          cells(static_cast<size_t>(observations) * rowLength) {}
 
-    Cell* Row(int32_t t) { return cells.data() + static_cast<size_t>(t) * numStates; }
+    Cell* Row(int32_t t) { return cells.data() + static_cast<size_t>(t) * rowLength; }
 
-    void Seed() {
-        for (uint32_t s = 0; s < numStates; s += static_cast<uint32_t>(model.numStates)) {
-            previous[s] = model.GetStateProbability(features.data(), static_cast<int32_t>(s)) *
-                          (1.0 / model.numModels);
-        }
-    }
-
-    void Advance(int32_t t) {
-        Cell* row = Row(t);
-        double largest = 0.0;
-        for (uint32_t s = 0; s < numStates; ++s) {
-            double best = 0.0;
-            uint32_t bestSource = 0;
-            for (const auto& [from, probability] : transitions.Into(s)) {
-                const double value = double{probability} * previous[from];
-                if (value > best) { // the lowest state wins a tie
-                    best = value;
-                    bestSource = from;
-                }
-            }
-            if (best != 0.0) {
-                row[s] = static_cast<Cell>(bestSource);
-                best *= model.GetStateProbability(features.data(), static_cast<int32_t>(s));
-                largest = std::max(largest, best);
-            }
-            current[s] = best;
-        }
-        if (largest != 0.0) {
-            for (double& score : current) {
-                score /= largest;
-            }
-        }
-        std::swap(previous, current);
-    }
+    void Advance(int32_t t) { phone_loop<Cell>::Advance(Row(t)); }
 
     error_code TraceBack(TArray<uint32_t>& path) {
         double bestScore = 0.0;
         uint32_t best = 0;
-        for (uint32_t s = 0; s < numStates; ++s) {
-            if (previous[s] > bestScore) {
-                bestScore = previous[s];
+        const std::vector<double>& scores = this->GetScores();
+        for (uint32_t s = 0; s < rowLength; ++s) {
+            if (scores[s] > bestScore) {
+                bestScore = scores[s];
                 best = s;
             }
         }
@@ -78,12 +41,7 @@ template <class Cell> struct free_search {
         return kNoError;
     }
 
-    const CAccousticHMM& model;
-    const uint32_t numStates;
-    const transition_lists transitions;
-    std::vector<float> features;
-    std::vector<double> previous;
-    std::vector<double> current;
+    const uint32_t rowLength;
     std::vector<Cell> cells;
 };
 

@@ -1,56 +1,21 @@
 #include "recognition/marker_generation.h"
 
-#include <algorithm>
-#include <cmath>
-
 #include "articulation/sync_marker.h"
 #include "frame/text_copy.h"
 #include "model/accoustic_hmm.h"
+#include "recognition/amplitude_scale.h"
 #include "recognition/time_base.h"
 #include "tessarin/observation_stream.h"
 
 namespace tessarin {
 namespace {
 
-/// Maps energies of observations to percents of the range that the stream has seen.
-class amplitude_scale {
-public:
-    amplitude_scale(IObservationStream& stream, const TArray<float>& observationEnergies)
-        : energies(observationEnergies) {
-        float high = 0.0f;
-        stream.GetEnergyRange(&low, &high);
-        float range = high - low;
-        if (!(range > 0.0f)) {
-            low = 0.0f;
-            range = 8000.0f;
-        }
-        scale = 100.0f / range;
-    }
-
-    /// Of the observations from `first` up to `end`.
-    float Amplitude(int32_t first, int32_t end) const {
-        const double percent = (RootMeanSquare(first, end) - low) * scale;
-        return percent > 0.0 ? static_cast<float>(std::min(percent, 100.0)) : 0.0f;
-    }
-
-private:
-    double RootMeanSquare(int32_t first, int32_t end) const {
-        const int32_t from = std::max(first, 0);
-        const int32_t to = std::min(end, energies.GetSize());
-        if (from >= to) {
-            return 0.0;
-        }
-        double sum = 0.0;
-        for (int32_t i = from; i < to; ++i) {
-            sum += static_cast<double>(energies[i]) * energies[i];
-        }
-        return std::sqrt(sum / (to - from));
-    }
-
-    const TArray<float>& energies;
+amplitude_scale ScaleOf(IObservationStream& stream, const TArray<float>& energies) {
     float low = 0.0f;
-    float scale = 0.0f;
-};
+    float high = 0.0f;
+    stream.GetEnergyRange(&low, &high);
+    return {low, high, {energies.begin(), static_cast<size_t>(energies.GetSize())}};
+}
 
 /// One walk along a path.
 struct marker_writer {
@@ -155,7 +120,7 @@ error_code GenerateMarkers(const TArray<uint32_t>& path, const CAccousticHMM& mo
     }
     marker_writer writer{.model = model,
                          .graph = graph,
-                         .amplitudeScale = amplitude_scale(stream, energies),
+                         .amplitudeScale = ScaleOf(stream, energies),
                          .periodMs = FramePeriodMs(stream),
                          .stateMarkers = stateMarkers,
                          .amplitudes = amplitudes,

@@ -17,29 +17,34 @@ public:
         float probability;
     };
 
+    transition_lists() = default;
+
     /// `probability(from, to)` is that of a step between two of `numStates` states, `impossible`
     /// where there is none.
     template <class Probability>
     transition_lists(uint32_t numStates, Probability&& probability, float impossible = 0.0f) {
         begins.reserve(size_t{numStates} + 1);
         for (uint32_t to = 0; to < numStates; ++to) {
-            begins.push_back(sources.size());
             for (uint32_t from = 0; from < numStates; ++from) {
                 const float value = probability(from, to);
                 if (value != impossible) {
-                    sources.push_back({from, value});
+                    Add({from, value});
                 }
             }
+            FinishState();
         }
-        begins.push_back(sources.size());
     }
+
+    /// For lists in another order: appends a transition into the next state that is to be finished.
+    void Add(const source& step) { sources.push_back(step); }
+    void FinishState() { begins.push_back(sources.size()); }
 
     std::span<const source> Into(uint32_t state) const {
         return {sources.data() + begins[state], begins[state + 1] - begins[state]};
     }
 
 private:
-    std::vector<size_t> begins;
+    std::vector<size_t> begins = {0};
     std::vector<source> sources;
 };
 

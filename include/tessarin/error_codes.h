@@ -29,6 +29,7 @@ inline constexpr error_code kFileInUse = 11;
 /// A malformed file of any kind: audio, model, lexicon, rules. The text speaks of a WAV file.
 inline constexpr error_code kInvalidFile = 12;
 inline constexpr error_code kCompressedFile = 13;
+inline constexpr error_code kNotInitialized = 14;
 inline constexpr error_code kMissingComponent = 15;
 inline constexpr error_code kWriteFailed = 17;
 inline constexpr error_code kInvalidUtf8 = 20;

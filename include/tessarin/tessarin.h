@@ -15,6 +15,7 @@
 #include "tessarin/pcm_data_source.h"
 #include "tessarin/pcm_stream.h"
 #include "tessarin/progress_sink.h"
+#include "tessarin/realtime_recognizer.h"
 #include "tessarin/speak_dict.h"
 #include "tessarin/spectral_data_source.h"
 #include "tessarin/sync_results.h"
