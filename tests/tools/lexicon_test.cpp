@@ -86,4 +86,17 @@ TEST(LexiconCommand, TellsWhatIsWrong) {
     EXPECT_EQ(RunTool("lexicon add " + file + " word").exitCode, 1);
 }
 
+TEST(LexiconCommand, AddsNoWordThatAFileCannotHold) {
+    const ScratchFolder scratch;
+    const std::string file = scratch.Path("small.lexicon");
+    WriteFile(file, ReadFile(TESSARIN_SOURCE_DIR "/fuzz/corpus/lexicon_file/rules.lexicon"));
+    const std::string before = ReadFile(file);
+    for (const char* word : {"''", "A=B", "=", "' A'", "'A\nB'"}) {
+        const tool_run run = RunTool("lexicon add " + file + " " + word + " kAEt");
+        EXPECT_EQ(run.exitCode, 1) << word;
+        EXPECT_THAT(run.errors, HasSubstr("WORD=phonemes")) << word;
+    }
+    EXPECT_TRUE(ReadFile(file) == before);
+}
+
 } // namespace

@@ -136,7 +136,15 @@ void RunFind(const lexicon_options& options) {
     }
 }
 
+/// A file is saved by way of lines `WORD=phonemes`, which would make another word of these.
+void RequireWord(const std::string& word) {
+    if (word.find_first_not_of(" \t") != 0 || word.find_first_of("=\r\n") != std::string::npos) {
+        throw Failure(kExitUsage, "'" + word + "' is no word of a line WORD=phonemes");
+    }
+}
+
 void RunAdd(const lexicon_options& options) {
+    RequireWord(options.word);
     if (!ArePhonemes(options.phonemes)) {
         throw Failure(kExitUsage, options.phonemes + " are not phonemes, such as hEHlOW");
     }
