@@ -30,7 +30,9 @@ TEST(LexiconCommand, BuildsChangesAndShowsALexicon) {
               "cat=kAAt\nCAT=kAEt\nTessarin=tEHsAHrIHn\n");
     Lexicon("remove " + file + " CAT kAAt");
     EXPECT_EQ(Lexicon("find " + file + " cat"), "CAT=kAEt\n");
-    EXPECT_THAT(Lexicon("prune " + file), HasSubstr("1 of 4 entries removed"));
+    EXPECT_THAT(Lexicon("prune " + file + " -o " + scratch.Path("pruned.lexicon")),
+                HasSubstr("%\n1 of 4 entries removed\n"));
+    EXPECT_EQ(Lexicon("prune --quiet " + file), "1 of 4 entries removed\n");
     EXPECT_EQ(Lexicon("export " + file), "READ=rIYd\nREAD=rEHd\nTessarin=tEHsAHrIHn\n");
     EXPECT_THAT(Lexicon("show " + file), HasSubstr("entries          3 of 2 words\n"));
 }

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,6 +11,7 @@
 #include "tools/tessarin/file_io.h"
 #include "tools/tessarin/lexicon_summary.h"
 #include "tools/tessarin/progress_bar.h"
+#include "tools/tessarin/silenced_output.h"
 #include "tools/tessarin/word_list.h"
 
 namespace {
@@ -169,7 +171,13 @@ void RunRemove(const lexicon_options& options) {
 void RunPrune(const lexicon_options& options) {
     const editor_handle editor = Open(options.file);
     const int32_t before = editor->GetRecordCount();
-    editor->RemoveRedundantRecords(); // shows its own progress
+    {
+        std::optional<SilencedOutput> silence;
+        if (options.quiet) {
+            silence.emplace();
+        }
+        editor->RemoveRedundantRecords(); // shows its own progress
+    }
     std::printf("%d of %d entries removed\n", before - editor->GetRecordCount(), before);
     Save(*editor, options);
 }
