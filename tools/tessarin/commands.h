@@ -8,6 +8,7 @@ void AddAlignCommand(CLI::App& app);
 void AddRecognizeCommand(CLI::App& app);
 void AddAnimateCommand(CLI::App& app);
 void AddViewCommand(CLI::App& app);
+void AddCommandsCommand(CLI::App& app);
 void AddTranscribeCommand(CLI::App& app);
 void AddInspectCommand(CLI::App& app);
 void AddLexiconCommand(CLI::App& app);

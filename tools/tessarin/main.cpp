@@ -18,6 +18,7 @@ int Run(int argc, char** argv) {
     AddRecognizeCommand(app);
     AddAnimateCommand(app);
     AddViewCommand(app);
+    AddCommandsCommand(app);
     AddTranscribeCommand(app);
     AddInspectCommand(app);
     AddLexiconCommand(app);
