@@ -69,7 +69,6 @@ error_code Search::Open(const search_input& input) {
         return code;
     }
     result = std::make_unique<tessarin_result>();
-    result->shiftMs = options.from_ms;
     ISyncResultsCollection* markers = nullptr;
     code = CreateSyncResultsCollection(kPostProcessScores, &markers);
     result->markers.reset(markers);
@@ -108,13 +107,18 @@ error_code Search::Recognize() {
                                          result->markers.get());
 }
 
+/// Has a time in a stretch count from the beginning of the audio, held to the range of the result.
+void Shift(int32_t shiftMs, int32_t& ms) {
+    ms = static_cast<int32_t>(
+        std::min<int64_t>(int64_t{ms} + shiftMs, std::numeric_limits<int32_t>::max()));
+}
+
 const char* Keep(std::string text, std::vector<std::unique_ptr<std::string>>& texts) {
     return texts.emplace_back(std::make_unique<std::string>(std::move(text)))->c_str();
 }
 
-tessarin_phoneme PhonemeOf(const CSyncMarker& marker, int32_t shiftMs) {
-    tessarin_phoneme phoneme{
-        ShiftedMs(marker.start, shiftMs), ShiftedMs(marker.end, shiftMs), marker.score, {}};
+tessarin_phoneme PhonemeOf(const CSyncMarker& marker) {
+    tessarin_phoneme phoneme{marker.start, marker.end, marker.score, {}};
     std::memcpy(phoneme.label, marker.label, sizeof phoneme.label);
     return phoneme;
 }
@@ -138,17 +142,18 @@ void AddSpan(const CSyncMarker& marker, const SpanText* text, tessarin_result& r
         spelling = text->GetOriginal(place);
     }
     auto& spans = marker.type == kWordMarker ? result.words : result.events;
-    spans.push_back({KindOf(marker), ShiftedMs(marker.start, result.shiftMs),
-                     ShiftedMs(marker.end, result.shiftMs), place.offset, place.length,
+    spans.push_back({KindOf(marker), marker.start, marker.end, place.offset, place.length,
                      Keep(std::move(spelling), result.texts)});
 }
 
 std::unique_ptr<tessarin_result> Search::TakeResult(const SpanText* text) {
-    const CSyncMarker* const end = result->markers->end();
-    for (const CSyncMarker* marker = result->markers->begin(); marker != end; ++marker) {
+    CSyncMarker* const end = result->markers->end();
+    for (CSyncMarker* marker = result->markers->begin(); marker != end; ++marker) {
+        Shift(options.from_ms, marker->start);
+        Shift(options.from_ms, marker->end);
         switch (marker->type) {
         case kPhonemeMarker:
-            result->phonemes.push_back(PhonemeOf(*marker, result->shiftMs));
+            result->phonemes.push_back(PhonemeOf(*marker));
             break;
         case kWordMarker:
         case kPunctuationMarker:
@@ -219,11 +224,6 @@ std::string PhonemesOf(const CTxMarker& token) {
 }
 
 } // namespace
-
-int32_t ShiftedMs(int32_t ms, int32_t shiftMs) {
-    return static_cast<int32_t>(
-        std::min<int64_t>(int64_t{ms} + shiftMs, std::numeric_limits<int32_t>::max()));
-}
 
 error_code Align(const search_input& input, tessarin_language& language, const char* text,
                  std::unique_ptr<tessarin_result>& out) {

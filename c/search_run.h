@@ -18,8 +18,7 @@ struct tessarin_model {
 
 /// What a search found: the engine's own markers, from which tracks are made, and their copies.
 struct tessarin_result {
-    tessarin::results_owner markers; ///< in milliseconds from the beginning of the stretch
-    int32_t shiftMs = 0;             ///< where the stretch begins
+    tessarin::results_owner markers;
     std::vector<tessarin_phoneme> phonemes;
     std::vector<tessarin_span> words;
     std::vector<tessarin_span> events;
@@ -33,9 +32,6 @@ struct tessarin_transcript {
 };
 
 namespace tessarin {
-
-/// A time in a stretch as a time in the audio, held to the range of the result.
-int32_t ShiftedMs(int32_t ms, int32_t shiftMs);
 
 /// What a search is given.
 struct search_input {

@@ -39,9 +39,8 @@ error_code SetUp(const tessarin_track_options& options, IPhnMixtureArticulator& 
     return articulator.SetFlags(articulator.GetFlags() | options.flags);
 }
 
-tessarin_frame FrameOf(const articulation& from, int32_t shiftMs) {
-    tessarin_frame frame{
-        ShiftedMs(from.start, shiftMs), ShiftedMs(from.end, shiftMs), from.count, {}};
+tessarin_frame FrameOf(const articulation& from) {
+    tessarin_frame frame{from.start, from.end, from.count, {}};
     static_assert(sizeof frame.weights == sizeof from.entries);
     std::memcpy(frame.weights, from.entries, sizeof frame.weights);
     return frame;
@@ -73,7 +72,7 @@ error_code MakeTrack(const tessarin_result& result, const tessarin_track_options
     out = std::make_unique<tessarin_track>();
     const articulation* const end = articulator->GetArticulationsEnd();
     for (const articulation* each = articulator->GetArticulationsBegin(); each != end; ++each) {
-        out->frames.push_back(FrameOf(*each, result.shiftMs));
+        out->frames.push_back(FrameOf(*each));
     }
     return kNoError;
 }

@@ -66,6 +66,12 @@ class SameAsTheTool(unittest.TestCase):
         self.assert_same(result, expected)
         self.assert_same_frames(result.track(), expected)
 
+    def test_a_stretch(self) -> None:
+        expected = tool("recognize", WAV, "--from", "1234", "--to", "3456")
+        result = tessarin.recognize(WAV, from_ms=1234, to_ms=3456)
+        self.assert_same(result, expected)
+        self.assert_same_frames(result.track(), expected)
+
     def test_the_mean_of_two_channels(self) -> None:
         with wave.open(WAV) as source:
             rate = source.getframerate()
@@ -157,7 +163,6 @@ class LongCalls(unittest.TestCase):
         result = tessarin.recognize(WAV, from_ms=1000, to_ms=3000)
         self.assertGreaterEqual(result.phonemes[0].start_ms, 1000)
         self.assertLessEqual(result.phonemes[-1].end_ms, 3010)
-        self.assertGreaterEqual(result.track().frames[0].start_ms, 1000)
         for bad in ({"from_ms": 2000, "to_ms": 1000}, {"from_ms": 5, "to_ms": 0}):
             with self.assertRaises(ValueError):
                 tessarin.recognize(WAV, **bad)

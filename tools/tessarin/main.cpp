@@ -18,7 +18,8 @@ int Run(int argc, char** argv) {
     AddRecognizeCommand(app);
     AddAnimateCommand(app);
     AddViewCommand(app);
-    AddCommandsCommand(app);
+    AddSpectrogramCommand(app);
+    AddCutCommand(app);
     AddTranscribeCommand(app);
     AddInspectCommand(app);
     AddLexiconCommand(app);

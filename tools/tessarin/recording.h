@@ -5,15 +5,21 @@
 
 #include "tools/tessarin/audio_file_stream.h"
 #include "tools/tessarin/engine_handles.h"
+#include "tools/tessarin/recording_samples.h"
+#include "tools/tessarin/stretch_stream.h"
 
 /// A recording opened for a model: the observations, and what must live as long as they do.
 struct opened_recording {
-    std::unique_ptr<AudioFileStream> hostStream; ///< null when the engine reads the file itself
+    std::unique_ptr<AudioFileStream> hostStream;  ///< null when the engine reads the file itself
+    std::unique_ptr<StretchStream> stretchStream; ///< null for a whole recording
     observation_stream_handle observations;
-    int64_t durationMs = 0;
+    int64_t durationMs = 0; ///< of the whole recording
 };
 
-/// Opens `path`, whatever its format. `channel` counts from 1; 0 means the mean of all channels.
-/// Throws Failure.
+/// Opens a stretch of `path`, whatever its format. `channel` counts from 1; 0 means the mean of all
+/// channels. Throws Failure.
 opened_recording OpenRecording(const std::string& path, int channel,
-                               tessarin::CAccousticHMM& model);
+                               const recording_stretch& stretch, tessarin::CAccousticHMM& model);
+
+/// Has the markers of a stretch count from the beginning of the recording, at `fromMs` before it.
+void ShiftMarkers(int fromMs, tessarin::ISyncResultsCollection& results);

@@ -31,6 +31,7 @@ void AddListeningOptions(CLI::App& command, recording_options* options) {
     command.add_option("--channel", options->channel, "Channel to listen to, from 1, or mix [1]")
         ->check(CLI::Range(1, 1024) | CLI::IsMember({"mix"}))
         ->option_text("N|mix");
+    AddStretchOptions(command, &options->stretch);
     AddTrackOptions(command, &options->track);
     command.add_flag("-q,--quiet", options->quiet, "No progress bar");
 }
@@ -46,7 +47,7 @@ timed_result FindTimings(const recording_options& options, tessarin::CAccousticH
     const results_handle results = MakeResults();
     ProgressBar progress(options.quiet);
     opened_recording recording =
-        OpenRecording(options.audio, ChannelNumber(options.channel), model);
+        OpenRecording(options.audio, ChannelNumber(options.channel), options.stretch, model);
 
     timed_result result;
     result.audio = options.audio;
@@ -56,6 +57,7 @@ timed_result FindTimings(const recording_options& options, tessarin::CAccousticH
         throw EngineFailure(options.audio, result.code);
     }
     result.message = GetVisemixErrorMessage(result.code);
+    ShiftMarkers(options.stretch.fromMs, *results);
     CollectMarkers(*results, text, &result);
     MakeMouthTrack(options.track, *results, &result);
     return result;

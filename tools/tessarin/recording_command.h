@@ -16,6 +16,7 @@ struct recording_options {
     std::string audio;
     data_options data;
     std::string channel = "1";
+    recording_stretch stretch;
     track_options track;
     output_options outputs;
     bool quiet = false;
