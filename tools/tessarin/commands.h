@@ -10,6 +10,7 @@ void AddAnimateCommand(CLI::App& app);
 void AddViewCommand(CLI::App& app);
 void AddSpectrogramCommand(CLI::App& app);
 void AddCutCommand(CLI::App& app);
+void AddCommandsCommand(CLI::App& app);
 void AddTranscribeCommand(CLI::App& app);
 void AddInspectCommand(CLI::App& app);
 void AddLexiconCommand(CLI::App& app);

@@ -20,6 +20,7 @@ int Run(int argc, char** argv) {
     AddViewCommand(app);
     AddSpectrogramCommand(app);
     AddCutCommand(app);
+    AddCommandsCommand(app);
     AddTranscribeCommand(app);
     AddInspectCommand(app);
     AddLexiconCommand(app);
