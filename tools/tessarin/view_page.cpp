@@ -105,7 +105,8 @@ bool IsPhoneme(const json& entry) {
 }
 
 bool IsSpan(const json& entry) {
-    return HasTimes(entry) && entry.at("text").is_string() && entry.at("text_offset").is_number();
+    return HasTimes(entry) && entry.at("text").is_string() && entry.at("text_offset").is_number() &&
+           entry.at("text_length").is_number();
 }
 
 bool IsFrame(const json& entry) {

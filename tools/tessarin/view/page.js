@@ -260,7 +260,6 @@ class Page {
 
 const KEYS = {
     " ": ["play"],
-    "k": ["play"],
     "ArrowLeft": ["frame", -1],
     "ArrowRight": ["frame", 1],
     "Shift+ArrowLeft": ["phoneme", -1],

@@ -4,14 +4,14 @@ class Player {
     constructor(audio, recording) {
         this.audio = audio;
         this.durationMs = recording.durationMs;
-        this.restingMs = 0; // where the cursor stands while nothing plays
+        this.restingMs = 0; // where the cursor was last, and stands while nothing plays
         this.loop = null;
         this.onChange = () => {};
         audio.src = URL.createObjectURL(recording.blob);
         audio.preservesPitch = true;
         for (const event of ["play", "pause", "ended"]) {
             audio.addEventListener(event, () => {
-                this.restingMs = Math.min(audio.currentTime * 1000, this.durationMs);
+                this.notePosition();
                 if (event === "ended" && this.loop) {
                     this.seek(this.loop.fromMs);
                     audio.play();
@@ -27,9 +27,15 @@ class Player {
         return !this.audio.paused && !this.audio.ended;
     }
 
+    notePosition() {
+        this.restingMs = Math.min(this.audio.currentTime * 1000, this.durationMs);
+    }
+
     get positionMs() {
-        return this.isPlaying ? Math.min(this.audio.currentTime * 1000, this.durationMs)
-            : this.restingMs;
+        if (this.isPlaying) {
+            this.notePosition();
+        }
+        return this.restingMs;
     }
 
     seek(ms) {
@@ -40,6 +46,7 @@ class Player {
 
     toggle() {
         if (this.isPlaying) {
+            this.notePosition(); // the event comes later than the next picture
             this.audio.pause();
             return;
         }

@@ -93,16 +93,14 @@ class Transcript {
             return span;
         });
         const entries = [
-            ...words.map((word, i) => ({ span: word, node: spans[i], gap: " " })),
-            ...events.map((event) => ({
-                span: event,
-                node: document.createTextNode(event.text),
-                gap: event.type === "punctuation" ? "" : " ",
-            })),
+            ...words.map((word, i) => ({ span: word, node: spans[i] })),
+            ...events.map((event) => ({ span: event, node: document.createTextNode(event.text) })),
         ];
         entries.sort((a, b) => a.span.text_offset - b.span.text_offset);
-        for (const { node, gap } of entries) {
-            this.element.append(gap, node);
+        let end = 0;
+        for (const { span, node } of entries) {
+            this.element.append(span.text_offset > end ? " " : "", node);
+            end = span.text_offset + span.text_length;
         }
         this.element.hidden = words.length === 0;
         return spans;

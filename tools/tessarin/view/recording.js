@@ -108,13 +108,16 @@ class Findings {
         this.phonemes = placed(result.phonemes);
         this.events = placed(result.events);
         this.frames = placed(result.frames);
-        this.curves = result.curves?.length ? result.curves : curvesOfFrames(this.frames);
-        this.longestCurve = Math.max(0, ...this.curves.map((c) => c.end_ms - c.start_ms));
+        const curves = result.curves?.length ? result.curves : curvesOfFrames(this.frames);
+        this.curves = curves.map(({ label, keys }) => ({
+            label, keys, fromMs: keys[0][0], toMs: keys.at(-1)[0],
+            top: keys.reduce((top, key) => (key[1] > top[1] ? key : top)),
+        }));
     }
 
     // The curves that may show between two times.
     curvesBetween(fromMs, toMs) {
-        return this.curves.filter((curve) => curve.end_ms >= fromMs && curve.start_ms <= toMs);
+        return this.curves.filter((curve) => curve.toMs >= fromMs && curve.fromMs <= toMs);
     }
 
     frameIndexAt(ms) {
@@ -155,7 +158,6 @@ function curvesOfFrames(frames) {
     const open = new Map();
     for (const frame of frames) {
         for (const [label, curve] of open) {
-            curve.end_ms = frame.end_ms;
             curve.keys.push([centreOf(frame), frame.weights[label] ?? 0]);
             if (!(label in frame.weights)) {
                 open.delete(label);
@@ -163,9 +165,7 @@ function curvesOfFrames(frames) {
         }
         for (const label of Object.keys(frame.weights)) {
             if (!open.has(label)) {
-                const { start_ms, end_ms } = frame;
-                const keys = [[centreOf(frame), frame.weights[label]]];
-                open.set(label, { label, start_ms, end_ms, keys });
+                open.set(label, { label, keys: [[centreOf(frame), frame.weights[label]]] });
                 curves.push(open.get(label));
             }
         }

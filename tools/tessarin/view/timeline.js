@@ -2,6 +2,7 @@
 // cursor on another above it. Only what is visible is drawn.
 
 const LONGEST_PX_PER_MS = 4;
+const NARROW_PX = 3; // a curve that is no wider is drawn as a line of its height
 const RULER_STEPS_MS = [10, 20, 50, 100, 200, 500, 1e3, 2e3, 5e3, 1e4, 2e4, 3e4, 6e4, 12e4, 3e5, 6e5];
 const FONT = "system-ui, -apple-system, 'Segoe UI', Roboto, 'DejaVu Sans', sans-serif";
 
@@ -16,9 +17,10 @@ function clockText(ms, digits = 3) {
 }
 
 // Heights in pixels from the top, for a canvas of that height.
-function layOut(height) {
+function layOut(height, hasWords) {
     const row = height < 360 ? 24 : 30;
-    const rest = height - 22 - 2 * row - 3 * 6;
+    const wordRow = hasWords ? row : 0;
+    const rest = height - 22 - wordRow - row - 3 * 6;
     const wave = Math.round(rest * 0.2);
     const spectrum = Math.round(rest * 0.42);
     let y = 0;
@@ -31,7 +33,7 @@ function layOut(height) {
         ruler: lane(22, 0),
         wave: lane(wave, 0),
         spectrum: lane(spectrum, 6),
-        words: lane(row, 3),
+        words: lane(wordRow, hasWords ? 3 : 0),
         phonemes: lane(row, 9),
         curves: lane(height - y, 0),
     };
@@ -80,7 +82,7 @@ class Timeline {
         this.width = width;
         this.height = height;
         this.density = density;
-        this.lanes = layOut(height);
+        this.lanes = layOut(height, this.findings.words.length > 0);
         this.setView(this.fromMs, this.pxPerMs);
     }
 
@@ -143,7 +145,9 @@ class Timeline {
         this.drawSpectrum(context, lanes.spectrum);
         this.drawBoundaries(context, this.findings.phonemes, lanes.wave, lanes.spectrum);
         this.drawCurves(context, lanes.curves);
-        this.drawEvents(context, lanes.words);
+        if (lanes.words.height > 0) {
+            this.drawEvents(context, lanes.words);
+        }
         this.drawSpans(context, this.findings.words, lanes.words, 13, (word) => ({
             text: word.text, colour: this.theme.accent, fill: 0.13,
         }));
@@ -309,10 +313,18 @@ class Timeline {
         return lane.y + lane.height - 2 - weight * (lane.height - 12);
     }
 
-    drawCurve(context, { label, keys }, lane) {
+    drawCurve(context, { label, keys, fromMs, toMs, top }, lane) {
         const isRest = label === "x";
         const colour = this.colourOf(label);
         const base = this.yOf(0, lane);
+        if ((toMs - fromMs) * this.pxPerMs < NARROW_PX) {
+            context.fillStyle = colour;
+            context.globalAlpha = isRest ? 0.2 : 0.5;
+            const y = this.yOf(top[1], lane);
+            context.fillRect(this.xOf(top[0]) - 0.5, y, 1, base - y);
+            context.globalAlpha = 1;
+            return;
+        }
         context.beginPath();
         for (const [ms, weight] of keys) {
             context.lineTo(this.xOf(ms), this.yOf(weight, lane));
@@ -321,8 +333,8 @@ class Timeline {
         context.lineWidth = isRest ? 1 : 1.6;
         context.globalAlpha = isRest ? 0.5 : 1;
         context.stroke();
-        context.lineTo(this.xOf(keys.at(-1)[0]), base);
-        context.lineTo(this.xOf(keys[0][0]), base);
+        context.lineTo(this.xOf(toMs), base);
+        context.lineTo(this.xOf(fromMs), base);
         context.fillStyle = colour;
         context.globalAlpha = isRest ? 0.08 : 0.17;
         context.fill();
@@ -334,17 +346,17 @@ class Timeline {
         context.font = `11px ${FONT}`;
         context.textAlign = "center";
         context.textBaseline = "bottom";
-        const labels = curves.map(({ label, keys }) => {
-            const [ms, weight] = keys.reduce((top, key) => (key[1] > top[1] ? key : top));
-            const width = (keys.at(-1)[0] - keys[0][0]) * this.pxPerMs;
-            const y = Math.max(lane.y + 12, this.yOf(weight, lane) - 2);
-            return { label, weight, width, x: this.xOf(ms), y };
-        });
+        const isWide = ({ fromMs, toMs }) => (toMs - fromMs) * this.pxPerMs > 26;
+        const labels = curves.filter((curve) => isWide(curve) && curve.top[1] > 0.12)
+            .map(({ label, top: [ms, weight] }) => {
+                const y = Math.max(lane.y + 12, this.yOf(weight, lane) - 2);
+                return { label, weight, x: this.xOf(ms), y };
+            });
         const placed = [];
         for (const each of labels.sort((a, b) => b.weight - a.weight)) {
             const isFree = placed.every(({ x, y }) =>
                 Math.abs(x - each.x) > 18 || Math.abs(y - each.y) > 12);
-            if (each.width > 26 && each.weight > 0.12 && isFree) {
+            if (isFree) {
                 placed.push(each);
                 context.fillStyle = this.colourOf(each.label);
                 context.fillText(each.label, each.x, each.y);
