@@ -20,7 +20,7 @@ const DESCRIPTIONS = {
     rest: { corner: [61, 3], dip: -15, peak: -19.5, gap: [1, 1.6], chin: 24, jaw: 0 },
     closed: { corner: [60, 2], dip: -10.5, peak: -14, gap: [1.5, 1.9], chin: 18, jaw: -2 },
     teethOnLip: {
-        corner: [60, 2], dip: -19, peak: -23, gap: [-6, 7.5], chin: 21, jaw: 5, tongue: 30,
+        corner: [60, 2], dip: -20, peak: -24, gap: [-7.5, 7.5], chin: 22, jaw: 5, tongue: 30,
     },
     tongueBetween: {
         corner: [60, 3], dip: -18, peak: -22, gap: [-5, 22], chin: 45, jaw: 13, tongue: 16,
@@ -75,7 +75,7 @@ const DESCRIPTIONS = {
         tongue: 36,
     },
     pucker: {
-        corner: [28, 4], dip: -22, peak: -25, gap: [-2, 14], chin: 41, jaw: 12, round: 1,
+        corner: [28, 6], dip: -21, peak: -24, gap: [0, 17], chin: 44, jaw: 14, round: 1,
         tongue: 26,
     },
 };
@@ -146,7 +146,7 @@ function shapeOf(description) {
         ...outerCurves(description),
         ...innerCurves(description),
         tongue: dome(tongue, back),
-        tongueTip: dome(tip, 27),
+        tongueTip: dome(tip, 34),
     };
     return [...CURVES.flatMap(([name]) => curves[name].flat()), jaw];
 }
