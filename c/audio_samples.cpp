@@ -1,11 +1,14 @@
 #include "c/audio_samples.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstring>
 
 #include "audio/pcm_data_source_factory.h"
+#include "frame/little_endian.h"
+#include "platform/mmio_file.h"
 
 namespace tessarin {
 
@@ -40,9 +43,28 @@ std::vector<int16_t> MeanOf(const channel_list& channels) {
     return mean;
 }
 
+/// Of such a file the reader converts only a part of each block.
+bool HasSeveralChannelsOf24Bits(const char* path) {
+    constexpr size_t kChannelsAt = 2;
+    constexpr size_t kBitsAt = 14;
+    std::array<uint8_t, 16> record{};
+    MmioFile file;
+    mmio_chunk riff;
+    mmio_chunk format;
+    return file.Open(path) == kMmioNoError &&
+           file.DescendForm(FourCC("WAVE"), &riff) == kMmioNoError &&
+           file.DescendChunk(FourCC("fmt "), riff, &format) == kMmioNoError &&
+           file.Read(record.data(), record.size()) == int64_t{record.size()} &&
+           LoadLittleEndian<uint16_t>(&record[kChannelsAt]) > 1 &&
+           LoadLittleEndian<uint16_t>(&record[kBitsAt]) == 24;
+}
+
 } // namespace
 
 error_code LoadAudio(const char* path, uint32_t channel, std::unique_ptr<tessarin_audio>& out) {
+    if (HasSeveralChannelsOf24Bits(path)) {
+        return kNotAvailable;
+    }
     channel_list channels;
     const error_code code = LoadChannels(path, nullptr, channels);
     if (code != kNoError) {

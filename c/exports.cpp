@@ -167,6 +167,14 @@ const char* tessarin_get_language_name(const tessarin_language* language) {
     return language != nullptr ? language->info.name : "";
 }
 
+int32_t tessarin_set_word(tessarin_language* language, const char* word, const char* phonemes) {
+    if (language == nullptr || word == nullptr || phonemes == nullptr) {
+        return kInvalidArgument;
+    }
+    return Guarded(
+        [&] { return RefusingBadUtf8([&] { return language->SetWord(word, phonemes); }); });
+}
+
 void tessarin_free_language(tessarin_language* language) {
     delete language;
 }

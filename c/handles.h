@@ -13,6 +13,7 @@ template <auto Destroy> struct destroyer {
 
 using model_owner = std::unique_ptr<CAccousticHMM, destroyer<DestroyAccHMM>>;
 using transcriber_owner = std::unique_ptr<IVisemixTranscriber, destroyer<DestroyTranscriber>>;
+using editor_owner = std::unique_ptr<ILexiconEditor, destroyer<DestroyLexiconEditor>>;
 using observations_owner = std::unique_ptr<IObservationStream, destroyer<DestroyObservationStream>>;
 using results_owner =
     std::unique_ptr<ISyncResultsCollection, destroyer<DestroySyncResultsCollection>>;

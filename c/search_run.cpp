@@ -4,8 +4,6 @@
 #include <cstring>
 #include <limits>
 
-#include <utf8.h>
-
 namespace tessarin {
 
 namespace {
@@ -197,12 +195,11 @@ private:
         if (info.locale[0] != '\0') {
             oneAtATime = std::unique_lock(localeLock);
         }
-        try {
+        code = RefusingBadUtf8([&] {
             spanText = std::make_unique<SpanText>(text, info);
             borrowed.Get()->Transcribe(spanText->GetLocal().c_str());
-        } catch (const utf8::exception&) {
-            code = kInvalidUtf8;
-        }
+            return kNoError;
+        });
     }
 
     BorrowedTranscriber borrowed;

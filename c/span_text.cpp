@@ -4,8 +4,6 @@
 #include <map>
 #include <optional>
 
-#include <utf8.h>
-
 #include "c/near_characters.h"
 #include "tessarin/converted_text.h"
 #include "tessarin/transcriber.h"

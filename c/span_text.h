@@ -6,9 +6,22 @@
 #include <string_view>
 #include <vector>
 
+#include <utf8.h>
+
+#include "tessarin/error_codes.h"
+
 namespace tessarin {
 
 struct TranscriberInfo;
+
+/// Runs `body`, which returns a code, and answers kInvalidUtf8 for bytes that are not UTF-8.
+template <class Body> error_code RefusingBadUtf8(Body&& body) {
+    try {
+        return body();
+    } catch (const utf8::exception&) {
+        return kInvalidUtf8;
+    }
+}
 
 /// A text in UTF-8 as a transcriber reads it, and the way back from places in that to places in the
 /// caller's text.

@@ -6,7 +6,7 @@
  * Ownership is in the names. tessarin_create_X gives an object to the caller through its last
  * parameter, to be freed by tessarin_free_X, which allows null. What tessarin_get_X returns is
  * borrowed: it belongs to the object that it was asked of and lives as long as that object. Nothing
- * that is passed in is kept, except where a comment says so.
+ * that is passed in is kept.
  *
  * Functions that can fail return a tessarin_code; unless told otherwise, a failed one leaves null
  * in its last parameter. A null pointer where an object or a text is needed gives
@@ -173,15 +173,22 @@ TESSARIN_API int32_t tessarin_create_language_from_file(const char* path, tessar
 TESSARIN_API int32_t tessarin_create_language_from_memory(const void* data, uint32_t size,
                                                           tessarin_language** out);
 
+/** Has a word of one's own said as `phonemes`, in place of what the lexicon says: alternatives are
+   parted by bars, the preferred one first. Calls that have begun keep the words that they know.
+   INVALID_ARGUMENT for what is no word or no phonemes; INVALID_UTF8. */
+TESSARIN_API int32_t tessarin_set_word(tessarin_language* language, const char* word,
+                                       const char* phonemes);
+
 /** The name of the language; empty when the lexicon has none. */
 TESSARIN_API const char* tessarin_get_language_name(const tessarin_language* language);
 
 /** Null is allowed. */
 TESSARIN_API void tessarin_free_language(tessarin_language* language);
 
-/** Reads a WAV or Sphere file, or one that an installed reader takes. `channel` counts from 1; 0 is
-   the mean of all. OUT_OF_RANGE for a channel that the file does not have; FILE_NOT_FOUND;
-   INVALID_FILE, or another code of its reader. */
+/** Reads a WAV file of 8, 16 or 24 bits, a Sphere file of little-endian samples, or one that an
+   installed reader takes. `channel` counts from 1; 0 is the mean of all. OUT_OF_RANGE for a channel
+   that the file does not have; FILE_NOT_FOUND; NOT_AVAILABLE for 24 bits of several channels;
+   INVALID_FILE, or another code of its reader. Decode other files yourself. */
 TESSARIN_API int32_t tessarin_create_audio_from_file(const char* path, uint32_t channel,
                                                      tessarin_audio** out);
 

@@ -4,6 +4,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -247,6 +248,30 @@ TEST_F(FlatInterface, TokensStandWhereTheyStandInUtf8) {
     EXPECT_EQ(tessarin_create_transcript(language.get(), "caf\xE9", &transcript),
               TESSARIN_INVALID_UTF8);
     EXPECT_EQ(transcript, nullptr);
+}
+
+TEST_F(FlatInterface, WordsOfOnesOwnCountInEveryKindOfLexicon) {
+    constexpr std::string_view kText = "CAT=kAEt\nDOG=dAOg\n";
+    const std::string image = Content(std::string(kData) + "/en-us.lexicon");
+    for (const std::string_view lexicon : {kText, std::string_view(image)}) {
+        tessarin_language* opened = nullptr;
+        ASSERT_EQ(tessarin_create_language_from_memory(
+                      lexicon.data(), static_cast<uint32_t>(lexicon.size()), &opened),
+                  TESSARIN_OK);
+        const language_handle owner(opened);
+        const auto say = [&](const char* word) {
+            tessarin_transcript* transcript = nullptr;
+            EXPECT_EQ(tessarin_create_transcript(opened, word, &transcript), TESSARIN_OK);
+            const transcript_handle transcriptOwner(transcript);
+            return std::string(tessarin_get_transcript_tokens(transcript, nullptr)->phonemes);
+        };
+        EXPECT_EQ(say("cat"), "kAEt");
+        EXPECT_EQ(tessarin_set_word(opened, "cat", "kIHtIY|pUHs"), TESSARIN_OK);
+        EXPECT_EQ(tessarin_set_word(opened, "dog", "no phonemes"), TESSARIN_INVALID_ARGUMENT);
+        EXPECT_EQ(tessarin_set_word(opened, "d\xF6g", "AH"), TESSARIN_INVALID_UTF8);
+        EXPECT_EQ(say("cat"), "kIHtIY|pUHs");
+        EXPECT_EQ(say("dog"), "dAOg");
+    }
 }
 
 TEST_F(FlatInterface, SamplesComeFromFilesAndFromFloats) {

@@ -102,6 +102,19 @@ class Texts(unittest.TestCase):
         self.assertEqual(len(token.phonemes), 1)
         self.assertGreater(len(token.phonemes[0]), 1)
 
+    def test_words_of_ones_own(self) -> None:
+        engine = tessarin.Engine(words={"Siobhán": "SHIHvAOn", "tomato": "tAHmAAtOW|tAHmEYtOW"})
+        for text in ("Siobhan", "Siobhán", "SIOBHAN"):
+            self.assertEqual(engine.transcribe(text)[0].phonemes, (("SHIHvAOn",),))
+        self.assertEqual(engine.transcribe("tomato")[0].phonemes,
+                         (("tAHmAAtOW", "tAHmEYtOW"),))
+        engine.set_word("tomato", "tAHmAAtOW")
+        self.assertEqual(engine.transcribe("tomato")[0].phonemes, (("tAHmAAtOW",),))
+        self.assertEqual(engine.transcribe("potato"), tessarin.transcribe("potato"))
+        for bad in (("", "AH"), ("a=b", "AH"), ("word", ""), ("word", "AH|"), ("word", "Q")):
+            with self.assertRaises(tessarin.TessarinError):
+                engine.set_word(*bad)
+
     def test_a_zero_is_refused(self) -> None:
         with self.assertRaises(ValueError):
             tessarin.transcribe("a\0b")
@@ -180,6 +193,22 @@ class Failures(unittest.TestCase):
         self.assertEqual(caught.exception.code, 12)
         with self.assertRaises(tessarin.TessarinError):
             tessarin.Audio.from_file(WAV, channel=2)
+
+    def test_24_bits_of_two_channels_are_read_rightly_or_not_at_all(self) -> None:
+        with wave.open(WAV) as source:
+            samples = array.array("h", source.readframes(source.getnframes()))
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "film.wav")
+            with wave.open(path, "wb") as out:
+                out.setparams((2, 3, 16000, 0, "NONE", "none"))
+                out.writeframes(b"".join(sample.to_bytes(3, "little", signed=True) * 2
+                                         for sample in (each << 8 for each in samples)))
+            try:
+                read = tessarin.Audio.from_file(path, 2).samples
+            except tessarin.TessarinError as error:  # soundfile is not installed
+                self.assertEqual(error.code, 6)
+            else:
+                self.assertEqual(list(read), list(samples))
 
     def test_a_lost_text_has_what_was_found(self) -> None:
         foreign = "completely different words that nobody said here " * 300

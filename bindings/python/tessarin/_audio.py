@@ -9,7 +9,7 @@ import weakref
 from typing import TYPE_CHECKING, Sequence, Union
 
 from tessarin._arrays import numpy
-from tessarin._errors import INVALID_FILE, TessarinError
+from tessarin._errors import COMPRESSED_FILE, INVALID_FILE, NOT_AVAILABLE, TessarinError
 from tessarin._library import Library
 
 if TYPE_CHECKING:
@@ -30,8 +30,8 @@ class Audio:
 
     @classmethod
     def from_file(cls, path: Path, channel: int = 1) -> Audio:
-        """Reads `channel` of a file, counted from 1; 0 is the mean of all. The library reads WAV
-        and Sphere; other formats need the package soundfile. Raises TessarinError."""
+        """Reads `channel` of a file, counted from 1; 0 is the mean of all. The library reads
+        plain WAV and Sphere; other formats need the package soundfile. Raises TessarinError."""
         library = Library.get()
         if channel < 0:
             raise ValueError("channels count from 1, and 0 is the mean of all")
@@ -39,7 +39,7 @@ class Audio:
         try:
             handle = library.create("create_audio_from_file", name, os.fsencode(path), channel)
         except TessarinError as error:
-            if error.code != INVALID_FILE:
+            if error.code not in (COMPRESSED_FILE, INVALID_FILE, NOT_AVAILABLE):
                 raise
             return cls._from_other_file(name, channel, error)
         return cls(handle, name)

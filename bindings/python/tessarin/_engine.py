@@ -8,7 +8,7 @@ import os
 import pathlib
 import threading
 import weakref
-from typing import Any, Callable, Iterable, Iterator, Optional, Union
+from typing import Any, Callable, Iterable, Iterator, Mapping, Optional, Union
 
 from tessarin import _library
 from tessarin._audio import Audio, Path
@@ -57,10 +57,11 @@ class Engine:
     FileNotFoundError when its files do not read."""
 
     def __init__(self, *, data: Path | None = None, model: Path | None = None,
-                 lexicon: Path | None = None, statistics: Path | None = None) -> None:
+                 lexicon: Path | None = None, statistics: Path | None = None,
+                 words: Mapping[str, str] | None = None) -> None:
         """`data` is a folder with en-us.model, en-us.lexicon and en-us.trigrams; `lexicon` is a
         lexicon file or a text of lines WORD=phonemes; `statistics` are counts of phoneme
-        sequences, for `recognize`."""
+        sequences, for `recognize`; `words` are for `set_word`."""
         self._library = Library.get()
         self._data = pathlib.Path(data) if data is not None else None
         self._model_path = self._path(model, "en-us.model")
@@ -71,6 +72,8 @@ class Engine:
                                     self._library.free_language)
         self._hearing_model: int | None = None  # with statistics, made when it is needed
         self._lock = threading.Lock()
+        for word, phonemes in (words or {}).items():
+            self.set_word(word, phonemes)
 
     def _path(self, given: Path | None, name: str) -> str:
         if given is not None:
@@ -97,6 +100,15 @@ class Engine:
                     raise self._library.error(path, code)
                 self._hearing_model = model
             return self._hearing_model
+
+    def set_word(self, word: str, phonemes: str) -> None:
+        """Has a word of one's own said as `phonemes`, such as "SHIHvAOn", in place of what the
+        lexicon says. Alternatives are parted by bars. Raises TessarinError for what is no word or
+        no phonemes."""
+        code = self._library.set_word(self._language, TextPlaces(word).content,
+                                      TextPlaces(phonemes).content)
+        if code != 0:
+            raise self._library.error(f"{word}={phonemes}", code)
 
     @property
     def language(self) -> str:

@@ -7,9 +7,11 @@ from typing import TYPE_CHECKING
 if TYPE_CHECKING:
     from tessarin._results import Result
 
-INVALID_FILE = 12
 CANCELLED = 5
+NOT_AVAILABLE = 6
 RECOGNITION_FAILED = 8
+INVALID_FILE = 12
+COMPRESSED_FILE = 13
 
 
 class TessarinError(Exception):

@@ -75,6 +75,7 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
     "read_model_limits": (c_int32, [c_void_p, c_char_p]),
     "free_model": (None, [c_void_p]),
     "create_language_from_file": (c_int32, [c_char_p, _OUT]),
+    "set_word": (c_int32, [c_void_p, c_char_p, c_char_p]),
     "get_language_name": (c_char_p, [c_void_p]),
     "free_language": (None, [c_void_p]),
     "create_audio_from_file": (c_int32, [c_char_p, c_uint32, _OUT]),
