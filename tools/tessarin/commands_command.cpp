@@ -173,7 +173,7 @@ void FillSamples(const commands_options& options, tessarin::CAccousticHMM& model
         const std::string name = record.substr(0, equals);
         const std::string path = record.substr(equals + 1);
         const opened_recording sample =
-            OpenRecording(path, ChannelNumber(options.channel), model);
+            OpenRecording(path, ChannelNumber(options.channel), {}, model);
         commands.Record(name, path, *sample.observations);
     }
     if (!options.save.empty()) {
@@ -186,7 +186,7 @@ void MatchRecordings(const commands_options& options, tessarin::CAccousticHMM& m
                      const std::function<command_match(tessarin::IObservationStream&)>& match) {
     for (const std::string& path : recordings) {
         const opened_recording recording =
-            OpenRecording(path, ChannelNumber(options.channel), model);
+            OpenRecording(path, ChannelNumber(options.channel), {}, model);
         rows.Write(path, match(*recording.observations));
         if (WasInterrupted()) {
             throw EngineFailure(path, tessarin::kUserCancelled);
