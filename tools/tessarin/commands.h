@@ -11,6 +11,8 @@ void AddViewCommand(CLI::App& app);
 void AddSpectrogramCommand(CLI::App& app);
 void AddCutCommand(CLI::App& app);
 void AddCommandsCommand(CLI::App& app);
+void AddGateCommand(CLI::App& app);
+void AddLiveCommand(CLI::App& app);
 void AddTranscribeCommand(CLI::App& app);
 void AddInspectCommand(CLI::App& app);
 void AddLexiconCommand(CLI::App& app);

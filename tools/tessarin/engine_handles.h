@@ -18,6 +18,8 @@ using recognizer_handle =
     std::unique_ptr<tessarin::ITextBasedPhnRecognizer, engine_deleter<DestroyTextBasedRecognizer>>;
 using textless_recognizer_handle =
     std::unique_ptr<tessarin::ITextlessPhnRecognizer, engine_deleter<DestroyTextlessPhnRecognizer>>;
+using realtime_recognizer_handle =
+    std::unique_ptr<tessarin::IRealtimePhnRecognizer, engine_deleter<DestroyRealtimePhnRecognizer>>;
 using articulator_handle =
     std::unique_ptr<tessarin::IPhnMixtureArticulator, engine_deleter<DestroyPhonemeArticulator>>;
 

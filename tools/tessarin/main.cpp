@@ -21,6 +21,8 @@ int Run(int argc, char** argv) {
     AddSpectrogramCommand(app);
     AddCutCommand(app);
     AddCommandsCommand(app);
+    AddGateCommand(app);
+    AddLiveCommand(app);
     AddTranscribeCommand(app);
     AddInspectCommand(app);
     AddLexiconCommand(app);

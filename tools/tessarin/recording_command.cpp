@@ -32,6 +32,7 @@ void AddListeningOptions(CLI::App& command, recording_options* options) {
         ->check(CLI::Range(1, 1024) | CLI::IsMember({"mix"}))
         ->option_text("N|mix");
     AddStretchOptions(command, &options->stretch);
+    AddGateOption(command, &options->gate);
     AddTrackOptions(command, &options->track);
     command.add_flag("-q,--quiet", options->quiet, "No progress bar");
 }
@@ -48,6 +49,7 @@ timed_result FindTimings(const recording_options& options, tessarin::CAccousticH
     ProgressBar progress(options.quiet);
     opened_recording recording =
         OpenRecording(options.audio, ChannelNumber(options.channel), options.stretch, model);
+    AddGate(options.gate, options.audio, *recording.observations);
 
     timed_result result;
     result.audio = options.audio;

@@ -5,6 +5,7 @@
 
 #include "tools/tessarin/commands.h"
 #include "tools/tessarin/engine_data.h"
+#include "tools/tessarin/gate_options.h"
 #include "tools/tessarin/mouth_track.h"
 #include "tools/tessarin/outputs.h"
 #include "tools/tessarin/recording.h"
@@ -17,6 +18,7 @@ struct recording_options {
     data_options data;
     std::string channel = "1";
     recording_stretch stretch;
+    gate_options gate;
     track_options track;
     output_options outputs;
     bool quiet = false;
