@@ -61,7 +61,7 @@ typedef struct tessarin_progress {
 
 /** How audio is searched. */
 typedef struct tessarin_search_options {
-    uint32_t size;
+    uint32_t size;      /**< of this struct, in bytes */
     int32_t beam_width; /**< of an alignment in states, 500 to 8000; 0: 2000 */
     int32_t from_ms;    /**< the stretch of the audio that is searched */
     int32_t to_ms;      /**< 0: to its end */
@@ -75,21 +75,21 @@ enum tessarin_track_flags {
 
 /** How a track is made. */
 typedef struct tessarin_track_options {
-    uint32_t size;
-    uint32_t flags;
-    float frame_rate;    /**< frames a second, to 1000; 0: that of the rules */
-    float slope;         /**< with SMOOTH, the largest change of a weight a frame; 0: 0.25 */
-    int32_t max_weights; /**< in a frame, 1 to 10; 0: 10 */
-    int32_t rules_length;
-    const char* rules; /**< articulation rules of rules_length bytes; null: the built-in ones */
+    uint32_t size;        /**< of this struct, in bytes */
+    uint32_t flags;       /**< tessarin_track_flags */
+    float frame_rate;     /**< frames a second, to 1000; 0: that of the rules */
+    float slope;          /**< with SMOOTH, the largest change of a weight a frame; 0: 0.25 */
+    int32_t max_weights;  /**< in a frame, 1 to 10; 0: 10 */
+    int32_t rules_length; /**< bytes of the rules */
+    const char* rules;    /**< articulation rules; null: the built-in ones */
 } tessarin_track_options;
 
 /** A sound. */
 typedef struct tessarin_phoneme {
-    int32_t start_ms;
-    int32_t end_ms;
-    float score;   /**< strength of the sound, 0 to 100; not a confidence */
-    char label[8]; /**< zero-terminated; "x" is silence */
+    int32_t start_ms; /**< where it begins */
+    int32_t end_ms;   /**< behind it */
+    float score;      /**< strength of the sound, 0 to 100; not a confidence */
+    char label[8];    /**< zero-terminated; "x" is silence */
 } tessarin_phoneme;
 
 /** What a span or a token is. */
@@ -102,21 +102,21 @@ enum tessarin_span_kind {
 
 /** A word or an event of a text that was aligned. */
 typedef struct tessarin_span {
-    int32_t kind; /**< a tessarin_span_kind */
-    int32_t start_ms;
-    int32_t end_ms;
+    int32_t kind;        /**< a tessarin_span_kind */
+    int32_t start_ms;    /**< where it begins */
+    int32_t end_ms;      /**< behind it */
     int32_t text_offset; /**< place in the text that was given */
-    int32_t text_length;
-    const char* text; /**< as it was spelled there */
+    int32_t text_length; /**< in bytes */
+    const char* text;    /**< as it was spelled there */
 } tessarin_span;
 
 /** A piece of a text with its pronunciation. */
 typedef struct tessarin_token {
-    int32_t kind; /**< a tessarin_span_kind */
-    int32_t text_offset;
-    int32_t text_length;
-    int32_t cut_ms; /**< the time of a cut, otherwise -1 */
-    const char* text;
+    int32_t kind;         /**< a tessarin_span_kind */
+    int32_t text_offset;  /**< place in the text that was given */
+    int32_t text_length;  /**< in bytes */
+    int32_t cut_ms;       /**< the time of a cut, otherwise -1 */
+    const char* text;     /**< as it was spelled there */
     const char* phonemes; /**< stretches parted by blanks, alternatives of a stretch by bars */
 } tessarin_token;
 
@@ -128,10 +128,10 @@ typedef struct tessarin_weight {
 
 /** One video frame: the phonemes that shape the mouth, the heaviest first. The weights sum to 1. */
 typedef struct tessarin_frame {
-    int32_t start_ms;
-    int32_t end_ms;
-    int32_t count; /**< of the weights in use */
-    tessarin_weight weights[10];
+    int32_t start_ms;            /**< where it begins */
+    int32_t end_ms;              /**< behind it */
+    int32_t count;               /**< of the weights in use */
+    tessarin_weight weights[10]; /**< the heaviest first */
 } tessarin_frame;
 
 /** The constant text of a code; never null. */

@@ -120,6 +120,17 @@ class Texts(unittest.TestCase):
             tessarin.transcribe("a\0b")
 
 
+class Documents(unittest.TestCase):
+    def test_the_example_of_the_readme_runs(self) -> None:
+        readme = (DATA.parent / "README.md").read_text(encoding="utf-8")
+        program = readme.split("```python\n", 1)[1].split("```", 1)[0]
+        self.assertIn('"speech.wav", "What is said in it."', program)
+        program = program.replace('"speech.wav", "What is said in it."', f"{WAV!r}, {TEXT!r}")
+        names: dict = {"print": lambda *columns: self.assertEqual(len(columns), 3)}
+        exec(program, names)  # pylint: disable=exec-used
+        self.assertGreater(len(names["track"].frames), 100)
+
+
 class LongCalls(unittest.TestCase):
     def test_progress_is_told_and_cancels(self) -> None:
         seen = []
