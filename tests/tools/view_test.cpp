@@ -263,7 +263,12 @@ TEST(View, TellsWhatItCannotShow) {
     EXPECT_THAT(errorsOf(empty), HasSubstr(expected));
 
     EXPECT_EQ(RunTool("view").exitCode, 1);
-    EXPECT_EQ(RunTool("view a.wav --timings a.json --fps 25").exitCode, 1);
+    for (const char* other : {"--text a", "--fps 25", "--from 100", "--words a"}) {
+        SCOPED_TRACE(other);
+        const tool_run run = RunTool("view a.wav --timings a.json " + std::string(other));
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_THAT(run.errors, HasSubstr("excludes"));
+    }
     const tool_run missing = RunTool("view " + scratch.Path("none.wav"));
     EXPECT_EQ(missing.exitCode, 2);
     EXPECT_THAT(missing.errors, HasSubstr("none.wav"));

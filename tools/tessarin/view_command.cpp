@@ -71,8 +71,8 @@ void AddViewCommand(CLI::App& app) {
     timings->option_text("FILE");
     // What was found already is shown as it is.
     for (const char* other : {"--text", "--text-file", "--encoding", "--lexicon", "--words",
-                              "--model", "--rules", "--fps", "--smooth", "--slope", "--max-shapes",
-                              "--gain", "--common-keys", "--quantize"}) {
+                              "--model", "--from", "--to", "--gate", "--rules", "--fps", "--smooth",
+                              "--slope", "--max-shapes", "--gain", "--common-keys", "--quantize"}) {
         timings->excludes(other);
     }
     command->add_option("-o,--output", options->output, "Page to write [-, standard output]")
