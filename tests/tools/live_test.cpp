@@ -87,7 +87,8 @@ TEST(Live, HearsFilesOfAnyFormat) {
     const tool_run visemes =
         RunTool("live --format visemes --raw 8000,8,2", std::string(32001, 'x'));
     EXPECT_EQ(visemes.exitCode, 0) << visemes.errors;
-    EXPECT_EQ(visemes.output.substr(0, 2), "0\t");
+    EXPECT_EQ(visemes.output.substr(0, 15), "time_ms,sil,PP,");
+    EXPECT_NE(visemes.output.find("\n33,"), std::string::npos);
     EXPECT_GT(std::count(visemes.output.begin(), visemes.output.end(), '\n'), 55);
 }
 

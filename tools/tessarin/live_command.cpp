@@ -9,6 +9,7 @@
 #include "tools/tessarin/commands.h"
 #include "tools/tessarin/engine_data.h"
 #include "tools/tessarin/failure.h"
+#include "tools/tessarin/file_io.h"
 #include "tools/tessarin/live_lines.h"
 #include "tools/tessarin/live_mouth.h"
 #include "tools/tessarin/live_source.h"
@@ -19,6 +20,7 @@ namespace {
 
 using clock_type = std::chrono::steady_clock;
 
+constexpr const char* kVisemes = "shapes/visemes.shapes";
 constexpr int kBlocksPerSecond = 100;
 constexpr int kFlagsOfResults = tessarin::kPostProcessScores;
 /// How much may wait to be searched before no more is read: faster input must not fill memory.
@@ -51,6 +53,7 @@ private:
     void WaitForSearch(int64_t untilMs);
     void Finish();
     void Print(bool atEnd);
+    static void Write(const std::string& lines);
     int64_t PushedMs() const {
         return static_cast<int64_t>(pushedBytes / source.format.BytesPerFrame() * 1000 /
                                     static_cast<uint64_t>(source.format.rateHz));
@@ -63,6 +66,7 @@ private:
     realtime_recognizer_handle recognizer;
     results_handle results;
     LiveMouth mouth;
+    ShapeMap visemes; ///< empty for other formats
     uint64_t pushedBytes = 0;
     int64_t lastFlushMs = 0; ///< length of the flush before, its tail included
     clock_type::time_point begin = clock_type::now();
@@ -93,6 +97,10 @@ LiveRun::LiveRun(const live_options& liveOptions, tessarin::CAccousticHMM& model
                  LiveSource& liveSource)
     : options(liveOptions), source(liveSource), isPaced(options.input != "-"),
       periodMs(PeriodMs(model)), mouth(options.fps) {
+    if (options.format == "visemes") {
+        const std::string path = DataPathOr("", options.data, kVisemes);
+        visemes = ShapeMap::Parse(path, ReadWholeFile(path));
+    }
     const raw_format& format = source.format;
     tessarin::IRealtimePhnRecognizer* made = nullptr;
     int32_t code = CreateRealtimePhnRecognizer(format.rateHz, format.bits, format.channels,
@@ -116,6 +124,9 @@ void LiveRun::Listen() {
     const size_t blockBytes = source.format.BytesPerFrame() *
                               static_cast<size_t>(source.format.rateHz / kBlocksPerSecond);
     std::string bytes;
+    if (options.format == "visemes") {
+        Write(WriteShapesHeader(visemes));
+    }
     while (!WasInterrupted() && source.Read(&bytes, blockBytes)) {
         Push(bytes);
         KeepPace();
@@ -189,7 +200,11 @@ void LiveRun::Finish() {
 void LiveRun::Print(bool atEnd) {
     const live_stretch stretch = mouth.TakeFinal(atEnd);
     const std::string lines =
-        options.format == "jsonl" ? WriteLiveJson(stretch) : WriteLiveVisemes(stretch);
+        options.format == "jsonl" ? WriteLiveJson(stretch) : WriteLiveShapes(stretch, visemes);
+    Write(lines);
+}
+
+void LiveRun::Write(const std::string& lines) {
     std::fwrite(lines.data(), 1, lines.size(), stdout);
     if (std::fflush(stdout) != 0) {
         throw Failure(kExitFailed, "standard output cannot be written");
@@ -242,7 +257,8 @@ void AddLiveCommand(CLI::App& app) {
         ->option_text("N");
     command
         ->add_option("--format", options->format,
-                     "jsonl: a JSON line a flush; visemes: a line a frame [jsonl]")
+                     "jsonl: a line of JSON for each stretch; visemes: a row a frame with the "
+                     "weights of fifteen visemes [jsonl]")
         ->check(CLI::IsMember({"jsonl", "visemes"}))
         ->option_text("FORMAT");
     command->add_option("--model", options->data.model, "Acoustic model [the project's own]")

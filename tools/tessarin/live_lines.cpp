@@ -41,16 +41,24 @@ std::string WriteLiveJson(const live_stretch& stretch) {
     return line.dump(-1, ' ', false, json::error_handler_t::replace) + "\n";
 }
 
-std::string WriteLiveVisemes(const live_stretch& stretch) {
-    std::string lines;
-    for (const mouth_frame& frame : stretch.frames) {
-        lines += std::to_string(stretch.baseMs + frame.startMs);
-        for (const auto& [label, weight] : frame.weights) {
-            char text[24];
-            std::snprintf(text, sizeof text, "=%.4f", static_cast<double>(weight));
-            lines += "\t" + label + text;
-        }
-        lines += "\n";
+std::string WriteShapesHeader(const ShapeMap& map) {
+    std::string header = "time_ms";
+    for (const std::string& shape : map.GetShapes()) {
+        header += "," + shape;
     }
-    return lines;
+    return header + "\n";
+}
+
+std::string WriteLiveShapes(const live_stretch& stretch, const ShapeMap& map) {
+    std::string rows;
+    for (const mouth_frame& frame : stretch.frames) {
+        rows += std::to_string(stretch.baseMs + frame.startMs);
+        for (const double weight : map.Mix(frame)) {
+            char text[32];
+            std::snprintf(text, sizeof text, ",%.4f", weight);
+            rows += text;
+        }
+        rows += "\n";
+    }
+    return rows;
 }
