@@ -6,7 +6,7 @@ import array
 import ctypes
 import os
 import weakref
-from typing import TYPE_CHECKING, Sequence, Union
+from typing import TYPE_CHECKING, Any, Sequence, Union
 
 from tessarin._arrays import numpy
 from tessarin._errors import COMPRESSED_FILE, INVALID_FILE, NOT_AVAILABLE, TessarinError
@@ -47,7 +47,7 @@ class Audio:
     @classmethod
     def _from_other_file(cls, name: str, channel: int, why_not: TessarinError) -> Audio:
         try:
-            import soundfile
+            import soundfile  # type: ignore[import]
         except ImportError:
             raise why_not from None
         try:
@@ -85,10 +85,10 @@ class Audio:
     @property
     def rate(self) -> int:
         """Samples a second."""
-        return self._library.get_audio_rate_hz(self._handle)
+        return int(self._library.get_audio_rate_hz(self._handle))
 
     @property
-    def samples(self):
+    def samples(self) -> Any:
         """A copy of the samples, 16-bit: a NumPy array, or an array.array without NumPy."""
         count = ctypes.c_uint32()
         first = self._library.get_audio_samples(self._handle, ctypes.byref(count))

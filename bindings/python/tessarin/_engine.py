@@ -22,7 +22,7 @@ ProgressFunction = Callable[[int, int], Optional[bool]]
 
 def version() -> str:
     """The version of the library."""
-    return Library.get().get_version().decode("ascii")
+    return str(Library.get().get_version(), "ascii")
 
 
 class _Watch:
@@ -113,7 +113,7 @@ class Engine:
     @property
     def language(self) -> str:
         """The name of the language."""
-        return self._library.get_language_name(self._language).decode("ascii", "replace")
+        return str(self._library.get_language_name(self._language), "ascii", "replace")
 
     def align(self, audio: Recording, text: str, *, channel: int = 1, from_ms: int = 0,
               to_ms: int | None = None, beam_width: int | None = None,
@@ -216,7 +216,8 @@ def align(audio: Recording, text: str, **options: Any) -> Result:
     return default_engine().align(audio, text, **options)
 
 
-def align_many(jobs: Iterable[tuple[Recording, str]], **options: Any) -> Iterator[Result | TessarinError]:
+def align_many(jobs: Iterable[tuple[Recording, str]],
+               **options: Any) -> Iterator[Result | TessarinError]:
     """Aligns many recordings at a time; see Engine.align_many."""
     return default_engine().align_many(jobs, **options)
 

@@ -10,7 +10,7 @@ import sys
 import threading
 from ctypes import (CFUNCTYPE, POINTER, Structure, c_char, c_char_p, c_float, c_int16, c_int32,
                     c_uint32, c_void_p)
-from typing import Iterator
+from typing import Any, Iterator
 
 from tessarin._errors import Cancelled, TessarinError, CANCELLED
 
@@ -166,7 +166,7 @@ class Library:
                 cls._loaded = cls(_find_library())
             return cls._loaded
 
-    def __getattr__(self, name: str):  # what __init__ has set; for type checkers
+    def __getattr__(self, name: str) -> Any:  # what __init__ has set; for type checkers
         raise AttributeError(name)
 
     def error(self, subject: str, code: int) -> TessarinError:
@@ -182,8 +182,8 @@ class Library:
             raise self.error(subject, code)
         return handle.value  # type: ignore[return-value]
 
-    def items(self, function: str, handle: int) -> list:
+    def items(self, function: str, handle: int) -> list[Any]:
         """The structs that a get function lends, as a list that lives as long as their owner."""
         count = c_uint32()
         first = getattr(self, function)(handle, ctypes.byref(count))
-        return first[:count.value] if count.value else []
+        return list(first[:count.value]) if count.value else []
