@@ -59,7 +59,8 @@ export async function openPage(file, options = {}) {
         executablePath: process.env.CHROMIUM ?? "/usr/bin/chromium",
         args: process.getuid() === 0 ? ["--no-sandbox"] : [],
     });
-    const context = await browser.newContext({ viewport: { width: 1280, height: 800 }, ...options });
+    const viewport = { width: 1280, height: 800 };
+    const context = await browser.newContext({ viewport, ...options });
     const page = await context.newPage();
     page.troubles = [];
     page.requests = [];

@@ -90,7 +90,9 @@ function pathsOfShape(shape) {
 // Teeth of the right half from the middle on: where each ends, and how high its edge is while the
 // jaw is shut.
 const UPPER_TEETH = { sides: [0, 18, 32, 44, 54, 62], edges: [10, 8.5, 9, 6, 4], root: -40 };
-const LOWER_TEETH = { sides: [0, 11.5, 23.5, 35.5, 46, 55], edges: [10.5, 11, 11.5, 13, 15], root: 70 };
+const LOWER_TEETH = {
+    sides: [0, 11.5, 23.5, 35.5, 46, 55], edges: [10.5, 11, 11.5, 13, 15], root: 70,
+};
 
 // A tooth from its root to its edge, whose corners are round.
 function tooth(left, right, root, edge) {

@@ -27,7 +27,8 @@ class Overview {
         context.globalAlpha = 0.55;
         for (const { start_ms, end_ms } of findings.words) {
             const left = this.xOf(start_ms);
-            context.fillRect(left, this.height - 3, Math.max(0.5, this.xOf(end_ms) - left - 0.5), 3);
+            const width = Math.max(0.5, this.xOf(end_ms) - left - 0.5);
+            context.fillRect(left, this.height - 3, width, 3);
         }
         context.globalAlpha = 1;
         context.fillStyle = theme.wave;

@@ -3,7 +3,9 @@
 
 const LONGEST_PX_PER_MS = 4;
 const NARROW_PX = 3; // a curve that is no wider is drawn as a line of its height
-const RULER_STEPS_MS = [10, 20, 50, 100, 200, 500, 1e3, 2e3, 5e3, 1e4, 2e4, 3e4, 6e4, 12e4, 3e5, 6e5];
+const RULER_STEPS_MS = [
+    10, 20, 50, 100, 200, 500, 1e3, 2e3, 5e3, 1e4, 2e4, 3e4, 6e4, 12e4, 3e5, 6e5,
+];
 const FONT = "system-ui, -apple-system, 'Segoe UI', Roboto, 'DejaVu Sans', sans-serif";
 
 function clamp(value, low, high) {
@@ -57,7 +59,8 @@ class Timeline {
         const style = getComputedStyle(document.documentElement);
         const colour = (name) => style.getPropertyValue(`--${name}`).trim();
         this.theme = {};
-        for (const name of ["text", "muted", "line", "wave", "cursor", "select", "accent", "card"]) {
+        const names = ["text", "muted", "line", "wave", "cursor", "select", "accent", "card"];
+        for (const name of names) {
             this.theme[name] = colour(name);
         }
         for (const { name } of SOUND_CLASSES) {
