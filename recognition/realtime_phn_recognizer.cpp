@@ -118,6 +118,12 @@ void CRealtimePhnRecognizer::Stop() {
     const crit_section_scope scope(callers);
     stopped = true;
     chain.input.CloseStream();
+    // A model that asks for a mean has its stream begin anew at the first read, which would open
+    // it again.
+    while (IsRunning()) {
+        Sleep(kStartPollMs);
+        chain.input.CloseStream();
+    }
     CancelThread();
     const crit_section_scope workerScope(section);
     pending.Clear();

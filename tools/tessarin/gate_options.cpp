@@ -19,8 +19,8 @@ float WholeNumber(const std::string& text) {
 void AddGateOption(CLI::App& command, gate_options* options) {
     command
         .add_option("--gate", options->gate,
-                    "Silence what is below a level: dB of full scale, such as -40; or 0 and the "
-                    "quiet share of the recording, such as 0,0.3 [0,0.28]")
+                    "Silence what is below a level in dB of full scale, such as -40; with 0 the "
+                    "quietest share of the recording, 0.28 if not said, sets the level")
         ->option_text("dB[,SHARE]");
 }
 

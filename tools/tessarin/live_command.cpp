@@ -252,7 +252,9 @@ void AddLiveCommand(CLI::App& app) {
     command->add_option("--fps", options->fps, "Frames a second of the mouth track [30]")
         ->check(CLI::Range(1.0, 1000.0))
         ->option_text("N");
-    command->add_option("--speed", options->speed, "How much faster than real time a FILE is heard")
+    command
+        ->add_option("--speed", options->speed,
+                     "How much faster than real time a FILE is heard [1]")
         ->check(CLI::Range(0.01, 1e6))
         ->option_text("N");
     command
