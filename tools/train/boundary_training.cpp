@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "tools/train/discriminative_update.h"
 #include "tools/train/parallel.h"
 
 namespace tessarin::training {
@@ -15,34 +16,7 @@ constexpr size_t kReach = 9;
 constexpr size_t kBand = 2 * kReach + 1;
 /// Weight of the maximum-likelihood Gaussian in the update, in observations.
 constexpr double kPrior = 150.0;
-constexpr double kSlowness = 2.0;
-constexpr double kNegligible = 1e-4;
 constexpr size_t kShares = 32; ///< the sums are taken in so many parts, whatever the threads
-
-/// Sums for and against each Gaussian of each state.
-struct mixture_sums {
-    mixture_sums(const std::vector<state_mixture>& mixtures, size_t width) {
-        for (const state_mixture& mixture : mixtures) {
-            known.emplace_back(mixture.size() - 1, gaussian_sums(width));
-            rival.emplace_back(mixture.size() - 1, gaussian_sums(width));
-        }
-    }
-    void Add(const mixture_sums& other) {
-        for (size_t state = 0; state < known.size(); ++state) {
-            for (size_t m = 0; m < known[state].size(); ++m) {
-                known[state][m].Add(other.known[state][m]);
-                rival[state][m].Add(other.rival[state][m]);
-            }
-        }
-        logKnown += other.logKnown;
-        observations += other.observations;
-    }
-
-    std::vector<std::vector<gaussian_sums>> known;
-    std::vector<std::vector<gaussian_sums>> rival;
-    double logKnown = 0.0; ///< log of the known division's share in all
-    double observations = 0.0;
-};
 
 /// Forward-backward over the chain of an utterance's states, near the known division.
 class chain_posteriors {
@@ -198,7 +172,7 @@ private:
 };
 
 void AddUtterance(const labelled_speech& speech, const std::vector<mixture_scorer>& scorers,
-                  const transition_model& transitions, mixture_sums& sums) {
+                  const transition_model& transitions, rival_sums& sums) {
     chain_posteriors posteriors(speech, scorers, transitions);
     std::vector<double> known;
     std::vector<double> all;
@@ -209,56 +183,14 @@ void AddUtterance(const labelled_speech& speech, const std::vector<mixture_score
     }
     sums.logKnown += logKnown - logAll;
     sums.observations += static_cast<double>(posteriors.GetLength());
-    std::vector<double> shares(256);
     for (size_t t = 0; t < posteriors.GetLength(); ++t) {
         for (size_t place = 0; place < kBand; ++place) {
             // What is known and chosen alike cancels out.
             const double difference = known[t * kBand + place] - all[t * kBand + place];
-            if (std::abs(difference) < kNegligible) {
-                continue;
+            if (std::abs(difference) >= kNegligibleShare) {
+                const uint16_t state = posteriors.GlobalState(t, place);
+                sums.Add(state, scorers[state], speech.observations[t], difference);
             }
-            const uint16_t state = posteriors.GlobalState(t, place);
-            const float* x = speech.observations[t];
-            scorers[state].Score(x, shares.data());
-            auto& target = difference > 0.0 ? sums.known[state] : sums.rival[state];
-            for (size_t m = 0; m < target.size(); ++m) {
-                const double share = shares[m] * std::abs(difference);
-                if (share > kNegligible) {
-                    target[m].Add(x, share);
-                }
-            }
-        }
-    }
-}
-
-/// The extended Baum-Welch update, slow enough that all variances stay above their floors.
-void Update(const gaussian_sums& known, const gaussian_sums& rival,
-            const diagonal_gaussian& likeliest, const std::vector<double>& floors,
-            diagonal_gaussian& gaussian) {
-    const size_t width = gaussian.mean.size();
-    double slowness = kSlowness * rival.occupancy + 1.0;
-    for (int attempt = 0; attempt < 30; ++attempt, slowness *= 1.5) {
-        const double occupancy = known.occupancy - rival.occupancy + slowness + kPrior;
-        if (occupancy <= 0.0) {
-            continue;
-        }
-        diagonal_gaussian updated = gaussian;
-        bool valid = true;
-        for (size_t k = 0; k < width && valid; ++k) {
-            const double mean = gaussian.mean[k];
-            const double prior = likeliest.mean[k];
-            updated.mean[k] =
-                (known.first[k] - rival.first[k] + slowness * mean + kPrior * prior) / occupancy;
-            const double second = known.second[k] - rival.second[k] +
-                                  slowness * (gaussian.variance[k] + mean * mean) +
-                                  kPrior * (likeliest.variance[k] + prior * prior);
-            updated.variance[k] = second / occupancy - updated.mean[k] * updated.mean[k];
-            valid = updated.variance[k] > 0.25 * gaussian.variance[k];
-            updated.variance[k] = std::max(updated.variance[k], floors[k]);
-        }
-        if (valid) {
-            gaussian = std::move(updated);
-            return;
         }
     }
 }
@@ -273,7 +205,7 @@ std::vector<double> TrainBoundaries(const std::vector<labelled_speech>& speech,
     std::vector<double> progress;
     for (size_t round = 0; round < numRounds; ++round) {
         const std::vector<mixture_scorer> scorers(mixtures.begin(), mixtures.end());
-        std::vector<mixture_sums> sums(kShares, mixture_sums(mixtures, floors.size()));
+        std::vector<rival_sums> sums(kShares, rival_sums(mixtures, floors.size()));
         ParallelFor(kShares, numThreads, [&](size_t share) {
             for (size_t i = share; i < speech.size(); i += kShares) {
                 if (!speech[i].isAligned) {
@@ -287,12 +219,7 @@ std::vector<double> TrainBoundaries(const std::vector<labelled_speech>& speech,
         constexpr double kObservationsPerSecond = 1000.0 / kObservationMs;
         progress.push_back(kObservationsPerSecond * sums[0].logKnown /
                            std::max(sums[0].observations, 1.0));
-        for (size_t state = 0; state < mixtures.size(); ++state) {
-            for (size_t m = 0; m + 1 < mixtures[state].size(); ++m) {
-                Update(sums[0].known[state][m], sums[0].rival[state][m], likeliest[state][m],
-                       floors, mixtures[state][m]);
-            }
-        }
+        sums[0].Update(likeliest, floors, kPrior, mixtures);
     }
     return progress;
 }

@@ -11,6 +11,7 @@
 #include "tools/train/boundary_training.h"
 #include "tools/train/mixture_training.h"
 #include "tools/train/model_assembly.h"
+#include "tools/train/phone_training.h"
 #include "tools/train/state_division.h"
 #include "tools/train/text_alignment.h"
 #include "tools/train/training_speech.h"
@@ -32,6 +33,7 @@ constexpr const char* kUsage =
     "  --gaussians N       of a state, the broad one not counted (15)\n"
     "  --copies N          changed copies of each recording (2)\n"
     "  --boundary-rounds N rounds of boundary training (4)\n"
+    "  --phone-rounds N    rounds of training for hearing without a text (0)\n"
     "  --without SPEAKER   leaves a speaker out; may be repeated\n"
     "  --every N           only every Nth recording, for experiments (1)\n"
     "  --threads N         2 at first; does not change the result\n";
@@ -43,6 +45,7 @@ struct options {
     size_t gaussians = 15;
     size_t copies = 2;
     size_t boundaryRounds = 4;
+    size_t phoneRounds = 0;
     size_t every = 1;
     size_t threads = 2;
     std::set<std::string> without;
@@ -79,6 +82,7 @@ bool ReadOptions(int count, char** arguments, options& out) {
                    !(name == "--copies" && ReadNumber(value, 0, 20, out.copies)) &&
                    !(name == "--boundary-rounds" &&
                      ReadNumber(value, 0, 100, out.boundaryRounds)) &&
+                   !(name == "--phone-rounds" && ReadNumber(value, 0, 100, out.phoneRounds)) &&
                    !(name == "--every" && ReadNumber(value, 1, 1000000, out.every)) &&
                    !(name == "--threads" && ReadNumber(value, 1, 256, out.threads))) {
             return false;
@@ -178,6 +182,13 @@ void training::TrainFromLikelihood() {
     for (const double share : TrainBoundaries(speech, transitions, floors, chosen.boundaryRounds,
                                               chosen.threads, mixtures)) {
         std::fprintf(stderr, "  %.3f\n", share);
+    }
+    if (chosen.phoneRounds > 0) {
+        std::fprintf(stderr, "phones\n");
+        for (const double share : TrainPhones(speech, transitions, floors, chosen.phoneRounds,
+                                              chosen.threads, mixtures)) {
+            std::fprintf(stderr, "  %.4f\n", share);
+        }
     }
 }
 
