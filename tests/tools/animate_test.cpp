@@ -1,4 +1,3 @@
-#include <regex>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -26,6 +25,13 @@ std::string Labels(const json& result) {
     return labels;
 }
 
+std::string WithoutDoubleSilence(std::string labels) {
+    for (size_t at = labels.find("x x"); at != std::string::npos; at = labels.find("x x")) {
+        labels.erase(at, 2);
+    }
+    return labels;
+}
+
 TEST(Animate, ReadsAgainWhatAlignWrites) {
     const ScratchFolder scratch;
     const std::string options = "align " + DemoRecording() + " --text-file " + DemoText();
@@ -38,9 +44,8 @@ TEST(Animate, ReadsAgainWhatAlignWrites) {
         const tool_run animated = RunTool("animate " + scratch.Path(name));
         ASSERT_EQ(animated.exitCode, 0) << animated.errors;
         const json result = json::parse(animated.output);
-        // A TextGrid has no silences beside each other.
-        const std::regex silences(name == std::string("a.TextGrid") ? "x( x)+" : "\\$");
-        EXPECT_EQ(Labels(result), std::regex_replace(Labels(aligned), silences, "x"));
+        const bool isGrid = std::string(name) == "a.TextGrid"; // with no silences side by side
+        EXPECT_EQ(Labels(result), isGrid ? WithoutDoubleSilence(Labels(aligned)) : Labels(aligned));
         EXPECT_EQ(result["words"].size(), aligned["words"].size());
         EXPECT_EQ(result["words"][7]["start_ms"], aligned["words"][7]["start_ms"]);
         EXPECT_EQ(result["phonemes"].back()["end_ms"], aligned["phonemes"].back()["end_ms"]);

@@ -2,7 +2,6 @@
 #include <cstdint>
 #include <cstring>
 #include <numbers>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -233,9 +232,16 @@ TEST(View, FetchesNothing) {
     const tool_run run = RunTool("view " + DemoRecording());
     ASSERT_EQ(run.exitCode, 0) << run.errors;
     EXPECT_THAT(run.output, HasSubstr("default-src 'none'"));
-    const std::regex addresses("(src|href)=\"(?!data:|#)|@import|https?://");
-    std::smatch found;
-    EXPECT_FALSE(std::regex_search(run.output, found, addresses)) << found.str();
+    for (const char* address : {"@import", "http://", "https://", "url("}) {
+        EXPECT_THAT(run.output, Not(HasSubstr(address)));
+    }
+    for (const std::string attribute : {" src=\"", " href=\""}) {
+        for (size_t at = run.output.find(attribute); at != std::string::npos;
+             at = run.output.find(attribute, at + 1)) {
+            const std::string value = run.output.substr(at + attribute.size(), 40);
+            EXPECT_TRUE(value.starts_with("data:") || value.starts_with('#')) << value;
+        }
+    }
 }
 
 TEST(View, TellsWhatItCannotShow) {
