@@ -91,7 +91,7 @@ TEST(Commands, TheTextThatIsSaidWins) {
     const ScratchFolder scratch;
     const std::string list = scratch.Path("commands.txt");
     WriteFile(list, "\xEF\xBB\xBF# what the house can do\n\n  open the garage door \r\n" +
-                        DemoText() + "\nlights off = l AY t s, AO f\n");
+                        ReadFile(DemoText()) + "\nlights off = l AY t s, AO f\n");
     const std::string arguments =
         "commands " + list + " " + DemoRecording() + " " + DemoRecording();
     const tool_run run = RunTool(arguments);
@@ -99,7 +99,8 @@ TEST(Commands, TheTextThatIsSaidWins) {
     const auto rows = Fields(run.output);
     ASSERT_EQ(rows.size(), 3u) << run.output;
     EXPECT_THAT(rows[0], ElementsAre("audio", "command", "score"));
-    const std::string text = DemoText().substr(0, DemoText().find_last_not_of("\r\n") + 1);
+    const std::string said = ReadFile(DemoText());
+    const std::string text = said.substr(0, said.find_last_not_of("\r\n") + 1);
     EXPECT_THAT(rows[1], ElementsAre(DemoRecording(), text, rows[1][2]));
     EXPECT_EQ(rows[2], rows[1]);
 

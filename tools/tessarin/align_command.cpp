@@ -3,6 +3,7 @@
 
 #include "tools/tessarin/failure.h"
 #include "tools/tessarin/recording_command.h"
+#include "tools/tessarin/sentence_command.h"
 #include "tools/tessarin/speech_search.h"
 #include "tools/tessarin/text_options.h"
 
@@ -11,7 +12,9 @@ namespace {
 struct align_options {
     recording_options recording;
     text_options text;
-    int beam = 0;
+    sentence_options sentences;
+    bool areSentencesWanted = false;
+    bool retry = false;
 };
 
 void RunAlign(const align_options& options) {
@@ -22,8 +25,12 @@ void RunAlign(const align_options& options) {
     const model_handle model = LoadModel(options.recording.data);
     const transcriber_handle transcriber = LoadTranscriber(options.recording.data);
     const SpokenText text = ReadText(options.text, *transcriber);
+    if (options.areSentencesWanted) {
+        FindSentences(options.recording, options.sentences, *model, text, *transcriber);
+        return;
+    }
     AnimateRecording(options.recording, *model, &text,
-                     SearchForText(text, *transcriber, options.beam));
+                     SearchForText(text, *transcriber, options.sentences.beam, options.retry));
 }
 
 } // namespace
@@ -36,10 +43,25 @@ void AddAlignCommand(CLI::App& app) {
     AddTextOptions(*command, &options->text);
     AddLexiconOptions(*command, &options->recording.data);
     command
-        ->add_option("--beam", options->beam,
+        ->add_option("--beam", options->sentences.beam,
                      "Width of the search in states, 500 to 8000 [2000]; raise it when the search "
                      "loses the text")
         ->check(CLI::Range(500, 8000))
         ->option_text("N");
+    CLI::Option* sentences = command->add_flag(
+        "--sentences", options->areSentencesWanted,
+        "Find which sentences of the text were said, in the order of the text, in a recording that "
+        "may hold other things too");
+    command
+        ->add_option(
+            "--least-score", options->sentences.leastScore,
+            "What a sentence must score to be found; what was not said seldom reaches it [5.5]")
+        ->check(CLI::Range(-100.0, 100.0))
+        ->needs(sentences)
+        ->option_text("SCORE");
+    command
+        ->add_flag("--retry", options->retry,
+                   "Slide the window of the search ahead where it loses the text")
+        ->excludes(sentences);
     command->callback([options] { RunAlign(*options); });
 }

@@ -6,7 +6,7 @@
 #include "tools/tessarin/spoken_text.h"
 
 recording_search SearchForText(const SpokenText& text, tessarin::IVisemixTranscriber& transcriber,
-                               int beam) {
+                               int beam, bool retry) {
     tessarin::ITextBasedPhnRecognizer* made = nullptr;
     CreateTextBasedRecognizer(&made);
     if (made == nullptr) {
@@ -16,6 +16,7 @@ recording_search SearchForText(const SpokenText& text, tessarin::IVisemixTranscr
     if (beam > 0) {
         recognizer->SetBeamWidth(beam);
     }
+    recognizer->SetOutputOptions(retry ? 1 : 0, 0);
     return [recognizer, &text, &transcriber](
                opened_recording& recording, tessarin::CAccousticHMM& model,
                tessarin::ProgressSink& progress, tessarin::ISyncResultsCollection& results) {

@@ -6,9 +6,10 @@
 #include "tools/tessarin/recording_command.h"
 
 /// The search for the sounds of a text that is said. `text` and `transcriber` must outlive it; a
-/// `beam` of 0 is the engine's own. Throws Failure.
+/// `beam` of 0 is the engine's own; with `retry` the window slides ahead where it loses the text.
+/// Throws Failure.
 recording_search SearchForText(const SpokenText& text, tessarin::IVisemixTranscriber& transcriber,
-                               int beam);
+                               int beam, bool retry = false);
 
 /// The search for sounds without a text. Throws Failure.
 recording_search SearchForSounds();
