@@ -11,11 +11,17 @@
 
 #include <benchmark/benchmark.h>
 
+#include "articulation/concrete_sync_marker_collection.h"
 #include "frame/quib_allocator.h"
 #include "model/accoustic_hmm.h"
+#include "recognition/forward_graph.h"
 #include "recognition/free_viterbi.h"
+#include "recognition/log_state_graph.h"
+#include "recognition/sentence_viterbi.h"
 #include "recognition/sliding_viterbi.h"
 #include "recognition/state_graph.h"
+#include "recognition/trellis_viterbi.h"
+#include "recognition/word_spans.h"
 #include "tessarin/observation_stream.h"
 #include "tests/recognition/literal_free_search.h"
 
@@ -144,10 +150,7 @@ void ReportRealTime(benchmark::State& state) {
 }
 
 /// Words of four phones with silences between, all in a graph of some thirty thousand states.
-void Align(benchmark::State& state, const CAccousticHMM& model, SyntheticSpeech& speech,
-           error_code expected) {
-    quib_allocator pool(32768);
-    state_graph_builder builder(model, pool);
+void AddSpeech(state_graph_builder& builder) {
     const std::vector<uint16_t> phones = RandomPhones();
     for (size_t i = 0; i < phones.size(); ++i) {
         if (i % 4 == 0) {
@@ -155,6 +158,13 @@ void Align(benchmark::State& state, const CAccousticHMM& model, SyntheticSpeech&
         }
         builder.AddPhoneStates(phones[i], false);
     }
+}
+
+void Align(benchmark::State& state, const CAccousticHMM& model, SyntheticSpeech& speech,
+           error_code expected) {
+    quib_allocator pool(32768);
+    state_graph_builder builder(model, pool);
+    AddSpeech(builder);
     const uint32_t positions = builder.StateCount() / 3;
     const state_rec* const* graph = builder.CopyGraph();
     for ([[maybe_unused]] auto round : state) {
@@ -176,6 +186,60 @@ void AlignSpeech(benchmark::State& state) {
     Align(state, *model, speech, kNoError);
 }
 BENCHMARK(AlignSpeech)->Unit(benchmark::kMillisecond);
+
+/// The same with back-pointers in memory, and with all of them on disk.
+void AlignByTrellis(benchmark::State& state) {
+    const auto model = MakeModel();
+    SyntheticSpeech speech(*model, RandomPhones());
+    quib_allocator pool(32768);
+    state_graph_builder builder(*model, pool);
+    AddSpeech(builder);
+    const log_state_graph graph =
+        log_state_graph::FromProbabilities(builder.CopyGraph(), builder.StateCount());
+    const auto memory = static_cast<uint32_t>(state.range(0));
+    for ([[maybe_unused]] auto round : state) {
+        speech.Rewind();
+        TArray<uint32_t> path;
+        TArray<float> energies;
+        double score = 0.0;
+        if (TrellisViterbi({2000, 0, memory, 0.0, ""}, *model, graph, {0, 3}, speech, nullptr,
+                           &path, energies, &score) != kNoError) {
+            state.SkipWithError("not the expected result");
+        }
+    }
+    ReportRealTime(state);
+}
+BENCHMARK(AlignByTrellis)->Arg(500000000)->Arg(0)->Unit(benchmark::kMillisecond);
+
+/// Sentences of eight words in ten minutes in which all of them are said.
+void FindSentences(benchmark::State& state) {
+    const auto model = MakeModel();
+    model->BuildLogTransitions();
+    SyntheticSpeech speech(*model, RandomPhones());
+    quib_allocator pool(32768);
+    state_graph_builder builder(*model, pool);
+    AddSpeech(builder);
+    const log_state_graph graph =
+        log_state_graph::FromProbabilities(builder.CopyGraph(), builder.StateCount());
+    const forward_graph forward = forward_graph::FromLogGraph(graph, pool);
+    constexpr uint32_t kSentenceStates = 8 * 15;
+    CTxMarker marker{};
+    std::vector<word_span> spans;
+    for (uint32_t first = 3; first + kSentenceStates < graph.GetNumStates();
+         first += kSentenceStates) {
+        spans.push_back({&marker, &marker, first, {}, {}, first + kSentenceStates - 3, 0});
+    }
+    for ([[maybe_unused]] auto round : state) {
+        speech.Rewind();
+        CConcreteSyncMarkerCollection results;
+        if (SentenceViterbi(2000, *model, forward, spans, speech, nullptr, 0, results) !=
+            kNoError) {
+            state.SkipWithError("not the expected result");
+        }
+    }
+    ReportRealTime(state);
+}
+BENCHMARK(FindSentences)->Unit(benchmark::kMillisecond);
 
 /// Far from every state, all are alike: the whole window stays alive.
 void AlignNoise(benchmark::State& state) {
