@@ -1,5 +1,6 @@
 #include "tools/tessarin/engine_data.h"
 
+#include <filesystem>
 #include <limits>
 
 #include "tools/tessarin/data_folder.h"
@@ -16,8 +17,9 @@ void RequireSize(const std::string& path, const std::string& content) {
     }
 }
 
-model_handle LoadModel(const data_options& options) {
-    const std::string path = DataPathOr(options.model, options, kModelName);
+namespace {
+
+model_handle LoadModelFile(const std::string& path) {
     const std::string image = ReadWholeFile(path);
     RequireSize(path, image);
     char text[tessarin::kModelErrorTextSize] = "";
@@ -29,6 +31,18 @@ model_handle LoadModel(const data_options& options) {
                                        (text[0] != '\0' ? "\n  " + std::string(text) : ""));
     }
     return model_handle(model);
+}
+
+} // namespace
+
+model_handle LoadModel(const data_options& options) {
+    return LoadModelFile(DataPathOr(options.model, options, kModelName));
+}
+
+model_handle LoadHearingModel(const data_options& options) {
+    const std::string path = DataPathOr(options.model, options, kHearingModelName);
+    return std::filesystem::exists(path) || !options.model.empty() ? LoadModelFile(path)
+                                                                   : LoadModel(options);
 }
 
 void AddDataFolderOption(CLI::App& command, data_options* options) {

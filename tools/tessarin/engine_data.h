@@ -15,6 +15,7 @@ struct data_options {
 };
 
 inline constexpr const char* kModelName = "en-us.model";
+inline constexpr const char* kHearingModelName = "en-us-hearing.model";
 inline constexpr const char* kLexiconName = "en-us.lexicon";
 inline constexpr const char* kTrigramsName = "en-us.trigrams";
 
@@ -28,6 +29,8 @@ std::string DataPathOr(const std::string& given, const data_options& options, co
 /// Throws Failure for a file that is too large for the engine's 32-bit sizes.
 void RequireSize(const std::string& path, const std::string& content);
 
-/// Both throw Failure.
+/// All throw Failure. Where no model is named, that for hearing without a text is one of its own,
+/// if the data folder has it.
 model_handle LoadModel(const data_options& options);
+model_handle LoadHearingModel(const data_options& options);
 transcriber_handle LoadTranscriber(const data_options& options);

@@ -217,7 +217,7 @@ void RunLive(const live_options& options) {
     const bool isRaw = options.input == "-" || !options.raw.empty();
     const std::unique_ptr<LiveSource> source =
         isRaw ? OpenRawSource(options.input, format) : OpenRecordingSource(options.input);
-    const model_handle model = LoadModel(options.data);
+    const model_handle model = LoadHearingModel(options.data);
     if (!options.noTrigrams) {
         LoadTrigrams({}, options.data, *model);
     }

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Collects the speech, trains the model and counts the statistics that the project ships.
+# Collects the speech, trains the models, the one that aligns and the one that hears, and counts the
+# statistics that the project ships.
 # usage: train.sh BUILD_FOLDER [CORPUS_FOLDER]
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
@@ -10,6 +11,8 @@ words=$1/en-us.words
 "$1/tools/tessarin/tessarin" lexicon export data/en-us.lexicon -o "$words"
 "$programs/tessarin-train" "$corpus" -o data/en-us.model --lexicon "$words" \
     --threads "$(nproc)"
+"$programs/tessarin-train" "$corpus" -o data/en-us-hearing.model --lexicon "$words" \
+    --gaussians 31 --boundary-rounds 0 --phone-rounds 3 --threads "$(nproc)"
 "$programs/tessarin-trigrams" "$words" data/sentences/{composed,written}.txt \
     -o data/en-us.trigrams
 "$programs/tessarin-measure" data/en-us.model "$corpus"

@@ -59,14 +59,16 @@ class Engine:
     def __init__(self, *, data: Path | None = None, model: Path | None = None,
                  lexicon: Path | None = None, statistics: Path | None = None,
                  words: Mapping[str, str] | None = None) -> None:
-        """`data` is a folder with en-us.model, en-us.lexicon and en-us.trigrams; `lexicon` is a
-        lexicon file or a text of lines WORD=phonemes; `statistics` are counts of phoneme
-        sequences, for `recognize`; `words` are for `set_word`."""
+        """`data` is a folder with en-us.model, en-us.lexicon and en-us.trigrams, and perhaps
+        en-us-hearing.model, which `recognize` prefers; `lexicon` is a lexicon file or a text of
+        lines WORD=phonemes; `statistics` are counts of phoneme sequences, for `recognize`; `words`
+        are for `set_word`."""
         self._library = Library.get()
         self._data = pathlib.Path(data) if data is not None else None
         self._model_path = self._path(model, "en-us.model")
+        self._hearing_path = self._path(model, "en-us-hearing.model")
         self._statistics = statistics
-        self._model = self._open_model()
+        self._model = self._open_model(self._model_path)
         self._language = self._open("create_language_from_file",
                                     self._path(lexicon, "en-us.lexicon"),
                                     self._library.free_language)
@@ -87,13 +89,14 @@ class Engine:
         weakref.finalize(self, free, handle)
         return handle
 
-    def _open_model(self) -> int:
-        return self._open("create_model_from_file", self._model_path, self._library.free_model)
+    def _open_model(self, path: str) -> int:
+        return self._open("create_model_from_file", path, self._library.free_model)
 
     def _model_for_hearing(self) -> int:
         with self._lock:
             if self._hearing_model is None:
-                model = self._open_model()
+                has_own = os.path.exists(self._hearing_path)
+                model = self._open_model(self._hearing_path if has_own else self._model_path)
                 path = self._path(self._statistics, "en-us.trigrams")
                 code = self._library.read_model_statistics(model, os.fsencode(path), 1)
                 if code != 0:
