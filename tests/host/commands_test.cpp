@@ -1,28 +1,11 @@
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include "host/shipped_data.h"
 #include "tessarin/tessarin.h"
 
 namespace {
-
-std::string DataFile(const std::string& name) {
-    std::ifstream file(TESSARIN_SOURCE_DIR "/data/" + name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-struct shipped_model {
-    shipped_model() {
-        const std::string image = DataFile("en-us.model");
-        EXPECT_EQ(CreateAccHMM(image.data(), static_cast<uint32_t>(image.size()), nullptr, &model),
-                  0);
-    }
-    ~shipped_model() { DestroyAccHMM(model); }
-
-    tessarin::CAccousticHMM* model = nullptr;
-};
 
 TEST(CommandFactories, AnswerWhatIsMissing) {
     const shipped_model shipped;

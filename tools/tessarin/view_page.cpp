@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tools/tessarin/failure.h"
+#include "tools/tessarin/markup.h"
 #include "tools/tessarin/output_formats.h"
 
 namespace {
@@ -17,26 +18,6 @@ using nlohmann::json;
 /// A browser reads texts of a few megabytes without pain; a multiple of 3, so that pieces of base64
 /// end with whole bytes.
 constexpr size_t kAudioPiece = 3 << 20;
-
-std::string EscapeHtml(std::string_view text) {
-    std::string escaped;
-    for (const char c : text) {
-        switch (c) {
-        case '&':
-            escaped += "&amp;";
-            break;
-        case '<':
-            escaped += "&lt;";
-            break;
-        case '>':
-            escaped += "&gt;";
-            break;
-        default:
-            escaped += c;
-        }
-    }
-    return escaped;
-}
 
 /// JSON without any `<`, which would begin the end of the script that carries it. In JSON it stands
 /// in strings only, where its escape means the same.
@@ -150,7 +131,7 @@ void RequireShowableJson(const std::string& path, const std::string& text) {
 
 std::string MakeViewPage(const std::string& title, const std::string& json,
                          const page_audio& audio) {
-    return FillIn(kViewSources.page, {{"title", EscapeHtml(title)},
+    return FillIn(kViewSources.page, {{"title", EscapeMarkup(title)},
                                       {"style", kViewSources.style},
                                       {"script", kViewSources.script},
                                       {"mouth", kViewSources.mouth},
