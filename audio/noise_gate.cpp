@@ -130,7 +130,7 @@ void SilenceQuietStretches(std::span<float> samples, std::span<const float> leve
                framesIn(static_cast<float>(settings.minQuietMs)));
     const auto numSamples = static_cast<int64_t>(samples.size());
     const int64_t ramp =
-        std::clamp<int64_t>(SamplesIn(static_cast<float>(settings.rampMs), rateHz), 0, numSamples);
+        std::max<int64_t>(SamplesIn(static_cast<float>(settings.rampMs), rateHz), 0);
     for (const level_run& run : runs) {
         if (!run.isLoud) {
             Silence(samples, run.start * frameLength,

@@ -158,6 +158,9 @@ TEST(NoiseGate, RampsFadeOutAndIn) {
     EXPECT_EQ(brief[200], 100.0f);
     EXPECT_NEAR(brief[300], 100.0f * (50.0f / 150) * (50.0f / 150), 1e-3f);
     EXPECT_EQ(brief[400], kLoud);
+    // So does one shorter than a ramp, which is as steep as ever.
+    const auto slow = Gated(samples, {.rampMs = 1000});
+    EXPECT_NEAR(slow[300], 100.0f * (900.0f / 1000) * (900.0f / 1000), 1e-3f);
 }
 
 TEST(NoiseGateStream, ReadsOneChannelAs16BitWhateverTheSource) {
