@@ -208,7 +208,9 @@ error_code CSpectralStream::CalcSpectralMean(ProgressSink* progress) {
     if (progress != nullptr) {
         progress->SetStatus("Recognizing...");
     }
-    if (code == kNoError) {
+    // Audio that is still arriving has no length yet, so nothing of it was read, and beginning anew
+    // would throw away what waits.
+    if (code == kNoError && !firstFrame) {
         Restart();
     }
     meanDone = true;

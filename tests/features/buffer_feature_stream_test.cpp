@@ -72,6 +72,13 @@ TEST(BufferFeatureStream, GivesTheSameFramesHoweverAudioArrives) {
     ASSERT_EQ(whole.Finish(), 0);
     const auto expected = whole.Kept();
     ASSERT_EQ(expected.size(), 46u); // the last of them from less than a hop
+    // A mean is one of nothing, since audio that arrives has no length yet, and costs none of it.
+    listener withMean;
+    withMean.descriptor.flags = kCalcSpectralMean;
+    withMean.Listen();
+    ASSERT_EQ(withMean.Hear(samples, samples.size() * 2), 0);
+    ASSERT_EQ(withMean.Finish(), 0);
+    EXPECT_EQ(withMean.Kept(), expected);
     for (const size_t blockBytes : {64u, 2u}) {
         SCOPED_TRACE(blockBytes);
         listener live;
