@@ -54,12 +54,16 @@ error_code CRealtimePhnRecognizer::Init(int32_t sampleRateHz, int32_t bits, int3
                                         double latency, CAccousticHMM* acousticModel) {
     MaskFloatUnderflow();
     const crit_section_scope scope(callers);
-    Stop();
+    if (started) { // a new object has nothing to stop, and does not count as stopped
+        Stop();
+    }
     model = acousticModel;
     const error_code code = Guarded([&] { return InitChain(sampleRateHz, bits, channels); });
     ready = code == kNoError;
     if (ready) {
         latencyFrames = TruncSat<uint32_t>(latency * 1000.0 / periodMs);
+    } else {
+        stopped = true;
     }
     return code;
 }
@@ -118,12 +122,6 @@ void CRealtimePhnRecognizer::Stop() {
     const crit_section_scope scope(callers);
     stopped = true;
     chain.input.CloseStream();
-    // A model that asks for a mean has its stream begin anew at the first read, which would open
-    // it again.
-    while (IsRunning()) {
-        Sleep(kStartPollMs);
-        chain.input.CloseStream();
-    }
     CancelThread();
     const crit_section_scope workerScope(section);
     pending.Clear();

@@ -149,7 +149,9 @@ TEST_F(RealtimeRecognizer, AcceptsWhatMicrophonesGive) {
     for (const auto& [rateHz, bits, channels, code] : cases) {
         SCOPED_TRACE(rateHz);
         EXPECT_EQ(recognizer.Init(rateHz, bits, channels, 0.1, model.get()), code);
-        EXPECT_EQ(recognizer.IsStopped(), true);
+        CRealtimePhnRecognizer unused;
+        EXPECT_EQ(unused.Init(rateHz, bits, channels, 0.1, model.get()), code);
+        EXPECT_EQ(unused.IsStopped(), code != 0); // stopped by Stop and by failure only
         EXPECT_EQ(recognizer.Start(), code == 0 ? 0 : kNotInitialized);
         EXPECT_EQ(recognizer.IsActive(), code == 0 ? 1u : 0u);
         recognizer.Stop();
@@ -346,7 +348,7 @@ TEST_F(RealtimeRecognizer, StopsAtAnyMoment) {
     const auto samples = Sounds({"x", "AA", "IY"}, 400);
     const auto begin = clock::now();
     for (int i = 0; i < 60; ++i) {
-        model->descriptor.flags = i < 40 ? 0 : kCalcSpectralMean; // rewinds at the first read
+        model->descriptor.flags = i < 40 ? 0 : kCalcSpectralMean; // nothing to rewind
         CRealtimePhnRecognizer short_lived;
         ASSERT_EQ(short_lived.Init(16000, 16, 1, 0, model.get()), 0);
         ASSERT_EQ(short_lived.Start(), 0);
