@@ -53,6 +53,14 @@ public:
                                ProgressSink* progress, TArray<uint32_t>* path,
                                TArray<float>& energies, double* score);
 
+    /// The search graph of the tokens from `first` up to `end`, whose positions it writes into
+    /// them; `*stateCount` receives its size. The graph lives as long as `pool`. Throws
+    /// std::bad_alloc.
+    virtual state_rec** BuildStateGraph(const CAccousticHMM& model, quib_allocator& pool,
+                                        CTxMarker* first, CTxMarker* end,
+                                        std::vector<uint32_t>& startStates,
+                                        std::vector<uint32_t>& endStates, uint32_t* stateCount);
+
     /// TrellisViterbi with this recognizer's options, for audio whose back-pointers do not fit in
     /// memory. The chain ends in its last state, wherever `endStates` are.
     virtual error_code ViterbiTrellis(const CAccousticHMM& model, const log_state_graph& graph,
@@ -61,14 +69,6 @@ public:
                                       IObservationStream& stream, ProgressSink* progress,
                                       TArray<uint32_t>* path, TArray<float>& energies,
                                       double* score);
-
-    /// The search graph of the tokens from `first` up to `end`, whose positions it writes into
-    /// them; `*stateCount` receives its size. The graph lives as long as `pool`. Throws
-    /// std::bad_alloc.
-    virtual state_rec** BuildStateGraph(const CAccousticHMM& model, quib_allocator& pool,
-                                        CTxMarker* first, CTxMarker* end,
-                                        std::vector<uint32_t>& startStates,
-                                        std::vector<uint32_t>& endStates, uint32_t* stateCount);
 
     uint16_t GetKeptPerFrame() const { return keptPerFrame; }
     double GetLogBeam() const { return logBeam; }
