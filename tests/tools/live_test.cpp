@@ -100,13 +100,17 @@ TEST(Live, EndsCleanly) {
     // Ctrl-C while audio still comes: what was heard is told, and the exit is a clean one.
     const ScratchFolder scratch;
     WriteFile(scratch.Path("raw"), DemoSamples().substr(0, 64000));
-    const std::string command = "( cat " + scratch.Path("raw") + "; exec sleep 20 ) | ( " +
-                                TESSARIN_TOOL + " live >" + scratch.Path("out") +
-                                " & tool=$!; sleep 1.5; kill -INT $tool; wait $tool; echo $? >" +
-                                scratch.Path("code") + " ) 2>/dev/null & sleep 6";
+    const std::string out = scratch.Path("out");
+    const std::string code = scratch.Path("code");
+    const std::string command =
+        "( cat " + scratch.Path("raw") + "; exec sleep 40 ) 2>/dev/null | ( " + TESSARIN_TOOL +
+        " live >" + out + " & tool=$!; for i in $(seq 300); do [ -s " + out +
+        " ] && break; sleep 0.1; done; sleep 1; " + "kill -INT $tool; wait $tool; echo $? >" +
+        code + " ) >/dev/null 2>&1 & " + "for i in $(seq 400); do [ -s " + code +
+        " ] && break; sleep 0.1; done; true";
     ASSERT_EQ(std::system(("bash -c '" + command + "'").c_str()), 0);
-    EXPECT_EQ(ReadFile(scratch.Path("code")), "0\n");
-    EXPECT_GE(heard(ReadFile(scratch.Path("out"))).endMs, 2000);
+    EXPECT_EQ(ReadFile(code), "0\n");
+    EXPECT_GE(heard(ReadFile(out)).endMs, 2000);
 }
 
 /// Samples of a WAV file with a header of 44 bytes.
