@@ -63,12 +63,11 @@ std::vector<uint32_t> BackgroundLoop::NoiseStates(const CAccousticHMM& model) {
 void BackgroundLoop::Seed(const float* x, double* cache) {
     for (size_t i = 0; i < states.size(); i += static_cast<size_t>(model.numStates)) {
         previous[i] = model.GetCachedLogProbability(0.0, cache, x, static_cast<int32_t>(states[i]));
-        bestByFrame[0] = i == 0 ? previous[i] : std::max(bestByFrame[0], previous[i]);
+        bestByFrame[0] = std::max(bestByFrame[0], previous[i]);
     }
 }
 
 void BackgroundLoop::Advance(uint32_t t, const float* x, double* cache) {
-    bool anyFound = false;
     for (uint32_t i = 0; i < states.size(); ++i) {
         current[i] = kImpossibleLog;
         bool found = false;
@@ -83,8 +82,7 @@ void BackgroundLoop::Advance(uint32_t t, const float* x, double* cache) {
                 ? cache[i]
                 : model.GetCachedLogProbability(0.0, cache, x, static_cast<int32_t>(states[i]));
         current[i] = score + output;
-        bestByFrame[t] = anyFound ? std::max(bestByFrame[t], current[i]) : current[i];
-        anyFound = true;
+        bestByFrame[t] = std::max(bestByFrame[t], current[i]);
     }
     std::swap(previous, current);
 }
