@@ -151,7 +151,8 @@ TEST(Outputs, ControlsReachTheTrack) {
     EXPECT_NE(plain["frames"], track("--smooth")["frames"]);
     EXPECT_NE(track("--smooth")["frames"], track("--smooth --slope 0.05")["frames"]);
     EXPECT_EQ(track("--fps 10")["frames"][1]["start_ms"], 100);
-    for (const json& frame : track("--max-shapes 1")["frames"]) {
+    const json single = track("--max-shapes 1");
+    for (const json& frame : single["frames"]) {
         EXPECT_EQ(frame["weights"].size(), 1u);
     }
     const auto weightOfM = [](const json& result) {
