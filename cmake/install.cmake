@@ -68,5 +68,6 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION sound)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "python3, python3-numpy")
+# zlib1g-dev is for hosts of the static library.
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "python3, python3-numpy, zlib1g-dev")
 include(CPack)
