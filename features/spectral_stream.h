@@ -77,8 +77,8 @@ public:
 
     /// The last stage of the chain that is read, or null.
     CPCMRdrStream* GetSource() const { return source.get(); }
-    /// Reads `stage` instead, of which it takes a reference; its format is that of the stage before.
-    /// Null ends the reading: a chain of members is taken apart from its end.
+    /// Reads `stage` instead, of which it takes a reference; its format is that of the stage
+    /// before. Null ends the reading: a chain of members is taken apart from its end.
     void SetSource(CPCMRdrStream* stage) { source = counted_ptr<CPCMRdrStream>::Share(stage); }
 
 protected:
