@@ -44,9 +44,9 @@ public:
     virtual error_code SetSearchOptions(uint16_t beamWidth, uint16_t keptPerFrame,
                                         uint32_t trellisMemory, double logBeam,
                                         const char* trellisFile) = 0;
-    /// `retry`: a search that lost the text slides its window ahead instead of ending; when there
-    /// is nothing ahead either, only `progress` can end it. `wordsOnly`: no phonemes in the
-    /// results.
+    /// `retry`: a search that lost the text slides its window ahead instead of ending; where there
+    /// is nothing ahead either, it ends too, after `progress` was asked for a while. `wordsOnly`:
+    /// no phonemes in the results.
     ///
     /// Both together (`retry` being 1): search for the sentences of the text, in audio that may
     /// hold anything else, too. Each sentence that is found becomes one word marker without `text`,
