@@ -11,47 +11,22 @@
 #include <string>
 #include <vector>
 
+#include "features/analysed_speech.h"
 #include "features/scripted_pcm_stream.h"
-#include "features/test_descriptors.h"
 #include "support/signals.h"
 
 namespace tessarin {
 namespace {
 
+using test::analysis;
+using test::kBands;
+using test::observations;
+using test::ReadAll;
 using test::ScriptedPcmStream;
+using test::Speechlike;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::FloatNear;
-
-constexpr int32_t kBands = 24;
-
-struct analysis {
-    CSpectralFeatureDescriptor descriptor;
-    analysis() { test::SetMelBands(descriptor, kBands); }
-};
-
-using observations = std::vector<std::vector<float>>;
-
-observations ReadAll(CSpectralStream& stream, int32_t numFeatures) {
-    observations all;
-    for (uint32_t i = 0; i < stream.GetNumObservations(); ++i) {
-        std::vector<float> features(static_cast<size_t>(numFeatures));
-        float energy = 0;
-        EXPECT_EQ(stream.GetObservation(features.data(), &energy), kNoError);
-        all.push_back(features);
-    }
-    return all;
-}
-
-std::vector<float> Speechlike(size_t count) {
-    std::vector<float> samples = test::WhiteNoise(count, 300.0f, 5);
-    const std::vector<float> low = test::Sine(count, 210, 16000, 4000);
-    const std::vector<float> high = test::Sine(count, 2900, 16000, 900);
-    for (size_t i = 0; i < count; ++i) {
-        samples[i] += low[i] * static_cast<float>(i % 4000) / 4000.0f + high[i];
-    }
-    return samples;
-}
 
 /// The cepstra of the frame that begins at `begin`, by the definition and in double precision.
 std::vector<double> PlainCepstra(const std::vector<float>& audio, size_t begin,
@@ -357,111 +332,6 @@ TEST(SpectralStream, FollowsARateThatChangesBeforeARestart) {
     CSpectralStream reference;
     ASSERT_EQ(reference.Init2(&slow, 1, &model.descriptor), kNoError);
     EXPECT_EQ(ReadAll(stream, 15), ReadAll(reference, 15));
-}
-
-TEST(SpectralStream, SubtractsAFloorThatTheHostGives) {
-    analysis model;
-    model.descriptor.numCepstra = 20;
-    ScriptedPcmStream pcm(Speechlike(4000));
-    CSpectralStream stream;
-    ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
-    const auto firstCepstrum = [&] {
-        stream.Restart();
-        std::vector<float> cepstra(20);
-        float energy = 0;
-        EXPECT_EQ(stream.CalcCepstrum(cepstra.data(), 20, &energy), kNoError);
-        return cepstra[0];
-    };
-    const float before = firstCepstrum();
-    const std::vector<float> floor(kBands, 0.25f);
-    EXPECT_EQ(stream.SetNoiseFloor(2, floor.data(), kBands), kNotAvailable);
-    EXPECT_EQ(firstCepstrum(), before);
-    EXPECT_EQ(stream.SetNoiseFloor(1, floor.data(), kBands), kNoError);
-    EXPECT_NEAR(firstCepstrum(), before - 0.25f * kBands, 1e-3);
-
-    // A bank of another width has no use for that floor and learns its own.
-    test::SetMelBands(model.descriptor, kBands - 1);
-    ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
-    EXPECT_GT(firstCepstrum(), 0.0f);
-}
-
-TEST(SpectralStream, LearnsAFloorWhenTheGivenOneHasTheWrongWidth) {
-    analysis model;
-    ScriptedPcmStream pcm(std::vector<float>(Speechlike(16000)));
-    CSpectralStream stream;
-    ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
-    const std::vector<float> floor(kBands, 100.0f);
-    for (const int32_t count : {kBands - 1, kBands + 1, -1, 0}) {
-        EXPECT_EQ(stream.SetNoiseFloor(1, floor.data(), count), kOutOfRange);
-    }
-    const auto frames = [&] {
-        stream.Restart();
-        observations all;
-        for (int i = 0; i < 12; ++i) {
-            std::vector<float> cepstra(20);
-            float energy = 0;
-            EXPECT_EQ(stream.CalcCepstrum(cepstra.data(), 8, &energy), kNoError);
-            all.push_back(cepstra);
-        }
-        return all;
-    };
-    const observations learning = frames();
-    // What is learned survives a restart, so the frames that taught it are reduced the next time.
-    const observations reduced = frames();
-    stream.SetProcessingFlags(0);
-    const observations plain = frames();
-    EXPECT_EQ(learning[9], plain[9]);
-    EXPECT_NEAR(learning[10][0], plain[10][0] - plain[9][0] / 10, 1e-3);
-    EXPECT_NEAR(reduced[0][0], plain[0][0] - plain[9][0] / 10, 1e-3);
-}
-
-class RecordingSink final : public ProgressSink {
-public:
-    void SetStatus(const char* text) override { texts.emplace_back(text); }
-    bool OnProgress(uint32_t done, uint32_t) override {
-        steps.push_back(done);
-        return steps.size() > cancelAfter;
-    }
-
-    std::vector<std::string> texts;
-    std::vector<uint32_t> steps;
-    size_t cancelAfter = 1000;
-};
-
-TEST(SpectralMean, LeavesTheObservationsAsTheyAre) {
-    for (const int32_t features : {15, 39}) {
-        analysis model;
-        model.descriptor.numFeatures = features;
-        const std::vector<float> audio = Speechlike(160 * 2500);
-        ScriptedPcmStream pcm(audio);
-        CSpectralStream stream;
-        ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
-        const observations plain = ReadAll(stream, features);
-
-        model.descriptor.flags = kCalcSpectralMean;
-        RecordingSink sink;
-        pcm.Start();
-        ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
-        stream.SetProgressSink(&sink);
-        EXPECT_EQ(ReadAll(stream, features), plain);
-        EXPECT_THAT(sink.texts, ElementsAre("Calculating Spectral Mean...", "Recognizing..."));
-        EXPECT_THAT(sink.steps, ElementsAre(0u, 1000u, 2000u));
-    }
-}
-
-TEST(SpectralMean, CanBeCancelled) {
-    analysis model;
-    model.descriptor.flags = kCalcSpectralMean;
-    RecordingSink sink;
-    sink.cancelAfter = 1;
-    ScriptedPcmStream pcm(Speechlike(160 * 1500));
-    CSpectralStream stream;
-    ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
-    stream.SetProgressSink(&sink);
-    std::vector<float> features(15);
-    float energy = 0;
-    EXPECT_EQ(stream.GetObservation(features.data(), &energy), kUserCancelled);
-    EXPECT_EQ(sink.steps.back(), 1000u);
 }
 
 } // namespace
