@@ -15,8 +15,9 @@ person the prompts kept out of training, aligned to their texts: ends of words w
        of an independent aligner in percent; files in which the text was lost, and words that were
        lost or swapped; phoneme errors as above
 
-Below the table: how far from the rise of the level speech begins after a pause, and how the
-boundary between a vowel and p, t or k scatters.
+Below the table: how far from the rise of the level speech begins after a pause; how the boundary
+between a vowel and p, t or k scatters; and the words again, those ends apart that lie at a pause,
+where the independent aligner itself is coarse.
 """
 
 import argparse
@@ -79,8 +80,12 @@ def compare_words(recording: dict, result: dict) -> dict:
     known = boundaries.read_labels(times) if times.exists() else []
     ours = [(word["start_ms"], word["end_ms"], word["text"]) for word in result["words"]]
     pairs = boundaries.pair(known, ours)
-    return {"errors": [f - t for true, found in pairs for t, f in zip(true[:2], found[:2])],
-            "astray": len(known) - len(pairs), "lost": result["code"] != 0}
+    starts, ends = ({word[side] for word in ours} for side in (0, 1))
+    between, at_pauses = [], []
+    for true, found in pairs:
+        for side, others in ((0, ends), (1, starts)):
+            (between if found[side] in others else at_pauses).append(found[side] - true[side])
+    return {"between": between, "at_pauses": at_pauses, "astray": len(known) - len(pairs), "lost": result["code"] != 0}
 
 
 def hear(tool: str, recording: dict, options: list[str]) -> tuple:
@@ -163,17 +168,19 @@ class Judge:
                     / sum(result["closures"] for result in known))
         aligned = in_parallel(lambda r: align(self.tool, r, self.model), prompts)
         words = [compare_words(r, result) for r, result in zip(prompts, aligned)]
-        word_errors = [error for each in words for error in each["errors"]]
+        between, at_pauses = ([error for each in words for error in each[where]]
+                              for where in ("between", "at_pauses"))
         options = self.model + self.trigrams
         rates = [error_rate(in_parallel(lambda r: hear(self.tool, r, options), recordings))
                  for recordings in (timed, prompts)]
         if condition == "none":
             self.begins = [each for r, result in zip(prompts, aligned)
                            for each in rises(r, result)]
+            self.between, self.at_pauses = between, at_pauses
             self.stops = [error for result in known for error in result["stops"]]
         return (f"{condition:10} {share(errors, 10):6.1f} {share(errors, 20):6.1f} "
                 f"{share(errors, 50):6.1f} {statistics.mean(map(abs, errors)):6.1f} "
-                f"{closures:8.1f} {rates[0]:7.1f}   {share(word_errors, WORD_TOLERANCE_MS):6.1f} "
+                f"{closures:8.1f} {rates[0]:7.1f}   {share(between + at_pauses, WORD_TOLERANCE_MS):6.1f} "
                 f"{sum(each['lost'] for each in words):5} "
                 f"{sum(each['astray'] for each in words):6} {rates[1]:7.1f}")
 
@@ -184,7 +191,10 @@ class Judge:
                 f"{share([error for error, _ in self.begins], 20):.1f} % of {len(self.begins)}, "
                 f"{share(clear, 20):.1f} % of the {len(clear)} that do not begin with a closure\n"
                 f"vowel to p, t, k (awb): spread {(deviations[83] - deviations[15]) / 2:.1f} ms "
-                f"(half of the middle 68 %), {len(self.stops)} boundaries")
+                f"(half of the middle 68 %), {len(self.stops)} boundaries\n"
+                f"words: {share(self.between, WORD_TOLERANCE_MS):.1f} % of {len(self.between)} "
+                f"ends between two words, {share(self.at_pauses, WORD_TOLERANCE_MS):.1f} % of "
+                f"{len(self.at_pauses)} at a pause")
 
 
 def main() -> None:

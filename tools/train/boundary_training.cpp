@@ -181,7 +181,7 @@ void AddUtterance(const labelled_speech& speech, const std::vector<mixture_score
     if (known.empty() || all.empty()) {
         return;
     }
-    sums.logKnown += logKnown - logAll;
+    sums.merit += logKnown - logAll;
     sums.observations += static_cast<double>(posteriors.GetLength());
     for (size_t t = 0; t < posteriors.GetLength(); ++t) {
         for (size_t place = 0; place < kBand; ++place) {
@@ -217,7 +217,7 @@ std::vector<double> TrainBoundaries(const std::vector<labelled_speech>& speech,
             sums[0].Add(sums[share]);
         }
         constexpr double kObservationsPerSecond = 1000.0 / kObservationMs;
-        progress.push_back(kObservationsPerSecond * sums[0].logKnown /
+        progress.push_back(kObservationsPerSecond * sums[0].merit /
                            std::max(sums[0].observations, 1.0));
         sums[0].Update(likeliest, floors, kPrior, mixtures);
     }

@@ -5,6 +5,9 @@
 
 namespace tessarin::training {
 
+/// Silence, the first phoneme of the alphabet.
+inline constexpr size_t kSilencePhone = 0;
+
 struct phone_interval {
     double start_ms;
     double end_ms;

@@ -73,7 +73,7 @@ void rival_sums::Add(const rival_sums& other) {
             rival[state][m].Add(other.rival[state][m]);
         }
     }
-    logKnown += other.logKnown;
+    merit += other.merit;
     observations += other.observations;
 }
 

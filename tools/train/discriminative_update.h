@@ -26,7 +26,7 @@ public:
     void Update(const std::vector<state_mixture>& likeliest, const std::vector<double>& floors,
                 double prior, std::vector<state_mixture>& mixtures) const;
 
-    double logKnown = 0.0; ///< what the trainer tells of the known division's share in all
+    double merit = 0.0; ///< how well the known division fares, as the trainer measures it, summed
     double observations = 0.0;
 
 private:

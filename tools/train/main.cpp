@@ -31,7 +31,8 @@ constexpr const char* kUsage =
     "  --lexicon FILE      pronunciations, for the recordings of which only the text is known;\n"
     "                      without it they are left out\n"
     "  --gaussians N       of a state, the broad one not counted (15)\n"
-    "  --copies N          changed copies of each recording (2)\n"
+    "  --copies N          changed copies of each recording whose phone times are known (2)\n"
+    "  --text-copies N     of each of which only the text is known (16)\n"
     "  --boundary-rounds N rounds of boundary training (4)\n"
     "  --phone-rounds N    rounds of training for hearing without a text (0)\n"
     "  --without SPEAKER   leaves a speaker out; may be repeated\n"
@@ -44,6 +45,7 @@ struct options {
     std::string lexicon;
     size_t gaussians = 15;
     size_t copies = 2;
+    size_t textCopies = 16;
     size_t boundaryRounds = 4;
     size_t phoneRounds = 0;
     size_t every = 1;
@@ -80,6 +82,7 @@ bool ReadOptions(int count, char** arguments, options& out) {
             out.without.insert(value);
         } else if (!(name == "--gaussians" && ReadNumber(value, 1, 255, out.gaussians)) &&
                    !(name == "--copies" && ReadNumber(value, 0, 20, out.copies)) &&
+                   !(name == "--text-copies" && ReadNumber(value, 0, 100, out.textCopies)) &&
                    !(name == "--boundary-rounds" &&
                      ReadNumber(value, 0, 100, out.boundaryRounds)) &&
                    !(name == "--phone-rounds" && ReadNumber(value, 0, 100, out.phoneRounds)) &&
@@ -167,7 +170,7 @@ void training::TrainFromEvenDivision() {
 void training::AddTextOnly(std::vector<utterance> utterances, const std::string& lexicon) {
     std::fprintf(stderr, "alignment of recordings with texts alone\n");
     AlignToText(*AssembleModel(mixtures, transitions), lexicon, chosen.threads, utterances);
-    AddSpeech(utterances, 2 * chosen.copies, true);
+    AddSpeech(utterances, chosen.textCopies, true);
 }
 
 void training::TrainFromLikelihood() {

@@ -6,13 +6,12 @@
 #include <utility>
 #include <vector>
 
+#include "tools/train/corpus.h"
+
 namespace tessarin::training {
 
 /// Places in the phoneme alphabet.
 using phone_string = std::vector<size_t>;
-
-/// Silence, the first phoneme of the alphabet.
-inline constexpr size_t kSilencePhone = 0;
 
 /// The phonemes written in `labels`, up to what is not in the alphabet.
 phone_string ReadPhones(std::string_view labels);

@@ -15,8 +15,8 @@ struct statistics_shape {
     /// The factor of a phoneme change is `scale * probability ^ exponent`. The observations of one
     /// phoneme depend on each other, which makes a model of speech too sure of itself, and the
     /// exponent gives the language its say back. The scale is what a change is worth as such.
-    double exponent = 6.0;
-    double scale = 0.3;
+    double exponent = 4.0;
+    double scale = 1.0;
 };
 
 /// The counts as a text of statistics, each number divided by that of its beginning being the

@@ -9,6 +9,7 @@
 #include "text/default_transcriber.h"
 #include "tools/train/observations.h"
 #include "tools/train/parallel.h"
+#include "tools/train/pause_edges.h"
 
 namespace tessarin::training {
 namespace {
@@ -51,7 +52,11 @@ void AlignToText(CAccousticHMM& model, const std::string& lexicon, size_t numThr
         const auto transcriber =
             MakeDefaultTranscriber(lexicon.data(), static_cast<int32_t>(lexicon.size()));
         for (size_t i = share; i < utterances.size(); i += numThreads) {
-            utterances[i].phones = Align(model, *transcriber, utterances[i]);
+            utterance& each = utterances[i];
+            each.phones = Align(model, *transcriber, each);
+            if (recording speech; ReadRecording(each.path, speech)) {
+                MovePauseEdges(speech, each.phones);
+            }
         }
     });
 }

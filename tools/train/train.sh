@@ -13,6 +13,8 @@ words=$1/en-us.words
     --threads "$(nproc)"
 "$programs/tessarin-train" "$corpus" -o data/en-us-hearing.model --lexicon "$words" \
     --gaussians 31 --boundary-rounds 0 --phone-rounds 3 --threads "$(nproc)"
-"$programs/tessarin-trigrams" "$words" data/sentences/{composed,written}.txt \
+prompts=$1/prompts.txt
+awk -F '\t' '$3 == "train" && $4 == "text" { print $5 }' "$corpus/corpus.tsv" >"$prompts"
+"$programs/tessarin-trigrams" "$words" data/sentences/{composed,written}.txt "$prompts" \
     -o data/en-us.trigrams
 "$programs/tessarin-measure" data/en-us.model "$corpus"

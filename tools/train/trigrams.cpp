@@ -32,8 +32,8 @@ constexpr const char* kUsage =
     "  --comma-pause N     probability of a pause at a punctuation within a sentence (0.6)\n"
     "  --pair-trust N      occurrences that outweigh what single phonemes tell (5)\n"
     "  --triple-trust N    occurrences that outweigh what pairs of phonemes tell (20)\n"
-    "  --exponent N        power of the probabilities (6)\n"
-    "  --scale N           factor of the probabilities (0.3)\n";
+    "  --exponent N        power of the probabilities (4)\n"
+    "  --scale N           factor of the probabilities (1)\n";
 
 struct options {
     std::string lexicon;
