@@ -14,7 +14,7 @@ namespace tessarin::training {
 /// (minimum phone frame error: Zheng and Stolcke, Improved discriminative training using phone
 /// lattices, 2005). In the loop one phone follows another as often as in the speech. All rounds
 /// together go through the speech once. Returns for each the share of the observations of its part
-/// that are heard rightly, before its update.
+/// that are heard rightly, those of silence counting less, before its update.
 std::vector<double> TrainPhones(const std::vector<labelled_speech>& speech,
                                 const transition_model& transitions,
                                 const std::vector<double>& floors, size_t numRounds,
