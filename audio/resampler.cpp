@@ -217,7 +217,8 @@ uint32_t CResampler::Convert(float* out, uint32_t numIn, uint32_t maxOut, uint32
     *taken = 0;
     for (;;) {
         const int32_t phase = LocateOutput();
-        const uint32_t step = std::min(inputWanted - inputConsumed, numIn - *taken);
+        const auto step =
+            static_cast<uint32_t>(std::min<uint64_t>(inputWanted - inputConsumed, numIn - *taken));
         inputConsumed += step;
         *taken += step;
         if (*taken >= numIn || written >= maxOut) {
@@ -234,14 +235,14 @@ uint32_t CResampler::Convert(float* out, uint32_t numIn, uint32_t maxOut, uint32
 /// Chooses the last input sample that is not later than the output in hand, and returns the filter
 /// phase for what lies between them.
 int32_t CResampler::LocateOutput() {
-    timeSeconds = outputIndex / static_cast<double>(outRate);
+    timeSeconds = static_cast<double>(outputIndex) / static_cast<double>(outRate);
     double wanted = std::trunc(inRate * timeSeconds + 0.5);
     inputTime = wanted / inRate;
     if (inputTime > timeSeconds) {
         wanted = std::trunc(inRate * timeSeconds);
         inputTime = wanted / inRate;
     }
-    inputWanted = static_cast<uint32_t>(static_cast<uint64_t>(wanted)); // wraps like the count
+    inputWanted = static_cast<uint64_t>(wanted);
     return static_cast<int32_t>((timeSeconds - inputTime) * (numPhases - 1) * inRate);
 }
 

@@ -59,9 +59,9 @@ private:
     int32_t tapsPerPhase = 0;
     double timeSeconds = 0.0;   ///< of the output sample in hand
     double inputTime = 0.0;     ///< of the input sample chosen for it
-    uint32_t outputIndex = 0;   ///< of the next output sample
-    uint32_t inputWanted = 0;   ///< input samples that the output in hand needs
-    uint32_t inputConsumed = 0; ///< input samples in the delay line so far
+    uint64_t outputIndex = 0;   ///< of the next output sample; a live stream may run for days
+    uint64_t inputWanted = 0;   ///< input samples that the output in hand needs
+    uint64_t inputConsumed = 0; ///< input samples in the delay line so far
     float outPerIn = 0.0f;
     float inPerOut = 0.0f;
     std::unique_ptr<float[]> delayLine;    ///< the last inputs, and room for a block behind them

@@ -79,7 +79,7 @@ std::unique_ptr<uint8_t[]> UnpackBytes(std::span<const uint8_t> packed, uint32_t
         return nullptr;
     }
     auto plain = std::make_unique_for_overwrite<uint8_t[]>(std::max<size_t>(stated, 1));
-    uLongf length = stated;
+    auto length = static_cast<uLongf>(std::max<uint32_t>(stated, 1)); // one too many is seen
     if (uncompress(plain.get(), &length, cursor.Position(),
                    static_cast<uLong>(cursor.Remaining())) != Z_OK ||
         length != stated) {

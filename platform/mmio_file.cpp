@@ -39,9 +39,11 @@ uint32_t LoadU32(const uint8_t* bytes) {
            uint32_t{bytes[3]} << 24;
 }
 
-bool IsStreamed(const mmio_chunk& chunk) {
+bool IsOpenEnded(const mmio_chunk& chunk, bool isParentOpenEnded) {
     constexpr uint32_t kUnknown = std::numeric_limits<uint32_t>::max();
-    return (chunk.id == kRiff || chunk.id == kData) && (chunk.size == 0 || chunk.size == kUnknown);
+    return (chunk.id == kRiff && (chunk.size == 0 || chunk.size == kUnknown)) ||
+           (chunk.id == kData &&
+            (chunk.size == kUnknown || (chunk.size == 0 && isParentOpenEnded)));
 }
 
 } // namespace
@@ -53,7 +55,7 @@ int32_t MmioFile::Open(const char* path) {
 int32_t MmioFile::DescendForm(uint32_t form, mmio_chunk* found) {
     for (;;) {
         mmio_chunk chunk;
-        if (const int32_t error = ReadHeader(file.GetSize(), &chunk)) {
+        if (const int32_t error = ReadHeader(file.GetSize(), false, &chunk)) {
             return error;
         }
         uint8_t name[kFormSize];
@@ -72,7 +74,7 @@ int32_t MmioFile::DescendForm(uint32_t form, mmio_chunk* found) {
 int32_t MmioFile::DescendChunk(uint32_t id, const mmio_chunk& parent, mmio_chunk* found) {
     for (;;) {
         mmio_chunk chunk;
-        if (const int32_t error = ReadHeader(parent.end, &chunk)) {
+        if (const int32_t error = ReadHeader(parent.end, parent.isOpenEnded, &chunk)) {
             return error;
         }
         if (chunk.id == id) {
@@ -94,7 +96,7 @@ int32_t MmioFile::Seek(int64_t position) {
 }
 
 /// Reads the header that stands at the present position, before `limit` and the end of the file.
-int32_t MmioFile::ReadHeader(int64_t limit, mmio_chunk* chunk) {
+int32_t MmioFile::ReadHeader(int64_t limit, bool isParentOpenEnded, mmio_chunk* chunk) {
     const int64_t start = Tell();
     if (start < 0) {
         return kMmioCannotSeek;
@@ -108,7 +110,8 @@ int32_t MmioFile::ReadHeader(int64_t limit, mmio_chunk* chunk) {
     chunk->size = LoadU32(header + 4);
     chunk->dataStart = start + kHeaderSize;
     chunk->end = chunk->dataStart + chunk->size;
-    if (IsStreamed(*chunk)) {
+    chunk->isOpenEnded = IsOpenEnded(*chunk, isParentOpenEnded);
+    if (chunk->isOpenEnded) {
         constexpr int64_t kLargest = std::numeric_limits<uint32_t>::max();
         chunk->end = file.GetSize();
         chunk->size = static_cast<uint32_t>(std::min(chunk->end - chunk->dataStart, kLargest));

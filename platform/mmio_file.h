@@ -37,16 +37,18 @@ constexpr uint32_t FourCC(const char (&name)[5]) {
 /// Where a chunk lies.
 struct mmio_chunk {
     uint32_t id = 0;
-    uint32_t size = 0;     ///< bytes of the body as the file states them; see MmioFile
-    uint32_t form = 0;     ///< the first four bytes of a RIFF body
-    int64_t dataStart = 0; ///< position of the body
-    int64_t end = 0;       ///< position behind the body, without the pad byte of an odd size
+    uint32_t size = 0;        ///< bytes of the body as the file states them; see MmioFile
+    uint32_t form = 0;        ///< the first four bytes of a RIFF body
+    int64_t dataStart = 0;    ///< position of the body
+    int64_t end = 0;          ///< position behind the body, without the pad byte of an odd size
+    bool isOpenEnded = false; ///< the size was not known to the writer
 };
 
 /// Reads a RIFF file: named chunks of a stated size, each padded to an even one, some inside
 /// others. A file written to a pipe has a size of 0 or 0xFFFFFFFF for the whole and for its
-/// "data", because the writer could not go back: both stand for the rest of the file. Any other
-/// size is believed, even when the file is shorter; a read then ends early.
+/// "data", because the writer could not go back: both stand for the rest of the file. A "data" of
+/// size 0 in a whole of stated size is just empty. Any other size is believed, even when the file
+/// is shorter; a read then ends early.
 class MmioFile {
 public:
     [[nodiscard]] int32_t Open(const char* path);
@@ -71,7 +73,7 @@ public:
     int64_t Tell() { return file.Tell(); }
 
 private:
-    int32_t ReadHeader(int64_t limit, mmio_chunk* chunk);
+    int32_t ReadHeader(int64_t limit, bool isParentOpenEnded, mmio_chunk* chunk);
 
     BinaryFile file;
 };

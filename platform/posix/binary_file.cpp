@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -32,6 +33,13 @@ open_failure FailureOf(int error) {
     }
 }
 
+/// There is one number for a missing file and a missing folder.
+bool IsInMissingFolder(const char* path) {
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    std::error_code ignored;
+    return !folder.empty() && !std::filesystem::exists(folder, ignored);
+}
+
 } // namespace
 
 open_failure BinaryFile::Open(const char* path) {
@@ -41,7 +49,10 @@ open_failure BinaryFile::Open(const char* path) {
     }
     const int descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) {
-        return FailureOf(errno);
+        const open_failure failure = FailureOf(errno);
+        return failure == open_failure::kNoSuchFile && IsInMissingFolder(path)
+                   ? open_failure::kNoSuchPath
+                   : failure;
     }
     struct stat status = {};
     if (fstat(descriptor, &status) != 0 || S_ISDIR(status.st_mode)) {

@@ -244,7 +244,8 @@ TEST(WavRdrStream, MultimediaErrorsBecomeCodes) {
         EXPECT_EQ(MapWaveError(m.error), m.code) << m.error;
     }
     CWavRdrStream stream;
-    EXPECT_EQ(stream.Open("no-such-folder/no-such.wav"), 4);
+    EXPECT_EQ(stream.Open("no-such.wav"), 4);
+    EXPECT_EQ(stream.Open("no-such-folder/no-such.wav"), 10);
     EXPECT_EQ(stream.Start(), 4);
     EXPECT_EQ(stream.SetSourceStream(&stream), 6);
     EXPECT_EQ(stream.GetSourceStream(), nullptr);

@@ -72,6 +72,7 @@ TEST(PackedFile, RefusesWhatDoesNotHoldTogether) {
     for (const uint32_t stated : {0u, 35u, 37u, 40000u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
         EXPECT_EQ(Unpacked(WithSize(packed, stated)), "null") << stated;
     }
+    EXPECT_EQ(Unpacked(WithSize(Packed(Text("a")), 0)), "null");
     bytes otherMagic = packed;
     otherMagic[0] = 'Q';
     EXPECT_EQ(Unpacked(otherMagic), "null");

@@ -24,6 +24,7 @@ TEST(MmioFile, TellsWhyAFileDoesNotOpen) {
     EXPECT_EQ(OpenError(""), kMmioFileNotFound);
     EXPECT_EQ(MmioFile().Open(nullptr), kMmioFileNotFound);
     EXPECT_EQ(OpenError(std::string(plain.Path()) + "/inside"), kMmioPathNotFound);
+    EXPECT_EQ(OpenError(std::string(absent.Path()) + "/inside"), kMmioPathNotFound);
     EXPECT_EQ(OpenError(folder), kMmioAccessDenied);
     EXPECT_EQ(OpenError(std::string(100000, 'x')), kMmioCannotOpen);
 }
