@@ -4,6 +4,8 @@
 #include <cstring>
 #include <limits>
 
+#include "c/locale_use.h"
+
 namespace tessarin {
 
 namespace {
@@ -189,12 +191,7 @@ private:
             code = kOutOfRange;
             return;
         }
-        // Where the language names a locale, the whole process is switched to it meanwhile.
-        static std::mutex localeLock;
-        std::unique_lock<std::mutex> oneAtATime;
-        if (info.locale[0] != '\0') {
-            oneAtATime = std::unique_lock(localeLock);
-        }
+        const LocaleUse use(info);
         code = RefusingBadUtf8([&] {
             spanText = std::make_unique<SpanText>(text, info);
             borrowed.Get()->Transcribe(spanText->GetLocal().c_str());

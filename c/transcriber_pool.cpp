@@ -5,6 +5,7 @@
 
 #include <utf8.h>
 
+#include "c/locale_use.h"
 #include "c/near_characters.h"
 #include "c/span_text.h"
 #include "model/phoneme_alphabet.h"
@@ -145,8 +146,12 @@ error_code tessarin_language::Open() {
 
 error_code tessarin_language::SetWord(std::string_view word, std::string_view pronunciations) {
     const std::vector<std::string> all = SplitPronunciations(pronunciations);
-    const SpanText local(word, info);
-    const SpanText plain(WithoutAccents(word), info);
+    const auto convert = [this](std::string_view utf8) {
+        const LocaleUse use(info);
+        return SpanText(utf8, info);
+    };
+    const SpanText local = convert(word);
+    const SpanText plain = convert(WithoutAccents(word));
     if (all.empty() || !IsWord(local.GetLocal()) || !IsWord(plain.GetLocal())) {
         return kInvalidArgument;
     }

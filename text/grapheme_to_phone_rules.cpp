@@ -26,6 +26,9 @@ void AppendChoice(PronunciationBuilder& builder, std::string_view list) {
     builder.CommitAlternatives();
 }
 
+/// Of a word whose letters are substituted: one more than a lexicon's word can have.
+constexpr size_t kMostLetters = size_t{UINT16_MAX} + 1;
+
 } // namespace
 
 // Kept: only the built-in module has suffixes, so that `%` fits nothing in a module from a file;
@@ -114,10 +117,14 @@ std::string_view CGraphemeToPhoneRules<char>::SubstituteLetters(std::string_view
     substitutedWord.clear();
     for (const char letter : word) {
         const auto found = letter_substitutions.find(letter);
+        if (substitutedWord.size() == kMostLetters) {
+            break;
+        }
         if (found == letter_substitutions.end()) {
             substitutedWord += letter;
         } else {
-            substitutedWord += found->second;
+            const std::string_view letters = found->second;
+            substitutedWord += letters.substr(0, kMostLetters - substitutedWord.size());
         }
     }
     return substitutedWord;

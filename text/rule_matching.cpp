@@ -14,9 +14,9 @@ constexpr ptrdiff_t kForward = 1;
 constexpr ptrdiff_t kBackward = -1;
 constexpr ptrdiff_t kClassNameLength = 4;
 
-/// Patterns up to this length have few ways to fit; longer ones remember which have failed, since
-/// trying every way again takes time that is exponential in their length.
-constexpr size_t kShortPattern = 8;
+/// Most patterns are settled after a few tries. One that takes more remembers from then on which
+/// have failed, since trying every way again takes time that is exponential in its length.
+constexpr int kTriesWithoutMemory = 64;
 
 /// The symbols that stand for letters of a kind, as bits.
 enum letter_kind : uint8_t {
@@ -59,11 +59,7 @@ class pattern_match {
 public:
     pattern_match(const CGraphemeToPhoneRules<char>& languageModule,
                   std::string_view contextPattern, const std::string& paddedWord)
-        : module(languageModule), pattern(contextPattern), word(paddedWord) {
-        if (pattern.size() > kShortPattern) {
-            failed.resize(2 * pattern.size() * (word.size() + 1));
-        }
-    }
+        : module(languageModule), pattern(contextPattern), word(paddedWord) {}
 
     bool Fits(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step);
 
@@ -85,6 +81,7 @@ private:
     const CGraphemeToPhoneRules<char>& module;
     std::string_view pattern;
     const std::string& word;
+    int tries = 0;
     std::vector<bool> failed; ///< by direction, place in the pattern and place in the word
 };
 
@@ -95,9 +92,11 @@ bool pattern_match::Fits(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step) {
     if (!InWord(place)) {
         return false;
     }
-    if (failed.empty()) {
+    if (tries < kTriesWithoutMemory) {
+        ++tries;
         return Walk(at, place, step);
     }
+    failed.resize(2 * pattern.size() * (word.size() + 1));
     const size_t row = static_cast<size_t>(at) + (step == kForward ? 0 : pattern.size());
     const size_t index = row * (word.size() + 1) + static_cast<size_t>(place);
     if (failed[index]) {

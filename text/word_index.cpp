@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstring>
+#include <random>
 
 namespace tessarin {
 namespace {
@@ -29,15 +30,27 @@ uint64_t LoadBytes(const char* text, size_t count) {
     return bytes;
 }
 
+/// Spreads every bit over all (D. Stafford's variant 13 of the finalizer of A. Appleby's hash).
 uint64_t Mix(uint64_t value) {
-    value ^= value >> 32;
-    value *= 0x9E3779B97F4A7C15; // 2^64 over the golden ratio spreads its input over the high bits
-    return value ^ (value >> 29);
+    value ^= value >> 30;
+    value *= 0xBF58476D1CE4E5B9;
+    value ^= value >> 27;
+    value *= 0x94D049BB133111EB;
+    return value ^ (value >> 31);
+}
+
+/// Another in each process, so that no file can be made whose words all meet in one slot.
+uint64_t Key() {
+    static const uint64_t key = [] {
+        std::random_device source;
+        return uint64_t{source()} << 32 | source();
+    }();
+    return key;
 }
 
 /// Equal for words that are the same.
 uint32_t HashWord(std::string_view word) {
-    uint64_t hash = word.size();
+    uint64_t hash = Key() + word.size();
     const char* place = word.data();
     size_t left = word.size();
     for (; left > sizeof(uint64_t); left -= sizeof(uint64_t), place += sizeof(uint64_t)) {

@@ -140,6 +140,9 @@ TEST(Rules, SubstituteLetters) {
     module.letter_substitutions['\xDF'] = "";
     EXPECT_EQ(module.SubstituteLetters("GR\xDC\xDF"), "GRUE");
     EXPECT_EQ(module.SubstituteLetters(""), "");
+    const std::string longText(60000, 'E');
+    module.letter_substitutions['A'] = longText.c_str();
+    EXPECT_EQ(module.SubstituteLetters("AAAB").size(), 65536u) << "longer than any known word";
 }
 
 std::unique_ptr<t2p_decision_node> Leaf(const char* phoneme) {

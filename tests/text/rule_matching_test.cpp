@@ -175,6 +175,8 @@ TEST(Context, ManyRepetitionsTakeLittleTime) {
     const std::string word = " " + std::string(250, 'L') + " ";
     EXPECT_FALSE(english.Right(pattern.substr(0, 1020), word, 1));
     EXPECT_FALSE(english.Left(pattern.substr(0, 1020), word, 250));
+    EXPECT_FALSE(english.Right(":::::::1", word, 1));
+    EXPECT_FALSE(english.Right("#######1", " " + std::string(250, 'A') + " ", 1));
     EXPECT_FALSE(english.Right(std::string(kMaxContextLength + 1, ':'), word, 1));
     EXPECT_TRUE(english.Right(std::string(kMaxContextLength, ':'), word, 1));
 }
