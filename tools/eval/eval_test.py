@@ -62,7 +62,13 @@ class Rises(unittest.TestCase):
                 output.writeframes(samples)
             phonemes = [{"label": "x", "start_ms": 5, "end_ms": 530},
                         {"label": "AA", "start_ms": 530, "end_ms": 995}]
-            self.assertEqual(judge.rises({"path": path}, {"phonemes": phonemes}), [(30, "AA")])
+            recording, result = {"path": path}, {"phonemes": phonemes}
+            self.assertEqual(judge.rises(recording, result, 525), [(530, 500, "AA")])
+            self.assertEqual(judge.rises(recording, result, 526), [])
+
+            pathlib.Path(folder, "a.words").write_text("440.0 995.0 aah\n", encoding="ascii")
+            result["words"] = [{"start_ms": 530, "end_ms": 995, "text": "aah"}]
+            self.assertEqual(judge.disputed(recording, result), [(30, -60.0)])
 
 
 if __name__ == "__main__":

@@ -21,6 +21,11 @@ from phoneme_errors import run, split_labels
 
 MODEL = "/usr/share/pocketsphinx/model/en-us/en-us"
 FRAME_MS = 10
+# Its own 0.005 is meant for recognition, where a pause competes with words; a language weight makes
+# 1e-15 of it, so a forced aligner drops short pauses and draws the words beside them over them. On
+# speech whose times are known, 96 % of the ends of words at a pause are within 50 ms with 1, and
+# 60 % with 0.005 (awb).
+PAUSE_PROBABILITY = "1"
 ARPABET = {"h": "HH", "j": "JH"}
 MOST_PRONUNCIATIONS = 16
 
@@ -90,7 +95,8 @@ def align(tool: str, recordings: list[dict]) -> None:
              "-adchdr", "44", "-cepext", ".wav", "-ctl", folder / "audio.ctl",
              "-fsgctl", folder / "grammar.ctl", "-fsgdir", folder, "-fsgext", ".fsg",
              "-hypseg", folder / "segments", "-beam", "1e-80", "-pbeam", "1e-80", "-wbeam", "1e-60",
-             "-bestpath", "no", "-cmn", "batch", "-logfn", folder / "log"], check=True)
+             "-bestpath", "no", "-cmn", "batch", "-silprob", PAUSE_PROBABILITY,
+             "-logfn", folder / "log"], check=True)
         found = dict(read_segments(folder / "segments"))
     for number, (recording, text) in enumerate(zip(recordings, texts)):
         target = pathlib.Path(recording["path"]).with_suffix(".words")

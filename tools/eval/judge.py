@@ -17,7 +17,8 @@ person the prompts kept out of training, aligned to their texts: ends of words w
 
 Below the table: how far from the rise of the level speech begins after a pause; how the boundary
 between a vowel and p, t or k scatters; and the words again, those ends apart that lie at a pause,
-where the independent aligner itself is coarse.
+where the independent aligner itself is coarse, and how far its beginnings and ours are from the rise of
+the level, where they differ by more than 50 ms.
 """
 
 import argparse
@@ -39,6 +40,7 @@ CONDITIONS = {"none": 1.0, "noise-20": 1.0, "noise-10": 1.0, "noise-5": 1.0, "pi
               "faster": 1.1}
 WORD_TOLERANCE_MS = 50
 PAUSE_MS = 120
+SHORT_PAUSE_MS = 60
 STOPS = set("p b t d k g".split()) | {"CH", "j"}
 
 
@@ -75,10 +77,15 @@ def align(tool: str, recording: dict, options: list[str]) -> dict:
     return json.loads(run.stdout) if run.stdout else {"code": -1, "words": [], "phonemes": []}
 
 
-def compare_words(recording: dict, result: dict) -> dict:
+def words_of(recording: dict, result: dict) -> tuple[list, list]:
+    """The words of the independent aligner, and ours."""
     times = pathlib.Path(recording["path"]).with_suffix(".words")
-    known = boundaries.read_labels(times) if times.exists() else []
-    ours = [(word["start_ms"], word["end_ms"], word["text"]) for word in result["words"]]
+    return (boundaries.read_labels(times) if times.exists() else [],
+            [(word["start_ms"], word["end_ms"], word["text"]) for word in result["words"]])
+
+
+def compare_words(recording: dict, result: dict) -> dict:
+    known, ours = words_of(recording, result)
     pairs = boundaries.pair(known, ours)
     starts, ends = ({word[side] for word in ours} for side in (0, 1))
     between, at_pauses = [], []
@@ -112,18 +119,19 @@ def levels(path: str, step_ms: int) -> list[float]:
             for i in range(0, len(samples) - step + 1, step)]
 
 
-def rises(recording: dict, result: dict) -> list[tuple[float, str]]:
-    """Where speech begins after a pause: our time less that of the rise, and the first phoneme.
+def rises(recording: dict, result: dict, shortest_ms: int) -> list[tuple[int, int, str]]:
+    """Where speech begins after a pause that is long enough: our time, that of the rise, and the first phoneme.
 
     The level rises where it first stands a third of the way (in dB) from that of the pause to the
-    highest of the next 150 ms.
+    highest of the next 150 ms. What rises by less than 20 dB is not clear, and left out.
     """
     step = 5
     level = levels(recording["path"], step)
     found = []
     phones = result["phonemes"]
     for pause, first in zip(phones, phones[1:]):
-        if pause["label"] != "x" or first["label"] == "x" or pause["end_ms"] - pause["start_ms"] < PAUSE_MS:
+        length_ms = pause["end_ms"] - pause["start_ms"]
+        if pause["label"] != "x" or first["label"] == "x" or length_ms < shortest_ms:
             continue
         middle = (pause["start_ms"] + pause["end_ms"]) // 2 // step
         end = pause["end_ms"] // step
@@ -133,8 +141,17 @@ def rises(recording: dict, result: dict) -> list[tuple[float, str]]:
             continue
         risen = floor + (max(after) - floor) / 3
         at = next(i for i in range(middle, end + len(after)) if level[i] >= risen)
-        found.append((pause["end_ms"] - at * step, first["label"]))
+        found.append((pause["end_ms"], at * step, first["label"]))
     return found
+
+
+def disputed(recording: dict, result: dict) -> list[tuple[float, float]]:
+    """Where the two aligners begin a word after a clear pause by more than the tolerance apart: the
+    distances of our time and of the other's from the rise."""
+    risen = {begin: rise for begin, rise, _ in rises(recording, result, SHORT_PAUSE_MS)}
+    return [(found - risen[found], true - risen[found]) for (true, _, _), (found, _, _)
+            in boundaries.pair(*words_of(recording, result))
+            if found in risen and abs(found - true) > WORD_TOLERANCE_MS]
 
 
 class Judge:
@@ -174,8 +191,10 @@ class Judge:
         rates = [error_rate(in_parallel(lambda r: hear(self.tool, r, options), recordings))
                  for recordings in (timed, prompts)]
         if condition == "none":
-            self.begins = [each for r, result in zip(prompts, aligned)
-                           for each in rises(r, result)]
+            self.begins = [(ours - rise, label) for r, result in zip(prompts, aligned)
+                           for ours, rise, label in rises(r, result, PAUSE_MS)]
+            self.disputed = [each for r, result in zip(prompts, aligned)
+                             for each in disputed(r, result)]
             self.between, self.at_pauses = between, at_pauses
             self.stops = [error for result in known for error in result["stops"]]
         return (f"{condition:10} {share(errors, 10):6.1f} {share(errors, 20):6.1f} "
@@ -194,7 +213,11 @@ class Judge:
                 f"(half of the middle 68 %), {len(self.stops)} boundaries\n"
                 f"words: {share(self.between, WORD_TOLERANCE_MS):.1f} % of {len(self.between)} "
                 f"ends between two words, {share(self.at_pauses, WORD_TOLERANCE_MS):.1f} % of "
-                f"{len(self.at_pauses)} at a pause")
+                f"{len(self.at_pauses)} at a pause\n"
+                f"of {len(self.disputed)} beginnings after a clear pause that differ by more, "
+                f"{sum(abs(ours) <= 20 for ours, _ in self.disputed)} of ours and "
+                f"{sum(abs(theirs) <= 20 for _, theirs in self.disputed)} of the independent "
+                f"aligner's are within 20 ms of the rise of the level")
 
 
 def main() -> None:
