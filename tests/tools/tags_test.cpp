@@ -21,7 +21,7 @@ using testing::Le;
 constexpr int kSamplesPerMs = 16;
 
 /// The silence of the demo recording between "In this mode" and "everything you say".
-constexpr int kPauseStart = 3495;
+constexpr int kPauseStart = 3540;
 constexpr int kPauseEnd = 3775;
 constexpr int kInPause = 3600;
 

@@ -57,17 +57,5 @@ TEST(TrainBoundaries, MakesTheKnownBoundariesLikelierThanTheirRivals) {
     }
 }
 
-TEST(TrainBoundaries, LeavesAlignedSpeechAside) {
-    std::vector<labelled_speech> speech = Utterances();
-    for (labelled_speech& each : speech) {
-        each.isAligned = true;
-    }
-    const observation_statistics statistics = MeasureObservations(speech);
-    const std::vector<state_mixture> start = TrainMixtures(speech, statistics, 6, 2, 1);
-    std::vector<state_mixture> mixtures = start;
-    TrainBoundaries(speech, CountTransitions(speech, 2), {0.01}, 1, 1, mixtures);
-    EXPECT_NEAR(mixtures[3][0].mean[0], start[3][0].mean[0], 1e-9);
-}
-
 } // namespace
 } // namespace tessarin::training

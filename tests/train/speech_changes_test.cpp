@@ -81,7 +81,7 @@ TEST(AddNoise, KeepsItsDistanceFromTheSpeech) {
 TEST(ChangeSpeech, HangsOnTheNameAndTheNumberOfTheCopy) {
     const auto copy = [](const char* name, uint64_t number) {
         random_source random(name, number);
-        return ChangeSpeech(Tone(300.0), {}, random).speech.samples;
+        return ChangeSpeech(Tone(300.0), {}, {0.5, 0.0}, random).speech.samples;
     };
     EXPECT_EQ(copy("a", 1), copy("a", 1));
     EXPECT_NE(copy("a", 1), copy("a", 2));

@@ -27,7 +27,7 @@ import sys
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "train" / "corpus"))
 import prompts  # noqa: E402
-from espeak_voice import ESPEAK_VOICES, EspeakVoice  # noqa: E402
+from espeak_voice import AMERICAN_VOICES, EspeakVoice  # noqa: E402
 from flite_voice import FliteVoice  # noqa: E402
 from utterance import write_wave  # noqa: E402
 
@@ -55,7 +55,7 @@ COMMANDS = {
 }
 FLITE_VOICES = ("slt", "rms", "kal16", "awb")
 PERSON = "allison"
-VOICES = (PERSON, *FLITE_VOICES, *ESPEAK_VOICES)
+VOICES = (PERSON, *FLITE_VOICES, *AMERICAN_VOICES)
 NOISE_DB = -30.0
 
 
@@ -87,7 +87,7 @@ def make_recordings(folder):
         (folder / voice).mkdir(parents=True, exist_ok=True)
         speaker = None
         if voice != PERSON:
-            speaker = EspeakVoice(voice) if voice in ESPEAK_VOICES else FliteVoice(voice)
+            speaker = EspeakVoice(voice) if voice in AMERICAN_VOICES else FliteVoice(voice)
         for place, (name, text) in enumerate(COMMANDS.items()):
             path = recording(folder, voice, place)
             if speaker is None:

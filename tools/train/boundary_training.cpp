@@ -208,9 +208,7 @@ std::vector<double> TrainBoundaries(const std::vector<labelled_speech>& speech,
         std::vector<rival_sums> sums(kShares, rival_sums(mixtures, floors.size()));
         ParallelFor(kShares, numThreads, [&](size_t share) {
             for (size_t i = share; i < speech.size(); i += kShares) {
-                if (!speech[i].isAligned) {
-                    AddUtterance(speech[i], scorers, transitions, sums[share]);
-                }
+                AddUtterance(speech[i], scorers, transitions, sums[share]);
             }
         });
         for (size_t share = 1; share < kShares; ++share) {

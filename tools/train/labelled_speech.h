@@ -24,7 +24,6 @@ struct labelled_speech {
     std::vector<phone_run> runs; ///< one after the other, without gaps
     std::vector<uint16_t> state; ///< global state of each observation
     bool isChanged = false;      ///< a changed copy
-    bool isAligned = false;      ///< the phones' times are of an alignment, not known
 };
 
 /// Finds the observations of each phone. Those of a copy that is spoken `speed` times as fast come

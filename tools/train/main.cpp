@@ -30,9 +30,11 @@ constexpr const char* kUsage =
     "  -o FILE             the model (model.mmhz)\n"
     "  --lexicon FILE      pronunciations, for the recordings of which only the text is known;\n"
     "                      without it they are left out\n"
-    "  --gaussians N       of a state, the broad one not counted (15)\n"
+    "  --gaussians N       of a state, the broad one not counted (23)\n"
     "  --copies N          changed copies of each recording whose phone times are known (2)\n"
-    "  --text-copies N     of each of which only the text is known (16)\n"
+    "  --text-copies N     of each of which only the text is known (18)\n"
+    "  --noisy N           of a hundred changed copies in loud noise (45)\n"
+    "  --noiseless N       of a hundred changed copies in no noise (0)\n"
     "  --boundary-rounds N rounds of boundary training (4)\n"
     "  --phone-rounds N    rounds of training for hearing without a text (0)\n"
     "  --without SPEAKER   leaves a speaker out; may be repeated\n"
@@ -43,9 +45,11 @@ struct options {
     std::string corpus;
     std::string output = "model.mmhz";
     std::string lexicon;
-    size_t gaussians = 15;
+    size_t gaussians = 23;
     size_t copies = 2;
-    size_t textCopies = 16;
+    size_t textCopies = 18;
+    size_t noisy = 45;
+    size_t noiseless = 0;
     size_t boundaryRounds = 4;
     size_t phoneRounds = 0;
     size_t every = 1;
@@ -83,6 +87,8 @@ bool ReadOptions(int count, char** arguments, options& out) {
         } else if (!(name == "--gaussians" && ReadNumber(value, 1, 255, out.gaussians)) &&
                    !(name == "--copies" && ReadNumber(value, 0, 20, out.copies)) &&
                    !(name == "--text-copies" && ReadNumber(value, 0, 100, out.textCopies)) &&
+                   !(name == "--noisy" && ReadNumber(value, 0, 100, out.noisy)) &&
+                   !(name == "--noiseless" && ReadNumber(value, 0, 100, out.noiseless)) &&
                    !(name == "--boundary-rounds" &&
                      ReadNumber(value, 0, 100, out.boundaryRounds)) &&
                    !(name == "--phone-rounds" && ReadNumber(value, 0, 100, out.phoneRounds)) &&
@@ -121,7 +127,7 @@ class training {
 public:
     explicit training(const options& ofUser) : chosen(ofUser) { DescribeFeatures(descriptor); }
 
-    bool AddSpeech(const std::vector<utterance>& utterances, size_t copies, bool aligned);
+    bool AddSpeech(const std::vector<utterance>& utterances, size_t copies);
     void TrainFromEvenDivision();
     void AddTextOnly(std::vector<utterance> utterances, const std::string& lexicon);
     void TrainFromLikelihood();
@@ -141,16 +147,17 @@ private:
     transition_model transitions;
 };
 
-bool training::AddSpeech(const std::vector<utterance>& utterances, size_t copies, bool aligned) {
+bool training::AddSpeech(const std::vector<utterance>& utterances, size_t copies) {
     std::vector<std::string> omitted;
+    const noise_shares shares = {static_cast<double>(chosen.noisy) / 100.0,
+                                 static_cast<double>(chosen.noiseless) / 100.0};
     std::vector<labelled_speech> added =
-        PrepareSpeech(utterances, descriptor, copies, chosen.threads, omitted);
+        PrepareSpeech(utterances, descriptor, {copies, shares}, chosen.threads, omitted);
     for (const std::string& name : omitted) {
         std::fprintf(stderr, "left out: %s\n", name.c_str());
     }
     size_t observations = 0;
-    for (labelled_speech& each : added) {
-        each.isAligned = aligned;
+    for (const labelled_speech& each : added) {
         observations += each.state.size();
     }
     std::fprintf(stderr, "%zu recordings, %.1f hours with their copies\n",
@@ -170,7 +177,7 @@ void training::TrainFromEvenDivision() {
 void training::AddTextOnly(std::vector<utterance> utterances, const std::string& lexicon) {
     std::fprintf(stderr, "alignment of recordings with texts alone\n");
     AlignToText(*AssembleModel(mixtures, transitions), lexicon, chosen.threads, utterances);
-    AddSpeech(utterances, chosen.textCopies, true);
+    AddSpeech(utterances, chosen.textCopies);
 }
 
 void training::TrainFromLikelihood() {
@@ -207,7 +214,7 @@ int Train(const options& chosen) {
         error = chosen.lexicon + ": cannot be read";
     }
     training run(chosen);
-    if (error.empty() && !run.AddSpeech(list.timed, chosen.copies, false)) {
+    if (error.empty() && !run.AddSpeech(list.timed, chosen.copies)) {
         error = "no recording with phone times can be used";
     }
     if (error.empty()) {

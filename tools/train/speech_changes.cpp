@@ -277,7 +277,7 @@ void RoundToSamples(recording& speech) {
 }
 
 changed_copy ChangeSpeech(const recording& original, const std::vector<recording>& voices,
-                          random_source& random) {
+                          const noise_shares& shares, random_source& random) {
     changed_copy copy;
     copy.speed = random.LogUniform(0.84, 1.16);
     copy.speech = ChangeSpeed(original, copy.speed);
@@ -293,9 +293,11 @@ changed_copy ChangeSpeech(const recording& original, const std::vector<recording
                                    noise_kind::kWhite};
     const noise_kind kind = kKinds[random.Index(kKinds.size())];
     const double snrDb =
-        random.Chance(0.6) ? random.Uniform(4.0, 28.0) : random.Uniform(28.0, 55.0);
+        random.Chance(shares.loud) ? random.Uniform(4.0, 28.0) : random.Uniform(28.0, 55.0);
     const double wanderDb = random.Chance(0.5) ? random.Uniform(2.0, 8.0) : 0.0;
-    AddNoise(copy.speech, kind, snrDb, wanderDb, voices, random);
+    if (!random.Chance(shares.none)) {
+        AddNoise(copy.speech, kind, snrDb, wanderDb, voices, random);
+    }
     if (random.Chance(0.2)) {
         BandLimitToTelephone(copy.speech);
         if (random.Chance(0.5)) {

@@ -19,11 +19,18 @@ struct changed_copy {
     double speed = 1.0; ///< times of the original are divided by it
 };
 
+/// How many of all copies are in noise that is 4 to 28 dB softer than the speech, and how many in
+/// none; the others are in noise of 28 to 55 dB less.
+struct noise_shares {
+    double loud;
+    double none;
+};
+
 /// A copy of `original` that is spoken faster or slower with another pitch and vocal tract, and
 /// possibly heard through another microphone, in a room, by telephone, at another level, and in
 /// noise. `voices` are recordings to make babble of.
 changed_copy ChangeSpeech(const recording& original, const std::vector<recording>& voices,
-                          random_source& random);
+                          const noise_shares& shares, random_source& random);
 
 // The single changes, each in place or to a new recording.
 

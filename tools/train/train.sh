@@ -12,7 +12,8 @@ words=$1/en-us.words
 "$programs/tessarin-train" "$corpus" -o data/en-us.model --lexicon "$words" \
     --threads "$(nproc)"
 "$programs/tessarin-train" "$corpus" -o data/en-us-hearing.model --lexicon "$words" \
-    --gaussians 31 --boundary-rounds 0 --phone-rounds 3 --threads "$(nproc)"
+    --gaussians 31 --noisy 60 --text-copies 20 --boundary-rounds 0 --phone-rounds 3 \
+    --threads "$(nproc)"
 prompts=$1/prompts.txt
 awk -F '\t' '$3 == "train" && $4 == "text" { print $5 }' "$corpus/corpus.tsv" >"$prompts"
 "$programs/tessarin-trigrams" "$words" data/sentences/{composed,written}.txt "$prompts" \

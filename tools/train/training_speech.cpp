@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "tools/train/parallel.h"
-#include "tools/train/speech_changes.h"
 
 namespace tessarin::training {
 namespace {
@@ -37,10 +36,10 @@ labelled_speech Label(const utterance& source, const recording& speech, double s
 
 std::vector<labelled_speech> PrepareSpeech(const std::vector<utterance>& utterances,
                                            const CSpectralFeatureDescriptor& descriptor,
-                                           size_t numCopies, size_t numThreads,
+                                           const copy_plan& copies, size_t numThreads,
                                            std::vector<std::string>& omitted) {
     const std::vector<recording> voices = ReadVoices(utterances);
-    const size_t perUtterance = 1 + numCopies;
+    const size_t perUtterance = 1 + copies.count;
     std::vector<labelled_speech> speech(utterances.size() * perUtterance);
     ParallelFor(utterances.size(), numThreads, [&](size_t i) {
         recording original;
@@ -49,9 +48,9 @@ std::vector<labelled_speech> PrepareSpeech(const std::vector<utterance>& utteran
         }
         labelled_speech* place = &speech[i * perUtterance];
         place[0] = Label(utterances[i], original, 1.0, descriptor);
-        for (size_t copy = 1; copy <= numCopies; ++copy) {
+        for (size_t copy = 1; copy <= copies.count; ++copy) {
             random_source random(utterances[i].name, copy);
-            const changed_copy changed = ChangeSpeech(original, voices, random);
+            const changed_copy changed = ChangeSpeech(original, voices, copies.shares, random);
             place[copy] = Label(utterances[i], changed.speech, changed.speed, descriptor);
             place[copy].isChanged = true;
         }

@@ -7,14 +7,21 @@
 #include "features/spectral_feature_descriptor.h"
 #include "tools/train/corpus.h"
 #include "tools/train/labelled_speech.h"
+#include "tools/train/speech_changes.h"
 
 namespace tessarin::training {
 
-/// Analyses each utterance as it is and in `numCopies` changed copies. Those that cannot be read
+/// The changed copies of each recording.
+struct copy_plan {
+    size_t count;
+    noise_shares shares;
+};
+
+/// Analyses each utterance as it is and in changed copies. Those that cannot be read
 /// or have too few observations for their phones are left out; `omitted` receives their names.
 std::vector<labelled_speech> PrepareSpeech(const std::vector<utterance>& utterances,
                                            const CSpectralFeatureDescriptor& descriptor,
-                                           size_t numCopies, size_t numThreads,
+                                           const copy_plan& copies, size_t numThreads,
                                            std::vector<std::string>& omitted);
 
 } // namespace tessarin::training

@@ -29,7 +29,7 @@ import sys
 import traceback
 
 import prompts
-from espeak_voice import ESPEAK_VOICES, EspeakVoice
+from espeak_voice import AMERICAN_VOICES, ESPEAK_VOICES, SCOTTISH_VOICES, EspeakVoice
 from flite_voice import FliteVoice
 from utterance import write_intervals, write_wave
 
@@ -55,7 +55,8 @@ def plan():
     for speaker in TRAINING_VOICES:
         yield from (synthesised(speaker, "train", text) for text in training)
     for place, text in enumerate(training):
-        yield synthesised(ESPEAK_VOICES[place % len(ESPEAK_VOICES)], "train", text)
+        for voices in (AMERICAN_VOICES, SCOTTISH_VOICES):
+            yield synthesised(voices[place % len(voices)], "train", text)
     for text in read_sentences("evaluation"):
         yield synthesised(LEFT_OUT_VOICE, "eval", text)
         yield from (synthesised(speaker, "heard", text) for speaker in TRAINING_VOICES)

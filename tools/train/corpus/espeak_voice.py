@@ -22,7 +22,11 @@ from utterance import Interval, Utterance, tidy
 
 # Voices that differ in size and manner of voice; a name is a language and a variant. Variants
 # with an echo would fill the closures, by which stops are found.
-ESPEAK_VOICES = ("en-us+m3", "en-us+f1", "en-us+m7", "en-us+linda", "en-us+klatt4", "en-us+m1")
+AMERICAN_VOICES = ("en-us+m3", "en-us+f1", "en-us+m7", "en-us+linda", "en-us+klatt4", "en-us+m1")
+# Another accent that says its `r` everywhere, as American English does, so that the phonemes agree.
+SCOTTISH_VOICES = ("en-gb-scotland+m3", "en-gb-scotland+f1", "en-gb-scotland+m7",
+                   "en-gb-scotland+klatt4")
+ESPEAK_VOICES = AMERICAN_VOICES + SCOTTISH_VOICES
 
 NOISE_PEAK = 12  # of 32768, uniformly distributed
 
@@ -32,14 +36,14 @@ VOWEL_LEAD_MS = {"m": 27.0, "n": 27.0, "NG": 27.0, "w": 20.0, "l": 20.0, "r": 20
 LATE_L_MS = 40.0
 L_BEHIND_VOWEL_MS = 80.0
 
-# espeak-ng's names for American English, where they are not our own symbols.
+# espeak-ng's names for both accents, where they are not our own symbols.
 _SYMBOLS = {
     "_": "x", "_:": "x", "_!": "x", "n-": "n", "N": "NG", "D": "DH", "T": "TH", "S": "SH",
     "Z": "ZH", "tS": "CH", "dZ": "j", "j": "y", "r-": "r", "t#": "t", "t2": "t", "?": "t",
     "a": "AE", "aa": "AE", "E": "EH", "V": "AH", "@": "AH", "@2": "AH", "@-": "AH", "a#": "AH",
     "I": "IH", "I2": "IH", "I#": "IH", "i": "IY", "i:": "IY", "u:": "UW", "U": "UH", "A:": "AA",
     "0": "AA", "O:": "AO", "O2": "AO", "3": "ER", "3:": "ER", "eI": "EY", "aI": "AY", "oU": "OW",
-    "aU": "AW", "OI": "OY",
+    "aU": "AW", "OI": "OY", "IR": "ER", "VR": "ER", "aI2": "AY", "w#": "w",
 }
 # Two symbols and the first one's share; the second is `r` unless an `r` follows anyway.
 _COLOURED = {
