@@ -35,6 +35,7 @@ error_code buffer_feature_stream::Init(const CSpectralFeatureDescriptor* descrip
     if (descriptor == nullptr) {
         return kInvalidArgument;
     }
+    isPrepared = false;
     energyFloor = floorDb;
     numFeatures = descriptor->numFeatures;
     preEmphasis = descriptor->preEmphasis;
@@ -49,6 +50,7 @@ error_code buffer_feature_stream::Init(const CSpectralFeatureDescriptor* descrip
     static_cast<void>(emphasis.Instantiate(&resampler, kChannel, preEmphasis)); // mono always fits
     code = spectral.Init2(&emphasis, kChannel, descriptor);
     spectral.SetProcessingFlags(kDecibelEnergy);
+    isPrepared = code == kNoError;
     return code;
 }
 
@@ -122,6 +124,9 @@ uint32_t buffer_feature_stream::BufferedSamples() {
 }
 
 error_code buffer_feature_stream::Analyse() {
+    if (!isPrepared) {
+        return kNoError; // nothing to analyse with
+    }
     error_code code = kNoError;
     idleReads = 0;
     while (code == kNoError && IsMoving() && BufferedSamples() >= NeededSamples()) {

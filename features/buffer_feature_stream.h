@@ -65,6 +65,7 @@ private:
     bool finished = false;
     float energyFloor = 0.0f;
     int32_t numFeatures = 0;
+    bool isPrepared = false; ///< the last Init succeeded, so all stages agree about the widths
     float preEmphasis = 0.0f;
 };
 

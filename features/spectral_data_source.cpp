@@ -134,7 +134,7 @@ error_code CSpectralDataSource::ComputeMeanSpectrum(int32_t n, int16_t* out, IPC
         if (code != kNoError) {
             std::ranges::fill(sums, 0.0f);
         }
-        std::ranges::transform(sums, out, [](float sum) { return TruncSat<int16_t>(sum); });
+        std::ranges::transform(sums, out, [](float sum) { return TruncToLow16(sum); });
         return code;
     });
 }

@@ -128,8 +128,8 @@ bool CSpectralStream::FitsFrame(int32_t count) const {
 error_code CSpectralStream::FillFiveFrames(int32_t count) {
     history.featureWidth = count;
     history.observationCount = 0;
-    error_code code = kNoError;
-    for (size_t i = 0; i < history.frameHistory.size() && code == kNoError; ++i) {
+    error_code code = kNoError; // of the last frame: one that fails leaves the others
+    for (size_t i = 0; i < history.frameHistory.size(); ++i) {
         code = CalcCepstrum(history.frameHistory[i].data(), count, &history.energyHistory[i]);
     }
     return code;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <string_view>
 
 #include "frame/flog.h"
@@ -95,9 +96,9 @@ const char* CAccousticHMM::GetLabel(int32_t index, bool byState) const {
 // from longer labels that stand behind it, and model files are written for that.
 int32_t CAccousticHMM::FindLabel(const char* text, uint32_t* index) const {
     *index = kNoPhoneme;
-    const std::string_view rest = text != nullptr ? text : "";
-    for (size_t i = 0; i < labels.size(); ++i) {
-        if (!labels[i].empty() && rest.starts_with(labels[i])) {
+    for (size_t i = 0; text != nullptr && i < labels.size(); ++i) {
+        // Not to the end of the text: whoever splits a long one asks at each of its places.
+        if (!labels[i].empty() && std::strncmp(text, labels[i].c_str(), labels[i].size()) == 0) {
             *index = static_cast<uint32_t>(i);
             return static_cast<int32_t>(labels[i].size());
         }

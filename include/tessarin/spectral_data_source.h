@@ -39,8 +39,8 @@ public:
     /// with nothing but zeros.
     ///
     /// Kept: each value is multiplied by twice the number of samples of the recording, not divided
-    /// by it, and held to the range of 16 bits. Only very short recordings keep the shape of their
-    /// spectrum; in others the sums tell silent bins from the rest.
+    /// by it, and wrapped to 16 bits. Only very short recordings keep the shape of their
+    /// spectrum.
     virtual error_code ComputeMeanSpectrum(int32_t n, int16_t* out, IPCMDataSource* source,
                                            ProgressSink* sink) = 0;
     /// Has spectra of `count` samples, at most 2048, show 0 in each bin k that does not rise above

@@ -181,6 +181,13 @@ TEST(BufferFeatureStream, AnswersWhatItCannotDo) {
     EXPECT_EQ(live.Init(&live.descriptor, kFloorDb), kInvalidArgument);
     live.descriptor.windowSize = 512;
     ASSERT_EQ(live.Init(&live.descriptor, -9.0f), 0);
+    live.descriptor.numFeatures = 5; // narrower than what its stages still know
+    live.descriptor.windowSize = 500;
+    EXPECT_EQ(live.Init(&live.descriptor, kFloorDb), kInvalidArgument);
+    EXPECT_EQ(live.Hear(Speech({{400, 3000.0f}}), 4000), 0);
+    live.descriptor.numFeatures = 15;
+    live.descriptor.windowSize = 512;
+    ASSERT_EQ(live.Init(&live.descriptor, -9.0f), 0);
     // An input that was never opened keeps what is pushed, and the end comes all the same.
     EXPECT_EQ(live.Hear(Speech({{100, 3000.0f}}), 4000), 0);
     EXPECT_EQ(live.Finish(), 0);
