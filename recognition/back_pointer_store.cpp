@@ -31,15 +31,16 @@ void back_pointer_store::AddRow(size_t index, uint32_t windowStart, uint32_t fir
 }
 
 uint32_t back_pointer_store::Predecessor(const state_rec* const* graph, size_t index,
-                                         uint32_t state, uint32_t beam) const {
+                                         uint32_t state, uint32_t beam,
+                                         uint32_t whenNotComputed) const {
     const row& at = rows[index];
     const uint32_t inside = std::clamp(state, at.windowStart, at.windowStart + (beam - 1));
     if (inside < at.firstState || inside - at.firstState >= at.count) {
-        return at.windowStart;
+        return whenNotComputed;
     }
     const uint8_t cell = at.cells[inside - at.firstState];
     if (cell == kEmptyCell) {
-        return at.windowStart;
+        return whenNotComputed;
     }
     const uint16_t arc = cell == kFarCell ? FarArc(index, inside) : static_cast<uint16_t>(cell - 1);
     return graph[inside]->Arcs()[arc].state;

@@ -27,11 +27,10 @@ public:
     void AddRow(size_t index, uint32_t windowStart, uint32_t firstState,
                 std::span<const uint16_t> arcs);
 
-    /// The state from which `state` was entered at observation `index`. States outside the window
-    /// of `beam` states count as its nearest one, and a state that was not computed leads to the
-    /// window's first, so that the way back stays inside the graph and never runs forward.
-    uint32_t Predecessor(const state_rec* const* graph, size_t index, uint32_t state,
-                         uint32_t beam) const;
+    /// The state from which `state` was entered at observation `index`, or `whenNotComputed`.
+    /// States outside the window of `beam` states count as its nearest one.
+    uint32_t Predecessor(const state_rec* const* graph, size_t index, uint32_t state, uint32_t beam,
+                         uint32_t whenNotComputed) const;
 
     uint32_t WindowStart(size_t index) const { return rows[index].windowStart; }
 

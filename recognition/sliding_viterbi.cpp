@@ -321,13 +321,14 @@ bool sliding_search::FindEndState(uint32_t& endState) {
     endState = endBound - 1;
     if (previous.scores[endState] == 0.0) {
         // Kept: where the end of the chain was not reached, the path ends in the predecessor of
-        // the best state, and the last of equals wins.
+        // the best state, and the last of equals wins. After a loss that state may not have been
+        // computed; then the end is sought at state 0, and TraceBack falls back on the last good.
         const size_t last = frames - 1;
         double bestScore = 0.0;
         for (uint32_t n = backPointers.WindowStart(last); n < endBound; ++n) {
             if (previous.scores[n] >= bestScore) {
                 bestScore = previous.scores[n];
-                endState = backPointers.Predecessor(graph, last, n, beam);
+                endState = backPointers.Predecessor(graph, last, n, beam, 0);
             }
         }
         code = kRecognitionFailed;
@@ -348,7 +349,9 @@ error_code sliding_search::TraceBack(uint32_t endState, TArray<uint32_t>& path) 
     }
     for (uint32_t t = frames - 1; t > 0; --t) {
         path[static_cast<int32_t>(t)] = state;
-        state = backPointers.Predecessor(graph, t, state, beam);
+        // A state that was not computed leads to the window's first, so that the way back stays
+        // inside the graph and never runs forward.
+        state = backPointers.Predecessor(graph, t, state, beam, backPointers.WindowStart(t));
     }
     path[0] = state;
     return code;

@@ -17,6 +17,10 @@ constexpr uint16_t kSilence = 0;
 /// So many ways into a phone are taken; a record counts its arcs in 16 bits.
 constexpr size_t kMaxExits = 60000;
 
+/// Optional silences in a row keep all ways past them, so their arcs grow with the square of their
+/// number: a graph of more (256 MB) is refused like one that finds no memory.
+constexpr size_t kMaxArcs = size_t{1} << 25;
+
 bool HasPhonemes(const CTxMarker& marker) {
     return marker.group_count > 0 && marker.groups != nullptr;
 }
@@ -163,7 +167,8 @@ void state_graph_builder::AddInnerState(uint8_t phone, int32_t state) {
 }
 
 state_rec& state_graph_builder::NewState(uint8_t phone, int32_t state, int32_t arcs) {
-    void* memory = pool.Alloc(state_rec::SizeFor(arcs));
+    numArcs += static_cast<size_t>(arcs);
+    void* memory = numArcs <= kMaxArcs ? pool.Alloc(state_rec::SizeFor(arcs)) : nullptr;
     if (memory == nullptr) {
         throw std::bad_alloc();
     }

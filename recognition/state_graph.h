@@ -52,6 +52,7 @@ private:
     const CAccousticHMM& model;
     quib_allocator& pool;
     std::vector<state_rec*> states;
+    size_t numArcs = 0;
     std::vector<phone_exit> exits; // at most kMaxExits, as more are never looked at
 };
 

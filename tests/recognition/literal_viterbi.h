@@ -148,7 +148,8 @@ inline literal_result LiteralViterbi(uint32_t beam, bool slideOnLoss, const CAcc
         for (int64_t n = windowStart[last]; n < bound; ++n) {
             if (previous[n] >= bestScore) {
                 bestScore = previous[n];
-                e = entered(last, n);
+                e = std::max(table[last][std::clamp(n - windowStart[last], int64_t{0}, width - 1)],
+                             int64_t{0}); // a cleared cell is state 0
             }
         }
         result.code = kRecognitionFailed;
