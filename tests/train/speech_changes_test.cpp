@@ -78,6 +78,24 @@ TEST(AddNoise, KeepsItsDistanceFromTheSpeech) {
     }
 }
 
+TEST(ChangeSpeech, IsAsNoisyAsItIsTold) {
+    recording speech = Tone(300.0);
+    speech.samples.insert(speech.samples.begin(), 8000, 0.0f);
+    const auto pauseEnergy = [&](const noise_shares& shares, uint64_t number) {
+        random_source random("pause", number);
+        const recording copy = ChangeSpeech(speech, {}, shares, random).speech;
+        double energy = 0.0;
+        for (size_t i = 0; i < 6000; ++i) { // before the tone, however fast
+            energy += std::pow(static_cast<double>(copy.samples[i]), 2.0);
+        }
+        return energy;
+    };
+    for (uint64_t number = 1; number <= 8; ++number) {
+        EXPECT_EQ(pauseEnergy({1.0, 1.0}, number), 0.0);
+        EXPECT_GT(pauseEnergy({1.0, 0.0}, number), pauseEnergy({0.0, 0.0}, number));
+    }
+}
+
 TEST(ChangeSpeech, HangsOnTheNameAndTheNumberOfTheCopy) {
     const auto copy = [](const char* name, uint64_t number) {
         random_source random(name, number);
