@@ -23,8 +23,8 @@
 #include <thread>
 #include <vector>
 
-#include "frame/quib_allocator.h"
-#include "recognition/log_state_graph.h"
+#include "base/quib_allocator.h"
+#include "recognition/graph/log_state_graph.h"
 #include "recognition/textbased_phn_recognizer.h"
 #include "tessarin/tessarin.h"
 

@@ -11,17 +11,17 @@
 
 #include <benchmark/benchmark.h>
 
-#include "articulation/concrete_sync_marker_collection.h"
-#include "frame/quib_allocator.h"
+#include "base/quib_allocator.h"
 #include "model/accoustic_hmm.h"
-#include "recognition/forward_graph.h"
-#include "recognition/free_viterbi.h"
-#include "recognition/log_state_graph.h"
-#include "recognition/sentence_viterbi.h"
-#include "recognition/sliding_viterbi.h"
-#include "recognition/state_graph.h"
-#include "recognition/trellis_viterbi.h"
-#include "recognition/word_spans.h"
+#include "recognition/aligner/sliding_viterbi.h"
+#include "recognition/free/free_viterbi.h"
+#include "recognition/graph/forward_graph.h"
+#include "recognition/graph/log_state_graph.h"
+#include "recognition/graph/state_graph.h"
+#include "recognition/sentences/sentence_viterbi.h"
+#include "recognition/sentences/word_spans.h"
+#include "recognition/trellis/trellis_viterbi.h"
+#include "results/concrete_sync_marker_collection.h"
 #include "tessarin/observation_stream.h"
 #include "tests/recognition/literal_free_search.h"
 

@@ -1,8 +1,8 @@
 // The text front end with the lexicon that the project ships.
 
-#include "frame/whole_file.h"
-#include "text/cm_dict.h"
-#include "text/lexicon_file.h"
+#include "base/whole_file.h"
+#include "text/lexicon/cm_dict.h"
+#include "text/lexicon/lexicon_file.h"
 #include "text/transcriber.h"
 
 #include <benchmark/benchmark.h>

@@ -1,8 +1,12 @@
 # What every target of the project is compiled with.
 add_library(tessarin_options INTERFACE)
 target_compile_features(tessarin_options INTERFACE cxx_std_20)
-target_include_directories(tessarin_options INTERFACE
-    ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+target_include_directories(tessarin_options INTERFACE ${PROJECT_SOURCE_DIR}/include)
+# For what may look behind the public headers: the folders of src/, their tests and benchmarks. The
+# command-line tool does not link it, so the compiler itself holds the tool to the public interface.
+add_library(tessarin_inside INTERFACE)
+target_include_directories(tessarin_inside INTERFACE ${PROJECT_SOURCE_DIR}/src)
+target_link_libraries(tessarin_inside INTERFACE tessarin_options)
 # Everything but the exports is hidden; the static folders end up in the shared library.
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)

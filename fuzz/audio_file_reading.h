@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "audio/audio_file_registry.h"
+#include "audio/files/audio_file_registry.h"
 #include "audio/pcm_pre_emph_stream.h"
 #include "audio/resampled_pcm_stream.h"
-#include "frame/counted_ptr.h"
+#include "base/counted_ptr.h"
 #include "support/temp_file.h"
 
 namespace tessarin::fuzz {

@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <vector>
 
-#include "control/feature_stream.h"
-#include "control/quib_accoustic_cmd_ctrl.h"
-#include "frame/little_endian.h"
+#include "base/little_endian.h"
+#include "commands/feature_stream.h"
+#include "commands/quib_accoustic_cmd_ctrl.h"
 
 using namespace tessarin;
 

@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "frame/byte_writer.h"
-#include "text/grapheme_to_phone_rules.h"
-#include "text/pronunciation_builder.h"
+#include "base/byte_writer.h"
+#include "text/pronunciation/grapheme_to_phone_rules.h"
+#include "text/pronunciation/pronunciation_builder.h"
 
 using namespace tessarin;
 

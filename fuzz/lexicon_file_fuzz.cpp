@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "frame/packed_file.h"
+#include "base/packed_file.h"
 #include "tessarin/lexicon_file.h"
-#include "text/lexicon_editor.h"
-#include "text/lexicon_file.h"
+#include "text/lexicon/lexicon_editor.h"
+#include "text/lexicon/lexicon_file.h"
 #include "text/transcriber.h"
 
 using namespace tessarin;

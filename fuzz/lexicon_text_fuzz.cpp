@@ -1,4 +1,4 @@
-#include "text/cm_dict.h"
+#include "text/lexicon/cm_dict.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "frame/packed_file.h"
+#include "base/packed_file.h"
 
 #include <algorithm>
 #include <cstddef>

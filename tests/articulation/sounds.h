@@ -5,10 +5,10 @@
 #include <string_view>
 #include <vector>
 
-#include "articulation/concrete_sync_marker_collection.h"
 #include "articulation/phoneme_mixture_articulator.h"
-#include "articulation/sync_marker.h"
-#include "frame/text_copy.h"
+#include "base/text_copy.h"
+#include "results/concrete_sync_marker_collection.h"
+#include "results/sync_marker.h"
 
 namespace tessarin::test {
 

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "articulation/concrete_sync_marker_collection.h"
-#include "articulation/sync_marker.h"
-#include "frame/allocation.h"
+#include "base/allocation.h"
+#include "results/concrete_sync_marker_collection.h"
+#include "results/sync_marker.h"
 #include "sounds.h"
 
 namespace tessarin::test {

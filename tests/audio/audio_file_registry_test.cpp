@@ -1,4 +1,4 @@
-#include "audio/audio_file_registry.h"
+#include "audio/files/audio_file_registry.h"
 
 #include <string>
 #include <vector>
@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "frame/counted_ptr.h"
+#include "base/counted_ptr.h"
 #include "host_stream.h"
 #include "sphere_builder.h"
 #include "support/riff_builder.h"

@@ -1,11 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "audio/nist_sphere_rdr_stream.h"
+#include "audio/files/nist_sphere_rdr_stream.h"
+#include "audio/files/wav_rdr_stream.h"
 #include "audio/pcm_pre_emph_stream.h"
 #include "audio/quib_stream.h"
 #include "audio/resampled_pcm_stream.h"
-#include "audio/wav_rdr_stream.h"
 #include "host_stream.h"
 #include "memory_stream.h"
 #include "support/logged_lines.h"

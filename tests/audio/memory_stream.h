@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "audio/pcm_rdr_stream.h"
-#include "frame/counted_ptr.h"
+#include "audio/files/pcm_rdr_stream.h"
+#include "base/counted_ptr.h"
 #include "support/byte_builder.h"
 
 namespace tessarin::test {

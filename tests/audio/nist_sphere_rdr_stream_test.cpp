@@ -1,4 +1,4 @@
-#include "audio/nist_sphere_rdr_stream.h"
+#include "audio/files/nist_sphere_rdr_stream.h"
 
 #include <string>
 #include <vector>

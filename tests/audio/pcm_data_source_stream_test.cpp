@@ -1,4 +1,4 @@
-#include "audio/pcm_data_source_stream.h"
+#include "audio/files/pcm_data_source_stream.h"
 
 #include <limits>
 #include <vector>
@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "audio/pcm_data_source.h"
+#include "audio/files/pcm_data_source.h"
 #include "memory_stream.h"
 
 namespace tessarin {

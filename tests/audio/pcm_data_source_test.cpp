@@ -1,4 +1,4 @@
-#include "audio/pcm_data_source.h"
+#include "audio/files/pcm_data_source.h"
 
 #include <cmath>
 #include <limits>

@@ -1,4 +1,4 @@
-#include "audio/pcm_rdr_stream.h"
+#include "audio/files/pcm_rdr_stream.h"
 
 #include <vector>
 

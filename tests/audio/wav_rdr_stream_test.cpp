@@ -1,4 +1,4 @@
-#include "audio/wav_rdr_stream.h"
+#include "audio/files/wav_rdr_stream.h"
 
 #include <vector>
 

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "frame/counted_ptr.h"
+#include "base/counted_ptr.h"
 
 #include "features/scripted_pcm_stream.h"
 #include "features/test_descriptors.h"

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "audio/pcm_rdr_stream.h"
+#include "audio/files/pcm_rdr_stream.h"
 
 namespace tessarin::test {
 

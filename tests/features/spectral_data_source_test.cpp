@@ -13,8 +13,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "audio/pcm_data_source.h"
-#include "frame/allocation.h"
+#include "audio/files/pcm_data_source.h"
+#include "base/allocation.h"
 #include "support/signals.h"
 
 namespace tessarin {

@@ -4,8 +4,8 @@
 #include <limits>
 #include <string_view>
 
-#include "frame/little_endian.h"
-#include "frame/log_file.h"
+#include "base/little_endian.h"
+#include "base/log_file.h"
 #include "model/accoustic_hmm.h"
 #include "support/tiny_model.h"
 #include "tessarin/acoustic_model.h"

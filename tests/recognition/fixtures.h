@@ -9,9 +9,9 @@
 #include <utility>
 #include <vector>
 
-#include "frame/quib_allocator.h"
+#include "base/quib_allocator.h"
 #include "model/accoustic_hmm.h"
-#include "recognition/state_rec.h"
+#include "recognition/graph/state_rec.h"
 #include "tessarin/observation_stream.h"
 #include "tessarin/progress_sink.h"
 #include "tessarin/transcriber.h"

@@ -1,4 +1,4 @@
-#include "recognition/flush_markers.h"
+#include "recognition/markers/flush_markers.h"
 
 #include <string>
 #include <vector>
@@ -6,9 +6,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "articulation/concrete_sync_marker_collection.h"
 #include "fixtures.h"
-#include "recognition/pending_path.h"
+#include "recognition/live/pending_path.h"
+#include "results/concrete_sync_marker_collection.h"
 
 namespace tessarin::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "recognition/free_viterbi.h"
+#include "recognition/free/free_viterbi.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

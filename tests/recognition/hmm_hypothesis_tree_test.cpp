@@ -1,4 +1,4 @@
-#include "recognition/hmm_hypothesis_tree.h"
+#include "recognition/free/hmm_hypothesis_tree.h"
 
 #include <gtest/gtest.h>
 

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "model/accoustic_hmm.h"
-#include "recognition/log_state_graph.h"
-#include "recognition/word_spans.h"
+#include "recognition/graph/log_state_graph.h"
+#include "recognition/sentences/word_spans.h"
 #include "tessarin/observation_stream.h"
 
 namespace tessarin::test {

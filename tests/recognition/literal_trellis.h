@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "literal_viterbi.h"
-#include "recognition/log_state_graph.h"
+#include "recognition/graph/log_state_graph.h"
 
 namespace tessarin::test {
 

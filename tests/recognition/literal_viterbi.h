@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "model/accoustic_hmm.h"
-#include "recognition/state_rec.h"
+#include "recognition/graph/state_rec.h"
 #include "tessarin/observation_stream.h"
 #include "tessarin/progress_sink.h"
 

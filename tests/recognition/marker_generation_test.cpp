@@ -1,4 +1,4 @@
-#include "recognition/marker_generation.h"
+#include "recognition/markers/marker_generation.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "recognition/phone_durations.h"
+#include "recognition/graph/phone_durations.h"
 
 #include <sstream>
 #include <string>

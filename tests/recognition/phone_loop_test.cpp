@@ -1,4 +1,4 @@
-#include "recognition/phone_loop.h"
+#include "recognition/graph/phone_loop.h"
 
 #include <algorithm>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "recognition/realtime_phn_recognizer.h"
+#include "recognition/live/realtime_phn_recognizer.h"
 
 #include <chrono>
 #include <cmath>
@@ -11,11 +11,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "articulation/concrete_sync_marker_collection.h"
 #include "features/scripted_pcm_stream.h"
 #include "features/test_descriptors.h"
 #include "fixtures.h"
 #include "recognition/textless_phn_recognizer.h"
+#include "results/concrete_sync_marker_collection.h"
 #include "support/signals.h"
 
 namespace tessarin::test {

@@ -1,12 +1,12 @@
-#include "recognition/region_markers.h"
+#include "recognition/aligner/region_markers.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
 
-#include "articulation/concrete_sync_marker_collection.h"
 #include "fixtures.h"
+#include "results/concrete_sync_marker_collection.h"
 
 namespace tessarin::test {
 namespace {

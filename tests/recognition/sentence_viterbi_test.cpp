@@ -1,4 +1,4 @@
-#include "recognition/sentence_viterbi.h"
+#include "recognition/sentences/sentence_viterbi.h"
 
 #include <cmath>
 #include <string>
@@ -6,13 +6,13 @@
 
 #include <gmock/gmock.h>
 
-#include "articulation/concrete_sync_marker_collection.h"
 #include "fixtures.h"
 #include "literal_sentence_search.h"
-#include "recognition/forward_graph.h"
-#include "recognition/phone_durations.h"
-#include "recognition/state_graph.h"
+#include "recognition/graph/forward_graph.h"
+#include "recognition/graph/phone_durations.h"
+#include "recognition/graph/state_graph.h"
 #include "recognition/textbased_phn_recognizer.h"
+#include "results/concrete_sync_marker_collection.h"
 #include "support/signals.h"
 
 namespace tessarin::test {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "fixtures.h"
-#include "recognition/sliding_viterbi.h"
+#include "recognition/aligner/sliding_viterbi.h"
 
 namespace tessarin::test {
 

@@ -1,4 +1,4 @@
-#include "recognition/sliding_viterbi.h"
+#include "recognition/aligner/sliding_viterbi.h"
 
 #include <algorithm>
 #include <random>

@@ -1,4 +1,4 @@
-#include "recognition/state_graph.h"
+#include "recognition/graph/state_graph.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

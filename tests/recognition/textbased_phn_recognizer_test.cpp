@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "articulation/concrete_sync_marker_collection.h"
 #include "fixtures.h"
+#include "results/concrete_sync_marker_collection.h"
 
 namespace tessarin::test {
 namespace {

@@ -4,8 +4,8 @@
 
 #include <cstring>
 
-#include "articulation/concrete_sync_marker_collection.h"
 #include "fixtures.h"
+#include "results/concrete_sync_marker_collection.h"
 
 namespace tessarin::test {
 namespace {

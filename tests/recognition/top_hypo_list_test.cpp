@@ -1,4 +1,4 @@
-#include "recognition/top_hypo_list.h"
+#include "recognition/sentences/top_hypo_list.h"
 
 #include <algorithm>
 #include <functional>

@@ -1,4 +1,4 @@
-#include "recognition/trellis_viterbi.h"
+#include "recognition/trellis/trellis_viterbi.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 
 #include "fixtures.h"
 #include "literal_trellis.h"
-#include "recognition/sliding_viterbi.h"
+#include "recognition/aligner/sliding_viterbi.h"
 #include "support/temp_file.h"
 
 namespace tessarin::test {

@@ -1,4 +1,4 @@
-#include "recognition/word_hyp_collector.h"
+#include "recognition/sentences/word_hyp_collector.h"
 
 #include <vector>
 

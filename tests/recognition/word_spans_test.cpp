@@ -1,4 +1,4 @@
-#include "recognition/word_spans.h"
+#include "recognition/sentences/word_spans.h"
 
 #include <string>
 #include <tuple>
@@ -6,12 +6,12 @@
 
 #include <gmock/gmock.h>
 
+#include "base/quib_allocator.h"
 #include "fixtures.h"
-#include "frame/quib_allocator.h"
-#include "recognition/forward_graph.h"
-#include "recognition/log_state_graph.h"
-#include "recognition/phone_durations.h"
-#include "recognition/state_graph.h"
+#include "recognition/graph/forward_graph.h"
+#include "recognition/graph/log_state_graph.h"
+#include "recognition/graph/phone_durations.h"
+#include "recognition/graph/state_graph.h"
 
 namespace tessarin::test {
 namespace {

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "frame/little_endian.h"
+#include "base/little_endian.h"
 
 namespace tessarin::test {
 

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "frame/log_file.h"
+#include "base/log_file.h"
 #include "support/temp_file.h"
 
 namespace tessarin::test {

@@ -1,7 +1,7 @@
-#include "text/cm_dict.h"
+#include "text/lexicon/cm_dict.h"
 
-#include "frame/whole_file.h"
-#include "text/lexicon_file.h"
+#include "base/whole_file.h"
+#include "text/lexicon/lexicon_file.h"
 #include "text/transcriber.h"
 
 #include <gmock/gmock.h>

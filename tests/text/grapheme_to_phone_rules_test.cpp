@@ -1,9 +1,9 @@
-#include "text/grapheme_to_phone_rules.h"
+#include "text/pronunciation/grapheme_to_phone_rules.h"
 
-#include "frame/text_copy.h"
-#include "text/english_rules.h"
+#include "base/text_copy.h"
 #include "text/english_words.h"
-#include "text/pronunciation_builder.h"
+#include "text/pronunciation/english_rules.h"
+#include "text/pronunciation/pronunciation_builder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

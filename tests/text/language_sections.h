@@ -1,7 +1,7 @@
 #pragma once
 
 #include "support/byte_builder.h"
-#include "text/grapheme_to_phone_rules.h"
+#include "text/pronunciation/grapheme_to_phone_rules.h"
 
 #include <initializer_list>
 #include <string>

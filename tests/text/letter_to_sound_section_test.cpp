@@ -1,10 +1,10 @@
-#include "text/letter_to_sound_section.h"
+#include "text/lexicon/letter_to_sound_section.h"
 
-#include "frame/byte_writer.h"
-#include "frame/little_endian.h"
-#include "text/decision_tree_file.h"
+#include "base/byte_writer.h"
+#include "base/little_endian.h"
 #include "text/language_sections.h"
-#include "text/pronunciation_builder.h"
+#include "text/pronunciation/decision_tree_file.h"
+#include "text/pronunciation/pronunciation_builder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
-#include "text/lexicon_editor.h"
+#include "text/lexicon/lexicon_editor.h"
 
-#include "frame/byte_writer.h"
+#include "base/byte_writer.h"
 #include "support/temp_file.h"
 #include "tessarin/progress_sink.h"
 #include "text/lexicon_files.h"

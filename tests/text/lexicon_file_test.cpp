@@ -1,7 +1,7 @@
-#include "text/lexicon_file.h"
+#include "text/lexicon/lexicon_file.h"
 
-#include "frame/byte_writer.h"
-#include "frame/little_endian.h"
+#include "base/byte_writer.h"
+#include "base/little_endian.h"
 #include "support/temp_file.h"
 #include "text/default_transcriber.h"
 #include "text/lexicon_files.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "frame/packed_file.h"
+#include "base/packed_file.h"
 #include "support/byte_builder.h"
 #include "tessarin/transcriber.h"
 #include "text/language_sections.h"

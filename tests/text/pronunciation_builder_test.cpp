@@ -1,4 +1,4 @@
-#include "text/pronunciation_builder.h"
+#include "text/pronunciation/pronunciation_builder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

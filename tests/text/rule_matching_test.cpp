@@ -1,4 +1,4 @@
-#include "text/rule_matching.h"
+#include "text/pronunciation/rule_matching.h"
 
 #include <gtest/gtest.h>
 

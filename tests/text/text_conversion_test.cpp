@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 #include <utf8.h>
 
-#include "frame/text_copy.h"
+#include "base/text_copy.h"
 #include "tessarin/transcriber.h"
 #include "text/code_pages.h"
 

@@ -1,6 +1,6 @@
 #include "text/timed_markers.h"
 
-#include "articulation/concrete_sync_marker_collection.h"
+#include "results/concrete_sync_marker_collection.h"
 #include "text/spoken.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-#include "frame/text_copy.h"
+#include "base/text_copy.h"
 #include "support/logged_lines.h"
 #include "tessarin/converted_text.h"
 #include "text/spoken.h"

@@ -1,4 +1,4 @@
-#include "text/trie.h"
+#include "text/lexicon/trie.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
-#include "tools/train/boundary_training.h"
+#include "apps/train/boundary_training.h"
 
 #include <gtest/gtest.h>
 
-#include "tools/train/mixture_training.h"
-#include "tools/train/random.h"
+#include "apps/train/mixture_training.h"
+#include "apps/train/random.h"
 
 namespace tessarin::training {
 namespace {

@@ -6,18 +6,18 @@
 #include <string_view>
 #include <vector>
 
-#include "frame/byte_writer.h"
-#include "frame/text_copy.h"
+#include "apps/train/g2p_alignment.h"
+#include "apps/train/g2p_evaluation.h"
+#include "apps/train/g2p_lexicon.h"
+#include "apps/train/g2p_pruning.h"
+#include "apps/train/g2p_training.h"
+#include "apps/train/g2p_tree.h"
+#include "apps/train/g2p_words.h"
+#include "base/byte_writer.h"
+#include "base/text_copy.h"
 #include "model/phoneme_alphabet.h"
 #include "support/temp_file.h"
-#include "text/decision_tree_file.h"
-#include "tools/train/g2p_alignment.h"
-#include "tools/train/g2p_evaluation.h"
-#include "tools/train/g2p_lexicon.h"
-#include "tools/train/g2p_pruning.h"
-#include "tools/train/g2p_training.h"
-#include "tools/train/g2p_tree.h"
-#include "tools/train/g2p_words.h"
+#include "text/pronunciation/decision_tree_file.h"
 
 namespace tessarin::training {
 namespace {

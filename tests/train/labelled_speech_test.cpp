@@ -1,11 +1,11 @@
-#include "tools/train/labelled_speech.h"
+#include "apps/train/labelled_speech.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "tools/train/state_division.h"
+#include "apps/train/state_division.h"
 
 namespace tessarin::training {
 namespace {

@@ -1,14 +1,14 @@
-#include "tools/train/mixture_training.h"
+#include "apps/train/mixture_training.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <numeric>
 
+#include "apps/train/model_assembly.h"
+#include "apps/train/random.h"
 #include "model/accoustic_hmm.h"
 #include "model/phoneme_alphabet.h"
-#include "tools/train/model_assembly.h"
-#include "tools/train/random.h"
 
 namespace tessarin::training {
 namespace {

@@ -1,4 +1,4 @@
-#include "tools/train/pause_edges.h"
+#include "apps/train/pause_edges.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
-#include "tools/train/phone_loop.h"
+#include "apps/train/phone_loop.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "tools/train/labelled_speech.h"
-#include "tools/train/random.h"
+#include "apps/train/labelled_speech.h"
+#include "apps/train/random.h"
 
 namespace tessarin::training {
 namespace {

@@ -3,11 +3,11 @@
 #include <cmath>
 #include <sstream>
 
+#include "apps/train/sequence_counts.h"
+#include "apps/train/sequence_statistics.h"
 #include "model/accoustic_hmm.h"
 #include "model/phoneme_alphabet.h"
 #include "support/tiny_model.h"
-#include "tools/train/sequence_counts.h"
-#include "tools/train/sequence_statistics.h"
 
 namespace tessarin::training {
 namespace {

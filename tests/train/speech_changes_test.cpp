@@ -1,4 +1,4 @@
-#include "tools/train/speech_changes.h"
+#include "apps/train/speech_changes.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "recognition/trellis.h"
+#include "recognition/trellis/trellis.h"
 
 #include <cstdio>
 #include <fcntl.h>

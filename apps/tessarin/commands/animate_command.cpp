@@ -1,0 +1,69 @@
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "apps/tessarin/commands/commands.h"
+#include "apps/tessarin/console/failure.h"
+#include "apps/tessarin/options/mouth_track.h"
+#include "apps/tessarin/readers/timings_reader.h"
+#include "apps/tessarin/writers/outputs.h"
+
+namespace {
+
+struct animate_options {
+    std::string timings;
+    std::string alphabet = "auto";
+    data_options data;
+    track_options track;
+    output_options outputs;
+};
+
+results_handle MakeResults(const timed_result& timings) {
+    tessarin::ISyncResultsCollection* made = nullptr;
+    const int32_t code = CreateSyncResultsCollection(0, &made);
+    if (code != tessarin::kNoError) {
+        throw EngineFailure("results", code);
+    }
+    results_handle results(made);
+    for (const timed_phoneme& phoneme : timings.phonemes) {
+        tessarin::CSyncMarker marker{};
+        marker.type = tessarin::kPhonemeMarker;
+        marker.score = phoneme.score;
+        marker.start = phoneme.startMs;
+        marker.end = phoneme.endMs;
+        std::memcpy(marker.label, phoneme.label.c_str(), phoneme.label.size() + 1);
+        results->add_marker(marker);
+    }
+    return results;
+}
+
+void RunAnimate(const animate_options& options) {
+    const OutputPlan outputs(options.outputs, options.data);
+    timed_result result = ReadTimings(options.timings, options.alphabet == "sampa");
+    result.message = GetVisemixErrorMessage(result.code);
+    MakeMouthTrack(options.track, *MakeResults(result), &result);
+    outputs.Write(result);
+}
+
+} // namespace
+
+void AddAnimateCommand(CLI::App& app) {
+    auto options = std::make_shared<animate_options>();
+    CLI::App* command = app.add_subcommand(
+        "animate", "Make the mouth shapes from timings that you have, without a recording");
+    command
+        ->add_option("TIMINGS", options->timings,
+                     "JSON or TSV of this tool, a TextGrid, or lines of a phoneme and its "
+                     "milliseconds; - for standard input")
+        ->required()
+        ->option_text(" ");
+    command
+        ->add_option("--alphabet", options->alphabet,
+                     "How phonemes are written: auto (our labels or ARPAbet) or sampa [auto]")
+        ->check(CLI::IsMember({"auto", "sampa"}))
+        ->option_text("NAME");
+    AddDataFolderOption(*command, &options->data);
+    AddTrackOptions(*command, &options->track);
+    AddOutputOptions(*command, &options->outputs);
+    command->callback([options] { RunAnimate(*options); });
+}

@@ -1,0 +1,119 @@
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "apps/tessarin/commands/commands.h"
+#include "apps/tessarin/console/failure.h"
+#include "apps/tessarin/console/file_io.h"
+#include "apps/tessarin/options/gate_options.h"
+#include "apps/tessarin/readers/audio_file_stream.h"
+#include "audio/noise_gate.h"
+
+namespace {
+
+struct gate_command_options {
+    std::string audio;
+    std::string output;
+    std::string channel = "1";
+    gate_options gate;
+    tessarin::noise_gate_settings settings;
+};
+
+std::vector<int16_t> ReadSamples(AudioFileStream& stream) {
+    std::vector<int16_t> samples(stream.GetSize() / sizeof(int16_t));
+    size_t count = 0;
+    while (count < samples.size()) {
+        const size_t wanted = std::min<size_t>(samples.size() - count, 1 << 20);
+        const int32_t bytes =
+            stream.Read(samples.data() + count, static_cast<int32_t>(wanted * sizeof(int16_t)));
+        if (bytes <= 0) {
+            break;
+        }
+        count += static_cast<size_t>(bytes) / sizeof(int16_t);
+    }
+    samples.resize(count);
+    return samples;
+}
+
+void AddNumber(std::string& out, uint32_t value, int bytes) {
+    for (int i = 0; i < bytes; ++i) {
+        out += static_cast<char>(value >> (8 * i) & 0xff);
+    }
+}
+
+std::string MonoWav(std::span<const float> samples, uint32_t rateHz) {
+    const auto dataBytes = static_cast<uint32_t>(samples.size() * sizeof(int16_t));
+    std::string wav = "RIFF";
+    AddNumber(wav, dataBytes + 36, 4);
+    wav += "WAVEfmt ";
+    AddNumber(wav, 16, 4); // of the format
+    AddNumber(wav, 1, 2);  // PCM
+    AddNumber(wav, 1, 2);  // channel
+    AddNumber(wav, rateHz, 4);
+    AddNumber(wav, 2 * rateHz, 4);
+    AddNumber(wav, 2, 2); // bytes a sample
+    AddNumber(wav, 16, 2);
+    wav += "data";
+    AddNumber(wav, dataBytes, 4);
+    for (const float sample : samples) {
+        AddNumber(wav, static_cast<uint16_t>(static_cast<int16_t>(sample)), 2);
+    }
+    return wav;
+}
+
+void RunGate(const gate_command_options& options) {
+    const gate_threshold threshold = ReadGate(options.gate);
+    AudioFileStream stream(options.audio,
+                           options.channel == "mix" ? 0 : std::stoi(options.channel));
+    tessarin::PCMFormat format{};
+    stream.GetFormat(&format);
+    const uint32_t rateHz = format.sampleRate >> 16;
+    const std::vector<int16_t> read = ReadSamples(stream);
+    std::vector<float> samples(read.begin(), read.end());
+    const auto rate = static_cast<float>(rateHz);
+    const std::vector<float> levels = tessarin::PeakLevels(samples, rate);
+    const float share = threshold.percentile > 0 ? threshold.percentile : 0.28f;
+    const float levelDb =
+        threshold.db < 0 ? threshold.db : tessarin::LevelAtPercentile(levels, share);
+    tessarin::noise_gate_settings settings = options.settings;
+    settings.rampMs = options.gate.rampMs;
+    tessarin::SilenceQuietStretches(samples, levels, rate, levelDb, settings);
+    WriteOutput(options.output, MonoWav(samples, rateHz));
+    std::fprintf(stderr, "silenced below %.1f dB\n", static_cast<double>(levelDb));
+}
+
+} // namespace
+
+void AddGateCommand(CLI::App& app) {
+    auto options = std::make_shared<gate_command_options>();
+    options->gate.gate = "0";
+    CLI::App* command = app.add_subcommand(
+        "gate", "Silence the noise between the words of a recording, to hear what --gate does");
+    command->add_option("AUDIO", options->audio, "Recording: WAV, FLAC, Ogg, AIFF, MP3, Sphere ...")
+        ->required()
+        ->option_text(" ");
+    command->add_option("-o,--output", options->output, "Where to write a mono WAV file")
+        ->required()
+        ->option_text("OUT.wav");
+    AddGateOption(*command, &options->gate);
+    command->add_option("--channel", options->channel, "Channel to gate, from 1, or mix [1]")
+        ->check(CLI::Range(1, 1024) | CLI::IsMember({"mix"}))
+        ->option_text("N|mix");
+    command->add_option("--ramp", options->gate.rampMs, "How long a stretch fades, in ms [10]")
+        ->check(CLI::Range(0, 10000))
+        ->option_text("MS");
+    command
+        ->add_option("--max-blip", options->settings.maxBlipMs,
+                     "Louder sounds shorter than this go with the quiet around them [150]")
+        ->check(CLI::Range(1, 100000))
+        ->option_text("MS");
+    command
+        ->add_option("--min-quiet", options->settings.minQuietMs,
+                     "How long that quiet must be on both sides [220]")
+        ->check(CLI::Range(1, 100000))
+        ->option_text("MS");
+    command->callback([options] { RunGate(*options); });
+}

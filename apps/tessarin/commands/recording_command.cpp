@@ -1,0 +1,76 @@
+#include "apps/tessarin/commands/recording_command.h"
+
+#include "apps/tessarin/console/failure.h"
+#include "apps/tessarin/console/progress_bar.h"
+#include "apps/tessarin/timed_result.h"
+
+namespace {
+
+results_handle MakeResults() {
+    tessarin::ISyncResultsCollection* results = nullptr;
+    const int32_t code = CreateSyncResultsCollection(tessarin::kPostProcessScores, &results);
+    if (code != tessarin::kNoError) {
+        throw EngineFailure("results", code);
+    }
+    return results_handle(results);
+}
+
+} // namespace
+
+int ChannelNumber(const std::string& channel) {
+    return channel == "mix" ? 0 : std::stoi(channel);
+}
+
+void AddListeningOptions(CLI::App& command, recording_options* options) {
+    command.add_option("AUDIO", options->audio, "Recording: WAV, FLAC, Ogg, AIFF, MP3, Sphere ...")
+        ->required()
+        ->option_text(" ");
+    command.add_option("--model", options->data.model, "Acoustic model [the project's own]")
+        ->option_text("FILE");
+    AddDataFolderOption(command, &options->data);
+    command.add_option("--channel", options->channel, "Channel to listen to, from 1, or mix [1]")
+        ->check(CLI::Range(1, 1024) | CLI::IsMember({"mix"}))
+        ->option_text("N|mix");
+    AddStretchOptions(command, &options->stretch);
+    AddGateOption(command, &options->gate);
+    AddTrackOptions(command, &options->track);
+    command.add_flag("-q,--quiet", options->quiet, "No progress bar");
+}
+
+void AddRecordingOptions(CLI::App& command, recording_options* options) {
+    AddListeningOptions(command, options);
+    AddOutputOptions(command, &options->outputs);
+}
+
+timed_result FindTimings(const recording_options& options, tessarin::CAccousticHMM& model,
+                         const SpokenText* text, const recording_search& search) {
+    CatchInterrupts();
+    const results_handle results = MakeResults();
+    ProgressBar progress(options.quiet);
+    opened_recording recording =
+        OpenRecording(options.audio, ChannelNumber(options.channel), options.stretch, model);
+    AddGate(options.gate, options.audio, *recording.observations);
+
+    timed_result result;
+    result.audio = options.audio;
+    result.durationMs = recording.durationMs;
+    result.code = search(recording, model, progress, *results);
+    if (result.code != tessarin::kNoError && result.code != tessarin::kRecognitionFailed) {
+        throw EngineFailure(options.audio, result.code);
+    }
+    result.message = GetVisemixErrorMessage(result.code);
+    ShiftMarkers(options.stretch.fromMs, *results);
+    CollectMarkers(*results, text, &result);
+    MakeMouthTrack(options.track, *results, &result);
+    return result;
+}
+
+void AnimateRecording(const recording_options& options, tessarin::CAccousticHMM& model,
+                      const SpokenText* text, const recording_search& search) {
+    const OutputPlan outputs(options.outputs, options.data);
+    const timed_result result = FindTimings(options, model, text, search);
+    outputs.Write(result);
+    if (result.code != tessarin::kNoError) {
+        throw EngineFailure(options.audio, result.code);
+    }
+}

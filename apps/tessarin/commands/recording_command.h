@@ -1,0 +1,49 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "apps/tessarin/commands/commands.h"
+#include "apps/tessarin/options/engine_data.h"
+#include "apps/tessarin/options/gate_options.h"
+#include "apps/tessarin/options/mouth_track.h"
+#include "apps/tessarin/readers/recording.h"
+#include "apps/tessarin/writers/outputs.h"
+
+class SpokenText;
+
+/// What the commands that make a mouth track from a recording have in common.
+struct recording_options {
+    std::string audio;
+    data_options data;
+    std::string channel = "1";
+    recording_stretch stretch;
+    gate_options gate;
+    track_options track;
+    output_options outputs;
+    bool quiet = false;
+};
+
+/// The recording, how it is listened to and how the track is made.
+void AddListeningOptions(CLI::App& command, recording_options* options);
+
+/// These, and the outputs.
+void AddRecordingOptions(CLI::App& command, recording_options* options);
+
+/// What --channel means to OpenRecording.
+int ChannelNumber(const std::string& channel);
+
+/// The search of a command: it fills the results and returns the engine's code.
+using recording_search = std::function<int32_t(
+    opened_recording& recording, tessarin::CAccousticHMM& model, tessarin::ProgressSink& progress,
+    tessarin::ISyncResultsCollection& results)>;
+
+/// Opens the recording, searches it and makes the mouth track; `text`, null when there is none, is
+/// what is said. The code of the result is 0, or 8 when the search lost the text. Throws Failure.
+timed_result FindTimings(const recording_options& options, tessarin::CAccousticHMM& model,
+                         const SpokenText* text, const recording_search& search);
+
+/// FindTimings, and writes all that was found. Throws Failure; when the search lost the text, only
+/// after what it found was written.
+void AnimateRecording(const recording_options& options, tessarin::CAccousticHMM& model,
+                      const SpokenText* text, const recording_search& search);

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "apps/tessarin/commands/recording_command.h"
+#include "apps/tessarin/readers/spoken_text.h"
+
+/// How sentences are looked for.
+struct sentence_options {
+    int beam = 0;            ///< states; 0 is the engine's own
+    double leastScore = 5.5; ///< of a sentence that is found
+};
+
+/// Looks for the sentences of `text` in the recording and writes where they are, as JSON or TSV.
+/// Throws Failure.
+void FindSentences(const recording_options& options, const sentence_options& search,
+                   tessarin::CAccousticHMM& model, const SpokenText& text,
+                   tessarin::IVisemixTranscriber& transcriber);

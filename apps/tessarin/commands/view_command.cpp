@@ -1,0 +1,82 @@
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "apps/tessarin/commands/commands.h"
+#include "apps/tessarin/commands/recording_command.h"
+#include "apps/tessarin/console/failure.h"
+#include "apps/tessarin/console/file_io.h"
+#include "apps/tessarin/options/text_options.h"
+#include "apps/tessarin/page/view_page.h"
+#include "apps/tessarin/speech_search.h"
+#include "apps/tessarin/writers/output_formats.h"
+
+namespace {
+
+struct view_options {
+    recording_options recording;
+    text_options text;
+    std::string timings;
+    std::string output = "-";
+};
+
+timed_result FindTimings(const view_options& options) {
+    const recording_options& recording = options.recording;
+    if (!options.text.IsGiven()) {
+        const model_handle model = LoadHearingModel(recording.data);
+        LoadTrigrams({}, recording.data, *model);
+        return FindTimings(recording, *model, nullptr, SearchForSounds());
+    }
+    const model_handle model = LoadModel(recording.data);
+    const transcriber_handle transcriber = LoadTranscriber(recording.data);
+    const SpokenText text = ReadText(options.text, *transcriber);
+    return FindTimings(recording, *model, &text, SearchForText(text, *transcriber, 0));
+}
+
+void RunView(const view_options& options) {
+    const std::string& path = options.recording.audio;
+    if (!std::filesystem::exists(path)) {
+        throw Failure(kExitFailed, DescribeCode(path, tessarin::kFileNotFound));
+    }
+    const page_audio audio = ReadPageAudio(path, ChannelNumber(options.recording.channel));
+    int code = tessarin::kNoError;
+    std::string json;
+    if (!options.timings.empty()) {
+        json = ReadWholeFile(options.timings);
+        RequireShowableJson(options.timings, json);
+    } else {
+        const timed_result result = FindTimings(options);
+        code = result.code;
+        json = WriteJson(result);
+    }
+    const std::string title = std::filesystem::path(path).filename().string();
+    WriteOutput(options.output, MakeViewPage(title, json, audio));
+    if (code != tessarin::kNoError) {
+        throw EngineFailure(path, code);
+    }
+}
+
+} // namespace
+
+void AddViewCommand(CLI::App& app) {
+    auto options = std::make_shared<view_options>();
+    CLI::App* command = app.add_subcommand(
+        "view", "Make a page on which a recording plays with all that was found, and a mouth");
+    AddListeningOptions(*command, &options->recording);
+    AddTextOptions(*command, &options->text);
+    AddLexiconOptions(*command, &options->recording.data);
+    CLI::Option* timings = command->add_option(
+        "--timings", options->timings,
+        "JSON of align, recognize or animate to show; without it the recording is aligned with "
+        "the text, or recognized when none is given");
+    timings->option_text("FILE");
+    // What was found already is shown as it is.
+    for (const char* other : {"--text", "--text-file", "--encoding", "--lexicon", "--words",
+                              "--model", "--from", "--to", "--gate", "--rules", "--fps", "--smooth",
+                              "--slope", "--max-shapes", "--gain", "--common-keys", "--quantize"}) {
+        timings->excludes(other);
+    }
+    command->add_option("-o,--output", options->output, "Page to write [-, standard output]")
+        ->option_text("FILE");
+    command->callback([options] { RunView(*options); });
+}

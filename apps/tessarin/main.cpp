@@ -1,0 +1,52 @@
+#include <cstdio>
+#include <exception>
+#include <new>
+
+#include <CLI/CLI.hpp>
+
+#include "apps/tessarin/commands/commands.h"
+#include "apps/tessarin/console/failure.h"
+
+namespace {
+
+int Run(int argc, char** argv) {
+    CLI::App app("Speech engine that animates talking characters.", "tessarin");
+    app.set_version_flag("--version", "tessarin " TESSARIN_VERSION);
+    app.require_subcommand(1);
+    app.get_formatter()->column_width(34);
+    AddAlignCommand(app);
+    AddRecognizeCommand(app);
+    AddAnimateCommand(app);
+    AddViewCommand(app);
+    AddSpectrogramCommand(app);
+    AddCutCommand(app);
+    AddCommandsCommand(app);
+    AddGateCommand(app);
+    AddLiveCommand(app);
+    AddTranscribeCommand(app);
+    AddInspectCommand(app);
+    AddLexiconCommand(app);
+    AddDescribeCommand(app);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kExitDone : kExitUsage;
+    }
+    return kExitDone;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return Run(argc, argv);
+    } catch (const Failure& failure) {
+        std::fprintf(stderr, "tessarin: %s\n", failure.what());
+        return failure.exitCode;
+    } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "tessarin: %s\n", DescribeCode("memory", 1).c_str());
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tessarin: %s\n", error.what());
+    }
+    return kExitFailed;
+}

@@ -1,0 +1,51 @@
+#include "apps/tessarin/options/engine_data.h"
+
+#include <filesystem>
+#include <limits>
+
+#include "apps/tessarin/console/failure.h"
+#include "apps/tessarin/console/file_io.h"
+#include "apps/tessarin/options/data_folder.h"
+
+std::string DataPathOr(const std::string& given, const data_options& options, const char* name) {
+    return given.empty() ? (FindDataFolder(options.folder) / name).string() : given;
+}
+
+void RequireSize(const std::string& path, const std::string& content) {
+    if (content.size() > static_cast<size_t>(std::numeric_limits<int32_t>::max())) {
+        throw EngineFailure(path, tessarin::kInvalidFile);
+    }
+}
+
+namespace {
+
+model_handle LoadModelFile(const std::string& path) {
+    const std::string image = ReadWholeFile(path);
+    RequireSize(path, image);
+    char text[tessarin::kModelErrorTextSize] = "";
+    tessarin::CAccousticHMM* model = nullptr;
+    const int32_t code =
+        CreateAccHMM(image.data(), static_cast<uint32_t>(image.size()), text, &model);
+    if (code != tessarin::kNoError) {
+        throw Failure(kExitFailed, DescribeCode(path, code) +
+                                       (text[0] != '\0' ? "\n  " + std::string(text) : ""));
+    }
+    return model_handle(model);
+}
+
+} // namespace
+
+model_handle LoadModel(const data_options& options) {
+    return LoadModelFile(DataPathOr(options.model, options, kModelName));
+}
+
+model_handle LoadHearingModel(const data_options& options) {
+    const std::string path = DataPathOr(options.model, options, kHearingModelName);
+    return std::filesystem::exists(path) || !options.model.empty() ? LoadModelFile(path)
+                                                                   : LoadModel(options);
+}
+
+void AddDataFolderOption(CLI::App& command, data_options* options) {
+    command.add_option("--data", options->folder, "Folder with the project's own data")
+        ->option_text("FOLDER");
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "apps/tessarin/engine_handles.h"
+
+/// Where the model and the lexicon come from; empty paths mean the project's own.
+struct data_options {
+    std::string folder;
+    std::string model;
+    std::string lexicon;
+    std::string words; ///< the user's own
+};
+
+inline constexpr const char* kModelName = "en-us.model";
+inline constexpr const char* kHearingModelName = "en-us-hearing.model";
+inline constexpr const char* kLexiconName = "en-us.lexicon";
+inline constexpr const char* kTrigramsName = "en-us.trigrams";
+
+void AddDataFolderOption(CLI::App& command, data_options* options);
+/// --lexicon and --words.
+void AddLexiconOptions(CLI::App& command, data_options* options);
+
+/// `given`, or the project's own file `name` when nothing was given. Throws Failure.
+std::string DataPathOr(const std::string& given, const data_options& options, const char* name);
+
+/// Throws Failure for a file that is too large for the engine's 32-bit sizes.
+void RequireSize(const std::string& path, const std::string& content);
+
+/// All throw Failure. Where no model is named, that for hearing without a text is one of its own,
+/// if the data folder has it.
+model_handle LoadModel(const data_options& options);
+model_handle LoadHearingModel(const data_options& options);
+transcriber_handle LoadTranscriber(const data_options& options);

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "apps/tessarin/options/engine_data.h"
+#include "apps/tessarin/timed_result.h"
+
+/// How the mouth track is made of timed phonemes.
+struct track_options {
+    std::string rules;
+    double fps = 0; ///< 0: the rate of the rules
+    bool smooth = false;
+    double slope = 0; ///< 0: the engine's
+    int maxShapes = 0;
+    std::vector<std::string> gains; ///< PHONEMES=FACTOR, or a factor for all
+    bool commonKeys = false;
+    std::string stretch; ///< FROM-TO or FROM-TO:SHAPES, in milliseconds
+};
+
+void AddTrackOptions(CLI::App& command, track_options* options);
+
+/// Makes the mouth track of the phonemes in `results` and copies it into `out`. Throws Failure.
+void MakeMouthTrack(const track_options& options, tessarin::ISyncResultsCollection& results,
+                    timed_result* out);

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "apps/tessarin/readers/spoken_text.h"
+
+/// The text of a command: given on the command line, or in a file.
+struct text_options {
+    std::optional<std::string> text;
+    std::optional<std::string> file;
+    std::string encoding = "auto";
+
+    bool IsGiven() const { return text || file; }
+};
+
+/// Adds --text and --text-file, of which only one may be given, and --encoding.
+void AddTextOptions(CLI::App& command, text_options* options);
+
+/// The text that was given, for `transcriber`. Warns of characters that it cannot read. Throws
+/// Failure.
+SpokenText ReadText(const text_options& options, tessarin::IVisemixTranscriber& transcriber);

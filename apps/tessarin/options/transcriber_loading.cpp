@@ -1,0 +1,172 @@
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
+#include <span>
+
+#include <utf8.h>
+
+#include "apps/tessarin/console/failure.h"
+#include "apps/tessarin/console/file_io.h"
+#include "apps/tessarin/options/engine_data.h"
+#include "apps/tessarin/readers/lexicon_summary.h"
+#include "apps/tessarin/readers/near_characters.h"
+#include "apps/tessarin/readers/spoken_text.h"
+#include "apps/tessarin/readers/word_list.h"
+
+namespace {
+
+using tessarin::ILexiconEditor;
+using tessarin::IVisemixTranscriber;
+
+transcriber_handle FromText(const std::string& path, const std::string& text) {
+    RequireSize(path, text);
+    IVisemixTranscriber* transcriber = nullptr;
+    const int32_t code =
+        CreateDefaultTranscriber(text.data(), static_cast<int32_t>(text.size()), &transcriber);
+    if (code != tessarin::kNoError) {
+        throw EngineFailure(path, code);
+    }
+    return transcriber_handle(transcriber);
+}
+
+/// The word with plain letters in place of those with accents: so a language that folds accents
+/// away looks it up.
+std::string WithoutAccents(const std::string& word, IVisemixTranscriber& transcriber) {
+    const SpokenText text("word", word, "local", transcriber);
+    const std::string spelled = text.GetUtf8(0, static_cast<int32_t>(word.size()));
+    std::string plain;
+    for (auto at = spelled.begin(); at != spelled.end();) {
+        const char32_t character = utf8::next(at, spelled.end());
+        if (const auto near = FindNearCharacters(character)) {
+            plain += *near;
+        } else {
+            utf8::append(character, std::back_inserter(plain));
+        }
+    }
+    return plain;
+}
+
+bool IsAscii(const std::string& word) {
+    return std::ranges::all_of(word, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+/// The words that a user adds, in the lexicon's code page, in the order of preference. Those with
+/// accents are there without them too.
+std::vector<word_entry> ReadUserWords(const std::string& path, IVisemixTranscriber& transcriber) {
+    const SpokenText text(path, ReadWholeFile(path), "auto", transcriber);
+    std::vector<word_entry> entries = ReadWordList(path, text.GetLocal());
+    std::vector<word_entry> plain;
+    for (const word_entry& entry : entries) {
+        if (!IsAscii(entry.word)) {
+            plain.push_back({WithoutAccents(entry.word, transcriber), entry.phonemes});
+        }
+    }
+    std::ranges::move(plain, std::back_inserter(entries));
+    return entries;
+}
+
+/// Whether a text that has the word asks the lexicon for it.
+bool IsAskedFor(const word_entry& entry, IVisemixTranscriber& transcriber) {
+    transcriber.Transcribe(entry.word.c_str());
+    uint32_t count = 0;
+    const tessarin::CTxMarker* tokens = transcriber.GetOutputMarkers(&count);
+    if (count != 1 || tokens[0].kind != tessarin::kWordToken || tokens[0].group_count != 1) {
+        return false;
+    }
+    const tessarin::PhonemeGroup& said = tokens[0].groups[0];
+    return std::ranges::find(said.alternatives, said.alternatives + said.alternative_count,
+                             entry.phonemes) != said.alternatives + said.alternative_count;
+}
+
+void WarnOfUselessWords(const std::string& path, std::span<const word_entry> entries,
+                        IVisemixTranscriber& transcriber) {
+    for (const word_entry& entry : entries) {
+        if (entry.line != 0 && !IsAskedFor(entry, transcriber)) {
+            std::fprintf(stderr,
+                         "tessarin: %s: %s changes nothing, since it is not read as one word\n",
+                         PlaceOf(path, entry).c_str(), entry.word.c_str());
+        }
+    }
+}
+
+/// Puts words in place of what the lexicon says of them. A new record goes in front of its word, so
+/// the last one is added first.
+void ReplaceWords(ILexiconEditor& editor, std::span<const word_entry> entries) {
+    for (const word_entry& entry : entries) {
+        while (editor.RemoveRecord(entry.word.c_str(), nullptr) == tessarin::kNoError) {
+        }
+    }
+    for (size_t left = entries.size(); left > 0; --left) {
+        const word_entry& entry = entries[left - 1];
+        const int32_t code = editor.AddRecord(entry.word.c_str(), entry.phonemes.c_str());
+        if (code != tessarin::kNoError) {
+            throw EngineFailure(entry.word, code);
+        }
+    }
+}
+
+transcriber_handle FromImage(const std::string& path, const std::string& image) {
+    IVisemixTranscriber* transcriber = nullptr;
+    const int32_t code = CreateTranscriberFromLexicon(
+        image.data(), static_cast<uint32_t>(image.size()), &transcriber);
+    if (code != tessarin::kNoError) {
+        throw EngineFailure(path, code);
+    }
+    return transcriber_handle(transcriber);
+}
+
+/// The lexicon file with the user's words. Its transcriber lives on the editor's records.
+transcriber_handle FromFileWithWords(const std::string& path, const std::string& words) {
+    ILexiconEditor* editor = nullptr;
+    const int32_t code = CreateLexiconEditor(path.c_str(), &editor);
+    if (code != tessarin::kNoError) {
+        throw EngineFailure(path, code);
+    }
+    editor_handle owner(editor);
+    transcriber_handle transcriber(editor->GetTranscriber(), {std::move(owner)});
+    const std::vector<word_entry> entries = ReadUserWords(words, *transcriber);
+    ReplaceWords(*editor, entries);
+    WarnOfUselessWords(words, entries, *transcriber);
+    return transcriber;
+}
+
+/// Of a text, the first entry of a word and its neighbours count, so the user's words go in front,
+/// each with its variants together and none next to what the text itself begins with.
+transcriber_handle FromTextWithWords(const std::string& path, const std::string& lexicon,
+                                     const std::string& words) {
+    constexpr const char* kBorder = "\x7F=x\n"; // no text asks for this
+    const transcriber_handle language = FromText(path, "");
+    std::vector<word_entry> entries = ReadUserWords(words, *language);
+    std::ranges::stable_sort(entries, {},
+                             [](const word_entry& each) { return InUpperCase(each.word); });
+    transcriber_handle transcriber =
+        FromText(path, WriteWordList(entries, false) + kBorder + lexicon);
+    WarnOfUselessWords(words, entries, *transcriber);
+    return transcriber;
+}
+
+} // namespace
+
+transcriber_handle LoadTranscriber(const data_options& options) {
+    const std::string path = DataPathOr(options.lexicon, options, kLexiconName);
+    const std::string content = ReadWholeFile(path);
+    RequireSize(path, content);
+    const bool isText = !LooksLikeLexicon(content);
+    if (options.words.empty()) {
+        return isText ? FromText(path, content) : FromImage(path, content);
+    }
+    return isText ? FromTextWithWords(path, content, options.words)
+                  : FromFileWithWords(path, options.words);
+}
+
+void AddLexiconOptions(CLI::App& command, data_options* options) {
+    command
+        .add_option("--lexicon", options->lexicon,
+                    "Lexicon file, or text of lines WORD=phonemes [the project's own]")
+        ->option_text("FILE");
+    command
+        .add_option("--words", options->words,
+                    "Your own words, in place of the lexicon's: lines WORD=phonemes, or of the CMU "
+                    "dictionary's form")
+        ->option_text("FILE");
+}

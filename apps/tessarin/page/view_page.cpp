@@ -1,0 +1,140 @@
+#include "apps/tessarin/page/view_page.h"
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <string_view>
+
+#include <nlohmann/json.hpp>
+
+#include "apps/tessarin/console/failure.h"
+#include "apps/tessarin/writers/markup.h"
+#include "apps/tessarin/writers/output_formats.h"
+
+namespace {
+
+using nlohmann::json;
+
+/// A browser reads texts of a few megabytes without pain; a multiple of 3, so that pieces of base64
+/// end with whole bytes.
+constexpr size_t kAudioPiece = 3 << 20;
+
+/// JSON without any `<`, which would begin the end of the script that carries it. In JSON it stands
+/// in strings only, where its escape means the same.
+std::string EscapeJson(const std::string& text) {
+    std::string escaped;
+    escaped.reserve(text.size());
+    for (const char c : text) {
+        if (c == '<') {
+            escaped += "\\u003c";
+        } else {
+            escaped += c;
+        }
+    }
+    return escaped;
+}
+
+std::string Base64(std::string_view bytes) {
+    static constexpr char kDigits[] =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string text;
+    text.reserve((bytes.size() + 2) / 3 * 4);
+    for (size_t i = 0; i < bytes.size(); i += 3) {
+        const size_t count = std::min<size_t>(3, bytes.size() - i);
+        uint32_t bits = 0;
+        for (size_t k = 0; k < 3; ++k) {
+            bits = bits << 8 | (k < count ? static_cast<unsigned char>(bytes[i + k]) : 0u);
+        }
+        for (size_t k = 0; k < 4; ++k) {
+            text += k <= count ? kDigits[bits >> (18 - 6 * k) & 63] : '=';
+        }
+    }
+    return text;
+}
+
+std::string AudioElements(const page_audio& audio) {
+    const std::string wav = MakeWav(audio);
+    std::string elements;
+    for (size_t i = 0; i < wav.size(); i += kAudioPiece) {
+        elements += "<script type=\"text/plain\" class=\"audio\">" +
+                    Base64(std::string_view(wav).substr(i, kAudioPiece)) + "</script>\n";
+    }
+    return elements;
+}
+
+/// `page` with its places filled. What is filled in is not looked at for places again.
+std::string FillIn(std::string_view page, const std::map<std::string_view, std::string>& parts) {
+    std::string filled;
+    for (;;) {
+        const size_t open = page.find("{{");
+        const size_t close = open == page.npos ? page.npos : page.find("}}", open);
+        if (close == page.npos) {
+            return filled.append(page);
+        }
+        filled.append(page.substr(0, open));
+        filled += parts.at(page.substr(open + 2, close - open - 2));
+        page.remove_prefix(close + 2);
+    }
+}
+
+bool HasTimes(const json& entry) {
+    return entry.at("start_ms").is_number() && entry.at("end_ms").is_number();
+}
+
+bool IsPhoneme(const json& entry) {
+    return HasTimes(entry) && entry.at("label").is_string() && entry.at("score").is_number();
+}
+
+bool IsSpan(const json& entry) {
+    return HasTimes(entry) && entry.at("text").is_string() && entry.at("text_offset").is_number() &&
+           entry.at("text_length").is_number();
+}
+
+bool IsFrame(const json& entry) {
+    const json& weights = entry.at("weights");
+    return HasTimes(entry) && weights.is_object() &&
+           std::ranges::all_of(weights, [](const json& weight) { return weight.is_number(); });
+}
+
+bool IsCurve(const json& entry) {
+    const json& keys = entry.at("keys");
+    return HasTimes(entry) && entry.at("label").is_string() && keys.is_array() && !keys.empty() &&
+           std::ranges::all_of(keys, [](const json& key) {
+               return key.is_array() && key.size() == 2 && key[0].is_number() && key[1].is_number();
+           });
+}
+
+bool IsListOf(bool (*isEntry)(const json&), const json& list) {
+    return list.is_array() && std::ranges::all_of(list, isEntry);
+}
+
+bool IsShowable(const json& result) {
+    return result.at("version") == kJsonVersion && result.at("code").is_number_integer() &&
+           result.at("message").is_string() && IsListOf(IsPhoneme, result.at("phonemes")) &&
+           IsListOf(IsSpan, result.at("words")) && IsListOf(IsSpan, result.at("events")) &&
+           IsListOf(IsFrame, result.at("frames")) && IsListOf(IsCurve, result.at("curves"));
+}
+
+} // namespace
+
+void RequireShowableJson(const std::string& path, const std::string& text) {
+    std::string reason;
+    try {
+        if (IsShowable(json::parse(text))) {
+            return;
+        }
+    } catch (const json::exception& error) {
+        reason = std::string("\n  ") + error.what();
+    }
+    throw Failure(kExitFailed, path + ": is no JSON of align, recognize or animate" + reason);
+}
+
+std::string MakeViewPage(const std::string& title, const std::string& json,
+                         const page_audio& audio) {
+    return FillIn(kViewSources.page, {{"title", EscapeMarkup(title)},
+                                      {"style", kViewSources.style},
+                                      {"script", kViewSources.script},
+                                      {"mouth", kViewSources.mouth},
+                                      {"result", EscapeJson(json)},
+                                      {"audio", AudioElements(audio)}});
+}

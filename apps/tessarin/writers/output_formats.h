@@ -1,0 +1,48 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "apps/tessarin/shape_map.h"
+#include "apps/tessarin/timed_result.h"
+
+/// Rises when a reader of the JSON of before would misread the new one.
+inline constexpr int kJsonVersion = 1;
+
+/// The whole result as one JSON object; text that is not valid UTF-8 gets replacement characters.
+/// docs/result.schema.json describes it.
+std::string WriteJson(const timed_result& result);
+
+/// One row a marker, in time order, behind a row with the names of the columns.
+std::string WriteTsv(const timed_result& result);
+
+/// A Praat TextGrid with the tiers `words` and `phones`, both without gaps.
+std::string WriteTextGrid(const timed_result& result);
+
+/// Captions of a few words each, as WebVTT with the time of every word, and as SRT.
+std::string WriteWebVtt(const timed_result& result);
+std::string WriteSrt(const timed_result& result);
+
+/// A row a frame: its time in ms, and the weight of each phoneme that the track has.
+std::string WriteCurvesCsv(const timed_result& result);
+
+/// A row a frame: its time in ms, and the weight of each shape of the map.
+std::string WriteShapesCsv(const timed_result& result, const ShapeMap& map);
+
+/// A shape that is shown until the next one.
+struct shape_switch {
+    int32_t startMs;
+    size_t shape;
+};
+
+/// One shape at a time, each for at least `holdMs`; only closed lips cut another shape short.
+/// Neighbours differ.
+std::vector<shape_switch> FindSwitches(const timed_result& result, const ShapeMap& map, int holdMs);
+
+/// Switches in the layouts that 2-D tools read, with times in seconds.
+std::string WriteSwitchesTsv(const timed_result& result, const ShapeMap& map, int holdMs);
+std::string WriteSwitchesXml(const timed_result& result, const ShapeMap& map, int holdMs);
+std::string WriteSwitchesJson(const timed_result& result, const ShapeMap& map, int holdMs);
+
+/// Switches for a Moho switch layer, by frames from 1 on.
+std::string WriteMohoSwitches(const timed_result& result, const ShapeMap& map, int holdMs);

@@ -1,0 +1,97 @@
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include <nlohmann/json.hpp>
+
+#include "apps/tessarin/writers/markup.h"
+#include "apps/tessarin/writers/output_formats.h"
+
+namespace {
+
+using json = nlohmann::ordered_json;
+
+std::string Seconds(int64_t ms) {
+    char text[32];
+    std::snprintf(text, sizeof(text), "%.2f", static_cast<double>(ms) / 1000.0);
+    return text;
+}
+
+int64_t EndOf(const timed_result& result) {
+    return std::max<int64_t>(result.durationMs,
+                             result.frames.empty() ? 0 : result.frames.back().endMs);
+}
+
+} // namespace
+
+std::vector<shape_switch> FindSwitches(const timed_result& result, const ShapeMap& map,
+                                       int holdMs) {
+    std::vector<shape_switch> switches = {{0, map.GetRest()}};
+    for (const mouth_frame& frame : result.frames) {
+        const size_t shape = map.FindStrongest(frame);
+        shape_switch& last = switches.back();
+        if (shape == last.shape) {
+            continue;
+        }
+        const bool isHeld = frame.startMs - last.startMs < holdMs;
+        if (frame.startMs <= last.startMs) {
+            last.shape = shape;
+        } else if (!isHeld || (map.IsClosed(shape) && !map.IsClosed(last.shape))) {
+            switches.push_back({frame.startMs, shape});
+        }
+    }
+    return switches;
+}
+
+std::string WriteSwitchesTsv(const timed_result& result, const ShapeMap& map, int holdMs) {
+    std::string table;
+    for (const shape_switch& each : FindSwitches(result, map, holdMs)) {
+        table += Seconds(each.startMs) + "\t" + map.GetShapes()[each.shape] + "\n";
+    }
+    return table + Seconds(EndOf(result)) + "\t" + map.GetShapes()[map.GetRest()] + "\n";
+}
+
+std::string WriteSwitchesXml(const timed_result& result, const ShapeMap& map, int holdMs) {
+    const std::vector<shape_switch> switches = FindSwitches(result, map, holdMs);
+    std::string text = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<rhubarbResult>\n"
+                       "  <metadata>\n    <soundFile>" +
+                       EscapeMarkup(result.audio) + "</soundFile>\n    <duration>" +
+                       Seconds(EndOf(result)) + "</duration>\n  </metadata>\n  <mouthCues>\n";
+    for (size_t i = 0; i < switches.size(); ++i) {
+        const int64_t endMs = i + 1 < switches.size() ? switches[i + 1].startMs : EndOf(result);
+        text += "    <mouthCue start=\"" + Seconds(switches[i].startMs) + "\" end=\"" +
+                Seconds(endMs) + "\">" + EscapeMarkup(map.GetShapes()[switches[i].shape]) +
+                "</mouthCue>\n";
+    }
+    return text + "  </mouthCues>\n</rhubarbResult>\n";
+}
+
+std::string WriteSwitchesJson(const timed_result& result, const ShapeMap& map, int holdMs) {
+    const std::vector<shape_switch> switches = FindSwitches(result, map, holdMs);
+    const auto seconds = [](int64_t ms) {
+        return std::round(static_cast<double>(ms) / 10.0) / 100.0;
+    };
+    json cues = json::array();
+    for (size_t i = 0; i < switches.size(); ++i) {
+        const int64_t endMs = i + 1 < switches.size() ? switches[i + 1].startMs : EndOf(result);
+        cues.push_back({{"start", seconds(switches[i].startMs)},
+                        {"end", seconds(endMs)},
+                        {"value", map.GetShapes()[switches[i].shape]}});
+    }
+    const json document = {
+        {"metadata", {{"soundFile", result.audio}, {"duration", seconds(EndOf(result))}}},
+        {"mouthCues", std::move(cues)}};
+    return document.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
+}
+
+std::string WriteMohoSwitches(const timed_result& result, const ShapeMap& map, int holdMs) {
+    std::string text = "MohoSwitch1\n";
+    size_t frame = 0;
+    for (const shape_switch& each : FindSwitches(result, map, holdMs)) {
+        while (frame < result.frames.size() && result.frames[frame].startMs < each.startMs) {
+            ++frame;
+        }
+        text += std::to_string(frame + 1) + " " + map.GetShapes()[each.shape] + "\n";
+    }
+    return text;
+}

@@ -1,0 +1,122 @@
+#include "audio/files/mmio_file.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace tessarin {
+
+namespace {
+
+constexpr uint32_t kRiff = FourCC("RIFF");
+constexpr uint32_t kData = FourCC("data");
+constexpr int64_t kHeaderSize = 8;
+constexpr int64_t kFormSize = 4;
+
+int32_t ErrorOf(open_failure failure) {
+    switch (failure) {
+    case open_failure::kNone:
+        return kMmioNoError;
+    case open_failure::kNoSuchFile:
+        return kMmioFileNotFound;
+    case open_failure::kNoSuchPath:
+        return kMmioPathNotFound;
+    case open_failure::kAccessDenied:
+        return kMmioAccessDenied;
+    case open_failure::kSharingViolation:
+        return kMmioSharingViolation;
+    case open_failure::kTooManyOpenFiles:
+        return kMmioTooManyOpenFiles;
+    case open_failure::kNoMemory:
+        return kMmioOutOfMemory;
+    case open_failure::kOther:
+        break;
+    }
+    return kMmioCannotOpen;
+}
+
+uint32_t LoadU32(const uint8_t* bytes) {
+    return uint32_t{bytes[0]} | uint32_t{bytes[1]} << 8 | uint32_t{bytes[2]} << 16 |
+           uint32_t{bytes[3]} << 24;
+}
+
+bool IsOpenEnded(const mmio_chunk& chunk, bool isParentOpenEnded) {
+    constexpr uint32_t kUnknown = std::numeric_limits<uint32_t>::max();
+    return (chunk.id == kRiff && (chunk.size == 0 || chunk.size == kUnknown)) ||
+           (chunk.id == kData &&
+            (chunk.size == kUnknown || (chunk.size == 0 && isParentOpenEnded)));
+}
+
+} // namespace
+
+int32_t MmioFile::Open(const char* path) {
+    return ErrorOf(file.Open(path));
+}
+
+int32_t MmioFile::DescendForm(uint32_t form, mmio_chunk* found) {
+    for (;;) {
+        mmio_chunk chunk;
+        if (const int32_t error = ReadHeader(file.GetSize(), false, &chunk)) {
+            return error;
+        }
+        uint8_t name[kFormSize];
+        if (chunk.id == kRiff && chunk.end - chunk.dataStart >= kFormSize &&
+            Read(name, sizeof(name)) == kFormSize && LoadU32(name) == form) {
+            chunk.form = form;
+            *found = chunk;
+            return kMmioNoError;
+        }
+        if (const int32_t error = Ascend(chunk)) {
+            return error;
+        }
+    }
+}
+
+int32_t MmioFile::DescendChunk(uint32_t id, const mmio_chunk& parent, mmio_chunk* found) {
+    for (;;) {
+        mmio_chunk chunk;
+        if (const int32_t error = ReadHeader(parent.end, parent.isOpenEnded, &chunk)) {
+            return error;
+        }
+        if (chunk.id == id) {
+            *found = chunk;
+            return kMmioNoError;
+        }
+        if (const int32_t error = Ascend(chunk)) {
+            return error;
+        }
+    }
+}
+
+int32_t MmioFile::Ascend(const mmio_chunk& chunk) {
+    return Seek(chunk.end + (chunk.end - chunk.dataStart) % 2);
+}
+
+int32_t MmioFile::Seek(int64_t position) {
+    return file.Seek(position) ? kMmioNoError : kMmioCannotSeek;
+}
+
+/// Reads the header that stands at the present position, before `limit` and the end of the file.
+int32_t MmioFile::ReadHeader(int64_t limit, bool isParentOpenEnded, mmio_chunk* chunk) {
+    const int64_t start = Tell();
+    if (start < 0) {
+        return kMmioCannotSeek;
+    }
+    uint8_t header[kHeaderSize];
+    if (start + kHeaderSize > std::min(limit, file.GetSize()) ||
+        Read(header, sizeof(header)) != kHeaderSize) {
+        return kMmioChunkNotFound;
+    }
+    chunk->id = LoadU32(header);
+    chunk->size = LoadU32(header + 4);
+    chunk->dataStart = start + kHeaderSize;
+    chunk->end = chunk->dataStart + chunk->size;
+    chunk->isOpenEnded = IsOpenEnded(*chunk, isParentOpenEnded);
+    if (chunk->isOpenEnded) {
+        constexpr int64_t kLargest = std::numeric_limits<uint32_t>::max();
+        chunk->end = file.GetSize();
+        chunk->size = static_cast<uint32_t>(std::min(chunk->end - chunk->dataStart, kLargest));
+    }
+    return kMmioNoError;
+}
+
+} // namespace tessarin

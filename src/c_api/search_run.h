@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "c_api/audio_samples.h"
+#include "c_api/handles.h"
+#include "c_api/span_text.h"
+#include "c_api/transcriber_pool.h"
+#include "tessarin/tessarin_c.h"
+
+struct tessarin_model {
+    tessarin::model_owner hmm;
+};
+
+/// What a search found: the engine's own markers, from which tracks are made, and their copies.
+struct tessarin_result {
+    tessarin::results_owner markers;
+    std::vector<tessarin_phoneme> phonemes;
+    std::vector<tessarin_span> words;
+    std::vector<tessarin_span> events;
+    std::vector<std::unique_ptr<std::string>> texts; ///< of the spans
+    mutable std::mutex lock;                         ///< over the markers
+};
+
+struct tessarin_transcript {
+    std::vector<tessarin_token> tokens;
+    std::vector<std::unique_ptr<std::string>> texts;
+};
+
+namespace tessarin {
+
+/// What a search is given.
+struct search_input {
+    const tessarin_model& model;
+    const tessarin_audio& audio;
+    const tessarin_search_options* options;
+    const tessarin_progress* progress;
+};
+
+/// Both set `out` when they return 0 or kRecognitionFailed.
+error_code Align(const search_input& input, tessarin_language& language, const char* text,
+                 std::unique_ptr<tessarin_result>& out);
+error_code Recognize(const search_input& input, std::unique_ptr<tessarin_result>& out);
+
+error_code Transcribe(tessarin_language& language, const char* text,
+                      std::unique_ptr<tessarin_transcript>& out);
+
+} // namespace tessarin

@@ -1,0 +1,72 @@
+#include <algorithm>
+#include <istream>
+
+#include "base/flog.h"
+#include "model/accoustic_hmm.h"
+
+namespace tessarin {
+namespace {
+
+constexpr int64_t kObservationMs = 10;
+
+/// What the self-loop of a phoneme past its limit is worth.
+constexpr float kPastLimitFactor = 1e-7f;
+
+} // namespace
+
+void CAccousticHMM::ClearConstraints() {
+    constraints.clear();
+}
+
+bool CAccousticHMM::ReadConstraints(std::istream& text) {
+    flog scope("CAccousticHMM::ReadConstraints");
+    ClearConstraints();
+    constraints.resize(static_cast<size_t>(numModels));
+    bool allKnown = true;
+    std::string labelString;
+    std::vector<uint16_t> phonemes;
+    while (text >> labelString) {
+        phonemes.clear();
+        if (!LabelsToIndices(labelString.c_str(), phonemes)) {
+            // Kept: the number is left to be taken for a label string; the load has failed anyway.
+            allKnown = false;
+            continue;
+        }
+        int32_t milliseconds = 0;
+        if (!(text >> milliseconds)) {
+            break;
+        }
+        const int64_t perState = milliseconds / (numStates * kObservationMs);
+        for (const uint16_t phoneme : phonemes) {
+            constraints[phoneme] = static_cast<uint32_t>(std::max<int64_t>(perState, 0));
+        }
+    }
+    if (!allKnown) {
+        ClearConstraints();
+    }
+    return allKnown;
+}
+
+uint32_t CAccousticHMM::LimitOf(int32_t phoneme) const {
+    const size_t index = static_cast<size_t>(phoneme);
+    return phoneme >= 0 && index < constraints.size() ? constraints[index] : 0;
+}
+
+int32_t CAccousticHMM::GetPhoneLimitMs(const char* label) const {
+    uint32_t phoneme = kNoPhoneme;
+    FindLabel(label, &phoneme);
+    const uint32_t limit = phoneme < constraints.size() ? constraints[phoneme] : 0;
+    return limit == 0 ? -1 : static_cast<int32_t>(limit * uint32_t{kObservationMs});
+}
+
+bool CAccousticHMM::IsUnderPhoneLimit(int32_t state, int32_t frames) const {
+    const uint32_t limit = state >= 0 ? LimitOf(state / kStatesOfPhoneme) : 0;
+    return limit == 0 || frames < int64_t{limit};
+}
+
+float CAccousticHMM::GetPhoneDurationFactor(int32_t from, int32_t to, int32_t frames) const {
+    const uint32_t limit = from == to ? LimitOf(from) : 0;
+    return limit != 0 && frames > int64_t{limit} ? kPastLimitFactor : 1.0f;
+}
+
+} // namespace tessarin

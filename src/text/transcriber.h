@@ -1,0 +1,114 @@
+#pragma once
+
+#include "base/tarray.h"
+#include "tessarin/transcriber.h"
+#include "text/lexicon/cm_dict.h"
+#include "text/pronunciation/grapheme_to_phone_rules.h"
+#include "text/pronunciation/pronunciation_builder.h"
+#include "text/text_reader.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace tessarin {
+
+/// Cuts a text into tokens and pronounces them: first by the lexicon, then by the language module.
+/// Numbers, money, addresses, abbreviations and tags are converted to words before.
+///
+/// A `padded` word is in upper case with a blank before and behind it.
+class CTranscriber : public IVisemixTranscriber {
+public:
+    /// Without a lexicon only the language module speaks; without a module there are no rules and
+    /// no words.
+    CTranscriber(speak_dict_ptr lexicon, std::unique_ptr<CGraphemeToPhoneRules<char>> language);
+    CTranscriber(const CTranscriber&) = delete;
+    CTranscriber& operator=(const CTranscriber&) = delete;
+
+    bool Transcribe(const char* text) override;
+    bool Transcribe(IQuibConvertedText* converted) override;
+    void getTranscriberInfo(TranscriberInfo* out) override;
+    CTxMarker* GetOutputMarkers(uint32_t* count) override;
+    const char* GetTranscription() override;
+    void GenerateTimedMarkers(ISyncResultsCollection* results) override;
+    const char* GetInfoString(uint32_t* length) override;
+    int32_t AddRef() override;
+    int32_t Release() override;
+    uint32_t GetInputChar(int32_t index) override;
+
+    virtual ~CTranscriber();
+    /// Replaces the lexicon, which may be null and belongs to the transcriber when `owned`.
+    virtual void SetSpeakDict(ISpeakDict* newDict, bool owned);
+    virtual void setTranscriberInfo(const TranscriberInfo* newInfo);
+
+    /// The text that GetInfoString gives.
+    void SetInfoString(std::string_view text) { infoString = text; }
+    const CGraphemeToPhoneRules<char>& GetLanguageModule() const { return *module; }
+
+private:
+    void SetInput(const char* text);
+    void ReleaseMarkers();
+
+    void Translate();
+    void ReadToken(CTxMarker& marker);
+    void SkipBehind(char closing);
+    void ConvertTag(CTxMarker& marker);
+    void ConvertPunctuation(CTxMarker& marker);
+    void AppendMarker(CTxMarker& marker);
+
+    // How one word is said.
+    void TranscribeWord(const std::string& padded);
+    bool LookupWord(std::string_view word);
+    void TranscribeInPieces(std::string_view word);
+    void SpellWord(const std::string& padded);
+    void SpeakAsciiChar(uint32_t code);
+    void SpeakWordOf(const char* const* words, uint32_t index);
+
+    // What begins with a letter or a quote.
+    void convert_word();
+    bool IsDottedAbbreviation() const;
+    bool IsWordLetter(uint32_t code) const;
+    void ReadWord(std::string& padded, bool isDotted);
+    void convert_abbreviation(const std::string& padded);
+    void convert_ascii();
+
+    // Addresses.
+    void convert_url(const std::string& padded, bool spelled);
+    void convert_email(const std::string& padded);
+    void convert_web();
+
+    // Numbers.
+    void convert_number();
+    void convert_money();
+    uint32_t ReadNumber(uint32_t& lastDigit);
+    bool IsDecimalPoint() const;
+    bool HasOrdinalSuffix(uint32_t lastDigit) const;
+    void SpeakDecimals();
+    void SpeakCents();
+    void SpeakCardinal(int32_t n);
+    void SpeakOrdinal(int32_t n);
+    void SpeakTens(uint32_t n, const char* const* lastUnits, const char* const* lastTens);
+    void SpeakSymbolWord(symbol_word word);
+    void SpeakScaleWord(scale_word word);
+
+    // Tags: each takes the marker of a tag and tells whether the tag is its own.
+    bool CheckPronunciationXML(CTxMarker& marker);
+    bool CheckCutMarkerXML(CTxMarker& marker);
+    bool CheckPauseXML(CTxMarker& marker);
+    bool CheckSoundXML(const CTxMarker& marker);
+
+    bool automaticBreath = false;
+    int32_t references = 1;
+    TranscriberInfo info = {};
+    PronunciationBuilder builder;
+    speak_dict_ptr ownDict; ///< null when the lexicon belongs to somebody else
+    ISpeakDict* dict = nullptr;
+    text_reader reader;
+    TArray<CTxMarker> markers;
+    std::unique_ptr<CGraphemeToPhoneRules<char>> module; ///< never null
+    std::unique_ptr<char[]> transcription;               ///< what GetTranscription gave out last
+    std::string infoString;
+};
+
+} // namespace tessarin

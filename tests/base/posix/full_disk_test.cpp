@@ -1,0 +1,48 @@
+#include "base/whole_file.h"
+
+#include <filesystem>
+#include <sys/stat.h>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/posix/process_limit.h"
+#include "support/temp_file.h"
+
+namespace tessarin {
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST(WriteWholeFile, KeepsTheOldFileWhenTheDiskIsFull) {
+    const test::TempFile folder(".folder");
+    fs::create_directory(folder.Path());
+    const std::string path = std::string(folder.Path()) + "/words";
+    const std::vector<uint8_t> old = {'o', 'l', 'd'};
+    ASSERT_EQ(WriteWholeFile(path.c_str(), old), 0);
+    {
+        const test::process_limit limit(RLIMIT_FSIZE, 4096);
+        EXPECT_EQ(WriteWholeFile(path.c_str(), std::vector<uint8_t>(100000)), 17);
+    }
+    EXPECT_EQ(fs::file_size(path), old.size());
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), fs::directory_iterator()), 1);
+}
+
+TEST(WriteWholeFile, TellsThatADeviceTookNothing) {
+    if (!fs::exists("/dev/full")) {
+        GTEST_SKIP() << "no device that is always full";
+    }
+    EXPECT_EQ(WriteWholeFile("/dev/full", std::vector<uint8_t>(100000)), 17);
+    EXPECT_EQ(WriteWholeFile("/dev/null", std::vector<uint8_t>(100000)), 0);
+}
+
+TEST(ReadWholeFile, TakesNoPipe) {
+    const test::TempFile pipe(".pipe");
+    ASSERT_EQ(mkfifo(pipe.Path(), 0600), 0);
+    uint32_t size = 0;
+    EXPECT_EQ(ReadWholeFile(pipe.Path(), &size, false), nullptr);
+    EXPECT_FALSE(FileExists(pipe.Path()));
+}
+
+} // namespace
+} // namespace tessarin

@@ -1,0 +1,132 @@
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/tool/run_tool.h"
+
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+TEST(CommandLine, HelpAndVersionSucceedAndMisuseExitsWithOne) {
+    EXPECT_EQ(RunTool("--help").exitCode, 0);
+    EXPECT_EQ(RunTool("--version").exitCode, 0);
+    for (const char* command : {"align", "transcribe", "inspect"}) {
+        SCOPED_TRACE(command);
+        EXPECT_THAT(RunTool(std::string(command) + " --help").output, HasSubstr(command));
+    }
+    for (const char* arguments :
+         {"", "sing", "align", "inspect", "align x.wav", "transcribe", "transcribe x",
+          "align x.wav --text a --text-file b", "align x.wav --text a --fps fast",
+          "align x.wav --text a --format xml", "align x.wav --text a --channel left"}) {
+        SCOPED_TRACE(arguments);
+        const tool_run run = RunTool(arguments);
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_EQ(run.output, "") << "messages go to standard error";
+        EXPECT_NE(run.errors, "");
+    }
+}
+
+TEST(CommandLine, FailuresNameTheFileAndExitWithTwo) {
+    const ScratchFolder scratch;
+    const std::string noise = scratch.Path("noise.wav");
+    WriteFile(noise, "this is no recording");
+    const std::string shortModel = scratch.Path("short.model");
+    WriteFile(shortModel, "mmhz\1");
+    const std::string text = " --text hello";
+    for (const std::string& arguments :
+         {"align " + scratch.Path("none.wav") + text, "align " + noise + text,
+          "align " + DemoRecording() + text + " --model " + shortModel,
+          "align " + DemoRecording() + text + " --lexicon " + scratch.Path("none.txt"),
+          "align " + DemoRecording() + text + " --rules " + shortModel,
+          "align " + DemoRecording() + text + " --channel 7",
+          "align " + DemoRecording() + text + " --data " + scratch.Path("none"),
+          "align " + DemoRecording() + text + " -o " + scratch.Path("none/out.json"),
+          "inspect " + noise, "inspect " + shortModel}) {
+        SCOPED_TRACE(arguments);
+        const tool_run run = RunTool(arguments);
+        EXPECT_EQ(run.exitCode, 2);
+        EXPECT_EQ(run.output, "");
+        EXPECT_THAT(run.errors, StartsWith("tessarin: "));
+    }
+    EXPECT_THAT(RunTool("align " + scratch.Path("none.wav") + text).errors,
+                HasSubstr(scratch.Path("none.wav") + ": A required file could not be found. "
+                                                     "(code 10)"));
+}
+
+TEST(CommandLine, LostTextStillWritesWhatWasFound) {
+    const ScratchFolder scratch;
+    std::string foreign;
+    for (int i = 0; i < 400; ++i) {
+        foreign += "nobody ever uttered any such words in here ";
+    }
+    WriteFile(scratch.Path("foreign.txt"), foreign);
+    const tool_run run = RunTool("align " + DemoRecording() + " --text-file " +
+                                 scratch.Path("foreign.txt") + " -o " + scratch.Path("out.json"));
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_THAT(run.errors, HasSubstr("(code 8)"));
+    const json result = json::parse(ReadFile(scratch.Path("out.json")));
+    EXPECT_EQ(result["code"], 8);
+    EXPECT_FALSE(result["phonemes"].empty());
+}
+
+TEST(CommandLine, AlignWritesTheWholeResult) {
+    const tool_run run =
+        RunTool("align " + DemoRecording() + " --text-file " + DemoText() + " --fps 25");
+    ASSERT_EQ(run.exitCode, 0) << run.errors;
+    const json result = json::parse(run.output);
+    EXPECT_EQ(result["code"], 0);
+    EXPECT_EQ(result["message"], "No Error");
+    EXPECT_GT(result["duration_ms"], 500);
+    EXPECT_GT(result["phonemes"].size(), result["words"].size());
+    ASSERT_GT(result["frames"].size(), 10u);
+    for (const json& frame : result["frames"]) {
+        double sum = 0;
+        for (const auto& [label, weight] : frame["weights"].items()) {
+            sum += weight.get<double>();
+        }
+        EXPECT_NEAR(sum, 1.0, 1e-3);
+        EXPECT_EQ(frame["end_ms"].get<int>() - frame["start_ms"].get<int>(), 40);
+    }
+    const std::string text = ReadFile(DemoText());
+    for (const json& word : result["words"]) {
+        EXPECT_EQ(word["text"], text.substr(word["text_offset"], word["text_length"]));
+    }
+}
+
+TEST(CommandLine, TsvHasOneRowAMarker) {
+    const std::string arguments = "align " + DemoRecording() + " --text-file " + DemoText();
+    const json result = json::parse(RunTool(arguments).output);
+    const std::string table = RunTool(arguments + " --format tsv").output;
+    const auto rows = static_cast<size_t>(std::count(table.begin(), table.end(), '\n'));
+    EXPECT_EQ(rows,
+              1 + result["phonemes"].size() + result["words"].size() + result["events"].size());
+    EXPECT_THAT(table, StartsWith("start_ms\tend_ms\ttype\ttext\tscore\t"));
+}
+
+TEST(CommandLine, TranscribeShowsWordsKindsAndPhonemes) {
+    const std::string expected = "start\tend\tkind\ttext\tphonemes\n"
+                                 "0\t5\tword\tHello\thAHlOW|hEHlOW\n"
+                                 "5\t6\tpunctuation\t,\tx\n"
+                                 "7\t10\tword\tMr.\tmIHstER\n";
+    EXPECT_EQ(RunTool("transcribe --text 'Hello, Mr.'").output, expected);
+    EXPECT_EQ(RunTool("transcribe -", "Hello, Mr.").output, expected);
+    const json tokens =
+        json::parse(RunTool("transcribe --format json --text 'Hello, Mr.'").output)["tokens"];
+    ASSERT_EQ(tokens.size(), 3u);
+    EXPECT_EQ(tokens[0]["phonemes"][0][1], "hEHlOW");
+}
+
+TEST(CommandLine, InspectTellsRecordingsAndModels) {
+    EXPECT_THAT(RunTool("inspect " + DemoRecording()).output, HasSubstr("rate             16000"));
+    const tool_run model = RunTool("inspect " TESSARIN_SOURCE_DIR "/data/en-us.model");
+    EXPECT_EQ(model.exitCode, 0);
+    EXPECT_THAT(model.output, HasSubstr("phonemes         40: x m p b"));
+    EXPECT_THAT(model.output, HasSubstr("3 a phoneme, 120 in all"));
+}
+
+} // namespace

@@ -1,0 +1,201 @@
+#include <cmath>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/tool/run_tool.h"
+
+namespace {
+
+using nlohmann::json;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+using table = std::vector<std::vector<std::string>>;
+
+table ReadTable(const std::string& text, char separator) {
+    table rows;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream cells(line);
+        rows.emplace_back();
+        for (std::string cell; std::getline(cells, cell, separator);) {
+            rows.back().push_back(cell);
+        }
+    }
+    return rows;
+}
+
+/// A closed sound, an open one and a pause, with room for both.
+constexpr const char* kMapa = "_ 200\nm 90\nAA 200\np 80\nAA 240\n_ 200\n";
+
+std::string Animate(const std::string& options, const std::string& timings = kMapa) {
+    const tool_run run = RunTool("animate - " + options, timings);
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    return run.output;
+}
+
+TEST(Outputs, OneRunWritesManyFilesByTheirEndings) {
+    const ScratchFolder scratch;
+    const std::map<std::string, std::string> firstLines = {
+        {"a.json", "{"},
+        {"a.tsv", "start_ms\tend_ms\ttype\ttext\tscore\ttext_offset\ttext_length"},
+        {"a.TextGrid", "File type = \"ooTextFile\""},
+        {"a.VTT", "WEBVTT"},
+        {"a.csv", "time_ms,AA,m,p,x"},
+        {"a.visemes.csv", "time_ms,sil,PP,FF,TH,DD,kk,CH,SS,nn,RR,aa,E,ih,oh,ou"},
+        {"a.vrm.csv", "time_ms,aa,ih,ou,ee,oh"},
+        {"a.switches.tsv", "0.00\tX"},
+        {"a.switches.json", "{"},
+        {"a.xml", "<?xml version=\"1.0\" encoding=\"utf-8\"?>"},
+        {"a.dat", "MohoSwitch1"},
+    };
+    std::string options;
+    for (const auto& [name, line] : firstLines) {
+        options += " -o " + scratch.Path(name);
+    }
+    EXPECT_EQ(Animate(options), "");
+    for (const auto& [name, line] : firstLines) {
+        SCOPED_TRACE(name);
+        const std::string text = ReadFile(scratch.Path(name));
+        EXPECT_EQ(text.substr(0, text.find('\n')), line);
+    }
+    EXPECT_EQ(ReadFile(scratch.Path("a.tsv")), Animate("--format tsv"));
+}
+
+TEST(Outputs, SaysWhichOutputItCannotMakeBeforeTheWork) {
+    const ScratchFolder scratch;
+    WriteFile(scratch.Path("bad.shapes"), "set visemes\nshapes A B\n\nAA C\n");
+    const struct {
+        std::string options;
+        int exitCode;
+        const char* message;
+    } cases[] = {
+        {"-o x.wav", 1, "x.wav: its ending tells no format; name one with --format"},
+        {"-o - -o - -o - --format json --format tsv", 1, "--format: give one for all outputs"},
+        {"--format shapes", 1, "--format shapes: name a map of shapes with --shapes"},
+        {"--shapes " + scratch.Path("bad.shapes"), 2, "bad.shapes: line 4: there is no shape C"},
+        {"--shapes none.shapes", 2, "none.shapes: cannot be opened"},
+        {"--gain pq=1", 1, "--gain pq=1: give PHONEMES=FACTOR"},
+        {"--gain p=-1", 1, "--gain p=-1"},
+        {"--quantize 900-100", 1, "--quantize 900-100: give FROM-TO in milliseconds"},
+    };
+    for (const auto& [options, exitCode, message] : cases) {
+        const tool_run run = RunTool("animate - " + options, kMapa);
+        EXPECT_EQ(run.exitCode, exitCode) << options;
+        EXPECT_EQ(run.output, "");
+        EXPECT_THAT(run.errors, HasSubstr(message));
+    }
+}
+
+TEST(Outputs, WeightsOfShapesAreThoseOfTheirPhonemes) {
+    const table curves = ReadTable(Animate("--format csv"), ',');
+    const table visemes = ReadTable(Animate("--format visemes"), ',');
+    ASSERT_EQ(curves.size(), visemes.size());
+    ASSERT_GT(curves.size(), 20u);
+    const auto cell = [](const std::vector<std::string>& row, size_t column) {
+        return std::stod(row.at(column));
+    };
+    for (size_t row = 1; row < curves.size(); ++row) {
+        EXPECT_EQ(curves[row][0], visemes[row][0]);
+        EXPECT_NEAR(cell(visemes[row], 2), cell(curves[row], 2) + cell(curves[row], 3), 2e-4);
+        EXPECT_NEAR(cell(visemes[row], 11), cell(curves[row], 1), 1e-4) << "aa";
+        double sum = 0;
+        for (size_t column = 1; column < visemes[row].size(); ++column) {
+            sum += cell(visemes[row], column);
+        }
+        EXPECT_NEAR(sum, 1.0, 2e-3);
+    }
+}
+
+TEST(Outputs, AUsersMapTakesThePlaceOfTheBuiltInOne) {
+    const ScratchFolder scratch;
+    WriteFile(scratch.Path("two.shapes"), "# mine\nset switches\nshapes shut open\nclosed shut\n"
+                                          "rest shut\nAA open\nm shut\np shut\n");
+    const std::string mine = "--shapes " + scratch.Path("two.shapes");
+    EXPECT_THAT(Animate(mine + " --format switches-tsv"),
+                AllOf(HasSubstr("\topen\n"), testing::Not(HasSubstr("D"))));
+    EXPECT_THAT(Animate(mine + " --format shapes"), testing::StartsWith("time_ms,shut,open\n"));
+    EXPECT_THAT(Animate(mine + " --format visemes"), testing::StartsWith("time_ms,sil,PP"));
+}
+
+TEST(Outputs, SwitchesCloseTheLipsAndHold) {
+    std::vector<std::string> shapes;
+    for (const auto& row : ReadTable(Animate("--format switches-tsv"), '\t')) {
+        shapes.push_back(row.at(1));
+    }
+    EXPECT_THAT(shapes, ElementsAre("X", "A", "D", "A", "D", "X", "X"));
+
+    const std::string fast = "_ 100\ns 40\nAA 40\ns 40\nIY 40\np 40\ns 40\nAA 40\n_ 100\n";
+    const table held = ReadTable(Animate("--format switches-tsv --hold 130", fast), '\t');
+    bool isClosed = false;
+    for (size_t i = 1; i + 1 < held.size(); ++i) {
+        const double lasted = std::stod(held[i][0]) - std::stod(held[i - 1][0]);
+        const bool closes = held[i][1] == "A";
+        EXPECT_TRUE(lasted >= 0.125 || closes) << held[i][0];
+        isClosed = isClosed || closes;
+    }
+    EXPECT_TRUE(isClosed) << "no hold suppresses closed lips";
+}
+
+TEST(Outputs, ControlsReachTheTrack) {
+    const auto track = [](const std::string& options) { return json::parse(Animate(options)); };
+    const json plain = track("");
+    EXPECT_EQ(plain["version"], 1);
+    EXPECT_NE(plain["frames"], track("--smooth")["frames"]);
+    EXPECT_NE(track("--smooth")["frames"], track("--smooth --slope 0.05")["frames"]);
+    EXPECT_EQ(track("--fps 10")["frames"][1]["start_ms"], 100);
+    const json single = track("--max-shapes 1");
+    for (const json& frame : single["frames"]) {
+        EXPECT_EQ(frame["weights"].size(), 1u);
+    }
+    const auto weightOfM = [](const json& result) {
+        double most = 0;
+        for (const json& frame : result["frames"]) {
+            most = std::max(most, frame["weights"].value("m", 0.0));
+        }
+        return most;
+    };
+    EXPECT_GT(weightOfM(track("--gain m=1.5")), weightOfM(plain) + 0.1);
+
+    // Curves with common keys: what one curve has as a key, every curve around it has.
+    const json common = track("--common-keys")["curves"];
+    size_t keys = 0;
+    for (const json& curve : common) {
+        keys += curve["keys"].size();
+    }
+    EXPECT_GT(common.size(), plain["curves"].size());
+    EXPECT_GT(keys, 0u);
+
+    const json stretch = track("--quantize 300-450:1")["stretches"];
+    ASSERT_EQ(stretch.size(), 1u);
+    EXPECT_EQ(stretch[0]["weights"].begin().key(), "AA");
+}
+
+TEST(Outputs, CaptionsEndWithSentencesAndPauses) {
+    const std::string rows = "start_ms\tend_ms\ttype\ttext\n"
+                             "0\t300\tphoneme\tAH\n"
+                             "0\t300\tword\tone\n300\t600\tword\tR&D\n1400\t1600\tword\tthree\n";
+    EXPECT_EQ(Animate("--format srt", rows), "1\n00:00:00,000 --> 00:00:00,600\none R&D\n\n"
+                                             "2\n00:00:01,400 --> 00:00:01,600\nthree\n");
+    EXPECT_EQ(Animate("--format vtt", rows),
+              "WEBVTT\n\n00:00:00.000 --> 00:00:00.600\none <00:00:00.300>R&amp;D\n\n"
+              "00:00:01.400 --> 00:00:01.600\nthree\n");
+}
+
+TEST(Outputs, TextGridsHaveNoGapsAndDoubleTheirQuotes) {
+    const std::string rows = "start_ms\tend_ms\ttype\ttext\n100\t300\tphoneme\tAH\n"
+                             "300\t400\tphoneme\tb\n150\t400\tword\tso \"called\"\n";
+    const std::string grid = Animate("--format textgrid", rows);
+    EXPECT_THAT(grid, HasSubstr("text = \"so \"\"called\"\"\""));
+    EXPECT_THAT(grid, HasSubstr("intervals: size = 2"));
+    EXPECT_THAT(grid, HasSubstr("intervals: size = 3"));
+}
+
+} // namespace

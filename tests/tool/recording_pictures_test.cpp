@@ -1,0 +1,187 @@
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <numbers>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <png.h>
+
+#include "support/riff_builder.h"
+#include "tests/tool/run_tool.h"
+
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+
+constexpr int kRate = 16000;
+
+struct picture {
+    int width = 0;
+    int height = 0;
+    std::vector<uint8_t> pixels;
+
+    int Brightness(int x, int y) const {
+        const size_t at =
+            (static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x)) * 3;
+        return pixels[at] + pixels[at + 1] + pixels[at + 2];
+    }
+    /// The brightest place of a column, from 0 at the bottom of the spectrum to 1 at its top.
+    double Peak(int x) const {
+        constexpr int kTop = 84;
+        constexpr int kRows = 320;
+        int best = 0;
+        for (int row = 0; row < kRows; ++row) {
+            best = Brightness(x, kTop + row) > Brightness(x, kTop + best) ? row : best;
+        }
+        return 1.0 - static_cast<double>(best) / (kRows - 1);
+    }
+};
+
+picture ReadPng(const std::string& content) {
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    EXPECT_NE(png_image_begin_read_from_memory(&image, content.data(), content.size()), 0);
+    image.format = PNG_FORMAT_RGB;
+    picture result{static_cast<int>(image.width), static_cast<int>(image.height), {}};
+    result.pixels.resize(PNG_IMAGE_SIZE(image));
+    EXPECT_NE(png_image_finish_read(&image, nullptr, result.pixels.data(), 0, nullptr), 0);
+    return result;
+}
+
+/// A second of each tone.
+std::vector<int16_t> Tones(const std::vector<double>& frequencies) {
+    std::vector<int16_t> samples;
+    for (const double hz : frequencies) {
+        for (int i = 0; i < kRate; ++i) {
+            samples.push_back(
+                static_cast<int16_t>(8000 * std::sin(2 * std::numbers::pi * hz * i / kRate)));
+        }
+    }
+    return samples;
+}
+
+std::string Bytes(const tessarin::test::bytes& content) {
+    return {content.begin(), content.end()};
+}
+
+TEST(Spectrogram, ShowsTonesAtTheirTimesAndFrequencies) {
+    const ScratchFolder scratch;
+    const std::string audio = scratch.Path("tones.wav");
+    WriteFile(audio, Bytes(tessarin::test::WavFile(kRate, 1, Tones({1000, 6000, 3000}))));
+    const tool_run run = RunTool("spectrogram " + audio + " -o - --scale 100");
+    ASSERT_EQ(run.exitCode, 0) << run.errors;
+    const picture all = ReadPng(run.output);
+    constexpr int kLeft = 44;
+    EXPECT_EQ(all.width, kLeft + 300 + 18);
+    const double expected[] = {1.0 / 8, 6.0 / 8, 3.0 / 8};
+    for (int second = 0; second < 3; ++second) {
+        EXPECT_NEAR(all.Peak(kLeft + second * 100 + 50), expected[second], 0.02);
+    }
+
+    const tool_run part =
+        RunTool("spectrogram " + audio + " -o - --scale 100 --from 1500 --to 2500 --top 4000");
+    const picture middle = ReadPng(part.output);
+    EXPECT_EQ(middle.width, kLeft + 100 + 18);
+    EXPECT_NEAR(middle.Peak(kLeft + 75), 3.0 / 4, 0.02);
+}
+
+TEST(Spectrogram, DrawsTheBoundariesThatAreKnown) {
+    const ScratchFolder scratch;
+    const std::string audio = scratch.Path("tone.wav");
+    WriteFile(audio, Bytes(tessarin::test::WavFile(kRate, 1, Tones({2000}))));
+    WriteFile(scratch.Path("known.json"),
+              R"({"phonemes": [{"label": "AH", "start_ms": 200, "end_ms": 700}],
+                  "words": [{"text": "Łódź", "start_ms": 200, "end_ms": 700}]})");
+    const tool_run run = RunTool("spectrogram " + audio + " -o " + scratch.Path("out.png") +
+                                 " --scale 100 --timings " + scratch.Path("known.json"));
+    ASSERT_EQ(run.exitCode, 0) << run.errors;
+    const picture drawn = ReadPng(ReadFile(scratch.Path("out.png")));
+    const int y = 84 + 10; // where the tone is silent
+    EXPECT_GT(drawn.Brightness(44 + 20, y), 600);
+    EXPECT_GT(drawn.Brightness(44 + 70, y), 600);
+    EXPECT_LT(drawn.Brightness(44 + 45, y), 200);
+}
+
+TEST(Spectrogram, AlignsATextAndTellsWhenItIsLost) {
+    const ScratchFolder scratch;
+    const std::string out = scratch.Path("out.png");
+    EXPECT_EQ(
+        RunTool("spectrogram " + DemoRecording() + " --text-file " + DemoText() + " -o " + out)
+            .exitCode,
+        0);
+    const picture aligned = ReadPng(ReadFile(out));
+    EXPECT_EQ(aligned.height, 474) << "with a row for phonemes and one for words";
+    const tool_run lost = RunTool("spectrogram " + DemoRecording() + " --text-file " + DemoText() +
+                                  " --to 6000 -o " + out);
+    EXPECT_EQ(lost.exitCode, 2);
+    EXPECT_EQ(ReadPng(ReadFile(out)).width, 44 + 1500 + 18) << "the picture is there all the same";
+    EXPECT_EQ(RunTool("spectrogram " + DemoRecording() + " --text a --timings b -o c").exitCode, 1);
+}
+
+TEST(Cut, KeepsTheSamplesOfEveryChannel) {
+    std::vector<int16_t> interleaved;
+    for (int i = 0; i < kRate; ++i) {
+        interleaved.push_back(static_cast<int16_t>(i));
+        interleaved.push_back(static_cast<int16_t>(-i));
+    }
+    const ScratchFolder scratch;
+    const std::string audio = scratch.Path("both.wav");
+    WriteFile(audio, Bytes(tessarin::test::WavFile(kRate, 2, interleaved)));
+    const std::string range = " --from 250 --to 500 -o ";
+    ASSERT_EQ(RunTool("cut " + audio + range + scratch.Path("cut.wav")).exitCode, 0);
+    const std::string cut = ReadFile(scratch.Path("cut.wav"));
+    const std::vector<int16_t> expected(interleaved.begin() + 8000, interleaved.begin() + 16000);
+    ASSERT_GT(cut.size(), expected.size() * 2);
+    EXPECT_EQ(cut.substr(cut.size() - expected.size() * 2),
+              std::string(reinterpret_cast<const char*>(expected.data()), expected.size() * 2));
+
+    const tool_run second = RunTool("cut " + audio + " --channel 2" + range + "-");
+    ASSERT_EQ(second.exitCode, 0);
+    int16_t first = 0;
+    std::memcpy(&first, second.output.data() + second.output.size() - expected.size(), 2);
+    EXPECT_EQ(first, -4000);
+}
+
+TEST(Cut, TellsWhatCannotBe) {
+    const ScratchFolder scratch;
+    const std::string to = " -o " + scratch.Path("cut.wav");
+    const tool_run behind = RunTool("cut " + DemoRecording() + " --from 99999999" + to);
+    EXPECT_EQ(behind.exitCode, 2);
+    EXPECT_THAT(behind.errors, HasSubstr("has nothing there; it lasts"));
+    EXPECT_EQ(RunTool("cut " + DemoRecording() + " --from 500 --to 400" + to).exitCode, 1);
+    EXPECT_EQ(RunTool("cut " + DemoRecording() + " --from -5" + to).exitCode, 1);
+    EXPECT_EQ(RunTool("cut no-such-file.wav" + to).exitCode, 2);
+    EXPECT_FALSE(std::filesystem::exists(scratch.Path("cut.wav")));
+}
+
+TEST(Stretch, IsHeardAsIfItWereAFileOfItsOwn) {
+    const ScratchFolder scratch;
+    const std::string cut = scratch.Path("cut.wav");
+    const std::string range = " --from 1100 --to 3500";
+    ASSERT_EQ(RunTool("cut " + DemoRecording() + range + " -o " + cut).exitCode, 0);
+    for (const std::string command : {"recognize", "align"}) {
+        SCOPED_TRACE(command);
+        const std::string text = command == "align" ? " --text 'enter echo test.'" : "";
+        const json alone = json::parse(RunTool(command + " " + cut + text).output);
+        const json part =
+            json::parse(RunTool(command + " " + DemoRecording() + text + range).output);
+        ASSERT_EQ(part["phonemes"].size(), alone["phonemes"].size());
+        ASSERT_GT(part["phonemes"].size(), 5u);
+        for (const char* kind : {"phonemes", "words"}) {
+            for (size_t i = 0; i < part[kind].size(); ++i) {
+                EXPECT_EQ(part[kind][i]["start_ms"], alone[kind][i]["start_ms"].get<int>() + 1100);
+                EXPECT_EQ(part[kind][i]["end_ms"], alone[kind][i]["end_ms"].get<int>() + 1100);
+            }
+        }
+        EXPECT_GE(part["frames"][0]["start_ms"], 1066) << "frames keep the recording's time, too";
+        EXPECT_GT(part["duration_ms"], 3500) << "the duration is the recording's";
+    }
+    EXPECT_EQ(RunTool("recognize " + DemoRecording() + " --from 99999999").exitCode, 2);
+}
+
+} // namespace

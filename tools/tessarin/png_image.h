@@ -1,8 +1,0 @@
-#pragma once
-
-#include <string>
-
-#include "tools/tessarin/canvas.h"
-
-/// The bytes of a PNG file of the picture. Throws Failure.
-std::string WritePng(const Canvas& picture);
