@@ -4,8 +4,8 @@
 #include <limits>
 #include <vector>
 
-#include "apps/tessarin/engine_handles.h"
 #include "apps/tessarin/timed_result.h"
+#include "tessarin/owned.h"
 
 /// Phonemes and frames of a stretch of live audio, in milliseconds since it began.
 struct live_stretch {
@@ -44,8 +44,8 @@ private:
     void Forget();
     std::vector<mouth_frame> MakeFrames(int64_t untilMs);
 
-    articulator_handle articulator;
-    results_handle window;
+    tessarin::articulator_owner articulator;
+    tessarin::results_owner window;
     std::vector<spoken> recent;
     int64_t audioEndMs = std::numeric_limits<int64_t>::max();
     int64_t heardMs = 0;

@@ -59,16 +59,16 @@ std::vector<local_sentence> FindSentences(tessarin::IVisemixTranscriber& transcr
     return sentences;
 }
 
-results_handle MakeResults() {
+tessarin::results_owner MakeResults() {
     tessarin::ISyncResultsCollection* results = nullptr;
     const int32_t code = CreateSyncResultsCollection(0, &results);
     if (code != tessarin::kNoError) {
         throw EngineFailure("results", code);
     }
-    return results_handle(results);
+    return tessarin::results_owner(results);
 }
 
-recognizer_handle MakeRecognizer(int beam) {
+tessarin::aligner_owner MakeRecognizer(int beam) {
     tessarin::ITextBasedPhnRecognizer* recognizer = nullptr;
     CreateTextBasedRecognizer(&recognizer);
     if (recognizer == nullptr) {
@@ -78,7 +78,7 @@ recognizer_handle MakeRecognizer(int beam) {
         recognizer->SetBeamWidth(beam);
     }
     recognizer->SetOutputOptions(1, 1);
-    return recognizer_handle(recognizer);
+    return tessarin::aligner_owner(recognizer);
 }
 
 using occurrences = std::vector<std::optional<searched_sentence::occurrence>>;
@@ -178,7 +178,7 @@ private:
                 wanted.push_back(all[i]);
             }
         }
-        const results_handle results = MakeResults();
+        const tessarin::results_owner results = MakeResults();
         const opened_recording recording = open(stretch);
         const int32_t code =
             recognizer->RecognizePhonemes(recording.observations.get(), &model, local.c_str(),
@@ -226,7 +226,7 @@ private:
     tessarin::CAccousticHMM& model;
     const SpokenText& text;
     tessarin::IVisemixTranscriber& transcriber;
-    recognizer_handle recognizer;
+    tessarin::aligner_owner recognizer;
     double leastScore;
     tessarin::ProgressSink& progress;
     std::vector<local_sentence> all;

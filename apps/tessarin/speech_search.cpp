@@ -12,7 +12,8 @@ recording_search SearchForText(const SpokenText& text, tessarin::IVisemixTranscr
     if (made == nullptr) {
         throw EngineFailure("recognizer", tessarin::kOutOfMemory);
     }
-    const std::shared_ptr<tessarin::ITextBasedPhnRecognizer> recognizer = recognizer_handle(made);
+    const std::shared_ptr<tessarin::ITextBasedPhnRecognizer> recognizer =
+        tessarin::aligner_owner(made);
     if (beam > 0) {
         recognizer->SetBeamWidth(beam);
     }
@@ -33,7 +34,7 @@ recording_search SearchForSounds() {
         throw EngineFailure("recognizer", tessarin::kOutOfMemory);
     }
     const std::shared_ptr<tessarin::ITextlessPhnRecognizer> recognizer =
-        textless_recognizer_handle(made);
+        tessarin::free_recognizer_owner(made);
     return
         [recognizer](opened_recording& recording, tessarin::CAccousticHMM& model,
                      tessarin::ProgressSink& progress, tessarin::ISyncResultsCollection& results) {

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "c_api/audio_samples.h"
-#include "c_api/handles.h"
 #include "c_api/span_text.h"
 #include "c_api/transcriber_pool.h"
+#include "tessarin/owned.h"
 #include "tessarin/tessarin_c.h"
 
 struct tessarin_model {

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "c_api/handles.h"
+#include "tessarin/owned.h"
 #include "tessarin/tessarin_c.h"
 
 namespace tessarin {

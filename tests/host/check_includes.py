@@ -23,7 +23,7 @@ def allowed_roots(path: pathlib.PurePath) -> list[str]:
     if path.parts[:2] == ("apps", "tessarin"):
         return ["tessarin", "apps"]
     top = path.parts[1]
-    if path.name == "exports.cpp":
+    if path.name.endswith("exports.cpp"):
         return ["tessarin", *FOLDERS]
     return ["tessarin", *FOLDERS[:FOLDERS.index(top) + 1]]
 

@@ -22,8 +22,8 @@ void RunAlign(const align_options& options) {
         throw Failure(kExitUsage, "align: the text that is said is missing; give it with --text or "
                                   "--text-file, or use recognize, which needs none");
     }
-    const model_handle model = LoadModel(options.recording.data);
-    const transcriber_handle transcriber = LoadTranscriber(options.recording.data);
+    const tessarin::model_owner model = LoadModel(options.recording.data);
+    const tessarin::transcriber_owner transcriber = LoadTranscriber(options.recording.data);
     const SpokenText text = ReadText(options.text, *transcriber);
     if (options.areSentencesWanted) {
         FindSentences(options.recording, options.sentences, *model, text, *transcriber);

@@ -18,13 +18,13 @@ struct animate_options {
     output_options outputs;
 };
 
-results_handle MakeResults(const timed_result& timings) {
+tessarin::results_owner MakeResults(const timed_result& timings) {
     tessarin::ISyncResultsCollection* made = nullptr;
     const int32_t code = CreateSyncResultsCollection(0, &made);
     if (code != tessarin::kNoError) {
         throw EngineFailure("results", code);
     }
-    results_handle results(made);
+    tessarin::results_owner results(made);
     for (const timed_phoneme& phoneme : timings.phonemes) {
         tessarin::CSyncMarker marker{};
         marker.type = tessarin::kPhonemeMarker;

@@ -225,7 +225,7 @@ void RunSampled(const commands_options& options, tessarin::CAccousticHMM& model)
 
 void RunListed(const commands_options& options, tessarin::CAccousticHMM& model) {
     TextCommands commands(model, options.FloorDb());
-    const transcriber_handle transcriber = LoadTranscriber(options.data);
+    const tessarin::transcriber_owner transcriber = LoadTranscriber(options.data);
     commands.Add(ReadCommandList(options.files.front()), *transcriber);
     RowWriter rows(options, options.live ? "end_ms" : "audio", "score");
     ProgressBar progress(options.quiet);
@@ -241,7 +241,7 @@ void RunListed(const commands_options& options, tessarin::CAccousticHMM& model) 
             if (code != tessarin::kNoError) {
                 throw EngineFailure("standard input", code);
             }
-            const observation_stream_handle observations(stream);
+            const tessarin::observations_owner observations(stream);
             return match(*observations);
         });
     } else {
@@ -255,7 +255,7 @@ void RunCommands(commands_options options) {
     PartRecords(options);
     RequireUsable(options);
     CatchInterrupts();
-    const model_handle model = LoadModel(options.data);
+    const tessarin::model_owner model = LoadModel(options.data);
     if (options.AreSampled()) {
         RunSampled(options, *model);
     } else {

@@ -32,13 +32,13 @@ struct lexicon_options {
     bool quiet = false;
 };
 
-editor_handle Open(const std::string& path) {
+tessarin::editor_owner Open(const std::string& path) {
     ILexiconEditor* editor = nullptr;
     const int32_t code = CreateLexiconEditor(path.c_str(), &editor);
     if (code != tessarin::kNoError) {
         throw EngineFailure(path, code);
     }
-    return editor_handle(editor);
+    return tessarin::editor_owner(editor);
 }
 
 void Save(ILexiconEditor& editor, const lexicon_options& options) {
@@ -110,7 +110,8 @@ void RemoveAll(ILexiconEditor& editor) {
 /// Makes a lexicon file of a word list and the language of another lexicon file.
 void RunBuild(const lexicon_options& options) {
     const auto entries = ReadWordList(options.list, ReadWholeFile(options.list));
-    const editor_handle editor = Open(DataPathOr(options.language, options.data, kLexiconName));
+    const tessarin::editor_owner editor =
+        Open(DataPathOr(options.language, options.data, kLexiconName));
     CatchInterrupts();
     RemoveAll(*editor);
     const size_t added = Import(*editor, entries, options.quiet);
@@ -123,7 +124,7 @@ void RunShow(const lexicon_options& options) {
 }
 
 void RunFind(const lexicon_options& options) {
-    const editor_handle editor = Open(options.file);
+    const tessarin::editor_owner editor = Open(options.file);
     std::string missing;
     for (const std::string& word : options.words) {
         IPronunciationRecord* record = nullptr;
@@ -150,7 +151,7 @@ void RunAdd(const lexicon_options& options) {
     if (!ArePhonemes(options.phonemes)) {
         throw Failure(kExitUsage, options.phonemes + " are not phonemes, such as hEHlOW");
     }
-    const editor_handle editor = Open(options.file);
+    const tessarin::editor_owner editor = Open(options.file);
     const int32_t code = editor->AddRecord(options.word.c_str(), options.phonemes.c_str());
     if (code != tessarin::kNoError) {
         throw EngineFailure(options.word, code);
@@ -159,7 +160,7 @@ void RunAdd(const lexicon_options& options) {
 }
 
 void RunRemove(const lexicon_options& options) {
-    const editor_handle editor = Open(options.file);
+    const tessarin::editor_owner editor = Open(options.file);
     const int32_t code = editor->RemoveRecord(
         options.word.c_str(), options.phonemes.empty() ? nullptr : options.phonemes.c_str());
     if (code != tessarin::kNoError) {
@@ -169,7 +170,7 @@ void RunRemove(const lexicon_options& options) {
 }
 
 void RunPrune(const lexicon_options& options) {
-    const editor_handle editor = Open(options.file);
+    const tessarin::editor_owner editor = Open(options.file);
     const int32_t before = editor->GetRecordCount();
     {
         std::optional<SilencedOutput> silence;
@@ -189,7 +190,7 @@ void RunExport(const lexicon_options& options) {
 
 void RunImport(const lexicon_options& options) {
     const auto entries = ReadWordList(options.list, ReadWholeFile(options.list));
-    const editor_handle editor = Open(options.file);
+    const tessarin::editor_owner editor = Open(options.file);
     CatchInterrupts();
     const size_t added = Import(*editor, entries, options.quiet);
     Save(*editor, options);

@@ -63,8 +63,8 @@ private:
     LiveSource& source;
     const bool isPaced;
     double periodMs = 0;
-    realtime_recognizer_handle recognizer;
-    results_handle results;
+    tessarin::realtime_recognizer_owner recognizer;
+    tessarin::results_owner results;
     LiveMouth mouth;
     ShapeMap visemes; ///< empty for other formats
     uint64_t pushedBytes = 0;
@@ -85,7 +85,7 @@ double PeriodMs(tessarin::CAccousticHMM& model) {
     if (code != tessarin::kNoError) {
         throw EngineFailure("model", code);
     }
-    const observation_stream_handle stream(made);
+    const tessarin::observations_owner stream(made);
     uint32_t windowSize = 0;
     uint32_t overlap = 0;
     stream->GetFrameGeometry(&windowSize, &overlap);
@@ -217,7 +217,7 @@ void RunLive(const live_options& options) {
     const bool isRaw = options.input == "-" || !options.raw.empty();
     const std::unique_ptr<LiveSource> source =
         isRaw ? OpenRawSource(options.input, format) : OpenRecordingSource(options.input);
-    const model_handle model = LoadHearingModel(options.data);
+    const tessarin::model_owner model = LoadHearingModel(options.data);
     if (!options.noTrigrams) {
         LoadTrigrams({}, options.data, *model);
     }

@@ -27,7 +27,7 @@ void LoadConstraints(const recognize_options& options, tessarin::CAccousticHMM& 
 }
 
 void RunRecognize(const recognize_options& options) {
-    const model_handle model = LoadHearingModel(options.recording.data);
+    const tessarin::model_owner model = LoadHearingModel(options.recording.data);
     LoadConstraints(options, *model);
     AnimateRecording(options.recording, *model, nullptr, SearchForSounds());
 }

@@ -6,13 +6,13 @@
 
 namespace {
 
-results_handle MakeResults() {
+tessarin::results_owner MakeResults() {
     tessarin::ISyncResultsCollection* results = nullptr;
     const int32_t code = CreateSyncResultsCollection(tessarin::kPostProcessScores, &results);
     if (code != tessarin::kNoError) {
         throw EngineFailure("results", code);
     }
-    return results_handle(results);
+    return tessarin::results_owner(results);
 }
 
 } // namespace
@@ -45,7 +45,7 @@ void AddRecordingOptions(CLI::App& command, recording_options* options) {
 timed_result FindTimings(const recording_options& options, tessarin::CAccousticHMM& model,
                          const SpokenText* text, const recording_search& search) {
     CatchInterrupts();
-    const results_handle results = MakeResults();
+    const tessarin::results_owner results = MakeResults();
     ProgressBar progress(options.quiet);
     opened_recording recording =
         OpenRecording(options.audio, ChannelNumber(options.channel), options.stretch, model);

@@ -25,8 +25,8 @@ struct spectrogram_options {
 };
 
 timed_result Align(const spectrogram_options& options) {
-    const model_handle model = LoadModel(options.recording.data);
-    const transcriber_handle transcriber = LoadTranscriber(options.recording.data);
+    const tessarin::model_owner model = LoadModel(options.recording.data);
+    const tessarin::transcriber_owner transcriber = LoadTranscriber(options.recording.data);
     const SpokenText text = ReadText(options.text, *transcriber);
     return FindTimings(options.recording, *model, &text, SearchForText(text, *transcriber, 0));
 }

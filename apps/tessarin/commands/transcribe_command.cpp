@@ -110,7 +110,7 @@ void RunTranscribe(const transcribe_options& options) {
         throw Failure(kExitUsage, "transcribe: the text is missing; give it with --text, "
                                   "--text-file, or - for standard input");
     }
-    const transcriber_handle transcriber = LoadTranscriber(options.data);
+    const tessarin::transcriber_owner transcriber = LoadTranscriber(options.data);
     const SpokenText text = ReadText(source, *transcriber);
     transcriber->Transcribe(text.GetLocal().c_str());
     uint32_t count = 0;

@@ -23,12 +23,12 @@ struct view_options {
 timed_result FindTimings(const view_options& options) {
     const recording_options& recording = options.recording;
     if (!options.text.IsGiven()) {
-        const model_handle model = LoadHearingModel(recording.data);
+        const tessarin::model_owner model = LoadHearingModel(recording.data);
         LoadTrigrams({}, recording.data, *model);
         return FindTimings(recording, *model, nullptr, SearchForSounds());
     }
-    const model_handle model = LoadModel(recording.data);
-    const transcriber_handle transcriber = LoadTranscriber(recording.data);
+    const tessarin::model_owner model = LoadModel(recording.data);
+    const tessarin::transcriber_owner transcriber = LoadTranscriber(recording.data);
     const SpokenText text = ReadText(options.text, *transcriber);
     return FindTimings(recording, *model, &text, SearchForText(text, *transcriber, 0));
 }

@@ -19,7 +19,7 @@ void RequireSize(const std::string& path, const std::string& content) {
 
 namespace {
 
-model_handle LoadModelFile(const std::string& path) {
+tessarin::model_owner LoadModelFile(const std::string& path) {
     const std::string image = ReadWholeFile(path);
     RequireSize(path, image);
     char text[tessarin::kModelErrorTextSize] = "";
@@ -30,16 +30,16 @@ model_handle LoadModelFile(const std::string& path) {
         throw Failure(kExitFailed, DescribeCode(path, code) +
                                        (text[0] != '\0' ? "\n  " + std::string(text) : ""));
     }
-    return model_handle(model);
+    return tessarin::model_owner(model);
 }
 
 } // namespace
 
-model_handle LoadModel(const data_options& options) {
+tessarin::model_owner LoadModel(const data_options& options) {
     return LoadModelFile(DataPathOr(options.model, options, kModelName));
 }
 
-model_handle LoadHearingModel(const data_options& options) {
+tessarin::model_owner LoadHearingModel(const data_options& options) {
     const std::string path = DataPathOr(options.model, options, kHearingModelName);
     return std::filesystem::exists(path) || !options.model.empty() ? LoadModelFile(path)
                                                                    : LoadModel(options);

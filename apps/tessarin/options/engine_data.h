@@ -4,7 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "apps/tessarin/engine_handles.h"
+#include "tessarin/owned.h"
 
 /// Where the model and the lexicon come from; empty paths mean the project's own.
 struct data_options {
@@ -31,6 +31,6 @@ void RequireSize(const std::string& path, const std::string& content);
 
 /// All throw Failure. Where no model is named, that for hearing without a text is one of its own,
 /// if the data folder has it.
-model_handle LoadModel(const data_options& options);
-model_handle LoadHearingModel(const data_options& options);
-transcriber_handle LoadTranscriber(const data_options& options);
+tessarin::model_owner LoadModel(const data_options& options);
+tessarin::model_owner LoadHearingModel(const data_options& options);
+tessarin::transcriber_owner LoadTranscriber(const data_options& options);

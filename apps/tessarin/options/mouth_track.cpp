@@ -38,13 +38,13 @@ void SetGain(const std::string& gain, IPhnMixtureArticulator& articulator) {
     articulator.SetGain(phonemes.c_str(), factor);
 }
 
-articulator_handle MakeArticulator(const track_options& options) {
+tessarin::articulator_owner MakeArticulator(const track_options& options) {
     IPhnMixtureArticulator* made = nullptr;
     const int32_t code = CreatePhonemeArticulator(&made, 0);
     if (code != tessarin::kNoError) {
         throw EngineFailure("articulator", code);
     }
-    articulator_handle articulator(made);
+    tessarin::articulator_owner articulator(made);
     LoadRules(options.rules, *articulator);
     if (options.fps > 0) {
         articulator->SetFrameRate(static_cast<float>(options.fps));
@@ -116,7 +116,7 @@ void AddTrackOptions(CLI::App& command, track_options* options) {
 
 void MakeMouthTrack(const track_options& options, tessarin::ISyncResultsCollection& results,
                     timed_result* out) {
-    const articulator_handle articulator = MakeArticulator(options);
+    const tessarin::articulator_owner articulator = MakeArticulator(options);
     int32_t code = articulator->GenerateArticulations(&results, nullptr);
     if (code != tessarin::kNoError) {
         throw EngineFailure("--fps", code);

@@ -18,7 +18,7 @@ namespace {
 using tessarin::ILexiconEditor;
 using tessarin::IVisemixTranscriber;
 
-transcriber_handle FromText(const std::string& path, const std::string& text) {
+tessarin::transcriber_owner FromText(const std::string& path, const std::string& text) {
     RequireSize(path, text);
     IVisemixTranscriber* transcriber = nullptr;
     const int32_t code =
@@ -26,7 +26,7 @@ transcriber_handle FromText(const std::string& path, const std::string& text) {
     if (code != tessarin::kNoError) {
         throw EngineFailure(path, code);
     }
-    return transcriber_handle(transcriber);
+    return tessarin::transcriber_owner(transcriber);
 }
 
 /// The word with plain letters in place of those with accents: so a language that folds accents
@@ -105,25 +105,25 @@ void ReplaceWords(ILexiconEditor& editor, std::span<const word_entry> entries) {
     }
 }
 
-transcriber_handle FromImage(const std::string& path, const std::string& image) {
+tessarin::transcriber_owner FromImage(const std::string& path, const std::string& image) {
     IVisemixTranscriber* transcriber = nullptr;
     const int32_t code = CreateTranscriberFromLexicon(
         image.data(), static_cast<uint32_t>(image.size()), &transcriber);
     if (code != tessarin::kNoError) {
         throw EngineFailure(path, code);
     }
-    return transcriber_handle(transcriber);
+    return tessarin::transcriber_owner(transcriber);
 }
 
 /// The lexicon file with the user's words. Its transcriber lives on the editor's records.
-transcriber_handle FromFileWithWords(const std::string& path, const std::string& words) {
+tessarin::transcriber_owner FromFileWithWords(const std::string& path, const std::string& words) {
     ILexiconEditor* editor = nullptr;
     const int32_t code = CreateLexiconEditor(path.c_str(), &editor);
     if (code != tessarin::kNoError) {
         throw EngineFailure(path, code);
     }
-    editor_handle owner(editor);
-    transcriber_handle transcriber(editor->GetTranscriber(), {std::move(owner)});
+    tessarin::editor_owner owner(editor);
+    tessarin::transcriber_owner transcriber(editor->GetTranscriber(), {std::move(owner)});
     const std::vector<word_entry> entries = ReadUserWords(words, *transcriber);
     ReplaceWords(*editor, entries);
     WarnOfUselessWords(words, entries, *transcriber);
@@ -132,14 +132,14 @@ transcriber_handle FromFileWithWords(const std::string& path, const std::string&
 
 /// Of a text, the first entry of a word and its neighbours count, so the user's words go in front,
 /// each with its variants together and none next to what the text itself begins with.
-transcriber_handle FromTextWithWords(const std::string& path, const std::string& lexicon,
-                                     const std::string& words) {
+tessarin::transcriber_owner FromTextWithWords(const std::string& path, const std::string& lexicon,
+                                              const std::string& words) {
     constexpr const char* kBorder = "\x7F=x\n"; // no text asks for this
-    const transcriber_handle language = FromText(path, "");
+    const tessarin::transcriber_owner language = FromText(path, "");
     std::vector<word_entry> entries = ReadUserWords(words, *language);
     std::ranges::stable_sort(entries, {},
                              [](const word_entry& each) { return InUpperCase(each.word); });
-    transcriber_handle transcriber =
+    tessarin::transcriber_owner transcriber =
         FromText(path, WriteWordList(entries, false) + kBorder + lexicon);
     WarnOfUselessWords(words, entries, *transcriber);
     return transcriber;
@@ -147,7 +147,7 @@ transcriber_handle FromTextWithWords(const std::string& path, const std::string&
 
 } // namespace
 
-transcriber_handle LoadTranscriber(const data_options& options) {
+tessarin::transcriber_owner LoadTranscriber(const data_options& options) {
     const std::string path = DataPathOr(options.lexicon, options, kLexiconName);
     const std::string content = ReadWholeFile(path);
     RequireSize(path, content);

@@ -8,8 +8,8 @@
 #include <soxr.h>
 
 #include "apps/tessarin/console/failure.h"
-#include "apps/tessarin/engine_handles.h"
 #include "apps/tessarin/readers/audio_file_stream.h"
+#include "tessarin/owned.h"
 
 namespace {
 
@@ -23,7 +23,7 @@ struct soxr_closer {
 };
 using soxr_handle = std::unique_ptr<std::remove_pointer_t<soxr_t>, soxr_closer>;
 using pcm_source_handle =
-    std::unique_ptr<tessarin::IPCMDataSource, engine_deleter<DestroyPCMDataSource>>;
+    std::unique_ptr<tessarin::IPCMDataSource, tessarin::destroyer<DestroyPCMDataSource>>;
 
 [[noreturn]] void FailForLength(const std::string& path) {
     throw Failure(kExitFailed, path + ": is longer than three hours; cut it into parts");

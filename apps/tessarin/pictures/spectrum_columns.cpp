@@ -15,7 +15,7 @@ constexpr float kStepsPerDecibel = 2; // of the engine's display spectrum
 constexpr float kHeadroom = 32;       // lifts soft sounds over the display's lowest level
 
 using spectral_source_handle =
-    std::unique_ptr<tessarin::ISpectralDataSource, engine_deleter<DestroySpectralDataSource>>;
+    std::unique_ptr<tessarin::ISpectralDataSource, tessarin::destroyer<DestroySpectralDataSource>>;
 
 spectral_source_handle MakeSpectralSource() {
     tessarin::ISpectralDataSource* made = nullptr;

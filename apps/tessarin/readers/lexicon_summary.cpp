@@ -6,8 +6,8 @@
 
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/console/file_io.h"
-#include "apps/tessarin/engine_handles.h"
 #include "apps/tessarin/readers/image_reader.h"
+#include "tessarin/owned.h"
 
 namespace {
 
@@ -136,8 +136,8 @@ lexicon_summary SummarizeLexicon(const std::string& path) {
     if (code != tessarin::kNoError) {
         throw EngineFailure(path, code);
     }
-    const editor_handle editor(opened);
-    const transcriber_handle transcriber(editor->GetTranscriber());
+    const tessarin::editor_owner editor(opened);
+    const tessarin::transcriber_owner transcriber(editor->GetTranscriber());
     lexicon_summary summary;
     transcriber->getTranscriberInfo(&summary.info);
     uint32_t length = 0;

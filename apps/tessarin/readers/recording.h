@@ -3,16 +3,16 @@
 #include <memory>
 #include <string>
 
-#include "apps/tessarin/engine_handles.h"
 #include "apps/tessarin/readers/audio_file_stream.h"
 #include "apps/tessarin/readers/recording_samples.h"
 #include "apps/tessarin/readers/stretch_stream.h"
+#include "tessarin/owned.h"
 
 /// A recording opened for a model: the observations, and what must live as long as they do.
 struct opened_recording {
     std::unique_ptr<AudioFileStream> hostStream;  ///< null when the engine reads the file itself
     std::unique_ptr<StretchStream> stretchStream; ///< null for a whole recording
-    observation_stream_handle observations;
+    tessarin::observations_owner observations;
     int64_t durationMs = 0; ///< of the whole recording
 };
 

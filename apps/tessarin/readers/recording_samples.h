@@ -6,10 +6,10 @@
 
 #include <CLI/CLI.hpp>
 
-#include "apps/tessarin/engine_handles.h"
+#include "tessarin/owned.h"
 
 using data_source_handle =
-    std::unique_ptr<tessarin::IPCMDataSource, engine_deleter<DestroyPCMDataSource>>;
+    std::unique_ptr<tessarin::IPCMDataSource, tessarin::destroyer<DestroyPCMDataSource>>;
 
 /// Reads one channel of a recording into memory, as 16-bit samples at the recording's own rate.
 /// `channel` counts from 1; 0 means the mean of all channels. `progress` may be null. Throws

@@ -17,8 +17,8 @@ public:
     tessarin::error_code Start() override;
 
 private:
-    using source_stream_handle =
-        std::unique_ptr<tessarin::IPCMDataSourceStream, engine_deleter<DestroyPCMDataSourceStream>>;
+    using source_stream_handle = std::unique_ptr<tessarin::IPCMDataSourceStream,
+                                                 tessarin::destroyer<DestroyPCMDataSourceStream>>;
 
     data_source_handle source; ///< outlives its stream
     source_stream_handle stream;
