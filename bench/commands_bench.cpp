@@ -12,7 +12,7 @@
 #include "commands/audio_footprint.h"
 #include "features/buffer_feature_stream.h"
 #include "features/spectral_feature_descriptor.h"
-#include "tests/recognition/fixtures.h"
+#include "recognition/fixtures.h"
 
 using namespace tessarin;
 

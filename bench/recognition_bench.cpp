@@ -23,7 +23,7 @@
 #include "recognition/trellis/trellis_viterbi.h"
 #include "results/concrete_sync_marker_collection.h"
 #include "tessarin/observation_stream.h"
-#include "tests/recognition/literal_free_search.h"
+#include "recognition/literal_free_search.h"
 
 using namespace tessarin;
 

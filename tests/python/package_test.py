@@ -205,21 +205,39 @@ class Failures(unittest.TestCase):
         with self.assertRaises(tessarin.TessarinError):
             tessarin.Audio.from_file(WAV, channel=2)
 
-    def test_24_bits_of_two_channels_are_read_rightly_or_not_at_all(self) -> None:
-        with wave.open(WAV) as source:
-            samples = array.array("h", source.readframes(source.getnframes()))
+    def test_reads_what_studios_keep_or_names_what_to_install(self) -> None:
+        original = tessarin.Audio.from_file(WAV)
+        try:
+            import soundfile
+        except ImportError:
+            with tempfile.NamedTemporaryFile(suffix=".flac") as flac:
+                flac.write(b"fLaC" + bytes(100))
+                flac.flush()
+                with self.assertRaisesRegex(tessarin.TessarinError, "python3-soundfile"):
+                    tessarin.Audio.from_file(flac.name)
+            return
+        samples = original.samples / 32768.0
+        both = numpy.stack([samples * 0.0, samples], axis=1)
+        high = numpy.interp(numpy.arange(6 * len(samples)) / 6.0, numpy.arange(len(samples)),
+                            samples)
+        recordings = {  # each as it is written, and the largest noise beside its level
+            "film.wav": (both, original.rate, "PCM_24", 2, 0.001),
+            "float.wav": (samples, original.rate, "FLOAT", 1, 0.001),
+            "lossless.flac": (both, original.rate, "PCM_16", 2, 0.001),
+            "small.ogg": (samples, original.rate, "VORBIS", 1, 0.3),
+            "studio.wav": (high, 6 * original.rate, "PCM_24", 1, 0.1),
+        }
         with tempfile.TemporaryDirectory() as folder:
-            path = os.path.join(folder, "film.wav")
-            with wave.open(path, "wb") as out:
-                out.setparams((2, 3, 16000, 0, "NONE", "none"))
-                out.writeframes(b"".join(sample.to_bytes(3, "little", signed=True) * 2
-                                         for sample in (each << 8 for each in samples)))
-            try:
-                read = tessarin.Audio.from_file(path, 2).samples
-            except tessarin.TessarinError as error:  # soundfile is not installed
-                self.assertEqual(error.code, 6)
-            else:
-                self.assertEqual(list(read), list(samples))
+            for name, (content, rate, subtype, channel, tolerance) in recordings.items():
+                with self.subTest(name):
+                    path = os.path.join(folder, name)
+                    soundfile.write(path, content, rate, subtype=subtype)
+                    read = tessarin.Audio.from_file(path, channel)
+                    step = read.rate // original.rate
+                    self.assertLessEqual(abs(read.duration_ms - original.duration_ms), 1)
+                    noise = (read.samples[::step][:len(samples)].astype(float)
+                             - original.samples)
+                    self.assertLess(noise.std(), tolerance * original.samples.std())
 
     def test_a_lost_text_has_what_was_found(self) -> None:
         foreign = "completely different words that nobody said here " * 300

@@ -8,7 +8,7 @@
 #include <sndfile.h>
 #include <soxr.h>
 
-#include "tests/tool/run_tool.h"
+#include "tool/run_tool.h"
 
 namespace {
 

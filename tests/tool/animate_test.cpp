@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "tests/tool/run_tool.h"
+#include "tool/run_tool.h"
 
 namespace {
 

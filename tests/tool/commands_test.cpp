@@ -11,7 +11,7 @@
 #include <nlohmann/json.hpp>
 #include <sndfile.h>
 
-#include "tests/tool/run_tool.h"
+#include "tool/run_tool.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <gmock/gmock.h>
 
-#include "tests/tool/run_tool.h"
+#include "tool/run_tool.h"
 
 namespace {
 

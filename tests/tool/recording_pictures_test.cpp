@@ -11,7 +11,7 @@
 #include <png.h>
 
 #include "support/riff_builder.h"
-#include "tests/tool/run_tool.h"
+#include "tool/run_tool.h"
 
 namespace {
 

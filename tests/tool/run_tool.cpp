@@ -1,4 +1,4 @@
-#include "tests/tool/run_tool.h"
+#include "tool/run_tool.h"
 
 #include <cstdlib>
 #include <fstream>

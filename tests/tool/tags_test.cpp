@@ -9,7 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "support/riff_builder.h"
-#include "tests/tool/run_tool.h"
+#include "tool/run_tool.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include <nlohmann/json.hpp>
 #include <utf8.h>
 
-#include "tests/tool/run_tool.h"
+#include "tool/run_tool.h"
 
 // docs/text.md shows what the tool says of difficult text. Its tables are held to it here.
 

@@ -9,13 +9,15 @@ import weakref
 from typing import TYPE_CHECKING, Any, Sequence, Union
 
 from tessarin._arrays import numpy
-from tessarin._errors import COMPRESSED_FILE, INVALID_FILE, NOT_AVAILABLE, TessarinError
+from tessarin._errors import FILE_NOT_FOUND, OUT_OF_MEMORY, OUT_OF_RANGE, TessarinError
 from tessarin._library import Library
 
 if TYPE_CHECKING:
     import numpy.typing
 
 Path = Union[str, "os.PathLike[str]"]
+
+HIGHEST_RATE_HZ = 65535  # that the library takes
 
 
 class Audio:
@@ -31,7 +33,8 @@ class Audio:
     @classmethod
     def from_file(cls, path: Path, channel: int = 1) -> Audio:
         """Reads `channel` of a file, counted from 1; 0 is the mean of all. The library reads
-        plain WAV and Sphere; other formats need the package soundfile. Raises TessarinError."""
+        16-bit WAV and Sphere; FLAC, Ogg, MP3, other WAV and rates above 65535 Hz are read by the
+        package soundfile, whose absence the error names. Raises TessarinError."""
         library = Library.get()
         if channel < 0:
             raise ValueError("channels count from 1, and 0 is the mean of all")
@@ -39,7 +42,7 @@ class Audio:
         try:
             handle = library.create("create_audio_from_file", name, os.fsencode(path), channel)
         except TessarinError as error:
-            if error.code not in (COMPRESSED_FILE, INVALID_FILE, NOT_AVAILABLE):
+            if error.code in (FILE_NOT_FOUND, OUT_OF_MEMORY, OUT_OF_RANGE):
                 raise
             return cls._from_other_file(name, channel, error)
         return cls(handle, name)
@@ -49,15 +52,19 @@ class Audio:
         try:
             import soundfile  # type: ignore[import]
         except ImportError:
-            raise why_not from None
+            raise why_not.with_remedy(
+                "install the Python package soundfile (Debian: python3-soundfile) to read FLAC, "
+                "Ogg, MP3, float, 24-bit and high-rate recordings") from None
         try:
             samples, rate = soundfile.read(name, dtype="float32", always_2d=True)
-        except RuntimeError:
-            raise why_not from None
+        except RuntimeError as unreadable:
+            raise why_not.with_remedy(f"soundfile cannot read it either: {unreadable}") from None
         if channel > samples.shape[1]:
-            raise Library.get().error(f"{name}: channel {channel}", 3)
-        return cls.from_samples(samples.mean(axis=1) if channel == 0 else samples[:, channel - 1],
-                                rate, name)
+            raise Library.get().error(f"{name}: channel {channel}", OUT_OF_RANGE)
+        chosen = samples.mean(axis=1) if channel == 0 else samples[:, channel - 1]
+        while rate > HIGHEST_RATE_HZ and len(chosen) > 0:
+            chosen, rate = _at_half_the_rate(chosen), rate // 2
+        return cls.from_samples(chosen, rate, name)
 
     @classmethod
     def from_samples(cls, samples: Sequence[float] | numpy.typing.ArrayLike, rate: int,
@@ -103,3 +110,12 @@ class Audio:
         count = ctypes.c_uint32()
         self._library.get_audio_samples(self._handle, ctypes.byref(count))
         return count.value * 1000 // self.rate
+
+
+def _at_half_the_rate(samples: Any) -> Any:
+    """Every second sample after a windowed-sinc low-pass that ends at the new Nyquist frequency
+    (Oppenheim and Schafer, Discrete-Time Signal Processing, 7.5 and 4.6). It is symmetric, so no
+    sound moves in time."""
+    offsets = numpy.arange(-32, 33)
+    low_pass = 0.45 * numpy.sinc(0.45 * offsets) * numpy.hamming(len(offsets))
+    return numpy.convolve(samples, low_pass / low_pass.sum())[32:-32][::2].astype(numpy.float32)

@@ -7,11 +7,11 @@ from typing import TYPE_CHECKING
 if TYPE_CHECKING:
     from tessarin._results import Result
 
+OUT_OF_MEMORY = 1
+OUT_OF_RANGE = 3
 CANCELLED = 5
-NOT_AVAILABLE = 6
 RECOGNITION_FAILED = 8
-INVALID_FILE = 12
-COMPRESSED_FILE = 13
+FILE_NOT_FOUND = 10
 
 
 class TessarinError(Exception):
@@ -20,6 +20,11 @@ class TessarinError(Exception):
     def __init__(self, subject: str, code: int, text: str) -> None:
         super().__init__(f"{subject}: {text} (code {code})")
         self.code = code
+
+    def with_remedy(self, remedy: str) -> TessarinError:
+        """The same error with what to do about it in its text."""
+        self.args = (f"{self.args[0]}; {remedy}",)
+        return self
 
 
 class Cancelled(TessarinError):
