@@ -50,7 +50,8 @@ if(EXISTS ${PROJECT_SOURCE_DIR}/bindings/python/tessarin)
     install(DIRECTORY bindings/python/tessarin DESTINATION ${TESSARIN_PYTHON_DIR}
         PATTERN "__pycache__" EXCLUDE)
 endif()
-install(FILES README.md data/LICENSES.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES README.md CHANGELOG.md LICENSE data/LICENSES.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES cmake/debian_copyright RENAME copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)
 
 set(CPACK_GENERATOR TGZ)

@@ -3,10 +3,12 @@
 #include <memory>
 
 #include "tessarin/tessarin.h"
+#include "tessarin/tessarin_c.h"
 
 /** @file
- * Owning pointers for what the factories give, each with its own way to free it. For callers in
- * C++; nothing here is part of the binary interface.
+ * Owning pointers for what the factories and the flat interface give, each with its own way to free
+ * it, and a way to hand them to the functions that fill them. For callers in C++17 or later;
+ * nothing here is part of the binary interface.
  */
 
 namespace tessarin {
@@ -45,5 +47,36 @@ struct transcriber_destroyer {
     }
 };
 using transcriber_owner = std::unique_ptr<IVisemixTranscriber, transcriber_destroyer>;
+
+/// Owners of the objects of the flat interface.
+namespace flat {
+using model_owner = std::unique_ptr<tessarin_model, destroyer<tessarin_free_model>>;
+using language_owner = std::unique_ptr<tessarin_language, destroyer<tessarin_free_language>>;
+using audio_owner = std::unique_ptr<tessarin_audio, destroyer<tessarin_free_audio>>;
+using transcript_owner = std::unique_ptr<tessarin_transcript, destroyer<tessarin_free_transcript>>;
+using result_owner = std::unique_ptr<tessarin_result, destroyer<tessarin_free_result>>;
+using track_owner = std::unique_ptr<tessarin_track, destroyer<tessarin_free_track>>;
+} // namespace flat
+
+/// Receives what a function writes through its last parameter, and hands it to `owner` at the end
+/// of the full expression.
+template <class Owner> class out_parameter {
+public:
+    explicit out_parameter(Owner& receiver) : owner(receiver) {}
+    ~out_parameter() { owner.reset(made); }
+    out_parameter(const out_parameter&) = delete;
+    out_parameter& operator=(const out_parameter&) = delete;
+
+    operator typename Owner::pointer *() { return &made; }
+
+private:
+    Owner& owner;
+    typename Owner::pointer made = nullptr;
+};
+
+/// For the last argument of a factory: CreateX(..., Out(owner)).
+template <class Owner> out_parameter<Owner> Out(Owner& owner) {
+    return out_parameter<Owner>(owner);
+}
 
 } // namespace tessarin
