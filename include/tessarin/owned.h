@@ -56,6 +56,8 @@ using audio_owner = std::unique_ptr<tessarin_audio, destroyer<tessarin_free_audi
 using transcript_owner = std::unique_ptr<tessarin_transcript, destroyer<tessarin_free_transcript>>;
 using result_owner = std::unique_ptr<tessarin_result, destroyer<tessarin_free_result>>;
 using track_owner = std::unique_ptr<tessarin_track, destroyer<tessarin_free_track>>;
+using shapes_owner = std::unique_ptr<tessarin_shapes, destroyer<tessarin_free_shapes>>;
+using switches_owner = std::unique_ptr<tessarin_switches, destroyer<tessarin_free_switches>>;
 } // namespace flat
 
 /// Receives what a function writes through its last parameter, and hands it to `owner` at the end

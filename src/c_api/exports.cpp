@@ -8,6 +8,7 @@
 #include "base/guarded.h"
 #include "base/whole_file.h"
 #include "c_api/audio_samples.h"
+#include "c_api/flat_calls.h"
 #include "c_api/near_characters.h"
 #include "c_api/search_run.h"
 #include "c_api/transcriber_pool.h"
@@ -31,34 +32,9 @@ static_assert(+TESSARIN_TRACK_SMOOTH == +kSmoothFrames &&
               +TESSARIN_TRACK_EXCESS_LEVEL == +kExcessLevel);
 static_assert(sizeof(tessarin_phoneme) == 20 && sizeof(tessarin_span) == 32 &&
               sizeof(tessarin_token) == 32 && sizeof(tessarin_frame) == 92 &&
-              sizeof(tessarin_search_options) == 16 && sizeof(tessarin_track_options) == 32);
+              sizeof(tessarin_search_options) == 16 && sizeof(tessarin_track_options) == 48);
 
 namespace {
-
-/// Clears `*out` and has `make` fill an owner, whose object the caller then gets, whatever the
-/// code.
-template <class T, class Make> int32_t Create(bool hasInput, T** out, Make&& make) {
-    if (out == nullptr) {
-        return kInvalidArgument;
-    }
-    *out = nullptr;
-    if (!hasInput) {
-        return kInvalidArgument;
-    }
-    return Guarded([&] {
-        std::unique_ptr<T> made;
-        const error_code code = make(made);
-        *out = made.release();
-        return code;
-    });
-}
-
-template <class T> const T* Items(const std::vector<T>* items, uint32_t* count) {
-    if (count != nullptr) {
-        *count = items != nullptr ? static_cast<uint32_t>(items->size()) : 0;
-    }
-    return items == nullptr || items->empty() ? nullptr : items->data();
-}
 
 error_code MakeModel(const void* data, uint32_t size, std::unique_ptr<tessarin_model>& out) {
     auto model = std::make_unique<tessarin_model>();

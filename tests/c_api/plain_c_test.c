@@ -43,6 +43,34 @@ static int32_t Watch(void* user, uint32_t done, uint32_t total) {
     return self->cancelAt != 0 && self->calls >= self->cancelAt;
 }
 
+/* The fifteen visemes of each frame, and a 2-D mouth. */
+static void MakeVisemes(const tessarin_track* track) {
+    uint32_t count = 0;
+    const tessarin_frame* frames = tessarin_get_track_frames(track, &count);
+    tessarin_shapes* shapes = NULL;
+    tessarin_switches* switches = NULL;
+    tessarin_frame broken = {0};
+    double weights[15];
+    double sum = 0.0;
+    broken.count = 11;
+    Check(tessarin_create_shapes("visemes", &shapes) == TESSARIN_OK, "the visemes are built in");
+    Check(tessarin_get_shape_count(shapes) == 15, "there are fifteen visemes");
+    Check(tessarin_mix_shapes(shapes, &frames[count / 2], 1, weights) == TESSARIN_OK,
+          "a frame shows in visemes");
+    for (int i = 0; i < 15; ++i) {
+        sum += weights[i];
+    }
+    Check(sum > 0.99 && sum < 1.01, "the visemes of a frame sum to 1");
+    Check(tessarin_mix_shapes(shapes, &broken, 1, weights) == TESSARIN_INVALID_ARGUMENT,
+          "a frame of eleven weights is refused");
+    Check(tessarin_create_switches(shapes, frames, count, 80, &switches) == TESSARIN_OK,
+          "one shape at a time");
+    tessarin_get_switches(switches, &count);
+    Check(count > 50, "the mouth moves");
+    tessarin_free_switches(switches);
+    tessarin_free_shapes(shapes);
+}
+
 static void CheckTrack(const tessarin_result* result) {
     tessarin_track_options options = {0};
     tessarin_track* track = NULL;
@@ -64,6 +92,7 @@ static void CheckTrack(const tessarin_result* result) {
             Check(frames[i].end_ms - frames[i].start_ms == 40, "a frame lasts as long as asked");
         }
     }
+    MakeVisemes(track);
     tessarin_free_track(track);
 }
 

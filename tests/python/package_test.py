@@ -21,6 +21,7 @@ except ImportError:
 
 DATA = pathlib.Path(os.environ["TESSARIN_DATA"])
 WAV = str(DATA / "demo" / "echo-test.wav")
+TOOL = os.environ["TESSARIN_TOOL"]
 TEXT = (DATA / "demo" / "echo-test.txt").read_text(encoding="utf-8")
 
 
@@ -192,6 +193,59 @@ class LongCalls(unittest.TestCase):
                 tessarin.recognize(WAV, **bad)
         with self.assertRaises(tessarin.TessarinError):
             tessarin.recognize(WAV, from_ms=10_000_000)
+
+
+class Mouth(unittest.TestCase):
+    """The mouth of a recording in shapes that engines and 2-D tools show."""
+
+    @classmethod
+    def setUpClass(cls) -> None:
+        cls.result = tessarin.align(WAV, TEXT)
+
+    def test_makes_the_visemes_that_the_tool_writes(self) -> None:
+        track = self.result.track()
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "line.visemes.csv")
+            subprocess.run([TOOL, "align", WAV, "--text", TEXT, "-q", "-o", path], check=True)
+            header, *rows = pathlib.Path(path).read_text().splitlines()
+        visemes = tessarin.Shapes("visemes")
+        self.assertEqual(header.split(",")[1:], visemes.names)
+        mixed = [[f"{weight:.4f}" for weight in row] for row in track.shapes(visemes)]
+        self.assertEqual([row.split(",")[1:] for row in rows], mixed)
+
+    def test_shows_one_shape_at_a_time(self) -> None:
+        track = self.result.track()
+        mouths = tessarin.Shapes("switches")
+        switches = track.switches(mouths, hold_ms=80)
+        self.assertEqual((switches[0].start_ms, mouths.rest, mouths.closed),
+                         (0, "X", frozenset("A")))
+        for before, after in zip(switches, switches[1:]):
+            self.assertNotEqual(before.shape, after.shape)
+            self.assertTrue(after.start_ms - before.start_ms >= 80 or after.shape == "A")
+
+    def test_gains_and_common_keys_reach_the_curves(self) -> None:
+        plain = self.result.track(curves=True)
+        louder = self.result.track(gains={"pbm": 3.0}, common_keys=True)
+        peak = lambda track: max(weight for curve in track.curves if curve.label in "pbm"
+                                 for _, weight in curve.keys)
+        self.assertGreater(peak(louder), peak(plain))
+        self.assertGreater(len(louder.curves), len(plain.curves))  # each shows at all keys
+        self.assertEqual(self.result.track().curves, [])
+
+    def test_moves_by_timings_from_elsewhere(self) -> None:
+        mouth = tessarin.Result.from_phonemes(self.result.phonemes).track()
+        self.assertEqual(mouth, self.result.track())
+        with self.assertRaises(tessarin.TessarinError):
+            tessarin.Result.from_phonemes([tessarin.Phoneme("QQ", 0, 100, 50.0)])
+
+    def test_a_map_of_ones_own_counts_and_a_wrong_one_names_its_line(self) -> None:
+        own = tessarin.Shapes.from_text("shapes shut open\nclosed shut\nrest shut\nAA open 0.5\n")
+        frame = tessarin.Frame(0, 33, {"AA": 0.5, "t": 0.5})
+        self.assertEqual([list(row) for row in own.mix([frame])], [[0.0, 0.25]])
+        with self.assertRaisesRegex(tessarin.TessarinError, "line 2: there is no shape wide"):
+            tessarin.Shapes.from_text("shapes shut\nAA wide\n")
+        with self.assertRaises(tessarin.TessarinError):
+            tessarin.Shapes("no such set")
 
 
 class Failures(unittest.TestCase):

@@ -13,7 +13,6 @@ namespace {
 struct animate_options {
     std::string timings;
     std::string alphabet = "auto";
-    data_options data;
     track_options track;
     output_options outputs;
 };
@@ -38,7 +37,7 @@ tessarin::results_owner MakeResults(const timed_result& timings) {
 }
 
 void RunAnimate(const animate_options& options) {
-    const OutputPlan outputs(options.outputs, options.data);
+    const OutputPlan outputs(options.outputs);
     timed_result result = ReadTimings(options.timings, options.alphabet == "sampa");
     result.message = GetVisemixErrorMessage(result.code);
     MakeMouthTrack(options.track, *MakeResults(result), &result);
@@ -62,7 +61,6 @@ void AddAnimateCommand(CLI::App& app) {
                      "How phonemes are written: auto (our labels or ARPAbet) or sampa [auto]")
         ->check(CLI::IsMember({"auto", "sampa"}))
         ->option_text("NAME");
-    AddDataFolderOption(*command, &options->data);
     AddTrackOptions(*command, &options->track);
     AddOutputOptions(*command, &options->outputs);
     command->callback([options] { RunAnimate(*options); });

@@ -20,7 +20,6 @@ namespace {
 
 using clock_type = std::chrono::steady_clock;
 
-constexpr const char* kVisemes = "shapes/visemes.shapes";
 constexpr int kBlocksPerSecond = 100;
 constexpr int kFlagsOfResults = tessarin::kPostProcessScores;
 /// How much may wait to be searched before no more is read: faster input must not fill memory.
@@ -66,7 +65,7 @@ private:
     tessarin::realtime_recognizer_owner recognizer;
     tessarin::results_owner results;
     LiveMouth mouth;
-    ShapeMap visemes; ///< empty for other formats
+    MouthShapes visemes; ///< empty for other formats
     uint64_t pushedBytes = 0;
     int64_t lastFlushMs = 0; ///< length of the flush before, its tail included
     clock_type::time_point begin = clock_type::now();
@@ -98,8 +97,7 @@ LiveRun::LiveRun(const live_options& liveOptions, tessarin::CAccousticHMM& model
     : options(liveOptions), source(liveSource), isPaced(options.input != "-"),
       periodMs(PeriodMs(model)), mouth(options.fps) {
     if (options.format == "visemes") {
-        const std::string path = DataPathOr("", options.data, kVisemes);
-        visemes = ShapeMap::Parse(path, ReadWholeFile(path));
+        visemes = MouthShapes::BuiltIn("visemes");
     }
     const raw_format& format = source.format;
     tessarin::IRealtimePhnRecognizer* made = nullptr;

@@ -67,7 +67,7 @@ timed_result FindTimings(const recording_options& options, tessarin::CAccousticH
 
 void AnimateRecording(const recording_options& options, tessarin::CAccousticHMM& model,
                       const SpokenText* text, const recording_search& search) {
-    const OutputPlan outputs(options.outputs, options.data);
+    const OutputPlan outputs(options.outputs);
     const timed_result result = FindTimings(options, model, text, search);
     outputs.Write(result);
     if (result.code != tessarin::kNoError) {

@@ -41,19 +41,20 @@ std::string WriteLiveJson(const live_stretch& stretch) {
     return line.dump(-1, ' ', false, json::error_handler_t::replace) + "\n";
 }
 
-std::string WriteShapesHeader(const ShapeMap& map) {
+std::string WriteShapesHeader(const MouthShapes& shapes) {
     std::string header = "time_ms";
-    for (const std::string& shape : map.GetShapes()) {
+    for (const std::string& shape : shapes.GetNames()) {
         header += "," + shape;
     }
     return header + "\n";
 }
 
-std::string WriteLiveShapes(const live_stretch& stretch, const ShapeMap& map) {
+std::string WriteLiveShapes(const live_stretch& stretch, const MouthShapes& shapes) {
     std::string rows;
-    for (const mouth_frame& frame : stretch.frames) {
-        rows += std::to_string(stretch.baseMs + frame.startMs);
-        for (const double weight : map.Mix(frame)) {
+    const std::vector<std::vector<double>> mixed = shapes.Mix(stretch.frames);
+    for (size_t i = 0; i < mixed.size(); ++i) {
+        rows += std::to_string(stretch.baseMs + stretch.frames[i].startMs);
+        for (const double weight : mixed[i]) {
             char text[32];
             std::snprintf(text, sizeof text, ",%.4f", weight);
             rows += text;

@@ -3,14 +3,14 @@
 #include <string>
 
 #include "apps/tessarin/live_mouth.h"
-#include "apps/tessarin/shape_map.h"
+#include "apps/tessarin/options/mouth_shapes.h"
 
 /// A JSON object in a line of its own: the stretch, its phonemes and its frames, all in
 /// milliseconds since the audio began.
 std::string WriteLiveJson(const live_stretch& stretch);
 
 /// The names of the columns of WriteLiveShapes.
-std::string WriteShapesHeader(const ShapeMap& map);
+std::string WriteShapesHeader(const MouthShapes& shapes);
 
 /// A row a frame: when it begins, in milliseconds, and the weight of each shape of the map.
-std::string WriteLiveShapes(const live_stretch& stretch, const ShapeMap& map);
+std::string WriteLiveShapes(const live_stretch& stretch, const MouthShapes& shapes);

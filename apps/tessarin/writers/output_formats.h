@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/tessarin/shape_map.h"
+#include "apps/tessarin/options/mouth_shapes.h"
 #include "apps/tessarin/timed_result.h"
 
 /// Rises when a reader of the JSON of before would misread the new one.
@@ -26,23 +26,13 @@ std::string WriteSrt(const timed_result& result);
 /// A row a frame: its time in ms, and the weight of each phoneme that the track has.
 std::string WriteCurvesCsv(const timed_result& result);
 
-/// A row a frame: its time in ms, and the weight of each shape of the map.
-std::string WriteShapesCsv(const timed_result& result, const ShapeMap& map);
-
-/// A shape that is shown until the next one.
-struct shape_switch {
-    int32_t startMs;
-    size_t shape;
-};
-
-/// One shape at a time, each for at least `holdMs`; only closed lips cut another shape short.
-/// Neighbours differ.
-std::vector<shape_switch> FindSwitches(const timed_result& result, const ShapeMap& map, int holdMs);
+/// A row a frame: its time in ms, and the weight of each shape.
+std::string WriteShapesCsv(const timed_result& result, const MouthShapes& shapes);
 
 /// Switches in the layouts that 2-D tools read, with times in seconds.
-std::string WriteSwitchesTsv(const timed_result& result, const ShapeMap& map, int holdMs);
-std::string WriteSwitchesXml(const timed_result& result, const ShapeMap& map, int holdMs);
-std::string WriteSwitchesJson(const timed_result& result, const ShapeMap& map, int holdMs);
+std::string WriteSwitchesTsv(const timed_result& result, const MouthShapes& shapes, int holdMs);
+std::string WriteSwitchesXml(const timed_result& result, const MouthShapes& shapes, int holdMs);
+std::string WriteSwitchesJson(const timed_result& result, const MouthShapes& shapes, int holdMs);
 
 /// Switches for a Moho switch layer, by frames from 1 on.
-std::string WriteMohoSwitches(const timed_result& result, const ShapeMap& map, int holdMs);
+std::string WriteMohoSwitches(const timed_result& result, const MouthShapes& shapes, int holdMs);

@@ -20,18 +20,19 @@ struct output_format {
     std::string_view name;
     std::string_view ending; ///< of the files that are written so
     std::string_view set;    ///< of shapes
-    std::string (*write)(const timed_result& result, const ShapeMap& map, int holdMs);
+    std::string (*write)(const timed_result& result, const MouthShapes& shapes, int holdMs);
 };
 
 namespace {
 
 template <std::string (*Write)(const timed_result&)>
-std::string WithoutShapes(const timed_result& result, const ShapeMap& /*map*/, int /*holdMs*/) {
+std::string WithoutShapes(const timed_result& result, const MouthShapes& /*shapes*/,
+                          int /*holdMs*/) {
     return Write(result);
 }
 
-std::string WithoutHold(const timed_result& result, const ShapeMap& map, int /*holdMs*/) {
-    return WriteShapesCsv(result, map);
+std::string WithoutHold(const timed_result& result, const MouthShapes& shapes, int /*holdMs*/) {
+    return WriteShapesCsv(result, shapes);
 }
 
 // Where several endings fit a file, the first decides: longer ones stand before those they end in.
@@ -78,22 +79,21 @@ const output_format& FormatOfFile(const std::string& file) {
     return *found;
 }
 
-std::vector<ShapeMap> ReadMaps(const std::vector<std::string>& files) {
-    std::vector<ShapeMap> maps;
+std::vector<MouthShapes> ReadMaps(const std::vector<std::string>& files) {
+    std::vector<MouthShapes> maps;
     for (const std::string& file : files) {
-        maps.push_back(ShapeMap::Parse(file, ReadWholeFile(file)));
+        maps.push_back(MouthShapes::FromFile(file));
     }
     return maps;
 }
 
 /// The user's map of the set that `format` shows, or the project's own.
-ShapeMap ChooseMap(const output_format& format, const std::vector<ShapeMap>& maps,
-                   const data_options& data) {
+MouthShapes ChooseMap(const output_format& format, const std::vector<MouthShapes>& maps) {
     if (format.set == kNoSet) {
         return {};
     }
-    const auto given = std::ranges::find_if(maps, [&](const ShapeMap& map) {
-        return format.set == kAnySet || map.GetName() == format.set;
+    const auto given = std::ranges::find_if(maps, [&](const MouthShapes& shapes) {
+        return format.set == kAnySet || shapes.GetSet() == format.set;
     });
     if (given != maps.end()) {
         return *given;
@@ -101,9 +101,7 @@ ShapeMap ChooseMap(const output_format& format, const std::vector<ShapeMap>& map
     if (format.set == kAnySet) {
         throw Failure(kExitUsage, "--format shapes: name a map of shapes with --shapes");
     }
-    const std::string name = "shapes/" + std::string(format.set) + ".shapes";
-    const std::string path = DataPathOr("", data, name.c_str());
-    return ShapeMap::Parse(path, ReadWholeFile(path));
+    return MouthShapes::BuiltIn(std::string(format.set));
 }
 
 } // namespace
@@ -134,25 +132,24 @@ void AddOutputOptions(CLI::App& command, output_options* options) {
         ->option_text("MS");
 }
 
-OutputPlan::OutputPlan(const output_options& options, const data_options& data)
-    : holdMs(options.holdMs) {
+OutputPlan::OutputPlan(const output_options& options) : holdMs(options.holdMs) {
     const std::vector<std::string> files =
         options.files.empty() ? std::vector<std::string>{"-"} : options.files;
     const size_t formats = options.formats.size();
     if (formats > 1 && formats != files.size()) {
         throw Failure(kExitUsage, "--format: give one for all outputs, or one for each");
     }
-    const std::vector<ShapeMap> maps = ReadMaps(options.shapes);
+    const std::vector<MouthShapes> maps = ReadMaps(options.shapes);
     for (size_t i = 0; i < files.size(); ++i) {
         const output_format& format = formats == 0
                                           ? FormatOfFile(files[i])
                                           : FindFormat(options.formats[formats == 1 ? 0 : i]);
-        outputs.push_back({files[i], &format, ChooseMap(format, maps, data)});
+        outputs.push_back({files[i], &format, ChooseMap(format, maps)});
     }
 }
 
 void OutputPlan::Write(const timed_result& result) const {
     for (const output& each : outputs) {
-        WriteOutput(each.file, each.format->write(result, each.map, holdMs));
+        WriteOutput(each.file, each.format->write(result, each.shapes, holdMs));
     }
 }

@@ -5,8 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "apps/tessarin/options/engine_data.h"
-#include "apps/tessarin/shape_map.h"
+#include "apps/tessarin/options/mouth_shapes.h"
 #include "apps/tessarin/timed_result.h"
 
 /// Which files a command writes, and in which formats.
@@ -23,7 +22,7 @@ void AddOutputOptions(CLI::App& command, output_options* options);
 class OutputPlan {
 public:
     /// Throws Failure for a format that cannot be told and for a map that cannot be read.
-    OutputPlan(const output_options& options, const data_options& data);
+    explicit OutputPlan(const output_options& options);
 
     /// Throws Failure; files that were written before stay.
     void Write(const timed_result& result) const;
@@ -32,7 +31,7 @@ private:
     struct output {
         std::string file;
         const struct output_format* format;
-        ShapeMap map; ///< empty for a format without shapes
+        MouthShapes shapes; ///< empty for a format without shapes
     };
     std::vector<output> outputs;
     int holdMs;

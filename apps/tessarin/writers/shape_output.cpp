@@ -43,11 +43,12 @@ std::string WriteCurvesCsv(const timed_result& result) {
     return table;
 }
 
-std::string WriteShapesCsv(const timed_result& result, const ShapeMap& map) {
-    std::string table = Header(map.GetShapes());
-    for (const mouth_frame& frame : result.frames) {
-        table += std::to_string(frame.startMs);
-        for (const double weight : map.Mix(frame)) {
+std::string WriteShapesCsv(const timed_result& result, const MouthShapes& shapes) {
+    std::string table = Header(shapes.GetNames());
+    const std::vector<std::vector<double>> mixed = shapes.Mix(result.frames);
+    for (size_t i = 0; i < mixed.size(); ++i) {
+        table += std::to_string(result.frames[i].startMs);
+        for (const double weight : mixed[i]) {
             table += "," + Weight(weight);
         }
         table += "\n";

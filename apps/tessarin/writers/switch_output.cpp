@@ -24,35 +24,16 @@ int64_t EndOf(const timed_result& result) {
 
 } // namespace
 
-std::vector<shape_switch> FindSwitches(const timed_result& result, const ShapeMap& map,
-                                       int holdMs) {
-    std::vector<shape_switch> switches = {{0, map.GetRest()}};
-    for (const mouth_frame& frame : result.frames) {
-        const size_t shape = map.FindStrongest(frame);
-        shape_switch& last = switches.back();
-        if (shape == last.shape) {
-            continue;
-        }
-        const bool isHeld = frame.startMs - last.startMs < holdMs;
-        if (frame.startMs <= last.startMs) {
-            last.shape = shape;
-        } else if (!isHeld || (map.IsClosed(shape) && !map.IsClosed(last.shape))) {
-            switches.push_back({frame.startMs, shape});
-        }
-    }
-    return switches;
-}
-
-std::string WriteSwitchesTsv(const timed_result& result, const ShapeMap& map, int holdMs) {
+std::string WriteSwitchesTsv(const timed_result& result, const MouthShapes& shapes, int holdMs) {
     std::string table;
-    for (const shape_switch& each : FindSwitches(result, map, holdMs)) {
-        table += Seconds(each.startMs) + "\t" + map.GetShapes()[each.shape] + "\n";
+    for (const auto& each : shapes.FindSwitches(result.frames, holdMs)) {
+        table += Seconds(each.startMs) + "\t" + each.shape + "\n";
     }
-    return table + Seconds(EndOf(result)) + "\t" + map.GetShapes()[map.GetRest()] + "\n";
+    return table + Seconds(EndOf(result)) + "\t" + shapes.GetRestName() + "\n";
 }
 
-std::string WriteSwitchesXml(const timed_result& result, const ShapeMap& map, int holdMs) {
-    const std::vector<shape_switch> switches = FindSwitches(result, map, holdMs);
+std::string WriteSwitchesXml(const timed_result& result, const MouthShapes& shapes, int holdMs) {
+    const auto switches = shapes.FindSwitches(result.frames, holdMs);
     std::string text = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<rhubarbResult>\n"
                        "  <metadata>\n    <soundFile>" +
                        EscapeMarkup(result.audio) + "</soundFile>\n    <duration>" +
@@ -60,14 +41,13 @@ std::string WriteSwitchesXml(const timed_result& result, const ShapeMap& map, in
     for (size_t i = 0; i < switches.size(); ++i) {
         const int64_t endMs = i + 1 < switches.size() ? switches[i + 1].startMs : EndOf(result);
         text += "    <mouthCue start=\"" + Seconds(switches[i].startMs) + "\" end=\"" +
-                Seconds(endMs) + "\">" + EscapeMarkup(map.GetShapes()[switches[i].shape]) +
-                "</mouthCue>\n";
+                Seconds(endMs) + "\">" + EscapeMarkup(switches[i].shape) + "</mouthCue>\n";
     }
     return text + "  </mouthCues>\n</rhubarbResult>\n";
 }
 
-std::string WriteSwitchesJson(const timed_result& result, const ShapeMap& map, int holdMs) {
-    const std::vector<shape_switch> switches = FindSwitches(result, map, holdMs);
+std::string WriteSwitchesJson(const timed_result& result, const MouthShapes& shapes, int holdMs) {
+    const auto switches = shapes.FindSwitches(result.frames, holdMs);
     const auto seconds = [](int64_t ms) {
         return std::round(static_cast<double>(ms) / 10.0) / 100.0;
     };
@@ -76,7 +56,7 @@ std::string WriteSwitchesJson(const timed_result& result, const ShapeMap& map, i
         const int64_t endMs = i + 1 < switches.size() ? switches[i + 1].startMs : EndOf(result);
         cues.push_back({{"start", seconds(switches[i].startMs)},
                         {"end", seconds(endMs)},
-                        {"value", map.GetShapes()[switches[i].shape]}});
+                        {"value", switches[i].shape}});
     }
     const json document = {
         {"metadata", {{"soundFile", result.audio}, {"duration", seconds(EndOf(result))}}},
@@ -84,14 +64,14 @@ std::string WriteSwitchesJson(const timed_result& result, const ShapeMap& map, i
     return document.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
 }
 
-std::string WriteMohoSwitches(const timed_result& result, const ShapeMap& map, int holdMs) {
+std::string WriteMohoSwitches(const timed_result& result, const MouthShapes& shapes, int holdMs) {
     std::string text = "MohoSwitch1\n";
     size_t frame = 0;
-    for (const shape_switch& each : FindSwitches(result, map, holdMs)) {
+    for (const auto& each : shapes.FindSwitches(result.frames, holdMs)) {
         while (frame < result.frames.size() && result.frames[frame].startMs < each.startMs) {
             ++frame;
         }
-        text += std::to_string(frame + 1) + " " + map.GetShapes()[each.shape] + "\n";
+        text += std::to_string(frame + 1) + " " + each.shape + "\n";
     }
     return text;
 }

@@ -12,6 +12,7 @@ OUT_OF_RANGE = 3
 CANCELLED = 5
 RECOGNITION_FAILED = 8
 FILE_NOT_FOUND = 10
+INVALID_FILE = 12
 
 
 class TessarinError(Exception):

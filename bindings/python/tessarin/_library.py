@@ -8,8 +8,8 @@ import os
 import pathlib
 import sys
 import threading
-from ctypes import (CFUNCTYPE, POINTER, Structure, c_char, c_char_p, c_float, c_int16, c_int32,
-                    c_uint32, c_void_p)
+from ctypes import (CFUNCTYPE, POINTER, Structure, c_char, c_char_p, c_double, c_float, c_int16,
+                    c_int32, c_uint32, c_void_p)
 from typing import Any, Iterator
 
 from tessarin._errors import Cancelled, TessarinError, CANCELLED
@@ -53,10 +53,27 @@ class SearchOptions(Structure):
                 ("to_ms", c_int32)]
 
 
+class Gain(Structure):
+    _fields_ = [("phonemes", c_char_p), ("factor", c_float)]
+
+
 class TrackOptions(Structure):
     _fields_ = [("size", c_uint32), ("flags", c_uint32), ("frame_rate", c_float),
                 ("slope", c_float), ("max_weights", c_int32), ("rules_length", c_int32),
-                ("rules", c_char_p)]
+                ("rules", c_char_p), ("gains", POINTER(Gain)), ("gain_count", c_uint32)]
+
+
+class Key(Structure):
+    _fields_ = [("time_ms", c_int32), ("weight", c_float)]
+
+
+class Curve(Structure):
+    _fields_ = [("label", c_char * 8), ("start_ms", c_int32), ("end_ms", c_int32),
+                ("key_count", c_uint32), ("keys", POINTER(Key))]
+
+
+class Switch(Structure):
+    _fields_ = [("start_ms", c_int32), ("shape", c_uint32)]
 
 
 WORD = 1
@@ -64,6 +81,8 @@ TAG = 2
 CUT = 3
 PUNCTUATION = 4
 TRACK_SMOOTH = 1
+TRACK_COMMON_KEYS = 2
+TRACK_CURVES = 256
 
 _OUT = POINTER(c_void_p)
 _COUNT = POINTER(c_uint32)
@@ -98,6 +117,21 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
     "create_track": (c_int32, [c_void_p, POINTER(TrackOptions), _OUT]),
     "get_track_frames": (POINTER(Frame), [c_void_p, _COUNT]),
     "free_track": (None, [c_void_p]),
+    "create_result_from_phonemes": (c_int32, [POINTER(Phoneme), c_uint32, _OUT]),
+    "get_curves": (POINTER(Curve), [c_void_p, _COUNT]),
+    "quantize_track": (c_int32, [c_void_p, c_int32, c_int32, c_int32, POINTER(Frame)]),
+    "create_shapes": (c_int32, [c_char_p, _OUT]),
+    "create_shapes_from_text": (c_int32, [c_char_p, c_char_p, c_uint32, _OUT]),
+    "get_shape_set": (c_char_p, [c_void_p]),
+    "get_shape_count": (c_uint32, [c_void_p]),
+    "get_shape_name": (c_char_p, [c_void_p, c_uint32]),
+    "is_closed_shape": (c_int32, [c_void_p, c_uint32]),
+    "get_rest_shape": (c_uint32, [c_void_p]),
+    "mix_shapes": (c_int32, [c_void_p, POINTER(Frame), c_uint32, POINTER(c_double)]),
+    "free_shapes": (None, [c_void_p]),
+    "create_switches": (c_int32, [c_void_p, POINTER(Frame), c_uint32, c_int32, _OUT]),
+    "get_switches": (POINTER(Switch), [c_void_p, _COUNT]),
+    "free_switches": (None, [c_void_p]),
 }
 
 

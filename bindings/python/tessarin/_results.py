@@ -12,6 +12,7 @@ from typing import Any, Mapping, Sequence, Union
 from tessarin import _library
 from tessarin._arrays import numpy
 from tessarin._library import Library
+from tessarin._shapes import Shapes, Switch
 
 
 @dataclass(frozen=True)
@@ -66,12 +67,34 @@ class Frame:
 
 
 @dataclass(frozen=True)
+class Curve:
+    """The weight of one occurrence of a phoneme over time: straight lines between the `keys`, which
+    are pairs of milliseconds and weight."""
+
+    label: str
+    start_ms: int
+    end_ms: int
+    keys: Sequence[tuple[int, float]]
+
+
+@dataclass(frozen=True)
 class Track:
     """The mouth, frame by frame."""
 
     frames: Sequence[Frame]
     labels: Sequence[str] = field(default=())
     """The phonemes that have a weight in any frame, in the order of the alphabet."""
+    curves: Sequence[Curve] = field(default=())
+    """The weight of each occurrence of a phoneme as keys, if they were asked for."""
+
+    def shapes(self, shapes: Shapes) -> Any:
+        """The weights of mouth shapes: a row for each frame and a column for each of
+        `shapes.names`. `track.shapes(tessarin.Shapes("visemes"))` moves most game faces."""
+        return shapes.mix(self.frames)
+
+    def switches(self, shapes: Shapes, hold_ms: int = 0) -> list[Switch]:
+        """One shape at a time for 2-D mouths, each for at least `hold_ms` milliseconds."""
+        return shapes.switches(self.frames, hold_ms)
 
     @property
     def weights(self) -> Any:
@@ -139,6 +162,16 @@ class Result:
         self.events = [Event(*self._span(raw, places), KINDS[raw.kind])
                        for raw in self._library.items("get_events", handle)]
 
+    @classmethod
+    def from_phonemes(cls, phonemes: Sequence[Phoneme]) -> Result:
+        """A result of timings from elsewhere, in order of time, to make a track of. Raises
+        TessarinError for what is not a phoneme."""
+        raw = (_library.Phoneme * len(phonemes))(
+            *((each.start_ms, each.end_ms, each.score, each.label.encode("ascii"))
+              for each in phonemes))
+        return cls(Library.get().create("create_result_from_phonemes", "phonemes", raw,
+                                        len(phonemes)), None)
+
     @staticmethod
     def _span(raw: _library.Span, places: TextPlaces | None) -> tuple[str, int, int, int, int]:
         place = (raw.text_offset, raw.text_length)
@@ -147,25 +180,39 @@ class Result:
         return (raw.text.decode("utf-8", "replace"), raw.start_ms, raw.end_ms, *place)
 
     def track(self, fps: float | None = None, *, smooth: bool = False, slope: float | None = None,
-              max_weights: int | None = None,
+              max_weights: int | None = None, gains: Mapping[str, float] | None = None,
+              curves: bool = False, common_keys: bool = False,
               rules: Union[str, "os.PathLike[str]", None] = None) -> Track:
         """Makes the mouth track at `fps` frames a second (30). `smooth` has closed lips close in
         at least one frame and no weight change by more than `slope` (0.25) a frame; a frame has at
-        most `max_weights` (10); `rules` is a file of articulation rules. Raises TessarinError."""
+        most `max_weights` (10); `rules` is a file of articulation rules. `gains` says how strongly
+        phonemes show, such as `{"pbm": 1.5}`, or `{"": 1.2}` for all. With `curves` the track also
+        has curves, whose keys `common_keys` puts at the same times. Raises TessarinError."""
         options = _library.TrackOptions(
-            size=ctypes.sizeof(_library.TrackOptions), flags=_library.TRACK_SMOOTH if smooth else 0,
+            size=ctypes.sizeof(_library.TrackOptions),
+            flags=((_library.TRACK_SMOOTH if smooth else 0)
+                   | (_library.TRACK_CURVES if curves or common_keys else 0)
+                   | (_library.TRACK_COMMON_KEYS if common_keys else 0)),
             frame_rate=fps or 0, slope=slope or 0, max_weights=max_weights or 0)
         if rules is not None:
             with open(rules, "rb") as file:
                 content = file.read()
             options.rules = content
             options.rules_length = len(content)
+        if gains:
+            raw_gains = (_library.Gain * len(gains))(
+                *((phonemes.encode("ascii"), factor) for phonemes, factor in gains.items()))
+            options.gains, options.gain_count = raw_gains, len(gains)
         handle = self._library.create("create_track", "track", self._handle, ctypes.byref(options))
         try:
             frames = [Frame(raw.start_ms, raw.end_ms,
                             {entry.label.decode("ascii"): entry.weight
                              for entry in raw.weights[:raw.count]})
                       for raw in self._library.items("get_track_frames", handle)]
+            made = [Curve(raw.label.decode("ascii"), raw.start_ms, raw.end_ms,
+                          [(key.time_ms, key.weight) for key in raw.keys[:raw.key_count]])
+                    for raw in self._library.items("get_curves", handle)]
         finally:
             self._library.free_track(handle)
-        return Track(frames, sorted({label for frame in frames for label in frame.weights}))
+        return Track(frames, sorted({label for frame in frames for label in frame.weights}),
+                     made)

@@ -1,16 +1,20 @@
-#include "apps/tessarin/shape_map.h"
+#include "mouth/shape_map.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
+#include <iterator>
 #include <numeric>
 #include <sstream>
-#include <stdexcept>
 
-#include "apps/tessarin/console/failure.h"
-#include "apps/tessarin/readers/arpabet.h"
+#include "model/phoneme_alphabet.h"
+
+namespace tessarin {
 
 namespace {
+
+/// Lips rest closed, so rest does not speak against a closed sound, however soft it is; from this
+/// weight on it is there.
+constexpr double kClosedWeight = 0.1;
 
 std::vector<std::string> SplitLine(std::string_view line) {
     std::istringstream words{std::string(line.substr(0, line.find('#')))};
@@ -27,19 +31,9 @@ bool ReadWeight(const std::string& word, double* weight) {
     return end != word.c_str() && *end == '\0' && *weight >= 0.0 && *weight <= 1.0;
 }
 
-/// Lips rest closed, so rest does not speak against a closed sound, however soft it is; from this
-/// weight on it is there.
-constexpr double kClosedWeight = 0.1;
-
-/// A phoneme is one label, not a string of them.
-bool IsPhoneme(const std::string& word) {
-    const std::string phones = ArpabetFromLabels(word);
-    return !phones.empty() && phones.find(' ') == std::string::npos;
-}
-
 } // namespace
 
-ShapeMap ShapeMap::Parse(const std::string& path, std::string_view text) {
+ShapeMap ShapeMap::Parse(std::string_view text) {
     ShapeMap map;
     for (size_t number = 1; !text.empty(); ++number) {
         const std::string_view line = text.substr(0, text.find('\n'));
@@ -50,13 +44,12 @@ ShapeMap ShapeMap::Parse(const std::string& path, std::string_view text) {
         }
         try {
             map.ReadLine(words);
-        } catch (const std::invalid_argument& wrong) {
-            throw Failure(kExitFailed,
-                          path + ": line " + std::to_string(number) + ": " + wrong.what());
+        } catch (const shape_map_error& wrong) {
+            throw shape_map_error("line " + std::to_string(number) + ": " + wrong.what());
         }
     }
     if (map.shapes.empty() || map.shown.empty()) {
-        throw Failure(kExitFailed, path + ": is no map of mouth shapes");
+        throw shape_map_error("not a map of mouth shapes: it lists no shapes or no phonemes");
     }
     return map;
 }
@@ -64,7 +57,7 @@ ShapeMap ShapeMap::Parse(const std::string& path, std::string_view text) {
 void ShapeMap::ReadLine(const std::vector<std::string>& words) {
     const std::string& first = words.front();
     if (first == "set" && words.size() == 2) {
-        name = words[1];
+        set = words[1];
     } else if (first == "shapes") {
         shapes.insert(shapes.end(), words.begin() + 1, words.end());
         closed.resize(shapes.size());
@@ -74,33 +67,40 @@ void ShapeMap::ReadLine(const std::vector<std::string>& words) {
         }
     } else if (first == "rest" && words.size() == 2) {
         rest = FindShape(words[1]);
-    } else if (IsPhoneme(first)) {
-        auto& parts = shown[first];
-        for (size_t i = 1; i < words.size(); ++i) {
-            parts.emplace_back(FindShape(words[i]), 1.0);
-            if (i + 1 < words.size() && ReadWeight(words[i + 1], &parts.back().second)) {
-                ++i;
-            }
-        }
+    } else if (FindPhonemeSymbol(first) != nullptr) {
+        ReadPhoneme(words);
     } else {
-        throw std::invalid_argument("neither a phoneme nor set, shapes, closed or rest: " + first);
+        throw shape_map_error("neither a phoneme nor set, shapes, closed or rest: " + first);
+    }
+}
+
+void ShapeMap::ReadPhoneme(const std::vector<std::string>& words) {
+    auto& parts = shown[words.front()];
+    for (size_t i = 1; i < words.size(); ++i) {
+        parts.emplace_back(FindShape(words[i]), 1.0);
+        if (i + 1 < words.size() && ReadWeight(words[i + 1], &parts.back().second)) {
+            ++i;
+        }
     }
 }
 
 size_t ShapeMap::FindShape(const std::string& shape) const {
     const auto found = std::ranges::find(shapes, shape);
     if (found == shapes.end()) {
-        throw std::invalid_argument("there is no shape " + shape);
+        throw shape_map_error("there is no shape " + shape);
     }
     return static_cast<size_t>(found - shapes.begin());
 }
 
-std::vector<double> ShapeMap::Mix(const mouth_frame& frame) const {
+std::vector<double> ShapeMap::Mix(const tessarin_frame& frame) const {
     std::vector<double> mixed(shapes.size());
-    for (const auto& [label, weight] : frame.weights) {
+    for (int32_t i = 0; i < frame.count; ++i) {
+        const tessarin_weight& entry = frame.weights[i];
+        const auto* const labelEnd = std::find(entry.label, std::end(entry.label), '\0');
+        const std::string_view label(entry.label, static_cast<size_t>(labelEnd - entry.label));
         if (const auto parts = shown.find(label); parts != shown.end()) {
             for (const auto& [shape, share] : parts->second) {
-                mixed[shape] += static_cast<double>(weight) * share;
+                mixed[shape] += static_cast<double>(entry.weight) * share;
             }
         }
     }
@@ -110,7 +110,7 @@ std::vector<double> ShapeMap::Mix(const mouth_frame& frame) const {
     return mixed;
 }
 
-size_t ShapeMap::FindStrongest(const mouth_frame& frame) const {
+size_t ShapeMap::FindStrongest(const tessarin_frame& frame) const {
     std::vector<double> mixed = Mix(frame);
     const double resting = std::exchange(mixed[rest], 0.0);
     const double moving = std::accumulate(mixed.begin(), mixed.end(), 0.0);
@@ -119,3 +119,5 @@ size_t ShapeMap::FindStrongest(const mouth_frame& frame) const {
     const bool isShown = IsClosed(shape) ? *strongest >= kClosedWeight : moving > resting;
     return isShown ? shape : rest;
 }
+
+} // namespace tessarin

@@ -1,12 +1,23 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <map>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "apps/tessarin/timed_result.h"
+#include "tessarin/tessarin_c.h"
+
+namespace tessarin {
+
+/// Why a text is not a map of mouth shapes; its what() names the line.
+class shape_map_error : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
 
 /// How the phonemes of a track show in a set of mouth shapes. The text of a map has lines
 ///
@@ -16,31 +27,35 @@
 ///     rest NAME                   the shape of a resting mouth
 ///     PHONEME SHAPE [WEIGHT] ...  what a phoneme shows, each with the weight 1 if not said
 ///
-/// and comments behind #.
+/// and comments that begin with #.
 class ShapeMap {
 public:
-    /// Throws Failure, which names `path` and the line.
-    static ShapeMap Parse(const std::string& path, std::string_view text);
+    /// Throws shape_map_error.
+    static ShapeMap Parse(std::string_view text);
 
-    const std::string& GetName() const { return name; }
+    const std::string& GetSet() const { return set; }
     const std::vector<std::string>& GetShapes() const { return shapes; }
     bool IsClosed(size_t shape) const { return closed[shape]; }
     size_t GetRest() const { return rest; }
 
     /// The weight of each shape in a frame, 0 to 1.
-    std::vector<double> Mix(const mouth_frame& frame) const;
+    std::vector<double> Mix(const tessarin_frame& frame) const;
     /// The shape with the largest weight, the first of equals. Soft sounds are mixed with much
     /// rest: it shows only where it outweighs all others together, and never in place of a closed
     /// sound.
-    size_t FindStrongest(const mouth_frame& frame) const;
+    size_t FindStrongest(const tessarin_frame& frame) const;
 
 private:
     void ReadLine(const std::vector<std::string>& words);
+    void ReadPhoneme(const std::vector<std::string>& words);
     size_t FindShape(const std::string& shape) const;
 
-    std::string name;
+    std::string set;
     std::vector<std::string> shapes;
     std::vector<bool> closed;
     size_t rest = 0;
-    std::map<std::string, std::vector<std::pair<size_t, double>>> shown; ///< by phoneme
+    std::map<std::string, std::vector<std::pair<size_t, double>>, std::less<>>
+        shown; ///< by phoneme
 };
+
+} // namespace tessarin

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "base/guarded.h"
+#include "tessarin/error_codes.h"
+
+namespace tessarin {
+
+/// Clears `*out` and has `make` fill an owner, whose object the caller then gets, whatever the
+/// code.
+template <class T, class Make> int32_t Create(bool hasInput, T** out, Make&& make) {
+    if (out == nullptr) {
+        return kInvalidArgument;
+    }
+    *out = nullptr;
+    if (!hasInput) {
+        return kInvalidArgument;
+    }
+    return Guarded([&] {
+        std::unique_ptr<T> made;
+        const error_code code = make(made);
+        *out = made.release();
+        return code;
+    });
+}
+
+/// The items of a list that an object lends, or null when there are none; `*count` receives how
+/// many.
+template <class T> const T* Items(const std::vector<T>* items, uint32_t* count) {
+    if (count != nullptr) {
+        *count = items != nullptr ? static_cast<uint32_t>(items->size()) : 0;
+    }
+    return items == nullptr || items->empty() ? nullptr : items->data();
+}
+
+} // namespace tessarin

@@ -1,0 +1,175 @@
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <memory>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "base/whole_file.h"
+#include "c_api/flat_calls.h"
+#include "c_api/weight_track.h"
+#include "mouth/built_in_shapes.h"
+#include "mouth/shape_map.h"
+#include "mouth/switches.h"
+#include "tessarin/tessarin_c.h"
+
+using namespace tessarin;
+
+struct tessarin_shapes {
+    ShapeMap map;
+};
+
+struct tessarin_switches {
+    std::vector<tessarin_switch> items;
+};
+
+static_assert(sizeof(tessarin_gain) == 16 && sizeof(tessarin_key) == 8 &&
+              sizeof(tessarin_curve) == 32 && sizeof(tessarin_switch) == 8);
+static_assert(+TESSARIN_TRACK_COMMON_KEYS == +kCommonKeyTimes);
+
+namespace {
+
+constexpr int32_t kMaxHoldMs = 10000;
+
+error_code ParseShapes(std::string_view text, char* reason, uint32_t reasonSize,
+                       std::unique_ptr<tessarin_shapes>& out) {
+    try {
+        out = std::make_unique<tessarin_shapes>(ShapeMap::Parse(text));
+        return kNoError;
+    } catch (const shape_map_error& wrong) {
+        if (reason != nullptr && reasonSize > 0) {
+            const size_t length = std::min<size_t>(std::strlen(wrong.what()), reasonSize - 1);
+            std::memcpy(reason, wrong.what(), length);
+            reason[length] = '\0';
+        }
+        return kInvalidFile;
+    }
+}
+
+void ClearReason(char* reason, uint32_t reasonSize) {
+    if (reason != nullptr && reasonSize > 0) {
+        reason[0] = '\0';
+    }
+}
+
+bool AreFrames(const tessarin_frame* frames, uint32_t count) {
+    return (frames != nullptr || count == 0) &&
+           std::all_of(frames, frames + count, [](const tessarin_frame& frame) {
+               return frame.count >= 0 && frame.count <= std::ssize(frame.weights);
+           });
+}
+
+bool HasShape(const tessarin_shapes* shapes, uint32_t shape) {
+    return shapes != nullptr && shape < shapes->map.GetShapes().size();
+}
+
+} // namespace
+
+int32_t tessarin_create_result_from_phonemes(const tessarin_phoneme* phonemes, uint32_t count,
+                                             tessarin_result** out) {
+    return Create(phonemes != nullptr || count == 0, out,
+                  [&](std::unique_ptr<tessarin_result>& made) {
+                      return MakeResult({phonemes, count}, made);
+                  });
+}
+
+const tessarin_curve* tessarin_get_curves(const tessarin_track* track, uint32_t* count) {
+    return Items(track != nullptr ? &track->curves : nullptr, count);
+}
+
+int32_t tessarin_quantize_track(const tessarin_track* track, int32_t from_ms, int32_t to_ms,
+                                int32_t max_weights, tessarin_frame* out) {
+    if (track == nullptr || out == nullptr) {
+        return kInvalidArgument;
+    }
+    return Guarded([&] { return Quantize(*track, from_ms, to_ms, max_weights, *out); });
+}
+
+int32_t tessarin_create_shapes(const char* set, tessarin_shapes** out) {
+    return Create(set != nullptr, out, [&](std::unique_ptr<tessarin_shapes>& made) -> error_code {
+        const char* const text = FindBuiltInShapes(set);
+        return text != nullptr ? ParseShapes(text, nullptr, 0, made) : kNotAvailable;
+    });
+}
+
+int32_t tessarin_create_shapes_from_text(const char* text, char* reason, uint32_t reason_size,
+                                         tessarin_shapes** out) {
+    ClearReason(reason, reason_size);
+    return Create(text != nullptr, out, [&](std::unique_ptr<tessarin_shapes>& made) {
+        return ParseShapes(text, reason, reason_size, made);
+    });
+}
+
+int32_t tessarin_create_shapes_from_file(const char* path, char* reason, uint32_t reason_size,
+                                         tessarin_shapes** out) {
+    ClearReason(reason, reason_size);
+    return Create(path != nullptr, out, [&](std::unique_ptr<tessarin_shapes>& made) -> error_code {
+        uint32_t size = 0;
+        const auto content = ReadWholeFile(path, &size, false);
+        if (content == nullptr) {
+            return kFileNotFound;
+        }
+        const std::string_view text(reinterpret_cast<const char*>(content.get()), size);
+        return ParseShapes(text, reason, reason_size, made);
+    });
+}
+
+const char* tessarin_get_shape_set(const tessarin_shapes* shapes) {
+    return shapes != nullptr ? shapes->map.GetSet().c_str() : "";
+}
+
+uint32_t tessarin_get_shape_count(const tessarin_shapes* shapes) {
+    return shapes != nullptr ? static_cast<uint32_t>(shapes->map.GetShapes().size()) : 0;
+}
+
+const char* tessarin_get_shape_name(const tessarin_shapes* shapes, uint32_t shape) {
+    return HasShape(shapes, shape) ? shapes->map.GetShapes()[shape].c_str() : nullptr;
+}
+
+int32_t tessarin_is_closed_shape(const tessarin_shapes* shapes, uint32_t shape) {
+    return HasShape(shapes, shape) && shapes->map.IsClosed(shape) ? 1 : 0;
+}
+
+uint32_t tessarin_get_rest_shape(const tessarin_shapes* shapes) {
+    return shapes != nullptr ? static_cast<uint32_t>(shapes->map.GetRest()) : 0;
+}
+
+int32_t tessarin_mix_shapes(const tessarin_shapes* shapes, const tessarin_frame* frames,
+                            uint32_t count, double* weights) {
+    if (shapes == nullptr || weights == nullptr || !AreFrames(frames, count)) {
+        return kInvalidArgument;
+    }
+    return Guarded([&]() -> error_code {
+        for (const tessarin_frame& frame : std::span(frames, count)) {
+            const std::vector<double> mixed = shapes->map.Mix(frame);
+            weights = std::copy(mixed.begin(), mixed.end(), weights);
+        }
+        return kNoError;
+    });
+}
+
+void tessarin_free_shapes(tessarin_shapes* shapes) {
+    delete shapes;
+}
+
+int32_t tessarin_create_switches(const tessarin_shapes* shapes, const tessarin_frame* frames,
+                                 uint32_t count, int32_t hold_ms, tessarin_switches** out) {
+    const bool hasInput = shapes != nullptr && AreFrames(frames, count);
+    return Create(hasInput, out, [&](std::unique_ptr<tessarin_switches>& made) -> error_code {
+        if (hold_ms < 0 || hold_ms > kMaxHoldMs) {
+            return kOutOfRange;
+        }
+        made = std::make_unique<tessarin_switches>();
+        made->items = FindSwitches({frames, count}, shapes->map, hold_ms);
+        return kNoError;
+    });
+}
+
+const tessarin_switch* tessarin_get_switches(const tessarin_switches* switches, uint32_t* count) {
+    return Items(switches != nullptr ? &switches->items : nullptr, count);
+}
+
+void tessarin_free_switches(tessarin_switches* switches) {
+    delete switches;
+}
