@@ -12,6 +12,7 @@
 #include "apps/tessarin/readers/audio_file_stream.h"
 #include "apps/tessarin/readers/lexicon_summary.h"
 #include "apps/tessarin/readers/model_summary.h"
+#include "apps/tessarin/readers/recording_failure.h"
 
 namespace {
 
@@ -76,7 +77,7 @@ void RunInspect(const std::string& path) {
     } else if (ProbeRecording(path, &info)) {
         ShowRecording(info);
     } else {
-        throw Failure(kExitFailed, path + ": is no recording, acoustic model or lexicon file");
+        throw NotARecording(path, "is not a recording, an acoustic model or a lexicon file");
     }
 }
 

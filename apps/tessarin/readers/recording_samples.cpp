@@ -5,6 +5,7 @@
 
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/readers/audio_file_stream.h"
+#include "apps/tessarin/readers/recording_failure.h"
 
 namespace {
 
@@ -14,7 +15,7 @@ constexpr size_t kMostChannels = 65535; // what a file can say
 
 void RequireDone(const std::string& path, int32_t code) {
     if (code != tessarin::kNoError) {
-        throw EngineFailure(path, code);
+        throw NotARecording(path, code);
     }
 }
 
@@ -26,6 +27,7 @@ std::vector<data_source_handle> LoadByEngine(const std::string& path) {
     for (size_t i = 0; i < channels.size() && channels[i] != nullptr; ++i) {
         sources.emplace_back(channels[i]);
     }
+    RequireSamples(path, sources.empty() ? 0 : sources.front()->GetNumSamples());
     return sources;
 }
 
@@ -63,6 +65,7 @@ data_source_handle LoadSamples(const std::string& path, int channel,
     RequireFile(path);
     recording_info info;
     if (ProbeRecording(path, &info)) {
+        RequireSamples(path, info.frames);
         return LoadKnown(path, channel, info, progress);
     }
     std::vector<data_source_handle> channels = LoadByEngine(path);
@@ -80,6 +83,7 @@ std::vector<data_source_handle> LoadChannels(const std::string& path) {
     if (!ProbeRecording(path, &info)) {
         return LoadByEngine(path);
     }
+    RequireSamples(path, info.frames);
     std::vector<data_source_handle> sources;
     for (int channel = 1; channel <= info.channels; ++channel) {
         sources.push_back(LoadKnown(path, channel, info, nullptr));
