@@ -1,6 +1,8 @@
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <new>
+#include <string>
 
 #include <CLI/CLI.hpp>
 
@@ -9,10 +11,23 @@
 
 namespace {
 
+/// Leaves out what the library adds to an option: type, REQUIRED, Excludes ... The usage line says
+/// what is required, and the description the rest.
+class HelpFormatter : public CLI::Formatter {
+public:
+    std::string make_option_opts(const CLI::Option* option) const override {
+        if (!option->get_option_text().empty()) {
+            return " " + option->get_option_text();
+        }
+        return option->get_positional() || option->get_items_expected_max() == 0 ? "" : " VALUE";
+    }
+};
+
 int Run(int argc, char** argv) {
     CLI::App app("Speech engine that animates talking characters.", "tessarin");
     app.set_version_flag("--version", "tessarin " TESSARIN_VERSION);
     app.require_subcommand(1);
+    app.formatter(std::make_shared<HelpFormatter>()); // before the commands, which inherit it
     app.get_formatter()->column_width(34);
     AddAlignCommand(app);
     AddRecognizeCommand(app);

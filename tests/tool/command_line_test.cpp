@@ -9,15 +9,20 @@
 namespace {
 
 using nlohmann::json;
+using testing::AnyOf;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 TEST(CommandLine, HelpAndVersionSucceedAndMisuseExitsWithOne) {
     EXPECT_EQ(RunTool("--help").exitCode, 0);
     EXPECT_EQ(RunTool("--version").exitCode, 0);
-    for (const char* command : {"align", "transcribe", "inspect"}) {
+    for (const char* command : {"align", "recognize", "inspect", "lexicon build"}) {
         SCOPED_TRACE(command);
-        EXPECT_THAT(RunTool(std::string(command) + " --help").output, HasSubstr(command));
+        const std::string help = RunTool(std::string(command) + " --help").output;
+        EXPECT_THAT(help, HasSubstr(command));
+        EXPECT_THAT(help, Not(AnyOf(HasSubstr("REQUIRED"), HasSubstr("Excludes:"),
+                                    HasSubstr("Needs:"), HasSubstr(" VALUE "))));
     }
     for (const char* arguments :
          {"", "sing", "align", "inspect", "align x.wav", "transcribe", "transcribe x",

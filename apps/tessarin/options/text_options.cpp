@@ -40,12 +40,13 @@ void AddTextOptions(CLI::App& command, text_options* options) {
     auto* text = command.add_option("-t,--text", options->text, "What is said");
     text->option_text("TEXT");
     auto* file = command.add_option("-f,--text-file", options->file,
-                                    "File with what is said; - reads standard input");
+                                    "File with what is said; - is standard input");
     file->option_text("FILE");
     text->excludes(file);
     command
-        .add_option("--encoding", options->encoding,
-                    "Of the text: utf-8, utf-16, local (the lexicon's code page) or auto [auto]")
+        .add_option(
+            "--encoding", options->encoding,
+            "Encoding of the text: utf-8, utf-16, local (the lexicon's code page) or auto [auto]")
         ->check(CLI::IsMember({"auto", "utf-8", "utf-16", "local"}))
         ->option_text("NAME");
 }

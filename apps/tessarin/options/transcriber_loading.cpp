@@ -196,11 +196,11 @@ tessarin::transcriber_owner LoadTranscriber(const data_options& options) {
 void AddLexiconOptions(CLI::App& command, data_options* options) {
     command
         .add_option("--lexicon", options->lexicon,
-                    "Lexicon file, or text of lines WORD=phonemes [the project's own]")
+                    "Lexicon file, or a text of lines WORD=phonemes [the project's own]")
         ->option_text("FILE");
     command
         .add_option("--words", options->words,
-                    "Your own words, in place of the lexicon's: lines WORD=phonemes, or of the CMU "
-                    "dictionary's form")
+                    "Your own words, used in place of the lexicon's: lines WORD=phonemes, or lines "
+                    "in the form of the CMU dictionary")
         ->option_text("FILE");
 }

@@ -7,7 +7,7 @@
 struct spectrogram_settings {
     double pixelsPerSecond = 250;
     double highestHz = 8000;
-    double windowMs = 8; ///< short enough for bursts, long enough to part formants
+    double windowMs = 8; ///< short enough for bursts, long enough to separate formants
     double rangeDb = 60; ///< from the loudest to black
 };
 

@@ -11,7 +11,7 @@ struct spectrum_settings {
     int columns;
     int rows;         ///< from 0 Hz at the first to `highestHz` at the last
     double highestHz; ///< at most half the rate
-    double windowMs;  ///< what a column hears
+    double windowMs;  ///< of the window that a column analyses
 };
 
 /// Levels in decibels, a column after the other, from low to high frequencies.
@@ -25,7 +25,7 @@ struct spectrum_columns {
     }
 };
 
-/// Hears `settings.columns` places of the stretch, evenly apart. Speech loses 6 dB or more an
+/// Analyses `settings.columns` places of the stretch, evenly apart. Speech loses 6 dB or more an
 /// octave to the top; that much is given back above 1 kHz, so that hissing sounds and the upper
 /// formants show as well as the lower ones. Throws Failure.
 spectrum_columns MeasureSpectrum(tessarin::IPCMDataSource& source,

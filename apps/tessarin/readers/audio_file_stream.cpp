@@ -96,7 +96,8 @@ AudioFileStream::AudioFileStream(const std::string& path, int channel)
     RequireSamples(path, info.frames);
     if (channel > info.channels) {
         throw Failure(kExitFailed, path + ": has " + std::to_string(info.channels) +
-                                       " channel(s), not " + std::to_string(channel));
+                                       " channel(s), so that there is no channel " +
+                                       std::to_string(channel));
     }
     source->channel = channel;
     source->outRate = info.samplerate <= kHighestRate ? info.samplerate : kReducedRate;

@@ -92,7 +92,7 @@ std::vector<data_source_handle> LoadChannels(const std::string& path) {
 }
 
 void AddStretchOptions(CLI::App& command, recording_stretch* stretch) {
-    command.add_option("--from", stretch->fromMs, "Where to begin, in milliseconds [0]")
+    command.add_option("--from", stretch->fromMs, "Where to start, in milliseconds [0]")
         ->check(CLI::NonNegativeNumber)
         ->option_text("MS");
     command.add_option("--to", stretch->toMs, "Where to end, in milliseconds [the end]")
@@ -103,8 +103,8 @@ void AddStretchOptions(CLI::App& command, recording_stretch* stretch) {
 sample_range FindStretch(const std::string& path, const recording_stretch& stretch,
                          const IPCMDataSource& source) {
     if (stretch.toMs != 0 && stretch.toMs <= stretch.fromMs) {
-        throw Failure(kExitUsage, "--to " + std::to_string(stretch.toMs) +
-                                      " is not behind --from " + std::to_string(stretch.fromMs));
+        throw Failure(kExitUsage, "--to " + std::to_string(stretch.toMs) + " is not after --from " +
+                                      std::to_string(stretch.fromMs));
     }
     const int32_t length = source.GetNumSamples();
     const sample_range range = {
@@ -112,8 +112,9 @@ sample_range FindStretch(const std::string& path, const recording_stretch& stret
         stretch.toMs == 0 ? length : std::min(source.MsToSamples(stretch.toMs), length)};
     if (range.first >= range.end) {
         const auto lengthMs = static_cast<int64_t>(source.SamplesToMs(length));
-        throw Failure(kExitFailed,
-                      path + ": has nothing there; it lasts " + std::to_string(lengthMs) + " ms");
+        throw Failure(kExitFailed, path + ": lasts " + std::to_string(lengthMs) +
+                                       " ms, so that nothing is left " + "from " +
+                                       std::to_string(stretch.fromMs) + " ms on");
     }
     return range;
 }
