@@ -48,9 +48,13 @@ void RunSpectrogram(const spectrogram_options& options) {
         LoadSamples(path, ChannelNumber(options.recording.channel), nullptr);
     const sample_range range = FindStretch(path, options.recording.stretch, *source);
     const std::optional<timed_result> timings = FindBoundaries(options);
-    WriteOutput(
-        options.output,
-        WritePng(DrawSpectrogram(*source, range, timings ? &*timings : nullptr, options.picture)));
+    std::string png;
+    {
+        ProgressBar progress(options.recording.quiet);
+        png = WritePng(DrawSpectrogram(*source, range, timings ? &*timings : nullptr,
+                                       options.picture, progress));
+    }
+    WriteOutput(options.output, png);
     if (timings && timings->code != tessarin::kNoError) {
         throw EngineFailure(path, timings->code);
     }
