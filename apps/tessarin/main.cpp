@@ -8,6 +8,7 @@
 
 #include "apps/tessarin/commands/commands.h"
 #include "apps/tessarin/console/failure.h"
+#include "apps/tessarin/describe/unknown_word.h"
 
 namespace {
 
@@ -45,6 +46,10 @@ int Run(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
+        const std::string unknown = DescribeUnknownWord(app, argc, argv);
+        if (error.get_exit_code() != 0 && !unknown.empty()) {
+            throw Failure(kExitUsage, unknown);
+        }
         return app.exit(error) == 0 ? kExitDone : kExitUsage;
     }
     return kExitDone;

@@ -36,6 +36,29 @@ TEST(CommandLine, HelpAndVersionSucceedAndMisuseExitsWithOne) {
     }
 }
 
+TEST(CommandLine, AWrongWordNamesTheNearestRightOne) {
+    const struct {
+        const char* arguments;
+        const char* message;
+    } cases[] = {
+        {"algn x.wav", "tessarin: there is no command algn; did you mean align?"},
+        {"lexicon biuld a b", "lexicon: there is no command biuld; did you mean build?"},
+        {"align x.wav --txt=a", "align: there is no option --txt; did you mean --text?"},
+        {"align x.wav --text a --max-shape 3",
+         "there is no option --max-shape; did you mean --max-shapes?"},
+        {"cut x.wav --fps 25", "cut: there is no option --fps; see tessarin cut --help"},
+        {"sing", "tessarin: there is no command sing; see tessarin --help"},
+    };
+    for (const auto& [arguments, message] : cases) {
+        SCOPED_TRACE(arguments);
+        const tool_run run = RunTool(arguments);
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_THAT(run.errors, HasSubstr(message));
+    }
+    EXPECT_THAT(RunTool("align x.wav --channel left").errors, HasSubstr("--channel"));
+    EXPECT_THAT(RunTool("describe").errors, Not(HasSubstr("there is no")));
+}
+
 TEST(CommandLine, FailuresNameTheFileAndExitWithTwo) {
     const ScratchFolder scratch;
     const std::string noise = scratch.Path("noise.wav");
