@@ -1,10 +1,12 @@
 import assert from "node:assert/strict";
-import { readFileSync } from "node:fs";
+import { execFileSync } from "node:child_process";
+import { readFileSync, writeFileSync } from "node:fs";
 import { after, before, test } from "node:test";
 import { setTimeout as sleep } from "node:timers/promises";
+import { pathToFileURL } from "node:url";
 import {
     closeAll, demoText, demoWav, drawn, makePage, makePageOf, middleOf, openPage, placeOf, position,
-    repeatedDemo, runTool, seek, view,
+    repeatedDemo, runTool, scratch, seek, view,
 } from "./driver.mjs";
 
 const result = JSON.parse(runTool("align", demoWav, "--text-file", demoText, "-q"));
@@ -52,7 +54,8 @@ test("the numbers at the cursor are those of the JSON", async () => {
         assert.equal(await textOf("word"), word?.text ?? "–");
         assert.equal(await textOf("phoneme"), phoneme?.label ?? "–");
         assert.equal(await textOf("wordTime"), word ? `${word.start_ms}–${word.end_ms} ms` : "");
-        assert.equal(await textOf("score"), phoneme ? String(phoneme.score) : "");
+        const strength = phoneme && Math.round(Math.min(100, Math.max(0, phoneme.score)));
+        assert.equal(await textOf("score"), phoneme ? `${strength} of 100` : "");
     }
     const words = await page.locator("#transcript span").allTextContents();
     assert.deepEqual(words, result.words.map((word) => word.text));
@@ -497,4 +500,70 @@ test("results without words, lost texts and odd words are shown as they are", as
     assert.deepEqual(await strange.locator("#transcript span").allTextContents(), [odd]);
     assert.deepEqual(strange.troubles, []);
     await strange.context().close();
+});
+
+// The share of pixels in a part of a picture that are not of its most frequent colour.
+async function inkOf(png, box) {
+    const url = `data:image/png;base64,${png.toString("base64")}`;
+    return page.evaluate(async ([source, { x, y, width, height }]) => {
+        const image = new Image();
+        image.src = source;
+        await image.decode();
+        const canvas = new OffscreenCanvas(width, height);
+        const context = canvas.getContext("2d");
+        context.drawImage(image, -x, -y);
+        const pixels = new Uint32Array(context.getImageData(0, 0, width, height).data.buffer);
+        const counts = new Map();
+        for (const pixel of pixels) {
+            counts.set(pixel, (counts.get(pixel) ?? 0) + 1);
+        }
+        return 1 - Math.max(...counts.values()) / pixels.length;
+    }, [url, box]);
+}
+
+const boxOf = (selector) => page.locator(selector).boundingBox();
+
+test("a page that is shown later is drawn then", async () => {
+    const inFrame = makePage("frame.html", demoWav, "--text-file", demoText);
+    writeFileSync(scratch("outer.html"), `<!DOCTYPE html><body style="margin:0">
+        <iframe src="${pathToFileURL(inFrame)}" hidden
+            style="border:0;width:1280px;height:800px"></iframe>`);
+    const outer = await page.context().newPage();
+    const troubles = [];
+    outer.on("pageerror", (error) => troubles.push(error.message));
+    await outer.goto(pathToFileURL(scratch("outer.html")).href);
+    await outer.frames()[1].waitForFunction(() => window.tessarin);
+    await sleep(200);
+    await outer.evaluate(() => { document.querySelector("iframe").hidden = false; });
+    await sleep(500);
+    const shot = await outer.screenshot();
+    assert.ok(await inkOf(shot, await boxOf("#timeline")) > 0.2, "the timeline is drawn");
+    assert.ok(await inkOf(shot, await boxOf("#overview")) > 0.1, "the overview is drawn");
+    assert.deepEqual(troubles, []);
+    await outer.close();
+});
+
+test("a browser that only takes a picture of the page shows all of it", async () => {
+    const box = await boxOf("#timeline");
+    for (let i = 0; i < 4; ++i) { // it is a matter of time what the picture has
+        const png = scratch(`shot${i}.png`);
+        execFileSync(process.env.CHROMIUM ?? "/usr/bin/chromium", [
+            "--headless=new", "--no-sandbox", `--user-data-dir=${scratch("profile")}`,
+            "--window-size=1280,800", `--screenshot=${png}`, pathToFileURL(file).href,
+        ], { stdio: "ignore", timeout: 60000 });
+        assert.ok(await inkOf(readFileSync(png), box) > 0.2, `picture ${i} has the timeline`);
+    }
+});
+
+test("what fails to draw ends neither the loop nor the rest, and is said once", async () => {
+    const fresh = await openPage(file);
+    await fresh.evaluate(() => {
+        const { overview } = window.tessarin;
+        overview.draw = () => { throw new Error("no overview"); };
+    });
+    await seek(fresh, 5000);
+    assert.equal(await fresh.locator("#time").textContent(), "0:05.000");
+    await drawn(fresh);
+    assert.deepEqual(fresh.troubles, ["no overview"]);
+    await fresh.context().close();
 });

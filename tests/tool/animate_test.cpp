@@ -94,8 +94,8 @@ TEST(Animate, NamesTheLineThatItCannotRead) {
     } cases[] = {
         {"", "there are no timings in it"},
         {"AH 100\nqq 50\n", "-: line 2: not a known phoneme: qq"},
-        {"AH\n", "-: line 1: a phoneme and its milliseconds are expected"},
-        {"AH 1e300\n", "-: line 1: a time is below 0 or beyond four days"},
+        {"AH\n", "-: line 1: a phoneme and its duration in milliseconds are expected"},
+        {"AH 1e300\n", "-: line 1: a time is negative or later than four days"},
         {"start_ms\tend_ms\ttype\ttext\n5\t3\tphoneme\tAH\n", "line 2: a phoneme ends before"},
         {"start_ms\tend_ms\ttype\ttext\nx\n", "line 2: start_ms, end_ms, type and text"},
         {"{\"phonemes\": [{\"label\": 5, \"start_ms\": 0, \"end_ms\": 9}]}", "type must be string"},

@@ -9,15 +9,20 @@
 namespace {
 
 using nlohmann::json;
+using testing::AnyOf;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 TEST(CommandLine, HelpAndVersionSucceedAndMisuseExitsWithOne) {
     EXPECT_EQ(RunTool("--help").exitCode, 0);
     EXPECT_EQ(RunTool("--version").exitCode, 0);
-    for (const char* command : {"align", "transcribe", "inspect"}) {
+    for (const char* command : {"align", "recognize", "inspect", "lexicon build"}) {
         SCOPED_TRACE(command);
-        EXPECT_THAT(RunTool(std::string(command) + " --help").output, HasSubstr(command));
+        const std::string help = RunTool(std::string(command) + " --help").output;
+        EXPECT_THAT(help, HasSubstr(command));
+        EXPECT_THAT(help, Not(AnyOf(HasSubstr("REQUIRED"), HasSubstr("Excludes:"),
+                                    HasSubstr("Needs:"), HasSubstr(" VALUE "))));
     }
     for (const char* arguments :
          {"", "sing", "align", "inspect", "align x.wav", "transcribe", "transcribe x",
@@ -29,6 +34,29 @@ TEST(CommandLine, HelpAndVersionSucceedAndMisuseExitsWithOne) {
         EXPECT_EQ(run.output, "") << "messages go to standard error";
         EXPECT_NE(run.errors, "");
     }
+}
+
+TEST(CommandLine, AWrongWordNamesTheNearestRightOne) {
+    const struct {
+        const char* arguments;
+        const char* message;
+    } cases[] = {
+        {"algn x.wav", "tessarin: there is no command algn; did you mean align?"},
+        {"lexicon biuld a b", "lexicon: there is no command biuld; did you mean build?"},
+        {"align x.wav --txt=a", "align: there is no option --txt; did you mean --text?"},
+        {"align x.wav --text a --max-shape 3",
+         "there is no option --max-shape; did you mean --max-shapes?"},
+        {"cut x.wav --fps 25", "cut: there is no option --fps; see tessarin cut --help"},
+        {"sing", "tessarin: there is no command sing; see tessarin --help"},
+    };
+    for (const auto& [arguments, message] : cases) {
+        SCOPED_TRACE(arguments);
+        const tool_run run = RunTool(arguments);
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_THAT(run.errors, HasSubstr(message));
+    }
+    EXPECT_THAT(RunTool("align x.wav --channel left").errors, HasSubstr("--channel"));
+    EXPECT_THAT(RunTool("describe").errors, Not(HasSubstr("there is no")));
 }
 
 TEST(CommandLine, FailuresNameTheFileAndExitWithTwo) {

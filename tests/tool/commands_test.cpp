@@ -245,7 +245,7 @@ TEST(Commands, WhatCannotBeDoneIsTold) {
                  {"--record " + up, 1, "nothing to recognize"},
                  {"--record =" + audio.scratch.Path("up.wav") + " " + up, 1, "name is missing"},
                  {list + " " + up, 2, "list:2"},
-                 {empty + " " + up, 2, "no command in it"},
+                 {empty + " " + up, 2, "has no commands"},
                  {list + "none " + up, 2, "listnone"},
                  {"--record a=none.wav " + up, 2, "none.wav"},
                  {audio.Record() + "none.wav", 2, "none.wav"},

@@ -77,7 +77,7 @@ TEST(Outputs, SaysWhichOutputItCannotMakeBeforeTheWork) {
         int exitCode;
         const char* message;
     } cases[] = {
-        {"-o x.wav", 1, "x.wav: its ending tells no format; name one with --format"},
+        {"-o x.wav", 1, "x.wav: its extension does not select a format; name one with --format"},
         {"-o - -o - -o - --format json --format tsv", 1, "--format: give one for all outputs"},
         {"--format shapes", 1, "--format shapes: name a map of shapes with --shapes"},
         {"--shapes " + scratch.Path("bad.shapes"), 2, "bad.shapes: line 4: there is no shape C"},

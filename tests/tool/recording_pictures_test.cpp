@@ -152,7 +152,7 @@ TEST(Cut, TellsWhatCannotBe) {
     const std::string to = " -o " + scratch.Path("cut.wav");
     const tool_run behind = RunTool("cut " + DemoRecording() + " --from 99999999" + to);
     EXPECT_EQ(behind.exitCode, 2);
-    EXPECT_THAT(behind.errors, HasSubstr("has nothing there; it lasts"));
+    EXPECT_THAT(behind.errors, HasSubstr("lasts 21982 ms, so that nothing is left"));
     EXPECT_EQ(RunTool("cut " + DemoRecording() + " --from 500 --to 400" + to).exitCode, 1);
     EXPECT_EQ(RunTool("cut " + DemoRecording() + " --from -5" + to).exitCode, 1);
     EXPECT_EQ(RunTool("cut no-such-file.wav" + to).exitCode, 2);

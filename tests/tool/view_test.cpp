@@ -254,7 +254,7 @@ TEST(View, TellsWhatItCannotShow) {
         EXPECT_EQ(run.output, "");
         return run.errors;
     };
-    const std::string expected = timings + ": is no JSON of align, recognize or animate";
+    const std::string expected = timings + ": is not JSON of align, recognize or animate";
     EXPECT_THAT(errorsOf(json::array()), HasSubstr(expected));
     for (const char* member : {"version", "code", "message", "phonemes", "words", "frames"}) {
         SCOPED_TRACE(member);

@@ -49,16 +49,17 @@ void RunAnimate(const animate_options& options) {
 void AddAnimateCommand(CLI::App& app) {
     auto options = std::make_shared<animate_options>();
     CLI::App* command = app.add_subcommand(
-        "animate", "Make the mouth shapes from timings that you have, without a recording");
+        "animate", "Make the mouth shapes from timings that you already have, without a recording");
     command
         ->add_option("TIMINGS", options->timings,
-                     "JSON or TSV of this tool, a TextGrid, or lines of a phoneme and its "
-                     "milliseconds; - for standard input")
+                     "JSON or TSV of this tool, a TextGrid, or lines with a phoneme and its "
+                     "duration in ms; - is standard input")
         ->required()
         ->option_text(" ");
     command
-        ->add_option("--alphabet", options->alphabet,
-                     "How phonemes are written: auto (our labels or ARPAbet) or sampa [auto]")
+        ->add_option(
+            "--alphabet", options->alphabet,
+            "How phonemes are written: auto (this tool's labels or ARPAbet) or sampa [auto]")
         ->check(CLI::IsMember({"auto", "sampa"}))
         ->option_text("NAME");
     AddTrackOptions(*command, &options->track);

@@ -194,7 +194,7 @@ void MatchRecordings(const commands_options& options, tessarin::CAccousticHMM& m
     }
 }
 
-/// Rows for what is heard on standard input; what is no command is passed over.
+/// Rows for what is heard on standard input; what is not a command is passed over.
 void MatchLive(const commands_options& options, SampledCommands& listener, RowWriter& rows,
                const std::function<command_match(const live_utterance&)>& match) {
     FollowUtterances(listener, options.rateHz, [&](const live_utterance& utterance) {
@@ -268,26 +268,26 @@ void RunCommands(commands_options options) {
 void AddCommandsCommand(CLI::App& app) {
     auto options = std::make_shared<commands_options>();
     CLI::App* command = app.add_subcommand(
-        "commands", "Tell which of a few commands is said, by their text or by samples");
+        "commands", "Recognize which of a few commands was said, from their text or from samples");
     command
         ->add_option("FILES", options->files,
-                     "A list of commands, unless there are samples: on each line a text, or a "
-                     "name, = and phonemes. Then the recordings to recognize")
+                     "A list of commands, unless there are samples: each line is a text, or a "
+                     "name, = and phonemes. After it, the recordings to recognize")
         ->option_text("[COMMANDS.txt] [AUDIO...]");
-    command->add_option("--record", options->records, "Samples, each of the command NAME")
+    command->add_option("--record", options->records, "Samples of the command NAME")
         ->option_text("NAME=AUDIO...");
-    command->add_option("--load", options->load, "Read samples that were saved")
+    command->add_option("--load", options->load, "Samples that --save wrote")->option_text("FILE");
+    command->add_option("--save", options->save, "File to save all samples in")
         ->option_text("FILE");
-    command->add_option("--save", options->save, "Save all samples")->option_text("FILE");
     command->add_flag("--live", options->live,
-                      "Listen to standard input, 16-bit mono samples, and tell the command at the "
-                      "end of each utterance");
+                      "Listen to standard input, 16-bit mono samples, and report the command at "
+                      "the end of each utterance");
     command->add_option("--rate", options->rateHz, "Sample rate of --live [16000]")
         ->check(CLI::Range(8000u, 65535u))
         ->option_text("HZ");
     command
         ->add_option("--floor", options->floorDb,
-                     "Leave out what is not louder; 0 keeps all [0, with --live 35]")
+                     "Ignore what is not louder than this; 0 keeps everything [0; with --live, 35]")
         ->check(CLI::Range(0.0, 100.0))
         ->option_text("DB");
     command->add_option("--channel", options->channel, "Channel to listen to, from 1, or mix [1]")
@@ -297,11 +297,12 @@ void AddCommandsCommand(CLI::App& app) {
         ->option_text("FILE");
     AddLexiconOptions(*command, &options->data);
     AddDataFolderOption(*command, &options->data);
-    command->add_option("--format", options->format, "tsv, or json, a line a recording [tsv]")
+    command
+        ->add_option("--format", options->format, "tsv, or json with one line per recording [tsv]")
         ->check(CLI::IsMember({"json", "tsv"}))
         ->option_text("FORMAT");
     command->add_option("-o,--output", options->output, "File to write [-, standard output]")
         ->option_text("FILE");
-    command->add_flag("-q,--quiet", options->quiet, "No progress bar");
+    command->add_flag("-q,--quiet", options->quiet, "Show no progress bar");
     command->callback([options] { RunCommands(*options); });
 }

@@ -95,24 +95,26 @@ void AddGateCommand(CLI::App& app) {
     command->add_option("AUDIO", options->audio, "Recording: WAV, FLAC, Ogg, AIFF, MP3, Sphere ...")
         ->required()
         ->option_text(" ");
-    command->add_option("-o,--output", options->output, "Where to write a mono WAV file")
+    command
+        ->add_option("-o,--output", options->output, "Mono WAV file to write; - is standard output")
         ->required()
         ->option_text("OUT.wav");
     AddGateOption(*command, &options->gate);
     command->add_option("--channel", options->channel, "Channel to gate, from 1, or mix [1]")
         ->check(CLI::Range(1, 1024) | CLI::IsMember({"mix"}))
         ->option_text("N|mix");
-    command->add_option("--ramp", options->gate.rampMs, "How long a stretch fades, in ms [10]")
+    command->add_option("--ramp", options->gate.rampMs, "How long each fade lasts, in ms [10]")
         ->check(CLI::Range(0, 10000))
         ->option_text("MS");
     command
         ->add_option("--max-blip", options->settings.maxBlipMs,
-                     "Louder sounds shorter than this go with the quiet around them [150]")
+                     "Louder sounds that are shorter than this, in ms, are silenced with the quiet "
+                     "around them [150]")
         ->check(CLI::Range(1, 100000))
         ->option_text("MS");
     command
         ->add_option("--min-quiet", options->settings.minQuietMs,
-                     "How long that quiet must be on both sides [220]")
+                     "How long that quiet must be on both sides, in ms [220]")
         ->check(CLI::Range(1, 100000))
         ->option_text("MS");
     command->callback([options] { RunGate(*options); });

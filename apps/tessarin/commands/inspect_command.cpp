@@ -12,10 +12,11 @@
 #include "apps/tessarin/readers/audio_file_stream.h"
 #include "apps/tessarin/readers/lexicon_summary.h"
 #include "apps/tessarin/readers/model_summary.h"
+#include "apps/tessarin/readers/recording_failure.h"
 
 namespace {
 
-/// Enough to tell a model or a lexicon by, without reading a long recording whole.
+/// Enough to recognize a model or a lexicon, without reading a long recording whole.
 std::string ReadHead(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     std::string head(4, '\0');
@@ -76,7 +77,7 @@ void RunInspect(const std::string& path) {
     } else if (ProbeRecording(path, &info)) {
         ShowRecording(info);
     } else {
-        throw Failure(kExitFailed, path + ": is no recording, acoustic model or lexicon file");
+        throw NotARecording(path, "is not a recording, an acoustic model or a lexicon file");
     }
 }
 
@@ -85,7 +86,7 @@ void RunInspect(const std::string& path) {
 void AddInspectCommand(CLI::App& app) {
     auto path = std::make_shared<std::string>();
     CLI::App* command =
-        app.add_subcommand("inspect", "Show what an audio file, a model or a lexicon file holds");
+        app.add_subcommand("inspect", "Show what is in a recording, a model or a lexicon file");
     command->add_option("FILE", *path, "Recording, model or lexicon file")
         ->required()
         ->option_text(" ");

@@ -142,7 +142,7 @@ void RunFind(const lexicon_options& options) {
 /// A file is saved by way of lines `WORD=phonemes`, which would make another word of these.
 void RequireWord(const std::string& word) {
     if (word.find_first_not_of(" \t") != 0 || word.find_first_of("=\r\n") != std::string::npos) {
-        throw Failure(kExitUsage, "'" + word + "' is no word of a line WORD=phonemes");
+        throw Failure(kExitUsage, "'" + word + "' cannot be the word of a line WORD=phonemes");
     }
 }
 
@@ -207,24 +207,25 @@ CLI::App* AddAction(CLI::App& command, const std::shared_ptr<lexicon_options>& o
 }
 
 void AddSaveOptions(CLI::App& action, lexicon_options& options) {
-    action.add_option("-o,--output", options.output, "Lexicon file to write [FILE itself]");
-    action.add_flag("--quiet", options.quiet, "Show no progress");
+    action.add_option("-o,--output", options.output, "Lexicon file to write [FILE itself]")
+        ->option_text("FILE");
+    action.add_flag("-q,--quiet", options.quiet, "Show no progress bar");
 }
 
 } // namespace
 
 void AddLexiconCommand(CLI::App& app) {
     const auto options = std::make_shared<lexicon_options>();
-    CLI::App* command = app.add_subcommand("lexicon", "Look into a lexicon file and change it");
+    CLI::App* command = app.add_subcommand("lexicon", "Look into a lexicon file, or change it");
     command->require_subcommand(1);
 
-    AddAction(*command, options, "show", "Show what a lexicon file says of itself", RunShow);
+    AddAction(*command, options, "show", "Show what a lexicon file says about itself", RunShow);
     AddAction(*command, options, "find", "Show the pronunciations of words", RunFind)
         ->add_option("WORD", options->words, "Words to look up")
         ->required();
 
     CLI::App* add = AddAction(*command, options, "add",
-                              "Add a pronunciation in front of the others of its word", RunAdd);
+                              "Add a pronunciation before the others of its word", RunAdd);
     add->add_option("WORD", options->word, "Word")->required();
     add->add_option("PHONEMES", options->phonemes, "Phonemes, such as hEHlOW")->required();
     AddSaveOptions(*add, *options);
@@ -236,27 +237,34 @@ void AddLexiconCommand(CLI::App& app) {
     remove->add_option("PHONEMES", options->phonemes, "Phonemes");
     AddSaveOptions(*remove, *options);
 
-    AddSaveOptions(
-        *AddAction(*command, options, "prune", "Remove what the rules pronounce just so", RunPrune),
-        *options);
+    AddSaveOptions(*AddAction(*command, options, "prune",
+                              "Remove the entries that the rules would pronounce in the same way",
+                              RunPrune),
+                   *options);
 
     CLI::App* exporting =
         AddAction(*command, options, "export", "Write all pronunciations as a text", RunExport);
-    exporting->add_option("-o,--output", options->output, "File to write [-, standard output]");
+    exporting->add_option("-o,--output", options->output, "File to write [-, standard output]")
+        ->option_text("FILE");
     exporting->add_option("--format", options->format, "words (WORD=phonemes) or cmu [words]")
-        ->check(CLI::IsMember({"words", "cmu"}));
+        ->check(CLI::IsMember({"words", "cmu"}))
+        ->option_text("FORMAT");
 
     CLI::App* import =
         AddAction(*command, options, "import",
-                  "Add the pronunciations of a text that are not there yet", RunImport);
-    import->add_option("LIST", options->list, "Lines WORD=phonemes, or CMU dictionary")->required();
+                  "Add those pronunciations of a text that are not there yet", RunImport);
+    import->add_option("LIST", options->list, "Lines WORD=phonemes, or lines of the CMU dictionary")
+        ->required();
     AddSaveOptions(*import, *options);
 
     CLI::App* build = AddAction(*command, options, "build",
-                                "Write a lexicon file with the pronunciations of a text", RunBuild);
-    build->add_option("LIST", options->list, "Lines WORD=phonemes, or CMU dictionary")->required();
-    build->add_option("--language", options->language,
-                      "Lexicon file to take the rules and number words from [the project's own]");
+                                "Write a lexicon file from the pronunciations in a text", RunBuild);
+    build->add_option("LIST", options->list, "Lines WORD=phonemes, or lines of the CMU dictionary")
+        ->required();
+    build
+        ->add_option("--language", options->language,
+                     "Lexicon file to take the rules and number words from [the project's own]")
+        ->option_text("FILE");
     AddDataFolderOption(*build, &options->data);
-    build->add_flag("--quiet", options->quiet, "Show no progress");
+    build->add_flag("-q,--quiet", options->quiet, "Show no progress bar");
 }

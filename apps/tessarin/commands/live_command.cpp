@@ -227,43 +227,45 @@ void RunLive(const live_options& options) {
 void AddLiveCommand(CLI::App& app) {
     auto options = std::make_shared<live_options>();
     CLI::App* command = app.add_subcommand(
-        "live", "Hear phonemes while audio comes in, and make the mouth shapes from them");
+        "live", "Find phonemes while audio comes in, and make the mouth shapes from them");
     command
-        ->add_option("INPUT", options->input,
-                     "Raw samples on standard input, for -; or a file, heard at its own speed [-]")
+        ->add_option(
+            "INPUT", options->input,
+            "- for raw samples on standard input, or a file, which is played at its own speed [-]")
         ->option_text("-|FILE");
     command
         ->add_option("--raw", options->raw,
-                     "Layout of raw samples [16000,16,1]; a FILE without it is a recording")
+                     "Format of raw samples [16000,16,1]; without it, a FILE is a recording")
         ->option_text("RATE,BITS,CHANNELS");
     command
-        ->add_option("--delay", options->delayMs,
-                     "How far what is told lies behind the present, at least, in ms [100]; up to "
-                     "twice that")
+        ->add_option(
+            "--delay", options->delayMs,
+            "Least delay from a sound to its result, in ms [100]; the largest is twice that")
         ->check(CLI::Range(20, 10000))
         ->option_text("MS");
     command
         ->add_option("--overlap", options->overlapMs,
-                     "How much of the past a flush of the engine tells again, in ms [0]")
+                     "How much of the past each flush of the engine reports again, in ms [0]")
         ->check(CLI::Range(0, 10000))
         ->option_text("MS");
-    command->add_option("--fps", options->fps, "Frames a second of the mouth track [30]")
+    command->add_option("--fps", options->fps, "Frames per second of the mouth track [30]")
         ->check(CLI::Range(1.0, 1000.0))
         ->option_text("N");
     command
         ->add_option("--speed", options->speed,
-                     "How much faster than real time a FILE is heard [1]")
+                     "How many times faster than real time a FILE is played [1]")
         ->check(CLI::Range(0.01, 1e6))
         ->option_text("N");
     command
         ->add_option("--format", options->format,
-                     "jsonl: a line of JSON for each stretch; visemes: a row a frame with the "
+                     "jsonl: one line of JSON per stretch; visemes: one row per frame with the "
                      "weights of fifteen visemes [jsonl]")
         ->check(CLI::IsMember({"jsonl", "visemes"}))
         ->option_text("FORMAT");
     command->add_option("--model", options->data.model, "Acoustic model [the project's own]")
         ->option_text("FILE");
     AddDataFolderOption(*command, &options->data);
-    command->add_flag("--no-trigrams", options->noTrigrams, "Hear without statistics");
+    command->add_flag("--no-trigrams", options->noTrigrams,
+                      "Search without statistics of phoneme sequences");
     command->callback([options] { RunLive(*options); });
 }

@@ -37,19 +37,22 @@ void RunRecognize(const recognize_options& options) {
 void AddRecognizeCommand(CLI::App& app) {
     auto options = std::make_shared<recognize_options>();
     CLI::App* command = app.add_subcommand(
-        "recognize", "Hear phonemes without a text, and make the mouth shapes from them");
+        "recognize", "Find phonemes without a text, and make the mouth shapes from them");
     AddRecordingOptions(*command, &options->recording);
     auto* trigrams = command->add_option("--trigrams", options->trigrams.file,
                                          "Statistics of phoneme sequences [the project's own]");
-    command->add_flag("--counts", options->trigrams.counts, "The numbers of --trigrams are counts")
+    trigrams->option_text("FILE");
+    command->add_flag("--counts", options->trigrams.counts, "The numbers in --trigrams are counts")
         ->needs(trigrams);
-    auto* noTrigrams =
-        command->add_flag("--no-trigrams", options->noTrigrams, "Hear without statistics")
-            ->excludes(trigrams);
+    auto* noTrigrams = command
+                           ->add_flag("--no-trigrams", options->noTrigrams,
+                                      "Search without statistics of phoneme sequences")
+                           ->excludes(trigrams);
     // Only the search with statistics knows limits.
     command
         ->add_option("--limits", options->limits,
-                     "Longest times: lines of phonemes and milliseconds")
-        ->excludes(noTrigrams);
+                     "Longest durations: lines of phonemes and milliseconds")
+        ->excludes(noTrigrams)
+        ->option_text("FILE");
     command->callback([options] { RunRecognize(*options); });
 }

@@ -34,7 +34,7 @@ void AddListeningOptions(CLI::App& command, recording_options* options) {
     AddStretchOptions(command, &options->stretch);
     AddGateOption(command, &options->gate);
     AddTrackOptions(command, &options->track);
-    command.add_flag("-q,--quiet", options->quiet, "No progress bar");
+    command.add_flag("-q,--quiet", options->quiet, "Show no progress bar");
 }
 
 void AddRecordingOptions(CLI::App& command, recording_options* options) {

@@ -48,9 +48,13 @@ void RunSpectrogram(const spectrogram_options& options) {
         LoadSamples(path, ChannelNumber(options.recording.channel), nullptr);
     const sample_range range = FindStretch(path, options.recording.stretch, *source);
     const std::optional<timed_result> timings = FindBoundaries(options);
-    WriteOutput(
-        options.output,
-        WritePng(DrawSpectrogram(*source, range, timings ? &*timings : nullptr, options.picture)));
+    std::string png;
+    {
+        ProgressBar progress(options.recording.quiet);
+        png = WritePng(DrawSpectrogram(*source, range, timings ? &*timings : nullptr,
+                                       options.picture, progress));
+    }
+    WriteOutput(options.output, png);
     if (timings && timings->code != tessarin::kNoError) {
         throw EngineFailure(path, timings->code);
     }
@@ -61,7 +65,8 @@ void RunSpectrogram(const spectrogram_options& options) {
 void AddSpectrogramCommand(CLI::App& app) {
     auto options = std::make_shared<spectrogram_options>();
     CLI::App* command = app.add_subcommand(
-        "spectrogram", "Draw a recording's spectrum over time, with words and phonemes if known");
+        "spectrogram",
+        "Draw the spectrum of a recording over time, with words and phonemes if known");
     recording_options& recording = options->recording;
     command
         ->add_option("AUDIO", recording.audio, "Recording: WAV, FLAC, Ogg, AIFF, MP3, Sphere ...")
@@ -73,7 +78,7 @@ void AddSpectrogramCommand(CLI::App& app) {
     AddTextOptions(*command, &options->text);
     command
         ->add_option("--timings", options->timings,
-                     "Boundaries that are known: JSON, TSV, TextGrid ... instead of a text")
+                     "Known boundaries, in place of a text: JSON, TSV, TextGrid ...")
         ->excludes("--text")
         ->excludes("--text-file")
         ->option_text("FILE");
@@ -81,21 +86,22 @@ void AddSpectrogramCommand(CLI::App& app) {
     command->add_option("--channel", recording.channel, "Channel to draw, from 1, or mix [1]")
         ->check(CLI::Range(1, 1024) | CLI::IsMember({"mix"}))
         ->option_text("N|mix");
-    command->add_option("--scale", options->picture.pixelsPerSecond, "Pixels for a second [250]")
+    command->add_option("--scale", options->picture.pixelsPerSecond, "Pixels per second [250]")
         ->check(CLI::Range(1.0, 10000.0))
         ->option_text("N");
     command->add_option("--top", options->picture.highestHz, "Highest frequency in Hz [8000]")
         ->check(CLI::Range(500.0, 32767.0))
         ->option_text("HZ");
     command
-        ->add_option("--window", options->picture.windowMs,
-                     "What a column hears, in ms [8]; 30 parts the harmonics of a voice")
+        ->add_option(
+            "--window", options->picture.windowMs,
+            "Length of the analysis window in ms [8]; 30 separates the harmonics of a voice")
         ->check(CLI::Range(2.0, 200.0))
         ->option_text("MS");
     command->add_option("--model", recording.data.model, "Acoustic model [the project's own]")
         ->option_text("FILE");
     AddLexiconOptions(*command, &recording.data);
     AddDataFolderOption(*command, &recording.data);
-    command->add_flag("-q,--quiet", recording.quiet, "No progress bar");
+    command->add_flag("-q,--quiet", recording.quiet, "Show no progress bar");
     command->callback([options] { RunSpectrogram(*options); });
 }

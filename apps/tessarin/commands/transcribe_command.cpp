@@ -49,7 +49,7 @@ SpokenText::place PlaceOf(const SpokenText& text, const CTxMarker& token) {
                              static_cast<int32_t>(token.text_end - token.text_start));
 }
 
-/// Groups are parted by blanks, the alternatives of a group by bars.
+/// Groups are separated by blanks, the alternatives of a group by bars.
 std::string PhonemesOf(const CTxMarker& token) {
     std::string phonemes;
     for (int32_t g = 0; g < token.group_count; ++g) {
@@ -124,7 +124,7 @@ void RunTranscribe(const transcribe_options& options) {
 void AddTranscribeCommand(CLI::App& app) {
     auto options = std::make_shared<transcribe_options>();
     CLI::App* command = app.add_subcommand(
-        "transcribe", "Show how a text is said: its words with their phonemes and kinds");
+        "transcribe", "Show how a text is pronounced: its words, with their kinds and phonemes");
     command->add_option("INPUT", options->standardInput, "- reads the text from standard input")
         ->check(CLI::IsMember({"-"}))
         ->option_text(" ");

@@ -61,14 +61,14 @@ void RunView(const view_options& options) {
 void AddViewCommand(CLI::App& app) {
     auto options = std::make_shared<view_options>();
     CLI::App* command = app.add_subcommand(
-        "view", "Make a page on which a recording plays with all that was found, and a mouth");
+        "view", "Make a page that plays a recording, with a moving mouth and all that was found");
     AddListeningOptions(*command, &options->recording);
     AddTextOptions(*command, &options->text);
     AddLexiconOptions(*command, &options->recording.data);
     CLI::Option* timings = command->add_option(
         "--timings", options->timings,
-        "JSON of align, recognize or animate to show; without it the recording is aligned with "
-        "the text, or recognized when none is given");
+        "JSON of align, recognize or animate to show; without it, the recording is aligned with "
+        "the text, or recognized if no text is given");
     timings->option_text("FILE");
     // What was found already is shown as it is.
     for (const char* other : {"--text", "--text-file", "--encoding", "--lexicon", "--words",

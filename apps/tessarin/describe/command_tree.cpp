@@ -24,8 +24,8 @@ std::string DescribeValue(const CLI::Option& option) {
     if (option.get_items_expected_max() == 0) {
         return "";
     }
-    const std::string& told = option.get_option_text();
-    return told.empty() || told == " " ? "VALUE" : told;
+    const std::string& text = option.get_option_text();
+    return text.empty() || text == " " ? "VALUE" : text;
 }
 
 described_option DescribeOption(const CLI::Option& option) {

@@ -5,7 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
-/// An option or argument as the manual and the shells tell of it.
+/// An option or argument as the manual and the shells describe it.
 struct described_option {
     std::vector<std::string> names;   // with their dashes; of an argument its one name
     std::string value;                // what follows the name, empty for a flag

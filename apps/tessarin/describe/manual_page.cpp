@@ -87,8 +87,8 @@ std::string MakeManualPage(const described_command& tool, const std::string& ver
     page += ".SH SYNOPSIS\n.B tessarin\n.I COMMAND\n[\\fIOPTIONS\\fR]\n";
     page += ".SH DESCRIPTION\n" + Escape(tool.description) +
             "\nIt finds when every phoneme and word of a recording was spoken, with or without the "
-            "text, and turns the timings into a track of mouth\\-shape weights. Each command tells "
-            "of itself with\n.BR \\-\\-help .\n.SH COMMANDS\n";
+            "text, and turns the timings into a track of mouth\\-shape weights. Each command "
+            "explains itself with\n.BR \\-\\-help .\n.SH COMMANDS\n";
     AppendCommand(tool, page);
     page += kExitStatus;
     page += kFiles;

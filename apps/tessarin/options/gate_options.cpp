@@ -19,8 +19,8 @@ float WholeNumber(const std::string& text) {
 void AddGateOption(CLI::App& command, gate_options* options) {
     command
         .add_option("--gate", options->gate,
-                    "Silence what is below a level in dB of full scale, such as -40; with 0 the "
-                    "quietest share of the recording, 0.28 if not said, sets the level")
+                    "Silence what is quieter than a level in dB of full scale, such as -40; with "
+                    "0, the level that the quietest SHARE of the recording stays below [0.28]")
         ->option_text("dB[,SHARE]");
 }
 
@@ -33,9 +33,9 @@ gate_threshold ReadGate(const gate_options& options) {
     }
     if (!std::isfinite(threshold.db) || threshold.db > 0 ||
         !(threshold.percentile >= 0 && threshold.percentile <= 1)) {
-        throw Failure(kExitUsage, "--gate " + options.gate +
-                                      ": give a level of at most 0 dB, and behind a comma a share "
-                                      "from 0 to 1");
+        throw Failure(kExitUsage,
+                      "--gate " + options.gate +
+                          ": give a level of at most 0 dB, and after a comma a share from 0 to 1");
     }
     return threshold;
 }

@@ -89,28 +89,34 @@ void AddStretch(const std::string& stretch, IPhnMixtureArticulator& articulator,
 void AddTrackOptions(CLI::App& command, track_options* options) {
     command.add_option("--rules", options->rules, "Articulation rules [built in]")
         ->option_text("FILE");
-    command.add_option("--fps", options->fps, "Frames a second of the mouth track [30]")
+    command.add_option("--fps", options->fps, "Frames per second of the mouth track [30]")
         ->check(CLI::Range(1.0, 1000.0))
         ->option_text("N");
     command.add_flag("--smooth", options->smooth,
-                     "Let closed lips close in at least one frame, and no other shape jump");
+                     "Make sure that lips that close are closed in at least one frame, and that no "
+                     "other shape jumps");
     command
-        .add_option("--slope", options->slope,
-                    "With --smooth, the largest change of a weight from frame to frame [0.25]")
+        .add_option(
+            "--slope", options->slope,
+            "With --smooth, the most that a weight may change from one frame to the next [0.25]")
         ->check(CLI::Range(0.001, 1.0))
         ->option_text("X");
-    command.add_option("--max-shapes", options->maxShapes, "The most phonemes in a frame [10]")
+    command
+        .add_option("--max-shapes", options->maxShapes,
+                    "Maximum number of phonemes in a frame [10]")
         ->check(CLI::Range(1, 10))
         ->option_text("N");
     command
         .add_option("--gain", options->gains,
-                    "How strongly phonemes show: PHONEMES=FACTOR, or a factor for all [1]")
+                    "How strongly phonemes show: PHONEMES=FACTOR, such as pbm=1.5, or one factor "
+                    "for all [1]")
         ->option_text("GAIN");
     command.add_flag("--common-keys", options->commonKeys,
-                     "Give all curves keys at the same times");
+                     "Put the keys of all curves at the same times");
     command
         .add_option("--quantize", options->stretch,
-                    "Also find the one mixture for a stretch: FROM-TO in ms, or FROM-TO:SHAPES")
+                    "Also find the one mixture that fits a stretch best: FROM-TO in ms, or "
+                    "FROM-TO:SHAPES with a maximum number of shapes")
         ->option_text("STRETCH");
 }
 

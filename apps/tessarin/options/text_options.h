@@ -19,6 +19,11 @@ struct text_options {
 /// Adds --text and --text-file, of which only one may be given, and --encoding.
 void AddTextOptions(CLI::App& command, text_options* options);
 
+/// The text of `bytes`. Warns where a text whose encoding is found out stops being UTF-8. Throws
+/// Failure, which names `source`.
+SpokenText ReadSpokenText(const std::string& source, std::string bytes, const std::string& encoding,
+                          tessarin::IVisemixTranscriber& transcriber);
+
 /// The text that was given, for `transcriber`. Warns of characters that it cannot read. Throws
-/// Failure.
+/// Failure, also for a text that is blank.
 SpokenText ReadText(const text_options& options, tessarin::IVisemixTranscriber& transcriber);

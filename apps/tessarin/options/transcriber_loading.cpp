@@ -2,12 +2,14 @@
 #include <cstdio>
 #include <iterator>
 #include <span>
+#include <string_view>
 
 #include <utf8.h>
 
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/console/file_io.h"
 #include "apps/tessarin/options/engine_data.h"
+#include "apps/tessarin/options/text_options.h"
 #include "apps/tessarin/readers/lexicon_summary.h"
 #include "apps/tessarin/readers/near_characters.h"
 #include "apps/tessarin/readers/spoken_text.h"
@@ -53,7 +55,7 @@ bool IsAscii(const std::string& word) {
 /// The words that a user adds, in the lexicon's code page, in the order of preference. Those with
 /// accents are there without them too.
 std::vector<word_entry> ReadUserWords(const std::string& path, IVisemixTranscriber& transcriber) {
-    const SpokenText text(path, ReadWholeFile(path), "auto", transcriber);
+    const SpokenText text = ReadSpokenText(path, ReadWholeFile(path), "auto", transcriber);
     std::vector<word_entry> entries = ReadWordList(path, text.GetLocal());
     std::vector<word_entry> plain;
     for (const word_entry& entry : entries) {
@@ -63,6 +65,35 @@ std::vector<word_entry> ReadUserWords(const std::string& path, IVisemixTranscrib
     }
     std::ranges::move(plain, std::back_inserter(entries));
     return entries;
+}
+
+/// The engine takes all up to a `=` for a word, so that of prose it would make a lexicon of
+/// nothing, and of a stray line a false word. Throws Failure for a text that is not WORD=phonemes
+/// throughout.
+void RequireLexiconText(const std::string& path, std::string_view text) {
+    constexpr std::string_view kBlanks = " \t\r";
+    bool isEmpty = true;
+    for (size_t number = 1; !text.empty(); ++number) {
+        const std::string_view line = text.substr(0, text.find('\n'));
+        text.remove_prefix(std::min(line.size() + 1, text.size()));
+        const size_t first = line.find_first_not_of(kBlanks);
+        if (first == std::string_view::npos) {
+            continue;
+        }
+        const size_t equals = line.find('=');
+        if (equals <= first || equals == std::string_view::npos ||
+            line.find_first_not_of(kBlanks, equals + 1) == std::string_view::npos) {
+            throw Failure(kExitFailed,
+                          path + ": line " + std::to_string(number) +
+                              " is not WORD=phonemes, such as HELLO=hEHlOW; a lexicon is a text "
+                              "of such lines, or a lexicon file that `tessarin lexicon` makes");
+        }
+        isEmpty = false;
+    }
+    if (isEmpty) {
+        throw Failure(kExitFailed, path + ": has no words; give lines WORD=phonemes, or leave "
+                                          "--lexicon out to use the project's own");
+    }
 }
 
 /// Whether a text that has the word asks the lexicon for it.
@@ -152,6 +183,9 @@ tessarin::transcriber_owner LoadTranscriber(const data_options& options) {
     const std::string content = ReadWholeFile(path);
     RequireSize(path, content);
     const bool isText = !LooksLikeLexicon(content);
+    if (isText) {
+        RequireLexiconText(path, content);
+    }
     if (options.words.empty()) {
         return isText ? FromText(path, content) : FromImage(path, content);
     }
@@ -162,11 +196,11 @@ tessarin::transcriber_owner LoadTranscriber(const data_options& options) {
 void AddLexiconOptions(CLI::App& command, data_options* options) {
     command
         .add_option("--lexicon", options->lexicon,
-                    "Lexicon file, or text of lines WORD=phonemes [the project's own]")
+                    "Lexicon file, or a text of lines WORD=phonemes [the project's own]")
         ->option_text("FILE");
     command
         .add_option("--words", options->words,
-                    "Your own words, in place of the lexicon's: lines WORD=phonemes, or of the CMU "
-                    "dictionary's form")
+                    "Your own words, used in place of the lexicon's: lines WORD=phonemes, or lines "
+                    "in the form of the CMU dictionary")
         ->option_text("FILE");
 }

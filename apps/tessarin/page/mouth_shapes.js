@@ -13,7 +13,7 @@ const CURVES = [
 // Descriptions of the shapes. `corner` is the corner of the mouth; `dip` and `peak` are the edge of
 // the upper lip, in the middle and at the bow beside it; `gap` is the opening in the middle, from
 // upper to lower lip; `chin` is the edge of the lower lip; `jaw` is how far it has dropped; `round`
-// tells an almond (0) from an ellipse (1). The tongue has its height (`tongue`), the width of its
+// leads from an almond (0) to an ellipse (1). The tongue has its height (`tongue`), the width of its
 // back, and the height of a tip that comes over the lower teeth.
 const HIDDEN = 120;
 const DESCRIPTIONS = {

@@ -50,6 +50,9 @@ class Overview {
     }
 
     draw(cursorMs) {
+        if (this.strip.width === 0 || this.strip.height === 0) {
+            return; // the page is not shown
+        }
         const { theme, fromMs, visibleMs, density, selection } = this.timeline;
         const context = this.canvas.getContext("2d");
         context.setTransform(1, 0, 0, 1, 0, 0);

@@ -18,6 +18,7 @@ class Page {
         this.mouth = new Mouth(byId("mouth"));
         this.loops = false;
         this.wasVisible = true;
+        this.reported = new Set();
         this.makeReadout();
         this.showSummary(result);
         this.listen();
@@ -69,7 +70,12 @@ class Page {
         });
         byId("overview").addEventListener("pointerdown", (event) => this.dragOverview(event));
         byId("overview").addEventListener("pointermove", (event) => this.dragOverview(event));
-        new ResizeObserver(() => this.resize()).observe(byId("timeline"));
+        // A canvas that changes its size is empty until it is drawn, and a page whose picture is
+        // taken at once gets no other chance.
+        new ResizeObserver(() => {
+            this.resize();
+            this.draw();
+        }).observe(byId("timeline"));
         matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => {
             this.timeline.readTheme();
             this.overview.resize();
@@ -246,15 +252,36 @@ class Page {
     }
 
     tick() {
+        requestAnimationFrame(() => this.tick()); // first, so that no failure ends the loop
         this.player.keepInLoop();
+        this.follow(this.player.positionMs);
+        this.draw();
+    }
+
+    // Each part by itself, so that one that fails does not keep the others from it.
+    draw() {
         const ms = this.player.positionMs;
-        this.follow(ms);
-        this.timeline.draw(ms);
-        this.overview.draw(ms);
-        this.mouth.show(this.findings.weightsAt(ms));
-        this.readout.show(ms);
-        this.transcript.show(ms);
-        requestAnimationFrame(() => this.tick());
+        for (const draw of [
+            () => this.timeline.draw(ms),
+            () => this.overview.draw(ms),
+            () => this.mouth.show(this.findings.weightsAt(ms)),
+            () => this.readout.show(ms),
+            () => this.transcript.show(ms),
+        ]) {
+            try {
+                draw();
+            } catch (error) {
+                this.report(error);
+            }
+        }
+    }
+
+    // A part that fails does so sixty times a second; once is enough to read.
+    report(error) {
+        if (!this.reported.has(error.message)) {
+            this.reported.add(error.message);
+            reportError(error);
+        }
     }
 }
 

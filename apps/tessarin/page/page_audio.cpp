@@ -9,6 +9,7 @@
 
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/readers/audio_file_stream.h"
+#include "apps/tessarin/readers/recording_failure.h"
 #include "tessarin/owned.h"
 
 namespace {
@@ -104,7 +105,7 @@ page_audio ReadWithEngine(const std::string& path) {
     tessarin::IPCMDataSource* made = nullptr;
     const int32_t code = CreatePCMDataSource(path.c_str(), &target, nullptr, &made);
     if (code != tessarin::kNoError) {
-        throw EngineFailure(path, code);
+        throw NotARecording(path, code);
     }
     const pcm_source_handle source(made);
     auto count = static_cast<uint32_t>(std::max(source->GetNumSamples(), 0));
@@ -130,9 +131,7 @@ page_audio ReadPageAudio(const std::string& path, int channel) {
     recording_info info;
     page_audio audio =
         ProbeRecording(path, &info) ? ReadKnownFile(path, channel) : ReadWithEngine(path);
-    if (audio.samples.empty()) {
-        throw Failure(kExitFailed, path + ": has no sound");
-    }
+    RequireSamples(path, static_cast<int64_t>(audio.samples.size()));
     return audio;
 }
 

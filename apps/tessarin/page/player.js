@@ -69,8 +69,8 @@ class Player {
         this.onChange();
     }
 
-    // Going back from the end of a loop to its beginning. A little earlier than a loop is no
-    // mistake: a seek lands on whole samples.
+    // Going back from the end of a loop to its beginning. A little earlier than a loop is not
+    // a mistake: a seek lands on whole samples.
     keepInLoop(isStart = false) {
         if (!this.loop || !(this.isPlaying || isStart)) {
             return;

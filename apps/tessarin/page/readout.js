@@ -4,6 +4,13 @@ function spanText(span) {
     return span ? `${span.start_ms}–${span.end_ms} ms` : "";
 }
 
+// The score of a phoneme says how strong its sound is. Its scale ends at 100, which loud sounds
+// exceed.
+function strengthText(phoneme) {
+    return Number.isFinite(phoneme?.score)
+        ? `${Math.round(clamp(phoneme.score, 0, 100))} of 100` : "";
+}
+
 class Readout {
     constructor(findings, elements, colourOf) {
         this.findings = findings;
@@ -30,7 +37,7 @@ class Readout {
         elements.wordTime.textContent = spanText(word);
         elements.phoneme.textContent = phoneme?.label ?? "–";
         elements.phonemeTime.textContent = spanText(phoneme);
-        elements.score.textContent = phoneme ? String(phoneme.score) : "";
+        elements.score.textContent = strengthText(phoneme);
         elements.frame.textContent = frame ? String(index) : "–";
         elements.frameTime.textContent = spanText(frame);
         this.showWeights(frame?.weights ?? {});

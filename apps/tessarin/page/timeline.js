@@ -3,6 +3,9 @@
 
 const LONGEST_PX_PER_MS = 4;
 const NARROW_PX = 3; // a curve that is no wider is drawn as a line of its height
+// For the spectrogram within one picture of the screen: while things move, and at first.
+const SPECTRUM_BUDGET_MS = 12;
+const FIRST_BUDGET_MS = 100;
 const RULER_STEPS_MS = [
     10, 20, 50, 100, 200, 500, 1e3, 2e3, 5e3, 1e4, 2e4, 3e4, 6e4, 12e4, 3e5, 6e5,
 ];
@@ -86,6 +89,7 @@ class Timeline {
         this.height = height;
         this.density = density;
         this.lanes = layOut(height, this.findings.words.length > 0);
+        this.budgetMs = FIRST_BUDGET_MS;
         this.setView(this.fromMs, this.pxPerMs);
     }
 
@@ -124,8 +128,12 @@ class Timeline {
         return ms >= this.fromMs && ms <= this.fromMs + this.visibleMs;
     }
 
-    // Draws what has changed. Called once for each picture of the screen.
+    // Draws what has changed. Called once for each picture of the screen. A page that is not shown
+    // has no size; what waits is drawn when it gets one.
     draw(cursorMs) {
+        if (this.still.width === 0 || this.still.height === 0) {
+            return;
+        }
         if (this.waitsForDraw) {
             this.waitsForDraw = false;
             this.drawStill();
@@ -201,7 +209,8 @@ class Timeline {
     drawSpectrum(context, lane) {
         const whole = this.spectrogram.draw(context,
             { x: 0, y: lane.y, width: this.width, height: lane.height }, this.fromMs, this.msPerPx,
-            12);
+            this.budgetMs);
+        this.budgetMs = SPECTRUM_BUDGET_MS;
         this.waitsForDraw ||= !whole;
         context.font = `10px ${FONT}`;
         context.textAlign = "right";

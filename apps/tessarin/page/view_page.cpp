@@ -126,7 +126,7 @@ void RequireShowableJson(const std::string& path, const std::string& text) {
     } catch (const json::exception& error) {
         reason = std::string("\n  ") + error.what();
     }
-    throw Failure(kExitFailed, path + ": is no JSON of align, recognize or animate" + reason);
+    throw Failure(kExitFailed, path + ": is not JSON of align, recognize or animate" + reason);
 }
 
 std::string MakeViewPage(const std::string& title, const std::string& json,

@@ -18,5 +18,5 @@ extern const view_sources kViewSources;
 std::string MakeViewPage(const std::string& title, const std::string& json,
                          const page_audio& audio);
 
-/// Throws Failure, which names `path`, for a text that is no result the page can show.
+/// Throws Failure, which names `path`, for a text that is not a result the page can show.
 void RequireShowableJson(const std::string& path, const std::string& json);

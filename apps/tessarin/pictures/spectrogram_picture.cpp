@@ -57,9 +57,9 @@ public:
           columns(ColumnsFor(wanted, endMs - startMs)),
           canvas(kLeft + columns + kRight, HeightFor(result), kPaper) {}
 
-    Canvas Draw() {
+    Canvas Draw(tessarin::ProgressSink& progress) {
         DrawWave();
-        DrawSpectrum();
+        DrawSpectrum(progress);
         DrawFrequencies();
         DrawTimes();
         if (timings != nullptr) {
@@ -122,9 +122,9 @@ private:
         return *std::min(rank, levels.end() - 1);
     }
 
-    void DrawSpectrum() {
+    void DrawSpectrum(tessarin::ProgressSink& progress) {
         const spectrum_columns spectrum = MeasureSpectrum(
-            source, {range, columns, kSpectrumHeight, HighestHz(), settings.windowMs});
+            source, {range, columns, kSpectrumHeight, HighestHz(), settings.windowMs}, progress);
         const float loudest = LoudestOf(spectrum);
         const auto decibels = static_cast<float>(settings.rangeDb);
         for (int column = 0; column < columns; ++column) {
@@ -255,6 +255,7 @@ private:
 } // namespace
 
 Canvas DrawSpectrogram(tessarin::IPCMDataSource& source, sample_range range,
-                       const timed_result* timings, const spectrogram_settings& settings) {
-    return Picture(source, range, timings, settings).Draw();
+                       const timed_result* timings, const spectrogram_settings& settings,
+                       tessarin::ProgressSink& progress) {
+    return Picture(source, range, timings, settings).Draw(progress);
 }

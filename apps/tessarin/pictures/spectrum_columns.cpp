@@ -105,7 +105,8 @@ private:
 } // namespace
 
 spectrum_columns MeasureSpectrum(tessarin::IPCMDataSource& source,
-                                 const spectrum_settings& settings) {
+                                 const spectrum_settings& settings,
+                                 tessarin::ProgressSink& progress) {
     spectrum_columns result;
     result.rows = settings.rows;
     result.levels.resize(static_cast<size_t>(settings.columns) *
@@ -113,7 +114,12 @@ spectrum_columns MeasureSpectrum(tessarin::IPCMDataSource& source,
     ColumnMeter meter(source, settings);
     const double step =
         static_cast<double>(settings.range.end - settings.range.first) / settings.columns;
+    progress.SetStatus("Drawing");
     for (int column = 0; column < settings.columns; ++column) {
+        if (progress.OnProgress(static_cast<uint32_t>(column),
+                                static_cast<uint32_t>(settings.columns))) {
+            throw EngineFailure("spectrogram", tessarin::kUserCancelled);
+        }
         meter.Measure(
             settings.range.first + (column + 0.5) * step,
             &result.levels[static_cast<size_t>(column) * static_cast<size_t>(settings.rows)]);

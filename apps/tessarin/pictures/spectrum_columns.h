@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "apps/tessarin/readers/recording_samples.h"
+#include "tessarin/progress_sink.h"
 
 /// How a stretch is turned into columns of levels.
 struct spectrum_settings {
@@ -11,7 +12,7 @@ struct spectrum_settings {
     int columns;
     int rows;         ///< from 0 Hz at the first to `highestHz` at the last
     double highestHz; ///< at most half the rate
-    double windowMs;  ///< what a column hears
+    double windowMs;  ///< of the window that a column analyses
 };
 
 /// Levels in decibels, a column after the other, from low to high frequencies.
@@ -25,8 +26,9 @@ struct spectrum_columns {
     }
 };
 
-/// Hears `settings.columns` places of the stretch, evenly apart. Speech loses 6 dB or more an
+/// Analyses `settings.columns` places of the stretch, evenly apart. Speech loses 6 dB or more an
 /// octave to the top; that much is given back above 1 kHz, so that hissing sounds and the upper
-/// formants show as well as the lower ones. Throws Failure.
+/// formants show as well as the lower ones. Throws Failure, also when `progress` cancels the work.
 spectrum_columns MeasureSpectrum(tessarin::IPCMDataSource& source,
-                                 const spectrum_settings& settings);
+                                 const spectrum_settings& settings,
+                                 tessarin::ProgressSink& progress);

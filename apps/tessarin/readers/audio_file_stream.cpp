@@ -4,12 +4,15 @@
 #include <cctype>
 #include <cmath>
 #include <cstring>
+#include <filesystem>
 #include <limits>
 
 #include <sndfile.h>
 #include <soxr.h>
 
 #include "apps/tessarin/console/failure.h"
+#include "apps/tessarin/readers/recording_failure.h"
+#include "tessarin/error_codes.h"
 
 namespace {
 
@@ -82,14 +85,19 @@ struct AudioFileStream::decoder {
 
 AudioFileStream::AudioFileStream(const std::string& path, int channel)
     : source(std::make_unique<decoder>()) {
+    if (!std::filesystem::exists(path)) {
+        throw EngineFailure(path, tessarin::kFileNotFound);
+    }
     source->file.reset(sf_open(path.c_str(), SFM_READ, &source->info));
     if (!source->file) {
-        throw Failure(kExitFailed, path + ": " + sf_strerror(nullptr));
+        throw NotARecording(path, sf_strerror(nullptr));
     }
     const SF_INFO& info = source->info;
+    RequireSamples(path, info.frames);
     if (channel > info.channels) {
         throw Failure(kExitFailed, path + ": has " + std::to_string(info.channels) +
-                                       " channel(s), not " + std::to_string(channel));
+                                       " channel(s), so that there is no channel " +
+                                       std::to_string(channel));
     }
     source->channel = channel;
     source->outRate = info.samplerate <= kHighestRate ? info.samplerate : kReducedRate;

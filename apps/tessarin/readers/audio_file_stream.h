@@ -7,7 +7,7 @@
 
 #include "tessarin/pcm_stream.h"
 
-/// What a recording holds, as far as the audio library can tell.
+/// What a recording holds, as far as the audio library knows.
 struct recording_info {
     int64_t frames = 0; ///< sample frames
     int sampleRate = 0; ///< Hz

@@ -25,7 +25,7 @@ listed_command ParseLine(const std::string& line, const std::string& place) {
     listed_command command{Trimmed(line.substr(0, equals)), Trimmed(line.substr(equals + 1)),
                            place};
     if (command.name.empty() || command.phonemes.empty()) {
-        throw Failure(kExitFailed, place + ": a name, = and phonemes belong together");
+        throw Failure(kExitFailed, place + ": a name and phonemes are expected around =");
     }
     return command;
 }
@@ -47,7 +47,7 @@ std::vector<listed_command> ReadCommandList(const std::string& path) {
         }
     }
     if (commands.empty()) {
-        throw Failure(kExitFailed, path + ": there is no command in it");
+        throw Failure(kExitFailed, path + ": has no commands; write one on each line");
     }
     return commands;
 }

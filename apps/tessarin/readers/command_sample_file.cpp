@@ -65,7 +65,7 @@ std::vector<command_sample> ReadCommandSamples(const std::string& path) {
         whole = whole && rest.empty();
     }
     if (!whole || samples.empty()) {
-        throw Failure(kExitFailed, path + ": is no file of recorded commands, or is cut short");
+        throw Failure(kExitFailed, path + ": is not a file of recorded commands, or is cut short");
     }
     return samples;
 }

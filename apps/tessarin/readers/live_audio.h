@@ -16,7 +16,7 @@ public:
     ~LiveAudio();
 
     /// Waits for the next 20 ms or the end, and replaces `samples` by them; a converted block may
-    /// be empty. False behind the last block.
+    /// be empty. False after the last block.
     bool ReadBlock(std::string* samples);
 
 private:

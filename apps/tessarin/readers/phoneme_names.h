@@ -7,5 +7,5 @@
 /// stress digit, or one of the usual names for silence. Empty when it is none of these.
 std::string LabelFromName(std::string_view name);
 
-/// Our label for a phoneme of American English in SAMPA. Empty when it is no such phoneme.
+/// Our label for a phoneme of American English in SAMPA. Empty when it is not one.
 std::string LabelFromSampa(std::string_view name);

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "apps/tessarin/console/failure.h"
+#include "apps/tessarin/readers/recording_failure.h"
 
 namespace {
 
@@ -12,7 +13,7 @@ int64_t DurationOf(const recording_info& info) {
 
 void RequireStream(const std::string& path, int32_t code, tessarin::IObservationStream* stream) {
     if (code != tessarin::kNoError || stream == nullptr) {
-        throw EngineFailure(path, code);
+        throw NotARecording(path, code);
     }
 }
 
@@ -56,6 +57,9 @@ opened_recording OpenRecording(const std::string& path, int channel,
     }
     recording_info info;
     const bool known = ProbeRecording(path, &info);
+    if (known) {
+        RequireSamples(path, info.frames);
+    }
     tessarin::IObservationStream* stream = nullptr;
     int32_t code = 0;
     if (known && !(info.builtIn && channel == 1)) {

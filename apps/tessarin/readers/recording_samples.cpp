@@ -5,6 +5,7 @@
 
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/readers/audio_file_stream.h"
+#include "apps/tessarin/readers/recording_failure.h"
 
 namespace {
 
@@ -14,7 +15,7 @@ constexpr size_t kMostChannels = 65535; // what a file can say
 
 void RequireDone(const std::string& path, int32_t code) {
     if (code != tessarin::kNoError) {
-        throw EngineFailure(path, code);
+        throw NotARecording(path, code);
     }
 }
 
@@ -26,6 +27,7 @@ std::vector<data_source_handle> LoadByEngine(const std::string& path) {
     for (size_t i = 0; i < channels.size() && channels[i] != nullptr; ++i) {
         sources.emplace_back(channels[i]);
     }
+    RequireSamples(path, sources.empty() ? 0 : sources.front()->GetNumSamples());
     return sources;
 }
 
@@ -63,6 +65,7 @@ data_source_handle LoadSamples(const std::string& path, int channel,
     RequireFile(path);
     recording_info info;
     if (ProbeRecording(path, &info)) {
+        RequireSamples(path, info.frames);
         return LoadKnown(path, channel, info, progress);
     }
     std::vector<data_source_handle> channels = LoadByEngine(path);
@@ -80,6 +83,7 @@ std::vector<data_source_handle> LoadChannels(const std::string& path) {
     if (!ProbeRecording(path, &info)) {
         return LoadByEngine(path);
     }
+    RequireSamples(path, info.frames);
     std::vector<data_source_handle> sources;
     for (int channel = 1; channel <= info.channels; ++channel) {
         sources.push_back(LoadKnown(path, channel, info, nullptr));
@@ -88,7 +92,7 @@ std::vector<data_source_handle> LoadChannels(const std::string& path) {
 }
 
 void AddStretchOptions(CLI::App& command, recording_stretch* stretch) {
-    command.add_option("--from", stretch->fromMs, "Where to begin, in milliseconds [0]")
+    command.add_option("--from", stretch->fromMs, "Where to start, in milliseconds [0]")
         ->check(CLI::NonNegativeNumber)
         ->option_text("MS");
     command.add_option("--to", stretch->toMs, "Where to end, in milliseconds [the end]")
@@ -99,8 +103,8 @@ void AddStretchOptions(CLI::App& command, recording_stretch* stretch) {
 sample_range FindStretch(const std::string& path, const recording_stretch& stretch,
                          const IPCMDataSource& source) {
     if (stretch.toMs != 0 && stretch.toMs <= stretch.fromMs) {
-        throw Failure(kExitUsage, "--to " + std::to_string(stretch.toMs) +
-                                      " is not behind --from " + std::to_string(stretch.fromMs));
+        throw Failure(kExitUsage, "--to " + std::to_string(stretch.toMs) + " is not after --from " +
+                                      std::to_string(stretch.fromMs));
     }
     const int32_t length = source.GetNumSamples();
     const sample_range range = {
@@ -108,8 +112,9 @@ sample_range FindStretch(const std::string& path, const recording_stretch& stret
         stretch.toMs == 0 ? length : std::min(source.MsToSamples(stretch.toMs), length)};
     if (range.first >= range.end) {
         const auto lengthMs = static_cast<int64_t>(source.SamplesToMs(length));
-        throw Failure(kExitFailed,
-                      path + ": has nothing there; it lasts " + std::to_string(lengthMs) + " ms");
+        throw Failure(kExitFailed, path + ": lasts " + std::to_string(lengthMs) +
+                                       " ms, so that nothing is left " + "from " +
+                                       std::to_string(stretch.fromMs) + " ms on");
     }
     return range;
 }

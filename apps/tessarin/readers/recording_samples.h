@@ -31,12 +31,13 @@ struct recording_stretch {
 /// Adds --from and --to.
 void AddStretchOptions(CLI::App& command, recording_stretch* stretch);
 
-/// The samples of a stretch: the first, and the one behind the last.
+/// The samples of a stretch: the first, and the one after the last.
 struct sample_range {
     int32_t first;
     int32_t end;
 };
 
-/// Throws Failure for a stretch that ends before it begins, or begins behind the recording.
+/// Throws Failure for a stretch that ends before it begins, or starts after the end of the
+/// recording.
 sample_range FindStretch(const std::string& path, const recording_stretch& stretch,
                          const tessarin::IPCMDataSource& source);

@@ -138,7 +138,7 @@ std::vector<grid_tier> ReadTextGrid(std::string_view text) {
     const std::string type = values.ReadString();
     const std::string object = values.ReadString();
     if (type != "ooTextFile" || object != "TextGrid") {
-        throw std::invalid_argument("it is no TextGrid");
+        throw std::invalid_argument("it is not a TextGrid");
     }
     values.ReadNumber();
     values.ReadNumber();

@@ -107,7 +107,7 @@ void TimingsReader::Fail(const std::string& what, size_t line) const {
 
 int32_t TimingsReader::Time(double ms, size_t line) const {
     if (!(ms >= 0.0 && ms <= kLongestMs)) {
-        Fail("a time is below 0 or beyond four days", line);
+        Fail("a time is negative or later than four days", line);
     }
     return static_cast<int32_t>(std::lround(ms));
 }
@@ -228,7 +228,7 @@ void TimingsReader::ReadList(const std::string& text) {
         words >> duration;
         const auto ms = ReadNumber(duration);
         if (!ms || *ms < 0.0) {
-            Fail("a phoneme and its milliseconds are expected", number);
+            Fail("a phoneme and its duration in milliseconds are expected", number);
         }
         AddPhoneme(name, reachedMs, reachedMs + *ms, std::nullopt, number);
         reachedMs += *ms;

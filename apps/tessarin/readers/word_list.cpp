@@ -55,14 +55,21 @@ std::vector<word_entry> ReadWordList(const std::string& path, std::string_view t
         word_entry entry;
         entry.line = number;
         if (!ReadDictionaryLine(line, entry) && !ReadLexiconLine(line, entry)) {
-            throw Failure(kExitFailed,
-                          PlaceOf(path, entry) + " is neither WORD=phonemes nor WORD and ARPAbet");
+            throw Failure(
+                kExitFailed,
+                PlaceOf(path, entry) +
+                    " is neither WORD=phonemes, such as HELLO=hEHlOW, nor a line of the CMU "
+                    "dictionary, such as HELLO  HH EH L OW");
         }
         if (!ArePhonemes(entry.phonemes)) {
             throw Failure(kExitFailed, PlaceOf(path, entry) + ": " + entry.phonemes +
                                            " are not phonemes, such as hEHlOW");
         }
         entries.push_back(std::move(entry));
+    }
+    if (entries.empty()) {
+        throw Failure(kExitFailed, path + ": has no words; give lines WORD=phonemes, such as "
+                                          "HELLO=hEHlOW, or lines of the CMU dictionary");
     }
     return entries;
 }

@@ -14,8 +14,8 @@ struct word_entry {
 
 /// The entries of a text, in its order: lines `WORD=phonemes`, or lines of the CMU pronouncing
 /// dictionary, such as `WORD(2)  W ER1 D`. Of the latter, comments are passed over and words are
-/// taken in upper case. Throws Failure for a line that is neither, or says what are no phonemes;
-/// `path` and the line are named in it.
+/// taken in upper case. Throws Failure for a line that is neither, or whose phonemes are not
+/// phonemes; `path` and the line are named in it.
 std::vector<word_entry> ReadWordList(const std::string& path, std::string_view text);
 
 /// The word with the letters of ASCII in upper case, as all words of the lexicon that we ship are.

@@ -13,7 +13,7 @@ constexpr int32_t kLongestCaptionMs = 6000;
 struct caption_word {
     int32_t startMs;
     int32_t endMs;
-    std::string text; ///< with the punctuation behind it
+    std::string text; ///< with the punctuation after it
     bool endsSentence = false;
 };
 
@@ -23,18 +23,18 @@ bool EndsSentence(const std::string& punctuation) {
     return punctuation.find_first_of(".!?") != std::string::npos;
 }
 
-/// The words, each with the punctuation that stands right behind it in the text.
+/// The words, each with the punctuation that stands right after it in the text.
 std::vector<caption_word> ReadWords(const timed_result& result) {
     std::vector<caption_word> words;
     for (const timed_span& word : result.words) {
         caption_word entry{word.startMs, std::max(word.endMs, word.startMs), word.text};
-        int32_t behind = word.textOffset + word.textLength;
+        int32_t next = word.textOffset + word.textLength;
         for (const timed_span& event : result.events) {
             const bool isPunctuation = event.type == tessarin::kPunctuationMarker;
-            if (isPunctuation && event.textLength > 0 && event.textOffset == behind) {
+            if (isPunctuation && event.textLength > 0 && event.textOffset == next) {
                 entry.text += event.text;
                 entry.endsSentence = entry.endsSentence || EndsSentence(event.text);
-                behind += event.textLength;
+                next += event.textLength;
             }
         }
         words.push_back(std::move(entry));

@@ -8,7 +8,7 @@ namespace {
 
 using json = nlohmann::ordered_json;
 
-/// Weights and scores are told to four decimals: finer steps are not seen and make files larger.
+/// Weights and scores are written to four decimals: finer steps are not seen and make files larger.
 double Rounded(float value) {
     return std::round(static_cast<double>(value) * 1e4) / 1e4;
 }

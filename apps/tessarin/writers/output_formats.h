@@ -13,7 +13,7 @@ inline constexpr int kJsonVersion = 1;
 /// docs/result.schema.json describes it.
 std::string WriteJson(const timed_result& result);
 
-/// One row a marker, in time order, behind a row with the names of the columns.
+/// One row per marker, in time order, after a row with the names of the columns.
 std::string WriteTsv(const timed_result& result);
 
 /// A Praat TextGrid with the tiers `words` and `phones`, both without gaps.

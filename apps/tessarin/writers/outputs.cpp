@@ -74,7 +74,8 @@ const output_format& FormatOfFile(const std::string& file) {
     const auto* found = std::ranges::find_if(
         kFormats, [&](const output_format& format) { return lower.ends_with(format.ending); });
     if (found == kFormats.end()) {
-        throw Failure(kExitUsage, file + ": its ending tells no format; name one with --format");
+        throw Failure(kExitUsage,
+                      file + ": its extension does not select a format; name one with --format");
     }
     return *found;
 }
@@ -108,9 +109,9 @@ MouthShapes ChooseMap(const output_format& format, const std::vector<MouthShapes
 
 void AddOutputOptions(CLI::App& command, output_options* options) {
     command
-        .add_option("-o,--output", options->files,
-                    "File to write [-, standard output]; may be repeated, its ending tells the "
-                    "format")
+        .add_option(
+            "-o,--output", options->files,
+            "File to write [-, standard output]; may be repeated; its extension selects the format")
         ->allow_extra_args(false)
         ->option_text("FILE");
     command
@@ -122,12 +123,13 @@ void AddOutputOptions(CLI::App& command, output_options* options) {
         ->option_text("FORMAT");
     command
         .add_option("--shapes", options->shapes,
-                    "A map from phonemes to mouth shapes in place of the built-in one of the same "
+                    "Map from phonemes to mouth shapes, in place of the built-in one of the same "
                     "set, or for the format shapes; may be repeated")
         ->allow_extra_args(false)
         ->option_text("FILE");
     command
-        .add_option("--hold", options->holdMs, "The shortest time a mouth-shape switch stays [0]")
+        .add_option("--hold", options->holdMs,
+                    "Shortest time that a mouth-shape switch stays, in ms [0]")
         ->check(CLI::Range(0, 10000))
         ->option_text("MS");
 }

@@ -21,7 +21,7 @@ void AddOutputOptions(CLI::App& command, output_options* options);
 /// The outputs that a user asked for, known to be possible before the long work begins.
 class OutputPlan {
 public:
-    /// Throws Failure for a format that cannot be told and for a map that cannot be read.
+    /// Throws Failure for a format that is not known and for a map that cannot be read.
     explicit OutputPlan(const output_options& options);
 
     /// Throws Failure; files that were written before stay.
