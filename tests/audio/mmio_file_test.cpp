@@ -1,6 +1,7 @@
 #include "audio/files/mmio_file.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -149,6 +150,25 @@ TEST(MmioFile, SpoiltHeadersEndInACode) {
             }
         }
     }
+}
+
+// Eight zeros read as an empty chunk without a name.
+TEST(MmioFile, ZerosAreWalkedOnlySoFar) {
+    const auto afterZeros = [](size_t numZeros) {
+        bytes content = RiffFile("WAVE", {bytes(numZeros), FormatChunk()});
+        content[4] = content[5] = content[6] = content[7] = 0xFF; // the whole has no known size
+        return Walk(content).format;
+    };
+    EXPECT_EQ(afterZeros(4096), kMmioNoError);
+    EXPECT_EQ(afterZeros(1 << 20), kMmioChunkNotFound);
+
+    const TempFile sparse(bytes(1), ".wav");
+    std::filesystem::resize_file(sparse.Path(), uintmax_t{1} << 36);
+    MmioFile riff;
+    mmio_chunk whole;
+    ASSERT_EQ(riff.Open(sparse.Path()), kMmioNoError);
+    EXPECT_EQ(riff.DescendForm(FourCC("WAVE"), &whole), kMmioChunkNotFound);
+    EXPECT_LT(riff.Tell(), 1 << 20);
 }
 
 } // namespace
