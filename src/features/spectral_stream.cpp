@@ -155,7 +155,7 @@ uint32_t CSpectralStream::GetNumObservations() {
     if (!source) {
         return 0;
     }
-    return std::min(maxObservations, source->GetNumSamples() / static_cast<uint32_t>(hop));
+    return std::min(maxObservations, source->GetHeldSamples() / static_cast<uint32_t>(hop));
 }
 
 void CSpectralStream::GetFrameGeometry(uint32_t* outWindowSize, uint32_t* outOverlap) {
