@@ -46,6 +46,10 @@ public:
     virtual error_code LoadFromQuibStream(IQuibPCMStream* stream, ProgressSink* sink);
     virtual error_code LoadFromPCMStream(CPCMRdrStream* stream, ProgressSink* sink);
 
+    /// Becomes channel `channel`, counted from 1, of `all`, as 16-bit mono. Returns 0, or 1 without
+    /// memory.
+    [[nodiscard]] error_code TakeChannel(const CPCMDataSource& all, uint32_t channel);
+
 private:
     error_code Allocate(const PCMFormat& newFormat, uint64_t newByteLength, uint64_t newNumSamples);
     void MakeEmpty();
