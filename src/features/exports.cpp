@@ -76,7 +76,7 @@ int32_t AddNoiseGate(IObservationStream* stream, float thresholdDb, float percen
 
 int32_t CreateSpectralDataSource(ISpectralDataSource** out) {
     if (out == nullptr) {
-        return kInvalidArgument;
+        return kOutOfMemory;
     }
     *out = new (std::nothrow) CSpectralDataSource;
     return *out != nullptr ? kNoError : kOutOfMemory;
