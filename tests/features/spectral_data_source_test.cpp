@@ -261,6 +261,13 @@ TEST(SpectralDataSource, FindsTheFrameOfATime) {
     EXPECT_EQ(at, 22u);
     EXPECT_EQ(source.GetFrameAt(-1, &at), nullptr);
     EXPECT_EQ(at, 0u);
+    // In single precision: in double, 58 / 11.6f is less than 5, and 10 * 8.7f less than 87.
+    source.SetDuration(11.6f);
+    source.GetFrameAt(58, &at);
+    EXPECT_EQ(at, 58u);
+    source.SetDuration(8.7f);
+    source.GetFrameAt(88, &at);
+    EXPECT_EQ(at, 87u);
     source.SetDuration(0.0f);
     at = 99;
     EXPECT_EQ(source.GetFrameAt(8, &at), nullptr);
