@@ -237,6 +237,21 @@ TEST(SpectralDataSource, MeanSpectrumTellsWhatItDoesAndCanBeCancelled) {
     EXPECT_EQ(source.ComputeMeanSpectrum(8, out.data(), stereo.get(), nullptr), 6);
 }
 
+TEST(SpectralDataSource, ReadsNoMoreThanItAskedFor) {
+    struct BoastfulSource : CPCMDataSource {
+        error_code ReadSamplesInt16(int16_t* buffer, int32_t start, uint32_t* count,
+                                    int32_t channel) override {
+            const error_code code = CPCMDataSource::ReadSamplesInt16(buffer, start, count, channel);
+            *count += 1000000;
+            return code;
+        }
+    } boastful;
+    ASSERT_EQ(boastful.CopyFrom(Recording(std::vector<int16_t>(16, 500)).get()), 0);
+    CSpectralDataSource source;
+    std::vector<int16_t> out(8);
+    EXPECT_EQ(source.ComputeMeanSpectrum(8, out.data(), &boastful, nullptr), 0);
+}
+
 /// A source that stores what a host computed.
 struct FilledSource : CSpectralDataSource {
     explicit FilledSource(std::initializer_list<int16_t> firstValues) {

@@ -168,8 +168,8 @@ TEST(DataSources, AStreamOverASourceMakesAnother) {
 
 /// The energies of a recording of loud speech, 400 ms of quiet, a click of 100 ms, 400 ms of quiet
 /// and loud speech, an observation each 10 ms.
-std::vector<float> EnergiesBehindGate(float thresholdDb, float percentile, int32_t rampMs,
-                                      int32_t minQuietMs, int32_t maxBlipMs) {
+std::vector<float> GatedEnergies(float thresholdDb, float percentile, int32_t rampMs,
+                                 int32_t minQuietMs, int32_t maxBlipMs) {
     std::vector<int16_t> samples;
     for (const auto& [ms, amplitude] :
          {std::pair{1000, 9000}, {400, 50}, {100, 9000}, {400, 50}, {1000, 9000}}) {
@@ -194,13 +194,13 @@ std::vector<float> EnergiesBehindGate(float thresholdDb, float percentile, int32
 
 TEST(NoiseGate, TakesItsSettingsInOrder) {
     constexpr float kSilent = 1.0f;
-    const auto gated = EnergiesBehindGate(-30.0f, 0.9f, 40, 500, 200);
+    const auto gated = GatedEnergies(-30.0f, 0.9f, 40, 500, 200);
     EXPECT_LT(gated[115], kSilent) << "the ramp is short";
     EXPECT_GT(gated[145], 50.0f) << "the quiet around the click is too short for it to go";
     EXPECT_GT(gated[101], kSilent) << "there is a ramp";
-    EXPECT_LT(EnergiesBehindGate(-30.0f, 0.9f, 40, 300, 200)[145], kSilent);
-    EXPECT_GT(EnergiesBehindGate(-30.0f, 0.9f, 40, 300, 90)[145], 50.0f);
-    EXPECT_LT(EnergiesBehindGate(0.0f, 0.9f, 40, 300, 90)[115], kSilent) << "by the percentile";
+    EXPECT_LT(GatedEnergies(-30.0f, 0.9f, 40, 300, 200)[145], kSilent);
+    EXPECT_GT(GatedEnergies(-30.0f, 0.9f, 40, 300, 90)[145], 50.0f);
+    EXPECT_LT(GatedEnergies(0.0f, 0.9f, 40, 300, 90)[115], kSilent) << "by the percentile";
     EXPECT_EQ(AddNoiseGate(nullptr, -30.0f, 0.0f, 0, 0, 0), 6);
 }
 
