@@ -26,7 +26,7 @@ class IPCMDataSource {
 public:
     virtual ~IPCMDataSource() = default;
 
-    /// Fills in the format, with the rate in 16.16 fixed point. Returns 0.
+    /// Fills in the format, with the rate in 16.16 fixed point. Returns 0, or 2 for null.
     virtual error_code GetFormat(PCMFormat* out) const = 0;
     /// 16.16 fixed point.
     virtual uint32_t GetSampleRate() const = 0;
@@ -113,6 +113,19 @@ TESSARIN_API int32_t CreatePCMDataSource(const char* path, const tessarin::PCMFo
 TESSARIN_API int32_t CreateMultiChannelPCMDataSource(const char* path, tessarin::ProgressSink* sink,
                                                      tessarin::IPCMDataSource** out);
 
+/// Gives in `*count` how many channels the audio file `path` has, 0 on failure. Returns 0, 2 for a
+/// null argument, or the code of the reader.
+TESSARIN_API int32_t GetPCMChannelCount(const char* path, uint32_t* count);
+
+/// CreateMultiChannelPCMDataSource for an array of `capacity` places, all of which are cleared
+/// first. `*count` receives the number of channels, also when they are more than the places. The
+/// file is read once, so a progress runs once. Returns as CreatePCMDataSource, and 3 for too few
+/// places; after a failure every place is null.
+TESSARIN_API int32_t CreateMultiChannelPCMDataSources(const char* path,
+                                                      tessarin::ProgressSink* sink,
+                                                      tessarin::IPCMDataSource** out,
+                                                      uint32_t capacity, uint32_t* count);
+
 /// Reads all of a host's stream into memory, in the format that it has. `stream` is used during the
 /// call only; where it delivers less than its size says, the rest is zero. Returns as
 /// CreatePCMDataSource, and 12 for a format other than 8 or 16 bits with at least one channel.
@@ -123,8 +136,8 @@ TESSARIN_API int32_t CreatePCMDataSourceFromQuibStream(tessarin::IQuibPCMStream*
 /// Frees a data source; null is allowed.
 TESSARIN_API void DestroyPCMDataSource(tessarin::IPCMDataSource* source);
 
-/// Makes a stream over all of `source`, which may be null until SetSource. Returns 0; 1 without
-/// memory; 2 without `out`. Freed by DestroyPCMDataSourceStream.
+/// Makes a stream over all of `source`, which may be null until SetSource. Returns 0, or 1
+/// without memory or without `out`. Freed by DestroyPCMDataSourceStream.
 TESSARIN_API int32_t CreatePCMDataSourceStream(tessarin::IPCMDataSource* source,
                                                tessarin::IPCMDataSourceStream** out);
 

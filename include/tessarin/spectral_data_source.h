@@ -52,8 +52,8 @@ public:
 
 } // namespace tessarin
 
-/// Makes a source of spectra in `*out`, freed by DestroySpectralDataSource. Returns 0; 1 without
-/// memory; 2 without `out`.
+/// Makes a source of spectra in `*out`, freed by DestroySpectralDataSource. Returns 0, or
+/// 1 without memory or without `out`.
 TESSARIN_API int32_t CreateSpectralDataSource(tessarin::ISpectralDataSource** out);
 
 /// Frees a source of spectra; null is allowed.

@@ -53,6 +53,30 @@ int32_t CreateMultiChannelPCMDataSource(const char* path, ProgressSink* sink,
     });
 }
 
+int32_t GetPCMChannelCount(const char* path, uint32_t* count) {
+    if (count == nullptr) {
+        return kInvalidArgument;
+    }
+    *count = 0;
+    return Guarded([&] { return CountChannels(path, *count); });
+}
+
+int32_t CreateMultiChannelPCMDataSources(const char* path, ProgressSink* sink, IPCMDataSource** out,
+                                         uint32_t capacity, uint32_t* count) {
+    MaskFloatUnderflow();
+    if (count == nullptr || (out == nullptr && capacity != 0)) {
+        return kInvalidArgument;
+    }
+    *count = 0;
+    std::fill_n(out, capacity, nullptr);
+    return Guarded([&] {
+        std::vector<std::unique_ptr<CPCMDataSource>> channels;
+        const error_code code = LoadChannelsAtOnce(path, capacity, sink, *count, channels);
+        std::ranges::transform(channels, out, [](auto& source) { return source.release(); });
+        return code;
+    });
+}
+
 int32_t CreatePCMDataSourceFromQuibStream(IQuibPCMStream* stream, ProgressSink* sink,
                                           IPCMDataSource** out) {
     MaskFloatUnderflow();
@@ -76,7 +100,7 @@ void DestroyPCMDataSource(IPCMDataSource* source) {
 
 int32_t CreatePCMDataSourceStream(IPCMDataSource* source, IPCMDataSourceStream** out) {
     if (out == nullptr) {
-        return kInvalidArgument;
+        return kOutOfMemory;
     }
     *out = new (std::nothrow) CPCMDataSourceStream(source);
     return *out != nullptr ? kNoError : kOutOfMemory;

@@ -79,11 +79,11 @@ error_code NonRTDBNoiseGateStream::Analyse() {
 }
 
 error_code NonRTDBNoiseGateStream::ReadSource() {
-    samples = NewFloats(numSamples);
+    uint32_t frames = std::min(numSamples, source->GetHeldSamples());
+    samples = NewFloats(frames);
     if (samples == nullptr) {
         return kOutOfMemory;
     }
-    uint32_t frames = numSamples;
     const error_code code = source->ReadChannelFloat(samples.get(), &frames, channel);
     if (code == kNoError) {
         numSamples = frames;

@@ -151,6 +151,17 @@ TEST(MmioFile, SpoiltHeadersEndInACode) {
     }
 }
 
+// Eight zeros read as an empty chunk without a name.
+TEST(MmioFile, ZerosAreWalkedOnlySoFar) {
+    const auto afterZeros = [](size_t numZeros) {
+        bytes content = RiffFile("WAVE", {bytes(numZeros), FormatChunk()});
+        content[4] = content[5] = content[6] = content[7] = 0xFF; // the whole has no known size
+        return Walk(content).format;
+    };
+    EXPECT_EQ(afterZeros(4096), kMmioNoError);
+    EXPECT_EQ(afterZeros(1 << 20), kMmioChunkNotFound);
+}
+
 } // namespace
 
 } // namespace tessarin

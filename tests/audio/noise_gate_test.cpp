@@ -185,6 +185,33 @@ TEST(NoiseGateStream, ReadsOneChannelAs16BitWhateverTheSource) {
     EXPECT_THAT(ReadAllFloats(gate, 2), ElementsAre(2, 4, 6)); // analyses by itself
 }
 
+TEST(NoiseGateStream, CountsWhatItsSourceDelivered) {
+    struct PromisingStream : MemoryStream {
+        PromisingStream() : MemoryStream(Format(kRate, 16, 1), Int16Bytes({1, 2, 3})) {
+            numSamples = 1000;
+        }
+    };
+    const auto source = counted_ptr<MemoryStream>::Adopt(new PromisingStream);
+    NonRTDBNoiseGateStream gate;
+    ASSERT_EQ(gate.Instantiate(source.get(), 1, -120, 0, 0, 1, 0), 0);
+    EXPECT_EQ(gate.GetNumSamples(), 1000u);
+    ASSERT_EQ(gate.Start(), 0);
+    EXPECT_EQ(gate.GetNumSamples(), 3u);
+    EXPECT_THAT(ReadAllFloats(gate, 100), ElementsAre(1, 2, 3));
+}
+
+// A recording that is analysed again is gated as it was, whatever the stage before it is now.
+TEST(NoiseGateStream, KeepsTheThresholdThatItFound) {
+    const auto loud = MonoStream(kRate, Stretches({{500, 10000}, {500, 3000}}));
+    NonRTDBNoiseGateStream gate;
+    ASSERT_EQ(gate.Instantiate(loud.get(), 1, 0.0f, 0.9f, 0, 0, 0), 0);
+    EXPECT_EQ(Peak(ReadAllFloats(gate, 1000), 500, 1000), 0.0f);
+    const auto even = MonoStream(kRate, Stretches({{1000, 3000}})); // its own would be 3000
+    ASSERT_EQ(gate.SetSourceStream(even.get()), 0);
+    ASSERT_EQ(gate.Start(), 0);
+    EXPECT_EQ(Peak(ReadAllFloats(gate, 1000), 0, 1000), 0.0f);
+}
+
 TEST(NoiseGateStream, PassesFailuresOn) {
     const auto source = MonoStream(kRate, {1, 2, 3});
     NonRTDBNoiseGateStream gate;

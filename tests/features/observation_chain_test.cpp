@@ -12,7 +12,9 @@
 
 #include "features/spectral_stream.h"
 #include "features/test_descriptors.h"
+#include "support/riff_builder.h"
 #include "support/signals.h"
+#include "support/temp_file.h"
 
 namespace tessarin {
 namespace {
@@ -135,6 +137,16 @@ TEST(ObservationChain, OpensWhatCannotBeAnalysedAndAnswersWhenItIsRead) {
     std::vector<float> features(15);
     float energy = 0;
     EXPECT_EQ(stream->GetObservation(features.data(), &energy), kInvalidArgument);
+}
+
+TEST(ObservationChain, HasNoObservationsOfAudioThatAFileOnlyClaims) {
+    test::bytes content = test::WavFile(16000, 1, std::vector<int16_t>(800, 100));
+    content[42] = content[43] = 0x7F; // the size of the data is 2 GB
+    const test::TempFile file(content, ".wav");
+    analysis model;
+    std::unique_ptr<CSpectralStream> stream;
+    ASSERT_EQ(OpenObservationChain(file.Path(), model.descriptor, stream), kNoError);
+    EXPECT_EQ(stream->GetNumObservations(), 5u);
 }
 
 TEST(ObservationChain, PassesTheCodeOfAnInputThatDoesNotOpen) {

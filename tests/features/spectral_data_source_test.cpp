@@ -237,6 +237,21 @@ TEST(SpectralDataSource, MeanSpectrumTellsWhatItDoesAndCanBeCancelled) {
     EXPECT_EQ(source.ComputeMeanSpectrum(8, out.data(), stereo.get(), nullptr), 6);
 }
 
+TEST(SpectralDataSource, ReadsNoMoreThanItAskedFor) {
+    struct BoastfulSource : CPCMDataSource {
+        error_code ReadSamplesInt16(int16_t* buffer, int32_t start, uint32_t* count,
+                                    int32_t channel) override {
+            const error_code code = CPCMDataSource::ReadSamplesInt16(buffer, start, count, channel);
+            *count += 1000000;
+            return code;
+        }
+    } boastful;
+    ASSERT_EQ(boastful.CopyFrom(Recording(std::vector<int16_t>(16, 500)).get()), 0);
+    CSpectralDataSource source;
+    std::vector<int16_t> out(8);
+    EXPECT_EQ(source.ComputeMeanSpectrum(8, out.data(), &boastful, nullptr), 0);
+}
+
 /// A source that stores what a host computed.
 struct FilledSource : CSpectralDataSource {
     explicit FilledSource(std::initializer_list<int16_t> firstValues) {
@@ -261,6 +276,13 @@ TEST(SpectralDataSource, FindsTheFrameOfATime) {
     EXPECT_EQ(at, 22u);
     EXPECT_EQ(source.GetFrameAt(-1, &at), nullptr);
     EXPECT_EQ(at, 0u);
+    // In single precision: in double, 58 / 11.6f is less than 5, and 10 * 8.7f less than 87.
+    source.SetDuration(11.6f);
+    source.GetFrameAt(58, &at);
+    EXPECT_EQ(at, 58u);
+    source.SetDuration(8.7f);
+    source.GetFrameAt(88, &at);
+    EXPECT_EQ(at, 87u);
     source.SetDuration(0.0f);
     at = 99;
     EXPECT_EQ(source.GetFrameAt(8, &at), nullptr);

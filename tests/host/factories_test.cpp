@@ -21,6 +21,8 @@ TEST(Factories, RefuseNullOutputs) {
     EXPECT_EQ(CreateAccHMM("", 0, nullptr, nullptr), 2);
     EXPECT_EQ(CreateObservationStreamFromAudioFile("x.wav", nullptr, nullptr), 2);
     EXPECT_EQ(CreateObservationStreamFromQuibStream(nullptr, nullptr, nullptr), 2);
+    EXPECT_EQ(CreatePCMDataSourceStream(nullptr, nullptr), 1);
+    EXPECT_EQ(CreateSpectralDataSource(nullptr), 1);
     EXPECT_EQ(CreateSyncResultsCollection(0, nullptr), 1);
     EXPECT_EQ(CreatePhonemeArticulator(nullptr, 0), 1);
     EXPECT_EQ(CreateDefaultTranscriber("", 0, nullptr), 1);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -48,12 +49,15 @@ struct mmio_chunk {
 /// others. A file written to a pipe has a size of 0 or 0xFFFFFFFF for the whole and for its
 /// "data", because the writer could not go back: both stand for the rest of the file. A "data" of
 /// size 0 in a whole of stated size is just empty. Any other size is believed, even when the file
-/// is shorter; a read then ends early.
+/// is shorter; a read then ends early. A search gives up after 16384 chunks, so that a large file
+/// of zeros, each eight of which read as an empty chunk, costs no more than any other.
 class MmioFile {
 public:
     [[nodiscard]] int32_t Open(const char* path);
     void Close() { file.Close(); }
     bool IsOpen() const { return file.IsOpen(); }
+    /// The size when the file was opened; 0 for what is not a plain file.
+    int64_t GetSize() const { return file.GetSize(); }
 
     /// Finds the next RIFF chunk of `form` from the present position on, which moves behind the
     /// form's name.
@@ -67,15 +71,20 @@ public:
     [[nodiscard]] int32_t Ascend(const mmio_chunk& chunk);
 
     /// Reads up to `bytes` bytes; fewer only at the end of the file. Returns how many, or -1.
-    int64_t Read(void* buffer, size_t bytes) { return file.Read(buffer, bytes); }
-    [[nodiscard]] int32_t Seek(int64_t position);
-    /// The position in the file, or -1.
-    int64_t Tell() { return file.Tell(); }
+    int64_t Read(void* buffer, size_t bytes);
+    [[nodiscard]] int32_t Seek(int64_t to);
+    int64_t Tell() const { return position; }
 
 private:
     int32_t ReadHeader(int64_t limit, bool isParentOpenEnded, mmio_chunk* chunk);
+    bool Load(int64_t start, size_t bytes);
 
     BinaryFile file;
+    int64_t position = 0;                ///< of the next read
+    bool isInStep = false;               ///< the file itself stands there too
+    std::array<uint8_t, 4096> headers{}; ///< a part of the file in which headers are looked up
+    int64_t headersStart = 0;
+    int64_t headersSize = 0;
 };
 
 } // namespace tessarin

@@ -8,8 +8,6 @@
 #include <new>
 #include <optional>
 
-#include "audio/files/data_extent.h"
-
 namespace tessarin {
 
 namespace {
@@ -89,7 +87,7 @@ error_code CNistSphereRdrStream::ReadHeader() {
     if (file.Read(text.get(), textLength) != static_cast<int64_t>(textLength)) {
         return kInvalidFile;
     }
-    dataStart = static_cast<uint32_t>(size);
+    data.start = size;
     return SetUpFormat(text.get());
 }
 
@@ -107,11 +105,13 @@ error_code CNistSphereRdrStream::SetUpFormat(const char* header) {
     numSamples = static_cast<uint32_t>(GetHeaderInt(header, "sample_count", 2));
     bytesPerFrame = sampleBytes * channels;
     byteLength = bytesPerFrame * numSamples;
+    data = HeldExtent(data.start, byteLength, file.GetSize());
+    heldSamples = static_cast<uint32_t>(data.length / bytesPerFrame);
     return kNoError;
 }
 
 error_code CNistSphereRdrStream::Start() {
-    return file.IsOpen() && file.Seek(dataStart) ? kNoError : kInvalidFile;
+    return file.IsOpen() && file.Seek(data.start) ? kNoError : kInvalidFile;
 }
 
 error_code CNistSphereRdrStream::ReadBlock(void* buffer, uint32_t* frames) {
@@ -119,7 +119,7 @@ error_code CNistSphereRdrStream::ReadBlock(void* buffer, uint32_t* frames) {
         *frames = 0;
         return kNoError;
     }
-    return ReadFrames(file, {dataStart, byteLength}, bytesPerFrame, buffer, frames);
+    return ReadFrames(file, data, bytesPerFrame, buffer, frames);
 }
 
 error_code CNistSphereRdrStream::Close() {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "audio/files/data_extent.h"
 #include "audio/files/pcm_rdr_stream.h"
 #include "platform/binary_file.h"
 
@@ -32,7 +33,7 @@ private:
     error_code SetUpFormat(const char* header);
 
     BinaryFile file;
-    uint32_t dataStart = 0; ///< position of the first sample
+    data_extent data; ///< of the samples that the file holds
 };
 
 } // namespace tessarin

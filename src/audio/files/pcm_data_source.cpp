@@ -32,6 +32,9 @@ CPCMDataSource::~CPCMDataSource() {
 }
 
 error_code CPCMDataSource::GetFormat(PCMFormat* out) const {
+    if (out == nullptr) {
+        return kInvalidArgument;
+    }
     *out = format;
     return kNoError;
 }
@@ -153,6 +156,20 @@ error_code CPCMDataSource::CopyFrom(const IPCMDataSource* other) {
         std::memcpy(data, other->GetData(), otherBytes);
     }
     return kNoError;
+}
+
+error_code CPCMDataSource::TakeChannel(const CPCMDataSource& all, uint32_t channel) {
+    const auto frames = static_cast<uint32_t>(all.numSamples);
+    const size_t sampleBytes = all.format.bitsPerSample / 8u;
+    const error_code code = Allocate({all.format.sampleRate, 16, 1}, uint64_t{2} * frames, frames);
+    if (code == kNoError && frames > 0) {
+        CopyChannel(data, all.data + (channel - 1) * sampleBytes, frames, sampleBytes,
+                    static_cast<size_t>(all.bytesPerFrame));
+        if (sampleBytes == 1) {
+            WidenToInt16({reinterpret_cast<int16_t*>(data), frames});
+        }
+    }
+    return code;
 }
 
 /// Becomes a recording of zeros, with `newNumSamples` frames in at least `newByteLength` bytes.

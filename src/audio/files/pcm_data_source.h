@@ -38,12 +38,17 @@ public:
     void Destroy() override { delete this; }
 
     /// Both read a stream from its start into an empty source, in its own format; `sink` may be
-    /// null. Return 0; 2 without a stream; 12 for a format that is not 8 or 16 bits with at least
-    /// one channel; 1 without memory or for more bytes than 32 signed bits count. Kept: when the
+    /// null. Of a file that ends before its claimed length, the source is what the file holds.
+    /// Return 0; 2 without a stream; 12 for a format that is not 8 or 16 bits with at least one
+    /// channel; 1 without memory or for more bytes than 32 signed bits count. Kept: when the
     /// sink cancels, or the stream fails, the source is empty and the code is 0; hosts tell a
     /// cancelled load by its having no samples.
     virtual error_code LoadFromQuibStream(IQuibPCMStream* stream, ProgressSink* sink);
     virtual error_code LoadFromPCMStream(CPCMRdrStream* stream, ProgressSink* sink);
+
+    /// Becomes channel `channel`, counted from 1, of `all`, as 16-bit mono. Returns 0, or 1 without
+    /// memory.
+    [[nodiscard]] error_code TakeChannel(const CPCMDataSource& all, uint32_t channel);
 
 private:
     error_code Allocate(const PCMFormat& newFormat, uint64_t newByteLength, uint64_t newNumSamples);

@@ -20,6 +20,12 @@ error_code OpenReader(const char* path, counted_ptr<CPCMRdrStream>& reader) {
     return code;
 }
 
+uint32_t ChannelsOf(CPCMRdrStream& reader) {
+    PCMFormat format{};
+    reader.GetFormat(&format);
+    return format.channels;
+}
+
 error_code LoadChannel(CPCMRdrStream& reader, const PCMFormat& target, uint32_t channel,
                        ProgressSink* sink, std::unique_ptr<CPCMDataSource>& out) {
     CResampledPCMStream resampled;
@@ -62,6 +68,42 @@ error_code LoadChannels(const char* path, ProgressSink* sink,
         if (code == kNoError) {
             out.push_back(std::move(source));
         }
+    }
+    return code;
+}
+
+error_code CountChannels(const char* path, uint32_t& count) {
+    counted_ptr<CPCMRdrStream> reader;
+    const error_code code = OpenReader(path, reader);
+    if (code == kNoError) {
+        count = ChannelsOf(*reader);
+    }
+    return code;
+}
+
+error_code LoadChannelsAtOnce(const char* path, uint32_t maxChannels, ProgressSink* sink,
+                              uint32_t& count, std::vector<std::unique_ptr<CPCMDataSource>>& out) {
+    counted_ptr<CPCMRdrStream> reader;
+    error_code code = OpenReader(path, reader);
+    if (code != kNoError) {
+        return code;
+    }
+    count = ChannelsOf(*reader);
+    if (count > maxChannels) {
+        return kOutOfRange;
+    }
+    if (reader->GetSampleRate() >> 16 == 0) {
+        return kInvalidArgument;
+    }
+    CPCMDataSource all;
+    code = all.LoadFromPCMStream(reader.get(), sink);
+    std::vector<std::unique_ptr<CPCMDataSource>> sources(count);
+    for (uint32_t i = 0; i < count && code == kNoError; ++i) {
+        sources[i] = std::make_unique<CPCMDataSource>();
+        code = sources[i]->TakeChannel(all, i + 1);
+    }
+    if (code == kNoError) {
+        out = std::move(sources);
     }
     return code;
 }

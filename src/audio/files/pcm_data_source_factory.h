@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -16,6 +17,16 @@ error_code LoadDataSource(const char* path, const PCMFormat* target, ProgressSin
 /// holds the channels before the one that failed.
 error_code LoadChannels(const char* path, ProgressSink* sink,
                         std::vector<std::unique_ptr<CPCMDataSource>>& out);
+
+/// Reads how many channels the file `path` has.
+error_code CountChannels(const char* path, uint32_t& count);
+
+/// Reads the file `path` once and makes a source of each channel at its own rate, of at most
+/// `maxChannels` channels. Sets `count` to those of the file once it is open. Returns 0, the code
+/// of the reader, 2 for a rate below 1 Hz, 3 for more channels, or 1 without memory; `out` is set
+/// on success only.
+error_code LoadChannelsAtOnce(const char* path, uint32_t maxChannels, ProgressSink* sink,
+                              uint32_t& count, std::vector<std::unique_ptr<CPCMDataSource>>& out);
 
 /// Reads a host's stream. `out` is set on success only.
 error_code LoadDataSource(IQuibPCMStream* stream, ProgressSink* sink,

@@ -65,7 +65,13 @@ error_code CPCMDataSource::LoadFromPCMStream(CPCMRdrStream* stream, ProgressSink
     if (!IsReadable(streamFormat)) {
         return kInvalidFile;
     }
-    error_code code = Allocate(streamFormat, stream->GetByteLength(), stream->GetNumSamples());
+    uint32_t frames = stream->GetNumSamples();
+    uint32_t bytes = stream->GetByteLength();
+    if (const uint32_t held = stream->GetHeldSamples(); held < frames) {
+        frames = held;
+        bytes = std::min(bytes, held * (streamFormat.bitsPerSample / 8u * streamFormat.channels));
+    }
+    error_code code = Allocate(streamFormat, bytes, frames);
     if (code != kNoError) {
         return code;
     }

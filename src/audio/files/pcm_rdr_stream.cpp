@@ -1,5 +1,6 @@
 #include "audio/files/pcm_rdr_stream.h"
 
+#include <algorithm>
 #include <limits>
 #include <new>
 
@@ -8,6 +9,9 @@
 namespace tessarin {
 
 error_code CPCMRdrStream::GetFormat(PCMFormat* out) {
+    if (out == nullptr) {
+        return kInvalidArgument;
+    }
     *out = format;
     return kNoError;
 }
@@ -106,6 +110,25 @@ error_code CPCMRdrStream::ReadChannelFloat(float* buffer, uint32_t* frames, uint
         FloatsFromUint8({buffer, *frames}, first, bytesPerFrame);
     }
     return kNoError;
+}
+
+uint32_t CPCMRdrStream::GetHeldSamples() {
+    constexpr int kMostStages = 64; // a chain might lead back to itself
+    CPCMRdrStream* reader = this;
+    for (int i = 0; i < kMostStages; ++i) {
+        CPCMRdrStream* const before = reader->GetSourceStream();
+        if (before == nullptr) {
+            break;
+        }
+        reader = before;
+    }
+    const uint32_t claimed = GetNumSamples();
+    const uint32_t readerRate = reader->GetSampleRate();
+    if (reader->heldSamples >= reader->GetNumSamples() || readerRate == 0) {
+        return claimed;
+    }
+    const uint64_t held = uint64_t{reader->heldSamples} * GetSampleRate() / readerRate;
+    return static_cast<uint32_t>(std::min<uint64_t>(claimed, held));
 }
 
 bool CPCMRdrStream::FitsInto(uint32_t most, CPCMRdrStream& stream, uint32_t channel) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 
 #include "base/ref_counter.h"
@@ -51,6 +52,10 @@ public:
     virtual error_code ReadChannelFloat(float* buffer, uint32_t* frames, uint32_t channel);
     virtual error_code Stop();
 
+    /// How many of the GetNumSamples sample frames there are to be read: a file may end long before
+    /// the length that its header claims. What takes memory or time by length goes by this one.
+    uint32_t GetHeldSamples();
+
 protected:
     /// Whether a read of `channel` of `stream` gives at most `most` samples for a frame.
     static bool FitsInto(uint32_t most, CPCMRdrStream& stream, uint32_t channel);
@@ -59,6 +64,7 @@ protected:
     uint32_t byteLength = 0;    ///< of the audio as the stream presents it
     uint32_t numSamples = 0;    ///< sample frames
     uint32_t bytesPerFrame = 0; ///< a stream that has none yet delivers nothing
+    uint32_t heldSamples = std::numeric_limits<uint32_t>::max(); ///< that a reader's file has
 
 private:
     /// Has `scratch` hold `frames` frames. Returns 0, or 1 without memory.

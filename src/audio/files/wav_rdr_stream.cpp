@@ -2,7 +2,6 @@
 
 #include <new>
 
-#include "audio/files/data_extent.h"
 #include "audio/sample_conversion.h"
 #include "base/flog.h"
 #include "base/little_endian.h"
@@ -95,7 +94,7 @@ error_code CWavRdrStream::FindChunks(const char* path, uint32_t* dataSize) {
     if (const int32_t error = fileHandle.DescendChunk(FourCC("data"), riff, &chunk)) {
         return MapWaveError(error);
     }
-    dataStart = chunk.dataStart;
+    data = HeldExtent(chunk.dataStart, chunk.size, fileHandle.GetSize());
     *dataSize = chunk.size;
     return kNoError;
 }
@@ -129,7 +128,6 @@ error_code CWavRdrStream::SetUpFormat(uint32_t dataSize) {
     }
     is24Bit = bits == 24;
     if (is24Bit) {
-        rawDataSize = dataSize;
         dataSize = dataSize / (channels * 3) * channels * 2;
         bits = 16;
     }
@@ -140,12 +138,13 @@ error_code CWavRdrStream::SetUpFormat(uint32_t dataSize) {
     byteLength = dataSize;
     bytesPerFrame = bits / 8 * channels;
     numSamples = byteLength / bytesPerFrame;
+    heldSamples = static_cast<uint32_t>(data.length / (is24Bit ? channels * 3 : bytesPerFrame));
     return kNoError;
 }
 
 error_code CWavRdrStream::Start() {
     flog scope("CWavRdrStream::Start");
-    if (!fileHandle.IsOpen() || fileHandle.Seek(dataStart) != kMmioNoError) {
+    if (!fileHandle.IsOpen() || fileHandle.Seek(data.start) != kMmioNoError) {
         return kInternalError;
     }
     return kNoError;
@@ -159,13 +158,12 @@ error_code CWavRdrStream::ReadBlock(void* buffer, uint32_t* frames) {
     if (is24Bit) {
         return Read24BitBlock(buffer, frames);
     }
-    return ReadFrames(fileHandle, {dataStart, byteLength}, bytesPerFrame, buffer, frames);
+    return ReadFrames(fileHandle, data, bytesPerFrame, buffer, frames);
 }
 
 // Kept: of several channels only the first `frames` values are converted, so only the first part of
 // the buffer is written; hosts read such files by a reader of their own.
 error_code CWavRdrStream::Read24BitBlock(void* buffer, uint32_t* frames) {
-    const data_extent data{dataStart, rawDataSize};
     const uint32_t frameSize = format.channels * 3u;
     const int64_t bytes = data.Clip(fileHandle.Tell(), int64_t{*frames} * frameSize);
     const std::unique_ptr<uint8_t[]> raw(new (std::nothrow)

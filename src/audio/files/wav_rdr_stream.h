@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "audio/files/data_extent.h"
 #include "audio/files/mmio_file.h"
 #include "audio/files/pcm_rdr_stream.h"
 
@@ -34,9 +35,8 @@ private:
 
     std::unique_ptr<uint8_t[]> waveFormat; ///< the body of the "fmt " chunk
     MmioFile fileHandle;
-    int64_t dataStart = 0; ///< position of the first sample
+    data_extent data; ///< of the samples that the file holds, as stored
     bool is24Bit = false;
-    uint32_t rawDataSize = 0; ///< of 24-bit samples as stored
 };
 
 } // namespace tessarin

@@ -1,9 +1,11 @@
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "audio/files/mmio_file.h"
+#include "support/byte_builder.h"
 #include "support/temp_file.h"
 
 namespace tessarin {
@@ -51,6 +53,16 @@ TEST(MmioFile, DoesNotWaitForWhatHasNoEndOrNoBeginning) {
         ASSERT_EQ(file.Open(path), kMmioNoError);
         EXPECT_NE(file.DescendForm(FourCC("WAVE"), &riff), kMmioNoError);
     }
+}
+
+TEST(MmioFile, DoesNotWalkASparseFileToItsEnd) {
+    const TempFile sparse(test::bytes(1), ".wav");
+    std::filesystem::resize_file(sparse.Path(), uintmax_t{1} << 36);
+    MmioFile riff;
+    mmio_chunk whole;
+    ASSERT_EQ(riff.Open(sparse.Path()), kMmioNoError);
+    EXPECT_EQ(riff.DescendForm(FourCC("WAVE"), &whole), kMmioChunkNotFound);
+    EXPECT_LT(riff.Tell(), 1 << 20);
 }
 
 } // namespace
