@@ -209,6 +209,10 @@ TEST(TrellisViterbi, NamesWhatItCannotDo) {
     EXPECT_EQ(Search({}, *chain.model, chain.logs, {0}, chain.stream, &sink).code, kUserCancelled);
     EXPECT_EQ(sink.calls.size(), 3u);
     EXPECT_EQ(sink.calls[1].first, 200u);
+    chain.stream.slowAt = 42;
+    EXPECT_EQ(Search({}, *chain.model, chain.logs, {0}, chain.stream, &sink).code, kUserCancelled);
+    EXPECT_EQ(sink.calls.back().first, 42u) << "at half a second";
+    chain.stream.slowAt = SIZE_MAX;
     chain.stream.failAt = 150;
     EXPECT_EQ(code({}), chain.stream.failure);
 }
