@@ -229,6 +229,27 @@ TEST_F(RealtimeRecognizer, HearsAnyFormat) {
     }
 }
 
+TEST_F(RealtimeRecognizer, CutsOffAtFourFifthsOfTheBand) {
+    const auto energyOf = [&](double hz) {
+        realtime_audio_chain chain;
+        const PCMFormat format{48000u << 16, 16, 1};
+        EXPECT_EQ(chain.Init(format, model->descriptor), 0);
+        chain.spectral.Restart();
+        std::vector<int16_t> samples;
+        for (const float sample : Sine(24000, hz, 48000, 8000)) {
+            samples.push_back(static_cast<int16_t>(sample));
+        }
+        EXPECT_EQ(chain.input.AddBuffer(samples.data(), 48000), 0);
+        std::vector<float> features(kObservationScratch);
+        float energy = 0.0f;
+        for (int i = 0; i < 20; ++i) {
+            EXPECT_EQ(chain.spectral.GetObservation(features.data(), &energy), 0);
+        }
+        return energy;
+    };
+    EXPECT_NEAR(energyOf(6400) / energyOf(500), 0.5, 0.05); // half way between pass and stop
+}
+
 TEST_F(RealtimeRecognizer, FlushesLeaveTheRecentPast) {
     Begin();
     EXPECT_FALSE(recognizer.GetMicVisemix(&results, 100));
