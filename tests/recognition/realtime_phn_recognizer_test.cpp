@@ -310,6 +310,9 @@ TEST_F(RealtimeRecognizer, StartBeginsAnew) {
     recognizer.Stop();
     EXPECT_EQ(recognizer.IsActive(), 0u);
     EXPECT_FALSE(recognizer.FlushResults(&results, 1000000));
+    EXPECT_TRUE(recognizer.StartThread()); // which is not Start, and has nothing to do
+    recognizer.Stop();
+    EXPECT_EQ(recognizer.GetPendingFrames(), 0u);
 }
 
 TEST_F(RealtimeRecognizer, NothingOfARunReachesTheNext) {

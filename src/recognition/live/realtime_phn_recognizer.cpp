@@ -133,6 +133,9 @@ int32_t CRealtimePhnRecognizer::Run() {
     MaskFloatUnderflow();
     SetPriority(kAboveNormal);
     started = true;
+    if (run == nullptr) {
+        return kNotInitialized;
+    }
     if (model->hasLongTransitions != 0) {
         Viterbi();
     } else {
