@@ -3,29 +3,56 @@
 #include <cstdarg>
 #include <cstdio>
 #include <exception>
+#include <optional>
 
 #include "base/crit_section.h"
 #include "base/log_file.h"
 
 namespace tessarin {
 
-flog::flog(const char* function) noexcept {
-    FILE* log = OpenedLog();
-    if (log == nullptr) {
-        return;
+namespace {
+
+/// Holds the log for one line, which goes to the disk at the end. Without a log it costs one test
+/// and takes no lock; one that is closed meanwhile is null.
+class log_line {
+public:
+    log_line() {
+        if (OpenedLog() != nullptr) {
+            scope.emplace(LogLock());
+            log = OpenedLog();
+        }
     }
-    const crit_section_scope scope(LogLock());
-    std::fprintf(log, "Enter: %s\n", function);
-    Remember(function);
-    std::fflush(log);
+    log_line(const log_line&) = delete;
+    log_line& operator=(const log_line&) = delete;
+    ~log_line() {
+        if (log != nullptr) {
+            std::fflush(log);
+        }
+    }
+
+    FILE* Log() const { return log; }
+
+private:
+    std::optional<crit_section_scope> scope;
+    FILE* log = nullptr;
+};
+
+} // namespace
+
+flog::flog(const char* function) noexcept {
+    const log_line line;
+    if (FILE* log = line.Log()) {
+        std::fprintf(log, "Enter: %s\n", function);
+        Remember(function);
+    }
 }
 
 flog::flog(const char* function, const char* format, ...) noexcept {
-    FILE* log = OpenedLog();
+    const log_line line;
+    FILE* log = line.Log();
     if (log == nullptr) {
         return;
     }
-    const crit_section_scope scope(LogLock());
     std::fprintf(log, "Enter: %s", function);
     va_list arguments;
     va_start(arguments, format);
@@ -33,33 +60,28 @@ flog::flog(const char* function, const char* format, ...) noexcept {
     va_end(arguments);
     std::fputc('\n', log);
     Remember(function);
-    std::fflush(log);
 }
 
 flog::~flog() {
     // Kept: a scope that began before the log was opened leaves with an empty name; a reader of the
     // log tells by it where logging set in.
-    FILE* log = OpenedLog();
-    if (log == nullptr) {
-        return;
+    const log_line line;
+    if (FILE* log = line.Log()) {
+        std::fprintf(log, "Leave: %s\n", name.c_str());
     }
-    const crit_section_scope scope(LogLock());
-    std::fprintf(log, "Leave: %s\n", name.c_str());
-    std::fflush(log);
 }
 
 void flog::Message(const char* format, ...) noexcept {
-    FILE* log = OpenedLog();
+    const log_line line;
+    FILE* log = line.Log();
     if (log == nullptr) {
         return;
     }
-    const crit_section_scope scope(LogLock());
     va_list arguments;
     va_start(arguments, format);
     std::vfprintf(log, format, arguments);
     va_end(arguments);
     std::fputc('\n', log);
-    std::fflush(log);
 }
 
 /// A trace must not fail the call that it traces: without memory the name stays empty.

@@ -14,6 +14,7 @@ constinit std::atomic<FILE*> openedLog = nullptr;
 } // namespace
 
 int32_t OpenLog(const char* path) {
+    const crit_section_scope scope(LogLock());
     // Kept: a log that is replaced gets no closing banner; a reader tells by it that the host never
     // ended that log.
     if (FILE* previous = openedLog) {
@@ -28,6 +29,7 @@ int32_t OpenLog(const char* path) {
 }
 
 void CloseLog() {
+    const crit_section_scope scope(LogLock());
     if (FILE* log = openedLog) {
         std::fprintf(log, "**** Ending Tessarin SDK Log: %s\n", LocalTimeText().data());
         std::fclose(log);

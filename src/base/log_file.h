@@ -14,10 +14,10 @@ int32_t OpenLog(const char* path);
 /// Writes the closing banner and closes the log; does nothing when none is open.
 void CloseLog();
 
-/// The open log, or null.
+/// The open log, or null. Another thread may close it, unless the caller holds LogLock.
 FILE* OpenedLog();
 
-/// Orders the lines of the log.
+/// Held for each line, and while a log is opened or closed.
 CCritSection& LogLock();
 
 } // namespace tessarin

@@ -63,8 +63,21 @@ int32_t CWorkerThread::ThreadMain() {
 }
 
 bool CWorkerThread::StartThread() {
-    CancelThread();
-    const crit_section_scope scope(section);
+    for (;;) {
+        std::shared_ptr<NativeThread> last;
+        {
+            const crit_section_scope scope(section);
+            last = thread;
+        }
+        CancelThread();
+        const crit_section_scope scope(section);
+        if (thread == last) { // else another caller has started one meanwhile
+            return BeginThread();
+        }
+    }
+}
+
+bool CWorkerThread::BeginThread() {
     cancelled = 0;
     auto started = std::make_shared<NativeThread>();
     const auto enter = [](void* self) { static_cast<CWorkerThread*>(self)->ThreadMain(); };

@@ -38,13 +38,16 @@ public:
     /// Runs the body. An exception that leaves it becomes its result, as an error code.
     virtual int32_t ThreadMain();
 
-    /// Stops a running thread and starts anew. Returns false when the system gives no thread.
+    /// Stops a running thread and starts another. Of several callers at once each stops the thread
+    /// of the one before. Returns false when the system gives no thread.
     virtual bool StartThread();
 
 protected:
     CCritSection section; ///< a derived class guards with it what its thread and others share
 
 private:
+    bool BeginThread();
+
     uint32_t priority = 1;
     std::shared_ptr<NativeThread> thread;
     std::atomic<uint8_t> cancelled = 0;

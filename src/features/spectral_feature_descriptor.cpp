@@ -18,6 +18,23 @@ constexpr int16_t kVersion = 1;
 /// searches ask for memory by it.
 constexpr int32_t kMaxFeatures = 65536;
 
+// Bounds of the analysis that no model in use comes near, without which a file of some bytes could
+// ask for hours of work for a second of audio.
+constexpr float kMaxSampleRateHz = 192000.0f;
+constexpr int32_t kMaxBands = 256;
+constexpr int32_t kMaxWindowsAtOnce = 64; ///< how many windows a sample may be in
+constexpr int32_t kMaxObservationsPerSecond = 4000;
+
+/// Whether a second of audio takes a reasonable number of windows. What is no window at all is left
+/// to the stream, which refuses it.
+bool IsWithinBounds(const CSpectralFeatureDescriptor& descriptor) {
+    const int64_t hop = int64_t{descriptor.windowSize} - descriptor.windowOverlap;
+    return !(descriptor.sampleRate > kMaxSampleRateHz) && descriptor.numBands <= kMaxBands &&
+           (hop <= 0 ||
+            (descriptor.windowSize <= kMaxWindowsAtOnce * hop &&
+             !(descriptor.sampleRate > static_cast<float>(kMaxObservationsPerSecond * hop))));
+}
+
 /// The version of the record, or 0 for the old form, which has neither magic nor version.
 int16_t ReadVersion(ByteCursor& record) {
     ByteCursor ahead = record;
@@ -61,7 +78,8 @@ bool CSpectralFeatureDescriptor::Read(const uint8_t** cursor, uint32_t* remainin
     ReadValue(record, numFeatures);
     ReadValue(record, numBands);
     const bool fitsFeatures = numFeatures >= 0 && numFeatures <= kMaxFeatures;
-    if (record.Failed() || !fitsFeatures || !ReadBands(record, numBands, bands)) {
+    if (record.Failed() || !fitsFeatures || !IsWithinBounds(*this) ||
+        !ReadBands(record, numBands, bands)) {
         return false;
     }
     ReadValue(record, numCepstra);

@@ -14,8 +14,8 @@ namespace tessarin {
 /// Final, since the two virtual operations are its whole table: there is no virtual destructor.
 struct CSpectralFeatureDescriptor final {
     /// Reads a record and moves `*cursor` and `*remaining` past what it took. Returns false when
-    /// the record is cut short, was written by a later version, or holds a count that cannot be;
-    /// the values read so far stay.
+    /// the record is cut short, was written by a later version, holds a count that cannot be, or
+    /// asks for more windows a second than any model does; the values read so far stay.
     virtual bool Read(const uint8_t** cursor, uint32_t* remaining);
     /// Writes the record in its binary form, always with magic and version. Returns true; the
     /// caller asks `file` for errors.

@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "base/guarded.h"
+#include "base/timed_progress.h"
 #include "features/power_spectrum.h"
 #include "features/spectral_feature_descriptor.h"
 #include "features/spectral_stream.h"
@@ -220,6 +221,7 @@ error_code CSpectralStream::CalcSpectralMean(ProgressSink* progress) {
 error_code CSpectralStream::SumSpectralMean(ProgressSink* progress, std::span<float> mean) {
     const uint32_t total = GetNumObservations();
     const size_t used = std::min(static_cast<size_t>(windowSize) / 2, mean.size());
+    timed_progress timed(progress);
     for (uint32_t i = 0; i < total; ++i) {
         float energy = 0.0f;
         const error_code code = ReadObservation(&energy);
@@ -229,7 +231,7 @@ error_code CSpectralStream::SumSpectralMean(ProgressSink* progress, std::span<fl
         for (size_t bin = 0; bin < used; ++bin) {
             mean[bin] += spectrum[bin] / static_cast<float>(total);
         }
-        if (i % kProgressInterval == 0 && progress != nullptr && progress->OnProgress(i, total)) {
+        if (timed.Report(i, total, i % kProgressInterval == 0)) {
             return kUserCancelled;
         }
     }

@@ -28,8 +28,9 @@ struct phoneme_statistics {
     bool isVersion1 = false;
 };
 
-/// No more memory than this for the trigrams.
-constexpr uint64_t kMaxTrigramBytes = uint64_t{1} << 30;
+/// Several times the phonemes of any language, tones and stresses included. The tables ask for
+/// memory by the third power of it, whatever the text holds.
+constexpr int32_t kMaxPhonemes = 256;
 
 float Ratio(double numerator, double denominator) {
     return denominator == 0.0 ? 0.0f : static_cast<float>(numerator / denominator);
@@ -143,11 +144,10 @@ bool CAccousticHMM::ReadTrigrams(std::istream& text, bool normalise) {
     trigrams.clear();
     bigrams = {};
     unigrams.clear();
-    const uint64_t count = static_cast<uint64_t>(numModels);
-    if (count * count * count * sizeof(float) > kMaxTrigramBytes) {
+    if (numModels > kMaxPhonemes) {
         return false;
     }
-    phoneme_statistics statistics(count);
+    phoneme_statistics statistics(static_cast<size_t>(numModels));
     ReadEntries(text, *this, statistics);
     if (normalise) {
         statistics.NormaliseCounts();

@@ -3,6 +3,7 @@
 
 #include "base/flog.h"
 #include "base/guarded.h"
+#include "recognition/live/live_search.h"
 #include "recognition/live/realtime_phn_recognizer.h"
 #include "recognition/textbased_phn_recognizer.h"
 #include "recognition/textless_phn_recognizer.h"

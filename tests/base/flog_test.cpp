@@ -1,5 +1,6 @@
 #include "base/flog.h"
 
+#include <atomic>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
@@ -82,6 +83,37 @@ TEST(flog, ThreadsDoNotMixTheirLines) {
     });
     EXPECT_EQ(lines.size(), 400u);
     EXPECT_THAT(lines, testing::Each(testing::AnyOf("Enter: Thread parameter", "Leave: Thread")));
+}
+
+TEST(flog, LogMayEndWhileThreadsTrace) {
+    std::atomic<bool> isOver = false;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 3; ++t) {
+        threads.emplace_back([&isOver] {
+            while (!isOver) {
+                const flog scope("Thread", " %s", "parameter");
+                flog::Message("message");
+            }
+        });
+    }
+    const test::TempFile file(".log");
+    for (int i = 0; i < 30; ++i) {
+        ASSERT_GT(OpenLog(file.Path()), 0);
+        if (i % 3 == 0) {
+            ASSERT_GT(OpenLog(file.Path()), 0); // in its place
+        }
+        while (file.Content().find("message") == std::string::npos) {
+            std::this_thread::yield();
+        }
+        CloseLog();
+        const std::string content = file.Content();
+        ASSERT_THAT(content, testing::StartsWith("**** Starting"));
+        ASSERT_THAT(content.substr(content.rfind("****")), testing::EndsWith("\n\n"));
+    }
+    isOver = true;
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "base/worker_thread.h"
 
+#include <algorithm>
 #include <atomic>
 #include <gtest/gtest.h>
 #include <stdexcept>
@@ -17,6 +18,7 @@ public:
 
     int32_t Run() override {
         ++runs;
+        mostAtOnce = std::max<int>(mostAtOnce, runs - ends);
         while (!IsCancelled()) {
             Sleep(1);
         }
@@ -32,6 +34,7 @@ public:
 
     std::atomic<int> runs = 0;
     std::atomic<int> ends = 0;
+    std::atomic<int> mostAtOnce = 0;
 };
 
 TEST(CWorkerThread, CancelWaitsForTheEndAndStaysSet) {
@@ -72,6 +75,25 @@ TEST(CWorkerThread, ManyMayCancelAtOnce) {
     for (std::thread& thread : cancellers) {
         thread.join();
     }
+}
+
+TEST(CWorkerThread, ManyMayStartAtOnce) {
+    Worker worker;
+    std::vector<std::thread> starters;
+    for (int i = 0; i < 4; ++i) {
+        starters.emplace_back([&worker] {
+            for (int j = 0; j < 50; ++j) {
+                EXPECT_TRUE(worker.StartThread());
+            }
+        });
+    }
+    for (std::thread& thread : starters) {
+        thread.join();
+    }
+    worker.CancelThread();
+    EXPECT_EQ(worker.runs, 200);
+    EXPECT_EQ(worker.ends, 200);
+    EXPECT_EQ(worker.mostAtOnce, 1);
 }
 
 /// Cancels itself, then fails.

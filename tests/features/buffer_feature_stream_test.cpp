@@ -1,6 +1,7 @@
 #include "features/buffer_feature_stream.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -130,6 +131,44 @@ TEST(BufferFeatureStream, SpeechEndsWhenTheLastThirtyFramesAreQuiet) {
     // At the floor it ends however it was before; what is not above the floor counts all the same.
     EXPECT_GT(EndOfSpeech(Speech({{900, 0.0f}}), kFloorDb, &kept), 0);
     EXPECT_EQ(kept, 0);
+}
+
+TEST(BufferFeatureStream, SpeechEndsFifteenDecibelsDownOrOneAboveTheFloor) {
+    constexpr float kAll = -1.0f;
+    constexpr float kLoud = 8000.0f;
+    const auto down = [](double db) { return kLoud * static_cast<float>(std::pow(10, -db / 20)); };
+    // So little beyond the drop that all of the tail has to be quiet.
+    int32_t kept = 0;
+    EXPECT_GT(EndOfSpeech(Speech({{1000, kLoud}, {400, down(15.4)}}), kAll, &kept), 0);
+    EXPECT_EQ(kept, 128); // thirty quiet frames; the energy is that of two frames ahead
+    EXPECT_EQ(EndOfSpeech(Speech({{1000, kLoud}, {400, down(14.6)}}), kAll), -1);
+
+    const auto steady = Speech({{1000, kLoud}});
+    listener live;
+    live.Listen(16000, kAll);
+    ASSERT_EQ(live.Hear(steady, 320), 0);
+    double sum = 0.0;
+    for (const auto& frame : live.Kept()) {
+        sum += static_cast<double>(frame.back());
+    }
+    const auto levelDb = static_cast<float>(sum / live.GetNumFeatures());
+    EXPECT_GT(EndOfSpeech(steady, levelDb - 0.8f), 0);
+    EXPECT_EQ(EndOfSpeech(steady, levelDb - 1.2f), -1);
+}
+
+TEST(BufferFeatureStream, CutsOffAtFourFifthsOfTheBand) {
+    const auto levelDb = [](uint32_t rateHz) {
+        listener live;
+        live.Listen(rateHz, -100.0f);
+        std::vector<int16_t> samples;
+        for (const float sample : test::Sine(rateHz / 2, 6400, rateHz, 8000)) {
+            samples.push_back(static_cast<int16_t>(sample));
+        }
+        EXPECT_EQ(live.Hear(samples, 1000000), 0);
+        return live.Kept().at(20).back();
+    };
+    EXPECT_NEAR(levelDb(48000) - levelDb(16000), -6.0,
+                1.0); // only a new rate goes through the filter
 }
 
 TEST(BufferFeatureStream, KeepsOnlyFramesAboveTheFloor) {

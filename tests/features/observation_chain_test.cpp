@@ -19,11 +19,12 @@
 namespace tessarin {
 namespace {
 
-/// A host that delivers a 500 Hz tone of 16 bits on the first of its channels.
+/// A host that delivers a tone of 16 bits on the first of its channels.
 class HostTone final : public IQuibPCMStream {
 public:
-    HostTone(uint32_t rateHz, uint16_t numChannels) : rate(rateHz), channels(numChannels) {
-        for (const float sample : test::Sine(rateHz, 500, rateHz, 8000)) {
+    HostTone(uint32_t rateHz, uint16_t numChannels, double hz = 500)
+        : rate(rateHz), channels(numChannels) {
+        for (const float sample : test::Sine(rateHz, hz, rateHz, 8000)) {
             samples.push_back(static_cast<int16_t>(sample));
             samples.insert(samples.end(), numChannels - 1u, int16_t{0});
         }
@@ -86,6 +87,22 @@ TEST(ObservationChain, FitsAnyAudioToTheModel) {
         const float gain = each.rateHz == 16000 ? 1.0f : 0.9f;
         EXPECT_NEAR(energy / gain, 8000 * std::sqrt(0.4 * 0.9885), 150);
     }
+}
+
+TEST(ObservationChain, CutsOffAtFourFifthsOfTheBand) {
+    const analysis model;
+    const auto energyOf = [&](double hz) {
+        HostTone host(48000, 1, hz);
+        std::unique_ptr<CSpectralStream> stream;
+        EXPECT_EQ(OpenObservationChain(&host, model.descriptor, stream), kNoError);
+        std::vector<float> features(15);
+        float energy = 0;
+        for (int i = 0; i < 20; ++i) {
+            EXPECT_EQ(stream->GetObservation(features.data(), &energy), kNoError);
+        }
+        return energy;
+    };
+    EXPECT_NEAR(energyOf(6400) / energyOf(500), 0.5, 0.05); // half way between pass and stop
 }
 
 TEST(ObservationChain, Emphasizes) {

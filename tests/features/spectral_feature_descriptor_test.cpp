@@ -111,6 +111,37 @@ TEST(SpectralFeatureDescriptor, RefusesARecordCutAnywhere) {
     }
 }
 
+TEST(SpectralFeatureDescriptor, RefusesMoreWorkThanAnyModelAsksFor) {
+    struct {
+        float sampleRate;
+        int32_t windowSize, windowOverlap;
+        bool isRead;
+    } const cases[] = {{16000.0f, 512, 352, true},
+                       {16000.0f, 512, 504, true}, // every half millisecond
+                       {48000.0f, 2048, 2016, true},
+                       {192000.0f, 8192, 8064, true},
+                       {16000.0f, 65536, 65535, false},
+                       {16000.0f, 512, 505, false},
+                       {16000.0f, 2, 1, false},
+                       {192001.0f, 2048, 0, false},
+                       {std::numeric_limits<float>::infinity(), 512, 352, false}};
+    for (const auto& [sampleRate, windowSize, windowOverlap, isRead] : cases) {
+        SCOPED_TRACE(windowOverlap);
+        CSpectralFeatureDescriptor written;
+        written.sampleRate = sampleRate;
+        written.windowSize = windowSize;
+        written.windowOverlap = windowOverlap;
+        CSpectralFeatureDescriptor descriptor;
+        EXPECT_EQ(ReadFrom(descriptor, Written(written)), isRead);
+    }
+    for (const int32_t numBands : {256, 257}) {
+        CSpectralFeatureDescriptor written;
+        ASSERT_EQ(written.bands.SetSize(numBands, 4), 1);
+        CSpectralFeatureDescriptor descriptor;
+        EXPECT_EQ(ReadFrom(descriptor, Written(written)), numBands == 256);
+    }
+}
+
 TEST(SpectralFeatureDescriptor, RefusesCountsThatCannotBe) {
     const int32_t huge = std::numeric_limits<int32_t>::max();
     for (const bytes& record :

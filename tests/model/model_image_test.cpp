@@ -48,6 +48,7 @@ constexpr size_t kNumModelsAt = 6;
 constexpr size_t kNumStatesAt = 10;
 constexpr size_t kNumMixturesAt = 14;
 constexpr size_t kDescriptorAt = 18;
+constexpr size_t kWindowOverlapAt = kDescriptorAt + 18;
 constexpr size_t kNumFeaturesAt = kDescriptorAt + 22;
 constexpr size_t kNumBandsAt = kDescriptorAt + 26;
 constexpr size_t kFirstModelAt = kDescriptorAt + 38;
@@ -180,6 +181,12 @@ TEST_F(ModelImage, RefusesCountsThatItHasNoBytesFor) {
         }
     }
     EXPECT_EQ(Create(ImageWith(kNumFeaturesAt, -1)).code, 12);
+}
+
+TEST_F(ModelImage, RefusesAnAnalysisOfEverySample) {
+    const creation refused = Create(ImageWith<int32_t>(kWindowOverlapAt, 511)); // of 512
+    EXPECT_EQ(refused.code, 12);
+    EXPECT_EQ(refused.text, "");
 }
 
 TEST_F(ModelImage, LoadsWithoutGaussians) {

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <memory>
 #include <new>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -86,6 +88,9 @@ public:
         if (next == failAt) {
             return failure;
         }
+        if (next == slowAt) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(510)); // progress is due
+        }
         if (next >= observations.size()) {
             ++readsBehindEnd;
             return kInternalError;
@@ -118,6 +123,7 @@ public:
     float maxEnergy = 100.0f;
     size_t next = 0;
     size_t failAt = SIZE_MAX;
+    size_t slowAt = SIZE_MAX;
     error_code failure = kFileNotFound;
     int readsBehindEnd = 0;
 };

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include "fixtures.h"
-#include "recognition/live/pending_path.h"
 #include "results/concrete_sync_marker_collection.h"
 
 namespace tessarin::test {
@@ -79,31 +78,6 @@ TEST(FlushOverlap, BeginsWithATailOfTheFlushBefore) {
         ASSERT_EQ(results[results.GetSize() - 1].end - results[0].start,
                   2000000 + (i == 0 ? 30 : 100));
     }
-}
-
-TEST(PendingPath, IsTracedBackAnewAtEachFlush) {
-    pending_path pending;
-    const auto push = [&](const std::vector<uint8_t>& cells, uint8_t best) {
-        pending_path::row row = pending.TakeRow(3);
-        EXPECT_THAT(row, ElementsAre(0, 0, 0)); // used ones too
-        std::copy(cells.begin(), cells.end(), row.begin());
-        pending.Push(row, best, best);
-    };
-    std::vector<uint8_t> path;
-    std::vector<float> energies;
-    push({0, 0, 0}, 0);
-    push({0, 0, 1}, 1);
-    push({2, 1, 2}, 2);
-    pending.TakePath(1, path, energies);
-    EXPECT_THAT(path, ElementsAre(1)); // row 1 at (row 2 at the best of the last)
-    EXPECT_THAT(energies, ElementsAre(0));
-    EXPECT_EQ(pending.Size(), 2u);
-    push({1, 1, 1}, 1); // changes what the rest was
-    pending.TakePath(3, path, energies);
-    EXPECT_THAT(path, ElementsAre(1, 1, 1));
-    EXPECT_THAT(energies, ElementsAre(1, 2, 1));
-    pending.TakePath(0, path, energies);
-    EXPECT_THAT(path, ElementsAre());
 }
 
 } // namespace

@@ -197,6 +197,10 @@ TEST(FreeSearches, ReportEveryHundredObservationsAndPassOnFailedReads) {
         recording_sink cancelling(0);
         EXPECT_EQ(Search(search, *model, stream, &cancelling).code, kUserCancelled);
         EXPECT_EQ(stream.next, 100u);
+        stream.slowAt = 42;
+        EXPECT_EQ(Search(search, *model, stream, &cancelling).code, kUserCancelled);
+        EXPECT_EQ(stream.next, 43u) << "at half a second";
+        stream.slowAt = SIZE_MAX;
         for (const size_t failAt : {0u, 42u}) {
             stream.failAt = failAt;
             EXPECT_EQ(Search(search, *model, stream).code, kFileNotFound);

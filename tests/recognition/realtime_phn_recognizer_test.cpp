@@ -14,6 +14,7 @@
 #include "features/scripted_pcm_stream.h"
 #include "features/test_descriptors.h"
 #include "fixtures.h"
+#include "recognition/live/live_search.h"
 #include "recognition/textless_phn_recognizer.h"
 #include "results/concrete_sync_marker_collection.h"
 #include "support/signals.h"
@@ -228,6 +229,27 @@ TEST_F(RealtimeRecognizer, HearsAnyFormat) {
     }
 }
 
+TEST_F(RealtimeRecognizer, CutsOffAtFourFifthsOfTheBand) {
+    const auto energyOf = [&](double hz) {
+        realtime_audio_chain chain;
+        const PCMFormat format{48000u << 16, 16, 1};
+        EXPECT_EQ(chain.Init(format, model->descriptor), 0);
+        chain.spectral.Restart();
+        std::vector<int16_t> samples;
+        for (const float sample : Sine(24000, hz, 48000, 8000)) {
+            samples.push_back(static_cast<int16_t>(sample));
+        }
+        EXPECT_EQ(chain.input.AddBuffer(samples.data(), 48000), 0);
+        std::vector<float> features(kObservationScratch);
+        float energy = 0.0f;
+        for (int i = 0; i < 20; ++i) {
+            EXPECT_EQ(chain.spectral.GetObservation(features.data(), &energy), 0);
+        }
+        return energy;
+    };
+    EXPECT_NEAR(energyOf(6400) / energyOf(500), 0.5, 0.05); // half way between pass and stop
+}
+
 TEST_F(RealtimeRecognizer, FlushesLeaveTheRecentPast) {
     Begin();
     EXPECT_FALSE(recognizer.GetMicVisemix(&results, 100));
@@ -288,9 +310,36 @@ TEST_F(RealtimeRecognizer, StartBeginsAnew) {
     recognizer.Stop();
     EXPECT_EQ(recognizer.IsActive(), 0u);
     EXPECT_FALSE(recognizer.FlushResults(&results, 1000000));
+    EXPECT_TRUE(recognizer.StartThread()); // which is not Start, and has nothing to do
+    recognizer.Stop();
+    EXPECT_EQ(recognizer.GetPendingFrames(), 0u);
 }
 
-/// Tells which search it was led to, and how old it believes to be.
+TEST_F(RealtimeRecognizer, NothingOfARunReachesTheNext) {
+    const auto flushOf = [&](CRealtimePhnRecognizer& live) {
+        live.SetResultOverlap(80);
+        const auto samples = Sounds({"x", "IY", "s"}, 150);
+        Push(live, samples);
+        EXPECT_TRUE(WaitForPending(live, ObservationsIn(samples.size())));
+        EXPECT_TRUE(live.FlushResults(&results, 1000000));
+        std::vector<std::string> lines = Lines(results);
+        for (const CSyncMarker& marker : static_cast<TArray<CSyncMarker>&>(results)) {
+            lines.push_back(std::to_string(marker.score));
+        }
+        return lines;
+    };
+    Begin();
+    const std::vector<std::string> first = flushOf(recognizer);
+    ASSERT_EQ(recognizer.Start(), 0); // of a run that has flushed and goes on
+    Push(recognizer, Sounds({"AA", "s"}, 300));
+    ASSERT_TRUE(WaitForPending(recognizer, 30));
+    ASSERT_TRUE(recognizer.FlushResults(&results, 250)); // and of one that has audio left
+    recognizer.Stop();
+    ASSERT_EQ(recognizer.Start(), 0);
+    EXPECT_EQ(flushOf(recognizer), first);
+}
+
+/// Reports which search it was led to.
 class curious_recognizer final : public CRealtimePhnRecognizer {
 public:
     ~curious_recognizer() override { Stop(); }
@@ -302,7 +351,6 @@ public:
         full = false;
         CRealtimePhnRecognizer::ViterbiModel0();
     }
-    void Age(int64_t frames) { baseFrame = frames; }
 
     std::atomic<bool> full = false;
 };
@@ -324,22 +372,61 @@ TEST_F(RealtimeRecognizer, ChoosesTheSearchThatTheModelAllows) {
     EXPECT_TRUE(curious.full);
 }
 
-TEST_F(RealtimeRecognizer, LivesLongerThan32BitsOfMilliseconds) {
+TEST_F(RealtimeRecognizer, LatencyHoldsFlushesBackUntilTheFirstStart) {
+    CCritSection lock;
+    live_run run(*model, 10.0, 3, lock);
+    for (const bool isHeldBack : {true, true, true, false}) {
+        EXPECT_EQ(run.IsHeldBack(), isHeldBack);
+        run.heard.Push(run.heard.TakeRow(12), 0, 0.0f, {});
+    }
+    // A thread that was not begun by Start reads silence without end from the closed chain.
+    curious_recognizer early;
+    constexpr double kTwoMonths = 5e6;
+    ASSERT_EQ(early.Init(16000, 16, 1, kTwoMonths, model.get()), 0);
+    ASSERT_TRUE(early.StartThread());
+    ASSERT_TRUE(WaitForPending(early, 5));
+    EXPECT_FALSE(early.FlushResults(&results, -1));
+    // Kept: Start forgets the latency.
+    ASSERT_EQ(early.Start(), 0);
+    Push(early, Sounds({"AA"}, 200));
+    ASSERT_TRUE(WaitForPending(early, 5));
+    EXPECT_TRUE(early.FlushResults(&results, -1));
+}
+
+TEST(LiveFlusher, LivesLongerThan32BitsOfMilliseconds) {
     constexpr int64_t kLast = std::numeric_limits<int32_t>::max() / 10; // of 10 ms
+    const auto model = SoundModel();
     for (const int64_t age : {kLast - 5, kLast, kLast * 10, int64_t{1} << 40}) {
         SCOPED_TRACE(age);
-        curious_recognizer old;
-        ASSERT_EQ(old.Init(16000, 16, 1, 0, model.get()), 0);
-        ASSERT_EQ(old.Start(), 0);
-        Push(old, Sounds({"AA", "IY"}, 300));
-        const size_t frames = ObservationsIn(9600);
-        ASSERT_TRUE(WaitForPending(old, frames));
-        old.Age(age);
-        ASSERT_TRUE(old.GetMicVisemix(&results, 100));
-        EXPECT_EQ(old.GetPendingFrames(), 10u);
-        EXPECT_EQ(results[0].start, 5);
+        CCritSection lock;
+        heard_frames heard(lock);
+        live_flusher flusher(*model, heard, 10.0, age);
+        for (int i = 0; i < 50; ++i) {
+            heard.Push(heard.TakeRow(12), 0, 0.0f, {});
+        }
+        const std::optional<int64_t> end = flusher.EndBefore(100);
+        ASSERT_EQ(end, (age + 40) * 10);
+        EXPECT_EQ(flusher.TakePath(*end, 0), 40u);
+        EXPECT_EQ(flusher.EndBefore(60), std::nullopt); // 100 ms are less than twice that
         // An end that a host can still name takes what it says, and then all.
-        ASSERT_TRUE(old.FlushResults(&results, std::numeric_limits<int32_t>::max()));
+        EXPECT_EQ(flusher.TakePath(std::numeric_limits<int32_t>::max(), 0), 10u);
+        CConcreteSyncMarkerCollection results;
+        ASSERT_EQ(flusher.BuildMarkers(10, 0, results), 0);
+        EXPECT_THAT(Lines(results), ElementsAre("x 5 105"));
+    }
+}
+
+TEST(LiveFlusher, EndsHalfTheOverlapLaterButForMinusOne) {
+    const auto model = SoundModel();
+    for (const auto& [endMs, taken] : {std::pair{0, 2u}, {10, 3u}, {-1, 1u}}) {
+        SCOPED_TRACE(endMs);
+        CCritSection lock;
+        heard_frames heard(lock);
+        live_flusher flusher(*model, heard, 10.0);
+        for (int i = 0; i < 50; ++i) {
+            heard.Push(heard.TakeRow(12), 0, 0.0f, {});
+        }
+        EXPECT_EQ(flusher.TakePath(endMs, 40), taken);
     }
 }
 

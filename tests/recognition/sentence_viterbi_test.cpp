@@ -153,6 +153,11 @@ TEST_F(Sentences, AnswerWhatGoesWrong) {
     EXPECT_EQ(Search(&cancel), kUserCancelled);
     EXPECT_THAT(cancel.calls, ElementsAre(testing::Pair(100u, 150u)));
     stream.next = 0;
+    stream.slowAt = 42;
+    EXPECT_EQ(Search(&cancel), kUserCancelled);
+    EXPECT_EQ(cancel.calls.back().first, 42u) << "at half a second";
+    stream.slowAt = SIZE_MAX;
+    stream.next = 0;
     stream.failAt = 70;
     EXPECT_EQ(Search(), stream.failure);
     EXPECT_THAT(TextOffsets(), IsEmpty());

@@ -133,6 +133,11 @@ TEST_F(ThreePhones, ReportEveryHundredthObservationAndStopWhenAsked) {
     EXPECT_EQ(run.code, kUserCancelled);
     EXPECT_TRUE(run.path.empty());
     EXPECT_EQ(stream.next, 201u);
+    stream.next = 0;
+    stream.slowAt = 42;
+    Search(run, {500, false}, *model, graph, stream, {0}, &cancelling);
+    EXPECT_EQ(run.code, kUserCancelled);
+    EXPECT_EQ(stream.next, 43u) << "at half a second";
 }
 
 TEST_F(ThreePhones, LetTheHostEndASearchThatStaysLost) {

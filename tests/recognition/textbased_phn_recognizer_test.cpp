@@ -214,6 +214,45 @@ TEST_F(Aligner, OutputOptionsChooseSearchAndMarkers) {
     }
 }
 
+TEST_F(Aligner, RetrySlidesPastAPronunciationThatWasNotSpoken) {
+    // The window of 500 states ends within the first pronunciation of the second word; only one
+    // that slides reaches the other while it still holds the end of the first word.
+    std::string first;
+    std::string other;
+    for (int i = 0; i < 45; ++i) {
+        first += "sAA";
+    }
+    for (int i = 0; i < 55; ++i) {
+        other += "sAA";
+    }
+    transcriber.tokens.AddWord(0, 1, first);
+    transcriber.tokens.Add(kWordToken, 2, 3, {{{other, "t"}}});
+    const auto speak = [&](size_t phone, int observations) {
+        for (size_t state = 0; state < 3; ++state) {
+            stream.AddOnly(phone * 3 + state, 12, observations); // all else is impossible
+        }
+    };
+    speak(0, 2);
+    for (int i = 0; i < 45; ++i) {
+        speak(2, 1);
+        speak(1, 1);
+    }
+    speak(3, 2);
+    speak(0, 2);
+    recognizer.SetBeamWidth(500);
+    for (const auto& [retry, code] : {std::pair{0, kRecognitionFailed}, {1, kNoError}}) {
+        SCOPED_TRACE(retry);
+        stream.next = 0;
+        results.clear();
+        recognizer.SetOutputOptions(static_cast<uint8_t>(retry), 0);
+        EXPECT_EQ(Align("a b"), code);
+        if (retry != 0) {
+            ASSERT_GT(results.GetSize(), 0);
+            EXPECT_STREQ(results[results.GetSize() - 2].label, "t");
+        }
+    }
+}
+
 TEST_F(Aligner, RefusesWhatItCannotUse) {
     class foreign_collection : public ISyncResultsCollection {
         void set_flags(uint32_t) override {}

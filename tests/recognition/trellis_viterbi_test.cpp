@@ -187,6 +187,56 @@ TEST(TrellisViterbi, ScoreIsALogarithmOverTheWholePath) {
     EXPECT_NEAR(run.score, std::log(3.0) + 2 * std::log(0.5), 1e-6);
 }
 
+/// States that lead to themselves only, so that a path ends in the last if it has lived all along.
+struct states_apart : hand_graph {
+    explicit states_apart(uint8_t count) {
+        for (uint8_t n = 0; n < count; ++n) {
+            Add(1 + n / 3, n % 3, {{n, 0.5f}}); // phone 0 is silence
+        }
+    }
+};
+
+TEST(TrellisViterbi, KeepsAQuarterOfTheWindowUnlessTold) {
+    const auto model = MakeLikelihoodModel({"x", "AA", "s", "t"});
+    const states_apart apart(8);
+    const log_state_graph graph = InLogs(apart);
+    for (const auto& [numBetter, kept, code] :
+         {std::tuple{1, 0, kNoError}, {2, 0, kRecognitionFailed}, {2, 3, kNoError}}) {
+        SCOPED_TRACE(testing::Message() << numBetter << ' ' << kept);
+        std::vector<double> likelihoods(12, 0.1);
+        likelihoods[3 + 7] = 0.5;
+        std::fill_n(likelihoods.begin() + 3, numBetter, 1.0);
+        list_stream stream;
+        stream.Add(std::vector<double>(12, 1.0)); // all begin alike
+        for (int t = 0; t < 3; ++t) {
+            stream.Add(likelihoods);
+        }
+        search_settings settings;
+        settings.kept = static_cast<uint16_t>(kept);
+        EXPECT_EQ(Search(settings, *model, graph, {0, 1, 2, 3, 4, 5, 6, 7}, stream).code, code);
+    }
+}
+
+TEST(TrellisViterbi, PrunesTenThousandBelowTheBestUnlessTold) {
+    const auto model = MakeLikelihoodModel({"x", "AA", "s", "t"});
+    const states_apart apart(2);
+    const log_state_graph graph = InLogs(apart);
+    const double perObservation = -std::log(1e-12);
+    for (const auto& [logBeam, survives] : {std::pair{0.0, 10000.0}, {-5000.0, 5000.0}}) {
+        SCOPED_TRACE(logBeam);
+        search_settings settings;
+        settings.logBeam = logBeam;
+        const int last = static_cast<int>(survives / perObservation);
+        for (const auto& [frames, code] :
+             {std::pair{last, kNoError}, {last + 2, kRecognitionFailed}}) {
+            list_stream stream;
+            stream.AddOnly(3, 12, 1, 0.0f, 1.0); // both begin alike
+            stream.AddOnly(3, 12, frames, 0.0f, 1e-12);
+            EXPECT_EQ(Search(settings, *model, graph, {0, 1}, stream).code, code) << frames;
+        }
+    }
+}
+
 TEST(TrellisViterbi, NamesWhatItCannotDo) {
     spoken_chain chain;
     const auto code = [&](const search_settings& settings) {
@@ -209,6 +259,10 @@ TEST(TrellisViterbi, NamesWhatItCannotDo) {
     EXPECT_EQ(Search({}, *chain.model, chain.logs, {0}, chain.stream, &sink).code, kUserCancelled);
     EXPECT_EQ(sink.calls.size(), 3u);
     EXPECT_EQ(sink.calls[1].first, 200u);
+    chain.stream.slowAt = 42;
+    EXPECT_EQ(Search({}, *chain.model, chain.logs, {0}, chain.stream, &sink).code, kUserCancelled);
+    EXPECT_EQ(sink.calls.back().first, 42u) << "at half a second";
+    chain.stream.slowAt = SIZE_MAX;
     chain.stream.failAt = 150;
     EXPECT_EQ(code({}), chain.stream.failure);
 }

@@ -5,11 +5,11 @@
 #include <limits>
 
 #include "base/guarded.h"
+#include "base/timed_progress.h"
 #include "model/accoustic_hmm.h"
 #include "recognition/aligner/back_pointer_store.h"
 #include "recognition/aligner/path_end.h"
 #include "tessarin/observation_stream.h"
-#include "tessarin/progress_sink.h"
 
 namespace tessarin {
 namespace {
@@ -160,6 +160,7 @@ error_code sliding_search::Run(const std::vector<uint32_t>& startStates, Progres
     Seed(startStates);
 
     const uint32_t total = frames;
+    timed_progress timed(progress);
     int32_t stuckRounds = 0;
     bool repeat = false;
     for (uint32_t t = 1; t < frames; t += repeat ? 0 : 1) {
@@ -181,7 +182,7 @@ error_code sliding_search::Run(const std::vector<uint32_t>& startStates, Progres
                 return kNoError;
             }
         }
-        if (reports && progress->OnProgress(progressIndex, total)) {
+        if (timed.Report(progressIndex, total, reports)) {
             return kUserCancelled;
         }
     }

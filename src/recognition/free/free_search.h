@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "base/tarray.h"
+#include "base/timed_progress.h"
 #include "tessarin/error_codes.h"
 #include "tessarin/observation_stream.h"
 #include "tessarin/progress_sink.h"
@@ -23,6 +24,7 @@ template <class Search>
                                        TArray<float>& energies) {
     constexpr int32_t kProgressInterval = 100;
     const int32_t frames = path.GetSize();
+    timed_progress timed(progress);
     for (int32_t t = 0; t < frames; ++t) {
         const error_code code = stream.GetObservation(search.features.data(), &energies[t]);
         if (code != kNoError) {
@@ -33,8 +35,8 @@ template <class Search>
             continue;
         }
         search.Advance(t);
-        if ((t + 1) % kProgressInterval == 0 && progress != nullptr &&
-            progress->OnProgress(static_cast<uint32_t>(t) + 1, static_cast<uint32_t>(frames) - 1)) {
+        if (timed.Report(static_cast<uint32_t>(t) + 1, static_cast<uint32_t>(frames) - 1,
+                         (t + 1) % kProgressInterval == 0)) {
             return kUserCancelled;
         }
     }

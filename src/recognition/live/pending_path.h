@@ -8,8 +8,8 @@
 namespace tessarin {
 
 /// What a search that goes on has found and nobody has asked for yet: a row of back-pointers for
-/// each observation, from which the path is traced back piece by piece. Rows are used again. Not
-/// locked.
+/// each observation, from which the path is traced back piece by piece. Rows are used again. An
+/// operation that runs out of memory throws and changes nothing. Not locked.
 class pending_path {
 public:
     using row = std::vector<uint8_t>;
@@ -21,16 +21,18 @@ public:
     /// Traces the best path back from the last observation to the first, and moves the first
     /// `count` observations out of it. `path` and `pathEnergies` receive those.
     void TakePath(size_t count, std::vector<uint8_t>& path, std::vector<float>& pathEnergies);
-    /// Drops all observations, and the rows with them.
-    void Clear();
 
-    size_t Size() const { return rows.size(); }
+    size_t Size() const { return observations.size(); }
 
 private:
-    std::deque<row> rows;
-    std::deque<uint8_t> bestStates;
-    std::deque<float> energies;
-    std::deque<row> spareRows;
+    struct observation {
+        row backPointers;
+        uint8_t best;
+        float energy;
+    };
+
+    std::deque<observation> observations;
+    std::vector<row> spareRows;
 };
 
 } // namespace tessarin

@@ -1,14 +1,13 @@
 #include "recognition/live/realtime_phn_recognizer.h"
 
-#include <algorithm>
-#include <cmath>
+#include <optional>
 #include <utility>
 
 #include "base/flog.h"
 #include "base/guarded.h"
 #include "base/trunc_sat.h"
-#include "platform/clock.h"
 #include "platform/floating_point.h"
+#include "recognition/live/live_search.h"
 #include "recognition/markers/time_base.h"
 #include "results/concrete_sync_marker_collection.h"
 
@@ -19,32 +18,9 @@ namespace {
 constexpr uint32_t kAboveNormal = 2;
 constexpr uint32_t kStartPollMs = 2;
 constexpr uint32_t kIdleMs = 30;
-constexpr size_t kMostStates = 256; // a back-pointer is a byte
-
-std::atomic<int64_t> searchNs = 0;
-
-/// How long the search has worked since it began.
-class search_clock {
-public:
-    search_clock() { searchNs = 0; }
-
-    template <class Work> auto Time(Work&& work) {
-        const uint64_t begin = PerformanceCounterNs();
-        auto result = work();
-        total += static_cast<int64_t>(PerformanceCounterNs() - begin);
-        searchNs = total;
-        return result;
-    }
-
-private:
-    int64_t total = 0;
-};
+constexpr size_t kMaxStates = 256; // a back-pointer is a byte
 
 } // namespace
-
-int64_t RealtimeSearchNs() {
-    return searchNs;
-}
 
 CRealtimePhnRecognizer::~CRealtimePhnRecognizer() {
     CRealtimePhnRecognizer::Stop();
@@ -58,20 +34,22 @@ error_code CRealtimePhnRecognizer::Init(int32_t sampleRateHz, int32_t bits, int3
         Stop();
     }
     model = acousticModel;
-    const error_code code = Guarded([&] { return InitChain(sampleRateHz, bits, channels); });
+    const error_code code = Guarded([&] {
+        const error_code initialised = InitChain(sampleRateHz, bits, channels);
+        if (initialised == kNoError) {
+            BeginRun(TruncSat<uint32_t>(latency * 1000.0 / periodMs));
+        }
+        return initialised;
+    });
     ready = code == kNoError;
-    if (ready) {
-        latencyFrames = TruncSat<uint32_t>(latency * 1000.0 / periodMs);
-    } else {
-        stopped = true;
-    }
+    stopped = stopped || !ready;
     return code;
 }
 
 error_code CRealtimePhnRecognizer::InitChain(int32_t sampleRateHz, int32_t bits, int32_t channels) {
-    constexpr int32_t kMostChannels = 65535;
+    constexpr int32_t kMaxChannels = 65535;
     if (model == nullptr || sampleRateHz < 4000 || sampleRateHz > 50000 ||
-        (bits != 8 && bits != 16) || channels < 1 || channels > kMostChannels) {
+        (bits != 8 && bits != 16) || channels < 1 || channels > kMaxChannels) {
         return kInvalidArgument;
     }
     const PCMFormat format{static_cast<uint32_t>(sampleRateHz) << 16, static_cast<uint16_t>(bits),
@@ -81,10 +59,9 @@ error_code CRealtimePhnRecognizer::InitChain(int32_t sampleRateHz, int32_t bits,
         return code;
     }
     const int32_t total = model->GetTotalStates();
-    if (total < 1 || static_cast<size_t>(total) > kMostStates) {
+    if (total < 1 || static_cast<size_t>(total) > kMaxStates) {
         return kOutOfRange;
     }
-    numStates = static_cast<size_t>(total);
     periodMs = static_cast<float>(FramePeriodMs(chain.spectral));
     return kNoError;
 }
@@ -100,11 +77,9 @@ error_code CRealtimePhnRecognizer::Start() {
     Stop();
     return Guarded([&]() -> error_code {
         chain.spectral.Restart(); // which opens the buffer at the other end
-        baseFrame = 0;
-        processed = 0;
         // Kept: the latency holds flushes back before the first Start only. A host that polls
         // decides by the delay that it asks for.
-        latencyFrames = 0;
+        BeginRun(0);
         started = false;
         stopped = false;
         if (!StartThread()) {
@@ -117,17 +92,17 @@ error_code CRealtimePhnRecognizer::Start() {
     });
 }
 
+void CRealtimePhnRecognizer::BeginRun(uint64_t latency) {
+    run = std::make_unique<live_run>(*model, periodMs, latency, section);
+}
+
 void CRealtimePhnRecognizer::Stop() {
     flog trace("CRealtimePhnRecognizer::Stop");
     const crit_section_scope scope(callers);
     stopped = true;
     chain.input.CloseStream();
     CancelThread();
-    const crit_section_scope workerScope(section);
-    pending.Clear();
-    pendingFrames = 0;
-    path.clear();
-    pathEnergies.clear();
+    run.reset();
 }
 
 error_code CRealtimePhnRecognizer::WriteBytes(const void* bytes, uint32_t count) {
@@ -158,6 +133,9 @@ int32_t CRealtimePhnRecognizer::Run() {
     MaskFloatUnderflow();
     SetPriority(kAboveNormal);
     started = true;
+    if (run == nullptr) {
+        return kNotInitialized;
+    }
     if (model->hasLongTransitions != 0) {
         Viterbi();
     } else {
@@ -176,42 +154,29 @@ void CRealtimePhnRecognizer::ViterbiModel0() {
 }
 
 void CRealtimePhnRecognizer::Search(phone_loop<uint8_t> loop) {
-    search_clock clock;
-    float energy = 0.0f;
-    const auto readFrame = [&] {
-        return chain.spectral.GetObservation(loop.features.data(), &energy) == kNoError;
-    };
+    live_search search(chain.spectral, std::move(loop), run->heard);
     // What a read gives after the stream was closed is silence that nobody recorded.
-    if (!readFrame() || IsStopped()) {
+    if (!search.Read() || IsStopped()) {
         return;
     }
-    loop.Seed();
-    PushFrame(TakeRow(), 0, energy);
+    search.Seed();
     while (!IsStopped()) {
-        if (readFrame()) {
-            if (IsStopped()) {
-                return;
-            }
-            pending_path::row row = TakeRow();
-            const uint8_t best = clock.Time([&] { return loop.Advance(row.data()); });
-            PushFrame(std::move(row), best, energy);
-        } else if (!IsStopped()) {
+        if (!search.Read()) {
             Sleep(kIdleMs);
+        } else if (!IsStopped()) {
+            search.Advance();
         }
     }
 }
 
-pending_path::row CRealtimePhnRecognizer::TakeRow() {
-    const crit_section_scope scope(section);
-    return pending.TakeRow(numStates);
+size_t CRealtimePhnRecognizer::GetPendingFrames() {
+    const crit_section_scope scope(callers);
+    return run != nullptr ? run->heard.GetNumPending() : 0;
 }
 
-void CRealtimePhnRecognizer::PushFrame(pending_path::row row, uint8_t best, float energy) {
+int32_t CRealtimePhnRecognizer::GetOverlapMs() {
     const crit_section_scope scope(section);
-    chain.spectral.GetEnergyRange(&lowestEnergy, &highestEnergy);
-    pending.Push(std::move(row), best, energy);
-    pendingFrames = pending.Size();
-    ++processed;
+    return overlapMs;
 }
 
 bool CRealtimePhnRecognizer::FlushResults(ISyncResultsCollection* results, int32_t end_ms) {
@@ -222,65 +187,43 @@ bool CRealtimePhnRecognizer::FlushResults(ISyncResultsCollection* results, int32
 bool CRealtimePhnRecognizer::GetMicVisemix(ISyncResultsCollection* results, int32_t delay_ms) {
     flog trace("GetMicVisemix");
     const crit_section_scope scope(callers);
-    const double period = periodMs;
-    const double head = static_cast<double>(baseFrame) * period;
-    const double until = static_cast<double>(pendingFrames) * period + head - delay_ms;
-    if (results == nullptr || delay_ms + head > until) {
+    if (results == nullptr) {
+        return false;
+    }
+    if (run == nullptr) {
+        if (delay_ms <= 0) { // as of a run that has heard nothing
+            results->clear();
+        }
+        return false;
+    }
+    const std::optional<int64_t> until = run->flusher.EndBefore(delay_ms);
+    if (!until) {
         return false;
     }
     results->clear();
-    return FlushUntil(results, TruncSat<int64_t>(until));
+    return FlushUntil(results, *until);
 }
 
 bool CRealtimePhnRecognizer::FlushUntil(ISyncResultsCollection* results, int64_t endMs) {
     auto* markers = dynamic_cast<CConcreteSyncMarkerCollection*>(results);
-    if (markers == nullptr || IsHeldBack()) {
+    if (markers == nullptr || run == nullptr || run->IsHeldBack()) {
         return false;
     }
     size_t taken = 0;
     const error_code code = Guarded([&] {
-        taken = TakePath(endMs);
+        taken = run->flusher.TakePath(endMs, GetOverlapMs());
         if (taken != 0) {
             static_cast<void>(BuildMarkers(static_cast<int32_t>(taken), *markers));
             markers->PostProcessMarkers();
         }
     });
-    baseFrame += static_cast<int64_t>(taken);
     return code == kNoError && taken != 0;
-}
-
-/// Traces the pending path back, and takes what lies before `endMs` out of it. Returns how many
-/// observations that is.
-size_t CRealtimePhnRecognizer::TakePath(int64_t endMs) {
-    constexpr int64_t kMostFrames = INT32_MAX;
-    const crit_section_scope scope(section);
-    const auto waiting = std::min(static_cast<int64_t>(pending.Size()), kMostFrames);
-    if (waiting == 0) {
-        return 0;
-    }
-    // Kept: -1 is a time as any other, for which only the overlap is left out.
-    const double end = static_cast<double>(endMs) + (endMs != -1 ? overlapMs / 2 : 0);
-    const double period = periodMs;
-    const double begin = static_cast<double>(baseFrame) * period + period * 0.5;
-    const int64_t wanted = TruncSat<int32_t>((end - begin) / period) + int64_t{1};
-    const int64_t take = wanted < 1 ? waiting : std::min(wanted, waiting);
-    pending.TakePath(static_cast<size_t>(take), path, pathEnergies);
-    pendingFrames = pending.Size();
-    return static_cast<size_t>(take);
 }
 
 error_code CRealtimePhnRecognizer::BuildMarkers(int32_t frames,
                                                 CConcreteSyncMarkerCollection& results) {
-    const auto count = std::min(static_cast<size_t>(std::max(frames, 0)), path.size());
-    section.Lock();
-    const amplitude_scale amplitudes(lowestEnergy, highestEnergy, pathEnergies);
-    const int32_t currentOverlapMs = overlapMs;
-    section.Unlock();
-    const bool stateMarkers = (results.get_flags() & kWriteStateMarkers) != 0;
-    const error_code code = GenerateFlushMarkers({path.data(), count}, *model, amplitudes, periodMs,
-                                                 stateMarkers, results);
-    return code == kNoError && currentOverlapMs > 0 ? overlap.Join(currentOverlapMs, results)
-                                                    : code;
+    return run != nullptr ? run->flusher.BuildMarkers(frames, GetOverlapMs(), results)
+                          : kNotInitialized;
 }
 
 } // namespace tessarin

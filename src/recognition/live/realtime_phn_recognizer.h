@@ -3,23 +3,38 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <memory>
 
 #include "base/crit_section.h"
 #include "base/worker_thread.h"
 #include "recognition/graph/phone_loop.h"
-#include "recognition/live/pending_path.h"
+#include "recognition/live/heard_frames.h"
+#include "recognition/live/live_flusher.h"
 #include "recognition/live/realtime_audio_chain.h"
-#include "recognition/markers/flush_markers.h"
 #include "tessarin/realtime_recognizer.h"
 
 namespace tessarin {
 
 class CConcreteSyncMarkerCollection;
 
+/// What lasts from Start to Stop. Each Start makes one, so that nothing of a run reaches the next;
+/// the search belongs to the worker thread.
+struct live_run {
+    /// Flushes are held back until `latency` observations were heard.
+    live_run(const CAccousticHMM& model, double periodMs, uint64_t latency, CCritSection& lock)
+        : heard(lock), flusher(model, heard, periodMs), latencyFrames(latency) {}
+
+    bool IsHeldBack() const { return heard.GetNumHeard() < latencyFrames; }
+
+    heard_frames heard;
+    live_flusher flusher;
+    const uint64_t latencyFrames;
+};
+
 /// The recognizer of live audio. The lock of the worker thread guards what the search has found and
-/// nobody has asked for; the search holds it for the length of an append. A second lock, which the
-/// search never takes, keeps callers of the other operations out of each other's way.
+/// nobody has asked for, and the overlap; the search holds it for the length of an append. A second
+/// lock, which the search never takes, keeps callers of the other operations out of each other's
+/// way.
 class CRealtimePhnRecognizer : public IRealtimePhnRecognizer, public CWorkerThread {
 public:
     ~CRealtimePhnRecognizer() override;
@@ -48,45 +63,25 @@ public:
     int32_t Run() override;
 
     /// How many observations wait for a flush.
-    size_t GetPendingFrames() const { return pendingFrames; }
-
-protected:
-    int64_t baseFrame = 0; ///< observations that were flushed since Start
+    size_t GetPendingFrames();
 
 private:
     error_code InitChain(int32_t sampleRateHz, int32_t bits, int32_t channels);
+    void BeginRun(uint64_t latency);
     void Search(phone_loop<uint8_t> loop);
-    pending_path::row TakeRow();
-    void PushFrame(pending_path::row row, uint8_t best, float energy);
     bool FlushUntil(ISyncResultsCollection* results, int64_t endMs);
-    size_t TakePath(int64_t endMs);
-    bool IsHeldBack() const { return processed < latencyFrames; }
+    int32_t GetOverlapMs();
 
     std::atomic<bool> stopped = false;
     std::atomic<bool> ready = false;
     std::atomic<bool> started = false;
     CAccousticHMM* model = nullptr;
     realtime_audio_chain chain;
-    size_t numStates = 0;
     float periodMs = 0.0f;
-    std::atomic<uint64_t> processed = 0; ///< observations since Start
-    uint64_t latencyFrames = 0;
+    int32_t overlapMs = 0; ///< guarded by the worker's lock
 
-    // Guarded by the worker's lock.
-    pending_path pending;
-    std::atomic<size_t> pendingFrames = 0; ///< also read without the lock
-    float lowestEnergy = 0.0f;
-    float highestEnergy = 0.0f;
-    int32_t overlapMs = 0;
-
-    // Guarded by the callers' lock.
     CCritSection callers;
-    std::vector<uint8_t> path;
-    std::vector<float> pathEnergies;
-    flush_overlap overlap;
+    std::unique_ptr<live_run> run; ///< changes under the callers' lock while there is no worker
 };
-
-/// What GetPerfCount tells.
-int64_t RealtimeSearchNs();
 
 } // namespace tessarin

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/timed_progress.h"
 #include "base/trunc_sat.h"
 #include "model/accoustic_hmm.h"
 #include "recognition/graph/forward_graph.h"
@@ -84,6 +85,7 @@ sentence_search::sentence_search(uint16_t beamWidth, const CAccousticHMM& acoust
 
 error_code sentence_search::Run(IObservationStream& stream, ProgressSink* progress,
                                 uint32_t frames) {
+    timed_progress timed(progress);
     for (uint32_t t = 0; t < frames; ++t) {
         float energy = 0.0f;
         const error_code code = stream.GetObservation(features.data(), &energy);
@@ -96,7 +98,7 @@ error_code sentence_search::Run(IObservationStream& stream, ProgressSink* progre
             continue;
         }
         Advance(t);
-        if (t % kProgressFrames == 0 && progress != nullptr && progress->OnProgress(t, frames)) {
+        if (timed.Report(t, frames, t % kProgressFrames == 0)) {
             return kUserCancelled;
         }
     }

@@ -5,13 +5,13 @@
 #include <cstdio>
 
 #include "base/guarded.h"
+#include "base/timed_progress.h"
 #include "model/accoustic_hmm.h"
 #include "platform/temp_file.h"
 #include "recognition/aligner/path_end.h"
 #include "recognition/trellis/frame_hypo_list.h"
 #include "recognition/trellis/trellis.h"
 #include "tessarin/observation_stream.h"
-#include "tessarin/progress_sink.h"
 
 namespace tessarin {
 namespace {
@@ -122,6 +122,7 @@ trellis_search::trellis_search(const trellis_viterbi_options& options,
 error_code trellis_search::Run(const std::vector<uint32_t>& startStates, ProgressSink* progress,
                                TArray<float>& energies) {
     const uint32_t total = frames;
+    timed_progress timed(progress);
     if (const error_code readCode = ReadObservation(energies, 0); readCode != kNoError) {
         return readCode;
     }
@@ -142,7 +143,7 @@ error_code trellis_search::Run(const std::vector<uint32_t>& startStates, Progres
         if (const error_code keepCode = KeepFrame(); keepCode != kNoError) {
             return keepCode;
         }
-        if (progress != nullptr && t % kProgressInterval == 0 && progress->OnProgress(t, total)) {
+        if (timed.Report(t, total, t % kProgressInterval == 0)) {
             return kUserCancelled;
         }
     }
