@@ -7,11 +7,11 @@
 
 #include "base/guarded.h"
 #include "base/whole_file.h"
-#include "c_api/audio_samples.h"
-#include "c_api/near_characters.h"
-#include "c_api/search_run.h"
-#include "c_api/transcriber_pool.h"
 #include "c_api/weight_track.h"
+#include "session/audio_samples.h"
+#include "session/near_characters.h"
+#include "session/search_run.h"
+#include "session/transcriber_pool.h"
 #include "tessarin/tessarin.h"
 #include "tessarin/tessarin_c.h"
 

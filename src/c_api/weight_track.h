@@ -3,7 +3,7 @@
 #include <memory>
 #include <vector>
 
-#include "c_api/search_run.h"
+#include "session/search_run.h"
 
 struct tessarin_track {
     std::vector<tessarin_frame> frames;

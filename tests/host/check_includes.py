@@ -13,7 +13,7 @@ import sys
 # The interface gives no gated samples back, so the tool has the kernel that gates them.
 EXCEPTIONS = {("apps/tessarin/commands/gate_command.cpp", "audio/noise_gate.h")}
 FOLDERS = ["platform", "base", "audio", "features", "model", "results", "articulation", "text",
-           "recognition", "commands", "c_api"]
+           "recognition", "commands", "session", "c_api"]
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
 
 

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "c_api/audio_samples.h"
-#include "c_api/span_text.h"
-#include "c_api/transcriber_pool.h"
+#include "session/audio_samples.h"
+#include "session/span_text.h"
+#include "session/transcriber_pool.h"
 #include "tessarin/owned.h"
 #include "tessarin/tessarin_c.h"
 

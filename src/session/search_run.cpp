@@ -1,10 +1,10 @@
-#include "c_api/search_run.h"
+#include "session/search_run.h"
 
 #include <algorithm>
 #include <cstring>
 #include <limits>
 
-#include "c_api/locale_use.h"
+#include "session/locale_use.h"
 
 namespace tessarin {
 
