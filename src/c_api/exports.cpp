@@ -7,6 +7,7 @@
 
 #include "base/guarded.h"
 #include "base/whole_file.h"
+#include "c_api/create.h"
 #include "c_api/weight_track.h"
 #include "session/audio_samples.h"
 #include "session/near_characters.h"
@@ -35,24 +36,6 @@ static_assert(sizeof(tessarin_phoneme) == 20 && sizeof(tessarin_span) == 32 &&
 
 namespace {
 
-/// Clears `*out` and has `make` fill an owner, whose object the caller then gets, whatever the
-/// code.
-template <class T, class Make> int32_t Create(bool hasInput, T** out, Make&& make) {
-    if (out == nullptr) {
-        return kInvalidArgument;
-    }
-    *out = nullptr;
-    if (!hasInput) {
-        return kInvalidArgument;
-    }
-    return Guarded([&] {
-        std::unique_ptr<T> made;
-        const error_code code = make(made);
-        *out = made.release();
-        return code;
-    });
-}
-
 template <class T> const T* Items(const std::vector<T>* items, uint32_t* count) {
     if (count != nullptr) {
         *count = items != nullptr ? static_cast<uint32_t>(items->size()) : 0;
@@ -64,7 +47,7 @@ error_code MakeModel(const void* data, uint32_t size, std::unique_ptr<tessarin_m
     auto model = std::make_unique<tessarin_model>();
     CAccousticHMM* hmm = nullptr;
     const error_code code = CreateAccHMM(data, size, nullptr, &hmm);
-    model->hmm.reset(hmm);
+    model->hmm = model_owner(hmm);
     if (code == kNoError) {
         out = std::move(model);
     }

@@ -13,7 +13,7 @@
 #include "tessarin/tessarin_c.h"
 
 struct tessarin_model {
-    tessarin::model_owner hmm;
+    std::shared_ptr<tessarin::CAccousticHMM> hmm; ///< shared with what listens to live audio
 };
 
 /// What a search found: the engine's own markers, from which tracks are made, and their copies.

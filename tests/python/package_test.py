@@ -194,6 +194,42 @@ class LongCalls(unittest.TestCase):
             tessarin.recognize(WAV, from_ms=10_000_000)
 
 
+class LiveAudio(unittest.TestCase):
+    def test_it_is_heard_as_the_tool_hears_it(self) -> None:
+        audio = tessarin.Audio.from_file(WAV)
+        samples = audio.samples[:5 * audio.rate]
+        # All is weighed to the end, so that nothing depends on when it is taken.
+        run = subprocess.run([os.environ["TESSARIN_TOOL"], "live", "--delay", "10000"], check=True,
+                             input=samples.tobytes(), capture_output=True)
+        expected = [json.loads(line) for line in run.stdout.splitlines()]
+        live = tessarin.Live(rate=audio.rate, delay_ms=10000)
+        stretches = []
+        for first in range(0, len(samples), 1600):
+            live.push(samples[first:first + 1600])
+            stretches.append(live.take())
+        stretches.append(live.finish())
+        self.assertEqual([(p.label, p.start_ms, p.end_ms) for s in stretches for p in s.phonemes],
+                         [(p["label"], p["start_ms"], p["end_ms"])
+                          for line in expected for p in line["phonemes"]])
+        frames = [frame for s in stretches for frame in s.frames]
+        others = [frame for line in expected for frame in line["frames"]]
+        self.assertEqual([(f.start_ms, list(f.weights)) for f in frames],
+                         [(f["start_ms"], list(f["weights"])) for f in others])
+        self.assertEqual(stretches[-1].end_ms, 5000)
+        with self.assertRaises(tessarin.TessarinError) as caught:
+            live.push(samples)
+        self.assertEqual(caught.exception.code, 6)
+
+    def test_the_gate_silences_what_is_quiet(self) -> None:
+        audio = tessarin.Audio.from_file(WAV)
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "gated.wav")
+            subprocess.run([os.environ["TESSARIN_TOOL"], "gate", WAV, "-o", path, "--gate=-45"],
+                           check=True, capture_output=True)
+            self.assertEqual(list(audio.gated(-45, ramp_ms=10).samples),
+                             list(tessarin.Audio.from_file(path).samples))
+
+
 class Failures(unittest.TestCase):
     def test_files_that_do_not_read(self) -> None:
         with self.assertRaisesRegex(tessarin.TessarinError, "no-such.wav") as caught:

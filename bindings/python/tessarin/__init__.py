@@ -14,10 +14,11 @@ from tessarin._audio import Audio
 from tessarin._engine import (Engine, align, align_many, default_engine, recognize, transcribe,
                               version)
 from tessarin._errors import Cancelled, RecognitionFailed, TessarinError
+from tessarin._live import Live, LiveStretch
 from tessarin._results import Event, Frame, Phoneme, Result, Token, Track, Word
 
 __all__ = [
-    "Audio", "Cancelled", "Engine", "Event", "Frame", "Phoneme", "RecognitionFailed", "Result",
+    "Audio", "Cancelled", "Engine", "Event", "Frame", "Live", "LiveStretch", "Phoneme", "RecognitionFailed", "Result",
     "TessarinError", "Token", "Track", "Word", "align", "align_many", "default_engine",
     "recognize", "transcribe", "version",
 ]

@@ -92,7 +92,8 @@ class Engine:
     def _open_model(self, path: str) -> int:
         return self._open("create_model_from_file", path, self._library.free_model)
 
-    def _model_for_hearing(self) -> int:
+    def model_for_hearing(self) -> int:
+        """The handle of the model with statistics, for the package itself."""
         with self._lock:
             if self._hearing_model is None:
                 has_own = os.path.exists(self._hearing_path)
@@ -143,7 +144,7 @@ class Engine:
         `align`; there are no words."""
         recording = self._audio(audio, channel)
         return self._search("create_recognition", recording.name, None, progress,
-                            self._model_for_hearing(), recording._handle,
+                            self.model_for_hearing(), recording._handle,
                             self._options(from_ms, to_ms, None))
 
     def transcribe(self, text: str) -> list[Token]:

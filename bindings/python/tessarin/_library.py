@@ -9,7 +9,7 @@ import pathlib
 import sys
 import threading
 from ctypes import (CFUNCTYPE, POINTER, Structure, c_char, c_char_p, c_float, c_int16, c_int32,
-                    c_uint32, c_void_p)
+                    c_int64, c_uint32, c_void_p)
 from typing import Any, Iterator
 
 from tessarin._errors import Cancelled, TessarinError, CANCELLED
@@ -59,10 +59,38 @@ class TrackOptions(Structure):
                 ("rules", c_char_p)]
 
 
+class GateOptions(Structure):
+    _fields_ = [("size", c_uint32), ("threshold_db", c_float), ("percentile", c_float),
+                ("ramp_ms", c_int32), ("max_blip_ms", c_int32), ("min_quiet_ms", c_int32)]
+
+
+class LiveOptions(Structure):
+    _fields_ = [("size", c_uint32), ("rate_hz", c_uint32), ("format", c_uint32),
+                ("channels", c_uint32), ("delay_ms", c_int32), ("overlap_ms", c_int32),
+                ("frame_rate", c_float)]
+
+
+class LivePhoneme(Structure):
+    _fields_ = [("start_ms", c_int64), ("end_ms", c_int64), ("score", c_float),
+                ("label", c_char * 8)]
+
+
+class LiveFrame(Structure):
+    _fields_ = [("start_ms", c_int64), ("end_ms", c_int64), ("count", c_int32),
+                ("weights", Weight * 10)]
+
+
+class LiveStretch(Structure):
+    _fields_ = [("start_ms", c_int64), ("end_ms", c_int64), ("waiting_ms", c_int64),
+                ("phonemes", POINTER(LivePhoneme)), ("frames", POINTER(LiveFrame)),
+                ("phoneme_count", c_uint32), ("frame_count", c_uint32)]
+
+
 WORD = 1
 TAG = 2
 CUT = 3
 PUNCTUATION = 4
+FLOAT = 2
 TRACK_SMOOTH = 1
 
 _OUT = POINTER(c_void_p)
@@ -98,6 +126,12 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
     "create_track": (c_int32, [c_void_p, POINTER(TrackOptions), _OUT]),
     "get_track_frames": (POINTER(Frame), [c_void_p, _COUNT]),
     "free_track": (None, [c_void_p]),
+    "create_gated_audio": (c_int32, [c_void_p, POINTER(GateOptions), POINTER(c_float), _OUT]),
+    "create_live": (c_int32, [c_void_p, POINTER(LiveOptions), _OUT]),
+    "push_live_audio": (c_int32, [c_void_p, c_void_p, c_uint32]),
+    "take_live": (c_int32, [c_void_p, POINTER(LiveStretch)]),
+    "finish_live": (c_int32, [c_void_p, POINTER(LiveStretch)]),
+    "free_live": (None, [c_void_p]),
 }
 
 
