@@ -59,12 +59,20 @@ typedef struct tessarin_progress {
     int32_t (*on_progress)(void* user, uint32_t done, uint32_t total);
 } tessarin_progress;
 
+/** Flags of tessarin_search_options. */
+enum tessarin_search_flags {
+    /** An alignment that loses the text slides its window ahead instead of ending. */
+    TESSARIN_SEARCH_RETRY = 1
+};
+
 /** How audio is searched. */
 typedef struct tessarin_search_options {
     uint32_t size;      /**< of this struct, in bytes */
     int32_t beam_width; /**< of an alignment in states, 500 to 8000; 0: 2000 */
     int32_t from_ms;    /**< the stretch of the audio that is searched */
     int32_t to_ms;      /**< 0: to its end */
+    uint32_t flags;     /**< tessarin_search_flags; not in the struct of 16 bytes, which is taken,
+                             too */
 } tessarin_search_options;
 
 /** Flags of tessarin_track_options. */
@@ -358,3 +366,33 @@ TESSARIN_API int32_t tessarin_finish_live(tessarin_live* live, tessarin_live_str
 
 /** Stops at once. Null is allowed. */
 TESSARIN_API void tessarin_free_live(tessarin_live* live);
+
+typedef struct tessarin_sentence_search tessarin_sentence_search; /**< which sentences were said */
+
+/** A sentence of a text. */
+typedef struct tessarin_sentence {
+    double score;        /**< how much better it fits than noise, for each 10 ms or so */
+    const char* text;    /**< as it was spelled in the text that was given */
+    int32_t is_found;    /**< 1, or 0 for one that was not said: its times are -1 */
+    int32_t start_ms;    /**< where it begins */
+    int32_t end_ms;      /**< where it ends */
+    int32_t text_offset; /**< place in the text that was given */
+    int32_t text_length; /**< in bytes */
+} tessarin_sentence;
+
+/** Finds which sentences of `text` were said, and when, in audio that may hold anything else, too.
+   They are looked for in the order of the text. A sentence is found when it scores `min_score`; 0
+   stands for 5.5. Of the `options`, flags do not count. CANCELLED; INVALID_UTF8; OUT_OF_RANGE for a
+   stretch that is not in the audio, or a score that is not a number; RECOGNITION_FAILED. */
+TESSARIN_API int32_t tessarin_create_sentence_search(
+    const tessarin_model* model, tessarin_language* language, const tessarin_audio* audio,
+    const char* text, float min_score, const tessarin_search_options* options,
+    const tessarin_progress* progress, tessarin_sentence_search** out);
+
+/** The sentences in the order of the text, or null when there are none; `*count` receives how many.
+ */
+TESSARIN_API const tessarin_sentence* tessarin_get_sentences(const tessarin_sentence_search* search,
+                                                             uint32_t* count);
+
+/** Null is allowed. */
+TESSARIN_API void tessarin_free_sentence_search(tessarin_sentence_search* search);

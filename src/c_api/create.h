@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "base/guarded.h"
 
@@ -23,6 +24,14 @@ template <class T, class Make> int32_t Create(bool hasInput, T** out, Make&& mak
         *out = made.release();
         return code;
     });
+}
+
+/// The items of a list that may be null, and how many they are.
+template <class T> const T* Items(const std::vector<T>* items, uint32_t* count) {
+    if (count != nullptr) {
+        *count = items != nullptr ? static_cast<uint32_t>(items->size()) : 0;
+    }
+    return items == nullptr || items->empty() ? nullptr : items->data();
 }
 
 } // namespace tessarin

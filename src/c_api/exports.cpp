@@ -32,16 +32,9 @@ static_assert(+TESSARIN_TRACK_SMOOTH == +kSmoothFrames &&
               +TESSARIN_TRACK_EXCESS_LEVEL == +kExcessLevel);
 static_assert(sizeof(tessarin_phoneme) == 20 && sizeof(tessarin_span) == 32 &&
               sizeof(tessarin_token) == 32 && sizeof(tessarin_frame) == 92 &&
-              sizeof(tessarin_search_options) == 16 && sizeof(tessarin_track_options) == 32);
+              sizeof(tessarin_search_options) == 20 && sizeof(tessarin_track_options) == 32);
 
 namespace {
-
-template <class T> const T* Items(const std::vector<T>* items, uint32_t* count) {
-    if (count != nullptr) {
-        *count = items != nullptr ? static_cast<uint32_t>(items->size()) : 0;
-    }
-    return items == nullptr || items->empty() ? nullptr : items->data();
-}
 
 error_code MakeModel(const void* data, uint32_t size, std::unique_ptr<tessarin_model>& out) {
     auto model = std::make_unique<tessarin_model>();
@@ -49,6 +42,7 @@ error_code MakeModel(const void* data, uint32_t size, std::unique_ptr<tessarin_m
     const error_code code = CreateAccHMM(data, size, nullptr, &hmm);
     model->hmm = model_owner(hmm);
     if (code == kNoError) {
+        model->image.assign(static_cast<const char*>(data), size);
         out = std::move(model);
     }
     return code;

@@ -1,7 +1,10 @@
+#include <cmath>
+
 #include "c_api/create.h"
 #include "session/live_listener.h"
 #include "session/noise_gating.h"
 #include "session/search_run.h"
+#include "session/sentence_search.h"
 #include "tessarin/tessarin_c.h"
 
 using namespace tessarin;
@@ -84,4 +87,27 @@ int32_t tessarin_finish_live(tessarin_live* live, tessarin_live_stretch* out) {
 
 void tessarin_free_live(tessarin_live* live) {
     delete live;
+}
+
+int32_t tessarin_create_sentence_search(const tessarin_model* model, tessarin_language* language,
+                                        const tessarin_audio* audio, const char* text,
+                                        float min_score, const tessarin_search_options* options,
+                                        const tessarin_progress* progress,
+                                        tessarin_sentence_search** out) {
+    const bool hasInput =
+        model != nullptr && language != nullptr && audio != nullptr && text != nullptr;
+    return Create(hasInput, out, [&](std::unique_ptr<tessarin_sentence_search>& made) {
+        return std::isnan(min_score) ? error_code{kOutOfRange}
+                                     : SearchSentences({*model, *audio, options, progress},
+                                                       *language, text, min_score, made);
+    });
+}
+
+const tessarin_sentence* tessarin_get_sentences(const tessarin_sentence_search* search,
+                                                uint32_t* count) {
+    return Items(search != nullptr ? &search->sentences : nullptr, count);
+}
+
+void tessarin_free_sentence_search(tessarin_sentence_search* search) {
+    delete search;
 }

@@ -14,6 +14,7 @@
 
 struct tessarin_model {
     std::shared_ptr<tessarin::CAccousticHMM> hmm; ///< shared with what listens to live audio
+    std::string image; ///< for searches that change their model, and so take one of their own
 };
 
 /// What a search found: the engine's own markers, from which tracks are made, and their copies.
@@ -40,6 +41,10 @@ struct search_input {
     const tessarin_search_options* options;
     const tessarin_progress* progress;
 };
+
+/// Copies the options of any version of the struct; null gives the defaults. Returns 0, or 2 for a
+/// size or a flag that does not exist.
+error_code ReadSearchOptions(const tessarin_search_options* given, tessarin_search_options& out);
 
 /// Both set `out` when they return 0 or kRecognitionFailed.
 error_code Align(const search_input& input, tessarin_language& language, const char* text,

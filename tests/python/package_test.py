@@ -66,6 +66,30 @@ class SameAsTheTool(unittest.TestCase):
         self.assert_same(result, expected)
         self.assert_same_frames(result.track(), expected)
 
+    def test_sentences(self) -> None:
+        text = TEXT + "\nThe children built a boat – of “paper” – by the river. "
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "text")
+            pathlib.Path(path).write_text(text, encoding="utf-8")
+            for stretch in ((), (1000, 12000)):
+                options = [f"--{name}={ms}" for name, ms in zip(("from", "to"), stretch)]
+                expected = json.loads(subprocess.run(
+                    [os.environ["TESSARIN_TOOL"], "align", WAV, "--text-file", path, "--sentences",
+                     "-q", *options], check=True, capture_output=True).stdout)["sentences"]
+                found = tessarin.Engine().find_sentences(
+                    WAV, text, **dict(zip(("from_ms", "to_ms"), stretch)))
+                self.assertEqual([(s.text, s.start_ms, s.end_ms) for s in found],
+                                 [(s["text"], s.get("start_ms"), s.get("end_ms"))
+                                  for s in expected])
+                for sentence, other in zip(found, expected):
+                    self.assertAlmostEqual(sentence.score or 0, other.get("score", 0), places=3)
+                    self.assertEqual(text[sentence.offset:sentence.offset + sentence.length],
+                                     sentence.text)
+                self.assertGreater(sum(s.start_ms is not None for s in found), 1)
+                self.assertIsNone(found[-1].start_ms)
+        with self.assertRaises(tessarin.Cancelled):
+            tessarin.find_sentences(WAV, text, progress=lambda done, total: True)
+
     def test_a_stretch(self) -> None:
         expected = tool("recognize", WAV, "--from", "1234", "--to", "3456")
         result = tessarin.recognize(WAV, from_ms=1234, to_ms=3456)

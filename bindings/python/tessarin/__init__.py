@@ -11,14 +11,14 @@ interpreter is free while a search runs.
 """
 
 from tessarin._audio import Audio
-from tessarin._engine import (Engine, align, align_many, default_engine, recognize, transcribe,
-                              version)
+from tessarin._engine import (Engine, align, align_many, default_engine, find_sentences, recognize,
+                              transcribe, version)
 from tessarin._errors import Cancelled, RecognitionFailed, TessarinError
 from tessarin._live import Live, LiveStretch
-from tessarin._results import Event, Frame, Phoneme, Result, Token, Track, Word
+from tessarin._results import Event, Frame, Phoneme, Result, Sentence, Token, Track, Word
 
 __all__ = [
     "Audio", "Cancelled", "Engine", "Event", "Frame", "Live", "LiveStretch", "Phoneme", "RecognitionFailed", "Result",
-    "TessarinError", "Token", "Track", "Word", "align", "align_many", "default_engine",
-    "recognize", "transcribe", "version",
+    "Sentence", "TessarinError", "Token", "Track", "Word", "align", "align_many", "default_engine",
+    "find_sentences", "recognize", "transcribe", "version",
 ]

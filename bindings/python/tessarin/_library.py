@@ -8,8 +8,8 @@ import os
 import pathlib
 import sys
 import threading
-from ctypes import (CFUNCTYPE, POINTER, Structure, c_char, c_char_p, c_float, c_int16, c_int32,
-                    c_int64, c_uint32, c_void_p)
+from ctypes import (CFUNCTYPE, POINTER, Structure, c_char, c_char_p, c_double, c_float, c_int16,
+                    c_int32, c_int64, c_uint32, c_void_p)
 from typing import Any, Iterator
 
 from tessarin._errors import Cancelled, TessarinError, CANCELLED
@@ -50,7 +50,7 @@ class Progress(Structure):
 
 class SearchOptions(Structure):
     _fields_ = [("size", c_uint32), ("beam_width", c_int32), ("from_ms", c_int32),
-                ("to_ms", c_int32)]
+                ("to_ms", c_int32), ("flags", c_uint32)]
 
 
 class TrackOptions(Structure):
@@ -86,11 +86,18 @@ class LiveStretch(Structure):
                 ("phoneme_count", c_uint32), ("frame_count", c_uint32)]
 
 
+class Sentence(Structure):
+    _fields_ = [("score", c_double), ("text", c_char_p), ("is_found", c_int32),
+                ("start_ms", c_int32), ("end_ms", c_int32), ("text_offset", c_int32),
+                ("text_length", c_int32)]
+
+
 WORD = 1
 TAG = 2
 CUT = 3
 PUNCTUATION = 4
 FLOAT = 2
+SEARCH_RETRY = 1
 TRACK_SMOOTH = 1
 
 _OUT = POINTER(c_void_p)
@@ -132,6 +139,10 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
     "take_live": (c_int32, [c_void_p, POINTER(LiveStretch)]),
     "finish_live": (c_int32, [c_void_p, POINTER(LiveStretch)]),
     "free_live": (None, [c_void_p]),
+    "create_sentence_search": (c_int32, [c_void_p, c_void_p, c_void_p, c_char_p, c_float,
+                                         POINTER(SearchOptions), POINTER(Progress), _OUT]),
+    "get_sentences": (POINTER(Sentence), [c_void_p, _COUNT]),
+    "free_sentence_search": (None, [c_void_p]),
 }
 
 
