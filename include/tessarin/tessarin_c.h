@@ -396,3 +396,23 @@ TESSARIN_API const tessarin_sentence* tessarin_get_sentences(const tessarin_sent
 
 /** Null is allowed. */
 TESSARIN_API void tessarin_free_sentence_search(tessarin_sentence_search* search);
+
+/** What a model holds. */
+typedef struct tessarin_model_facts {
+    int32_t version;           /**< of its form */
+    int32_t num_phonemes;      /**< the number of `labels` */
+    int32_t num_states;        /**< of a phoneme */
+    int32_t num_mixtures;      /**< of a state */
+    int32_t num_features;      /**< values of an observation */
+    int32_t num_cepstra;       /**< that they are made from */
+    int32_t num_bands;         /**< of the filter bank */
+    uint32_t flags;            /**< of the analysis */
+    int32_t window_size;       /**< of an observation, in samples */
+    int32_t window_overlap;    /**< of one with the next, in samples */
+    float rate_hz;             /**< to which audio is brought */
+    float pre_emphasis;        /**< of the samples, 0 to 1 */
+    const char* const* labels; /**< of the phonemes */
+} tessarin_model_facts;
+
+/** What the model holds, or null without a model. */
+TESSARIN_API const tessarin_model_facts* tessarin_get_model_facts(const tessarin_model* model);

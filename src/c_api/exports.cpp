@@ -10,6 +10,7 @@
 #include "c_api/create.h"
 #include "c_api/weight_track.h"
 #include "session/audio_samples.h"
+#include "session/model_facts.h"
 #include "session/near_characters.h"
 #include "session/search_run.h"
 #include "session/transcriber_pool.h"
@@ -43,6 +44,7 @@ error_code MakeModel(const void* data, uint32_t size, std::unique_ptr<tessarin_m
     model->hmm = model_owner(hmm);
     if (code == kNoError) {
         model->image.assign(static_cast<const char*>(data), size);
+        CollectFacts(*model);
         out = std::move(model);
     }
     return code;

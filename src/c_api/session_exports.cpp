@@ -111,3 +111,7 @@ const tessarin_sentence* tessarin_get_sentences(const tessarin_sentence_search* 
 void tessarin_free_sentence_search(tessarin_sentence_search* search) {
     delete search;
 }
+
+const tessarin_model_facts* tessarin_get_model_facts(const tessarin_model* model) {
+    return model != nullptr ? &model->facts : nullptr;
+}

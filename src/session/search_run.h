@@ -15,6 +15,8 @@
 struct tessarin_model {
     std::shared_ptr<tessarin::CAccousticHMM> hmm; ///< shared with what listens to live audio
     std::string image; ///< for searches that change their model, and so take one of their own
+    std::vector<const char*> labels;
+    tessarin_model_facts facts{};
 };
 
 /// What a search found: the engine's own markers, from which tracks are made, and their copies.

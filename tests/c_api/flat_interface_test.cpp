@@ -343,13 +343,25 @@ TEST_F(FlatInterface, SentencesAreFoundWhereTheyWereSaid) {
     EXPECT_EQ(sentences[count - 1].start_ms, -1);
     tessarin_free_sentence_search(search);
     EXPECT_EQ(Lines(Align().get()), before) << "the model is as it was";
-    EXPECT_EQ(tessarin_create_sentence_search(model.get(), language.get(), audio.get(), "a", NAN,
-                                              nullptr, nullptr, &search),
+    EXPECT_EQ(tessarin_create_sentence_search(model.get(), language.get(), audio.get(), "a",
+                                              std::nanf(""), nullptr, nullptr, &search),
               TESSARIN_OUT_OF_RANGE);
     EXPECT_EQ(tessarin_create_sentence_search(model.get(), language.get(), audio.get(), "\xE9", 0,
                                               nullptr, nullptr, &search),
               TESSARIN_INVALID_UTF8);
     EXPECT_EQ(search, nullptr);
+}
+
+TEST_F(FlatInterface, AModelSaysWhatItHolds) {
+    const tessarin_model_facts& facts = *tessarin_get_model_facts(model.get());
+    EXPECT_EQ(facts.version, 1);
+    EXPECT_EQ(facts.num_phonemes, 40);
+    EXPECT_STREQ(facts.labels[0], "x");
+    EXPECT_STREQ(facts.labels[39], "OY");
+    EXPECT_EQ(facts.num_features, 38);
+    EXPECT_EQ(facts.window_size - facts.window_overlap, 160);
+    EXPECT_EQ(facts.rate_hz, 16000.0f);
+    EXPECT_EQ(tessarin_get_model_facts(nullptr), nullptr);
 }
 
 TEST_F(FlatInterface, BadInputIsACode) {
