@@ -59,12 +59,20 @@ typedef struct tessarin_progress {
     int32_t (*on_progress)(void* user, uint32_t done, uint32_t total);
 } tessarin_progress;
 
+/** Flags of tessarin_search_options. */
+enum tessarin_search_flags {
+    /** An alignment that loses the text slides its window ahead instead of ending. */
+    TESSARIN_SEARCH_RETRY = 1
+};
+
 /** How audio is searched. */
 typedef struct tessarin_search_options {
     uint32_t size;      /**< of this struct, in bytes */
     int32_t beam_width; /**< of an alignment in states, 500 to 8000; 0: 2000 */
     int32_t from_ms;    /**< the stretch of the audio that is searched */
     int32_t to_ms;      /**< 0: to its end */
+    uint32_t flags;     /**< tessarin_search_flags; not in the struct of 16 bytes, which is taken,
+                             too */
 } tessarin_search_options;
 
 /** Flags of tessarin_track_options. */
@@ -374,3 +382,147 @@ TESSARIN_API const tessarin_switch* tessarin_get_switches(const tessarin_switche
 
 /** Null is allowed. */
 TESSARIN_API void tessarin_free_switches(tessarin_switches* switches);
+
+/** How quiet stretches are silenced. */
+typedef struct tessarin_gate_options {
+    uint32_t size;        /**< of this struct, in bytes */
+    float threshold_db;   /**< below it is quiet, in dB of full scale; 0: `percentile` decides */
+    float percentile;     /**< the share of the audio that is quiet, 0 to 1; 0: 0.28 */
+    int32_t ramp_ms;      /**< how long a stretch fades out and in */
+    int32_t max_blip_ms;  /**< shorter sounds go with the quiet around them; 0: 150 */
+    int32_t min_quiet_ms; /**< how long that quiet is on both sides; 0: 220 */
+} tessarin_gate_options;
+
+/** Makes a copy of `audio` whose quiet stretches are silenced, to hear what a gate does before a
+   search. `options` may be null; `level_db`, too, else it receives the level below which a stretch
+   is quiet. OUT_OF_RANGE for a threshold above 0, a share that is not 0 to 1, or a negative time.
+ */
+TESSARIN_API int32_t tessarin_create_gated_audio(const tessarin_audio* audio,
+                                                 const tessarin_gate_options* options,
+                                                 float* level_db, tessarin_audio** out);
+
+typedef struct tessarin_live tessarin_live; /**< audio that is still coming in */
+
+/** What the samples of live audio are. */
+enum tessarin_sample_format {
+    TESSARIN_INT16 = 0, /**< little-endian */
+    TESSARIN_UINT8 = 1, /**< 128 is silence */
+    TESSARIN_FLOAT = 2  /**< from -1 to 1, in the byte order of the machine */
+};
+
+/** How live audio is followed. */
+typedef struct tessarin_live_options {
+    uint32_t size;      /**< of this struct, in bytes */
+    uint32_t rate_hz;   /**< 4000 to 50000; 0: 16000 */
+    uint32_t format;    /**< a tessarin_sample_format */
+    uint32_t channels;  /**< interleaved, to 1024, of which the first is heard; 0: 1 */
+    int32_t delay_ms;   /**< how long a sound is weighed before it is final, 20 to 10000; results
+                             lag by up to twice that; 0: 100 */
+    int32_t overlap_ms; /**< how much of the past is weighed again, to 10000 */
+    float frame_rate;   /**< frames a second, 1 to 1000; 0: that of the rules */
+} tessarin_live_options;
+
+/** A sound of live audio. Times are milliseconds since the audio began. */
+typedef struct tessarin_live_phoneme {
+    int64_t start_ms; /**< where it begins */
+    int64_t end_ms;   /**< where it ends */
+    float score;      /**< strength of the sound, 0 to 100; not a confidence */
+    char label[8];    /**< zero-terminated; "x" is silence */
+} tessarin_live_phoneme;
+
+/** A frame of live audio; else as tessarin_frame. */
+typedef struct tessarin_live_frame {
+    int64_t start_ms;            /**< where it begins */
+    int64_t end_ms;              /**< where it ends */
+    int32_t count;               /**< of the weights in use */
+    tessarin_weight weights[10]; /**< the heaviest first */
+} tessarin_live_frame;
+
+/** What became final: the next phonemes and the next frames, without gaps from one stretch to the
+   next. Phonemes and frames become final at their own pace, frames somewhat later. */
+typedef struct tessarin_live_stretch {
+    int64_t start_ms;                      /**< where the stretch before ended */
+    int64_t end_ms;                        /**< how far the audio was heard */
+    int64_t waiting_ms;                    /**< how much more audio was pushed than was heard */
+    const tessarin_live_phoneme* phonemes; /**< null when there are none */
+    const tessarin_live_frame* frames;     /**< null when there are none */
+    uint32_t phoneme_count;
+    uint32_t frame_count;
+} tessarin_live_stretch;
+
+/** Begins to follow audio that is still coming in; `options` may be null. A thread of the library
+   does the search. The model may be freed before. One thread may push while another takes; else one
+   thread at a time. OUT_OF_RANGE for options that are not in their ranges and for a model of more
+   than 256 states; INVALID_ARGUMENT for a format that does not exist; OUT_OF_MEMORY, also when
+   there is no thread. */
+TESSARIN_API int32_t tessarin_create_live(const tessarin_model* model,
+                                          const tessarin_live_options* options,
+                                          tessarin_live** out);
+
+/** Takes a copy of `size` bytes of samples; a block may end within a sample. Never waits for the
+   search: to push what comes faster than it was recorded, hold back while `waiting_ms` is large.
+   OUT_OF_RANGE for 2 GiB and more; OUT_OF_MEMORY; NOT_AVAILABLE once it is finished. */
+TESSARIN_API int32_t tessarin_push_live_audio(tessarin_live* live, const void* samples,
+                                              uint32_t size);
+
+/** Replaces `*out` by what became final since the last call, which may be nothing. Does not wait.
+   The phonemes and frames are borrowed until the next call for `live` other than a push. Failures
+   leave zeros in `*out`: OUT_OF_MEMORY when the search has ended for want of it. */
+TESSARIN_API int32_t tessarin_take_live(tessarin_live* live, tessarin_live_stretch* out);
+
+/** Ends the audio, waits until all of it was heard, and replaces `*out` by what was not yet taken.
+   Else as tessarin_take_live. */
+TESSARIN_API int32_t tessarin_finish_live(tessarin_live* live, tessarin_live_stretch* out);
+
+/** Stops at once. Null is allowed. */
+TESSARIN_API void tessarin_free_live(tessarin_live* live);
+
+typedef struct tessarin_sentence_search tessarin_sentence_search; /**< which sentences were said */
+
+/** A sentence of a text. */
+typedef struct tessarin_sentence {
+    double score;        /**< how much better it fits than noise, for each 10 ms or so */
+    const char* text;    /**< as it was spelled in the text that was given */
+    int32_t is_found;    /**< 1, or 0 for one that was not said: its times are -1 */
+    int32_t start_ms;    /**< where it begins */
+    int32_t end_ms;      /**< where it ends */
+    int32_t text_offset; /**< place in the text that was given */
+    int32_t text_length; /**< in bytes */
+} tessarin_sentence;
+
+/** Finds which sentences of `text` were said, and when, in audio that may hold anything else, too.
+   They are looked for in the order of the text. A sentence is found when it scores `min_score`; 0
+   stands for 5.5. Of the `options`, flags do not count. CANCELLED; INVALID_UTF8; OUT_OF_RANGE for a
+   stretch that is not in the audio, or a score that is not a number; RECOGNITION_FAILED. */
+TESSARIN_API int32_t tessarin_create_sentence_search(
+    const tessarin_model* model, tessarin_language* language, const tessarin_audio* audio,
+    const char* text, float min_score, const tessarin_search_options* options,
+    const tessarin_progress* progress, tessarin_sentence_search** out);
+
+/** The sentences in the order of the text, or null when there are none; `*count` receives how many.
+ */
+TESSARIN_API const tessarin_sentence* tessarin_get_sentences(const tessarin_sentence_search* search,
+                                                             uint32_t* count);
+
+/** Null is allowed. */
+TESSARIN_API void tessarin_free_sentence_search(tessarin_sentence_search* search);
+
+/** What a model holds. */
+typedef struct tessarin_model_facts {
+    int32_t version;           /**< of its form */
+    int32_t num_phonemes;      /**< the number of `labels` */
+    int32_t num_states;        /**< of a phoneme */
+    int32_t num_mixtures;      /**< of a state */
+    int32_t num_features;      /**< values of an observation */
+    int32_t num_cepstra;       /**< that they are made from */
+    int32_t num_bands;         /**< of the filter bank */
+    uint32_t flags;            /**< of the analysis */
+    int32_t window_size;       /**< of an observation, in samples */
+    int32_t window_overlap;    /**< of one with the next, in samples */
+    float rate_hz;             /**< to which audio is brought */
+    float pre_emphasis;        /**< of the samples, 0 to 1 */
+    const char* const* labels; /**< of the phonemes */
+} tessarin_model_facts;
+
+/** What the model holds, or null without a model. */
+TESSARIN_API const tessarin_model_facts* tessarin_get_model_facts(const tessarin_model* model);

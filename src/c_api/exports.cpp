@@ -7,12 +7,13 @@
 
 #include "base/guarded.h"
 #include "base/whole_file.h"
-#include "c_api/audio_samples.h"
-#include "c_api/flat_calls.h"
-#include "c_api/near_characters.h"
-#include "c_api/search_run.h"
-#include "c_api/transcriber_pool.h"
+#include "c_api/create.h"
 #include "c_api/weight_track.h"
+#include "session/audio_samples.h"
+#include "session/model_facts.h"
+#include "session/near_characters.h"
+#include "session/search_run.h"
+#include "session/transcriber_pool.h"
 #include "tessarin/tessarin.h"
 #include "tessarin/tessarin_c.h"
 
@@ -32,7 +33,7 @@ static_assert(+TESSARIN_TRACK_SMOOTH == +kSmoothFrames &&
               +TESSARIN_TRACK_EXCESS_LEVEL == +kExcessLevel);
 static_assert(sizeof(tessarin_phoneme) == 20 && sizeof(tessarin_span) == 32 &&
               sizeof(tessarin_token) == 32 && sizeof(tessarin_frame) == 92 &&
-              sizeof(tessarin_search_options) == 16 && sizeof(tessarin_track_options) == 48);
+              sizeof(tessarin_search_options) == 20 && sizeof(tessarin_track_options) == 48);
 
 namespace {
 
@@ -40,8 +41,10 @@ error_code MakeModel(const void* data, uint32_t size, std::unique_ptr<tessarin_m
     auto model = std::make_unique<tessarin_model>();
     CAccousticHMM* hmm = nullptr;
     const error_code code = CreateAccHMM(data, size, nullptr, &hmm);
-    model->hmm.reset(hmm);
+    model->hmm = model_owner(hmm);
     if (code == kNoError) {
+        model->image.assign(static_cast<const char*>(data), size);
+        CollectFacts(*model);
         out = std::move(model);
     }
     return code;

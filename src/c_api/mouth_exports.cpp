@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "base/whole_file.h"
-#include "c_api/flat_calls.h"
+#include "c_api/create.h"
 #include "c_api/weight_track.h"
 #include "mouth/built_in_shapes.h"
 #include "mouth/shape_map.h"

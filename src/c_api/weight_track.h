@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "c_api/search_run.h"
+#include "session/search_run.h"
 #include "tessarin/owned.h"
 #include "tessarin/tessarin_c.h"
 

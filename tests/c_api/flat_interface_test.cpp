@@ -165,7 +165,7 @@ TEST_F(FlatInterface, AStretchIsFoundWhereItStandsInTheAudio) {
     tessarin_result* alone = nullptr;
     ASSERT_EQ(tessarin_create_recognition(model.get(), cut, nullptr, nullptr, &alone), TESSARIN_OK);
     const result_handle aloneOwner(alone);
-    tessarin_search_options options{sizeof options, 0, 1000, 4000};
+    tessarin_search_options options{sizeof options, 0, 1000, 4000, 0};
     tessarin_result* stretch = nullptr;
     ASSERT_EQ(tessarin_create_recognition(model.get(), audio.get(), &options, nullptr, &stretch),
               TESSARIN_OK);
@@ -186,9 +186,9 @@ TEST_F(FlatInterface, AStretchIsFoundWhereItStandsInTheAudio) {
 
     const int32_t past = static_cast<int32_t>(count / rate + 1) * 1000;
     for (const tessarin_search_options& bad :
-         {tessarin_search_options{sizeof options, 0, -1, 0},
-          tessarin_search_options{sizeof options, 0, past, 0},
-          tessarin_search_options{sizeof options, 0, 2000, 1000}}) {
+         {tessarin_search_options{sizeof options, 0, -1, 0, 0},
+          tessarin_search_options{sizeof options, 0, past, 0, 0},
+          tessarin_search_options{sizeof options, 0, 2000, 1000, 0}}) {
         EXPECT_EQ(tessarin_create_recognition(model.get(), audio.get(), &bad, nullptr, &stretch),
                   TESSARIN_OUT_OF_RANGE);
         EXPECT_EQ(stretch, nullptr);
@@ -298,6 +298,70 @@ TEST_F(FlatInterface, SamplesComeFromFilesAndFromFloats) {
     EXPECT_THAT(samplesOf(opened), ElementsAre(16384, -32768, 32767, 0, 0));
     EXPECT_EQ(tessarin_create_audio_from_float(floats, 5, 65536, &opened), TESSARIN_OUT_OF_RANGE);
     EXPECT_EQ(tessarin_create_audio_from_float(floats, 5, 0, &opened), TESSARIN_OUT_OF_RANGE);
+}
+
+TEST_F(FlatInterface, SearchOptionsOfEveryVersionAreTaken) {
+    tessarin_search_options options{};
+    options.from_ms = 1000;
+    options.flags = 0xdead; // beyond the first version
+    options.size = 16;
+    const std::vector<std::string> first = Lines(Align(&options).get());
+    options.flags = TESSARIN_SEARCH_RETRY;
+    options.size = sizeof options;
+    EXPECT_EQ(Lines(Align(&options).get()), first) << "nothing was lost";
+    tessarin_result* result = nullptr;
+    for (const auto& [size, flags] : {std::pair{20u, 2u}, {12u, 0u}, {24u, 0u}, {0u, 0u}}) {
+        options.size = size;
+        options.flags = flags;
+        EXPECT_EQ(tessarin_create_recognition(model.get(), audio.get(), &options, nullptr, &result),
+                  TESSARIN_INVALID_ARGUMENT);
+    }
+}
+
+TEST_F(FlatInterface, SentencesAreFoundWhereTheyWereSaid) {
+    const std::string mixed = text + "\nThe children built a boat of paper by the river.";
+    const std::vector<std::string> before = Lines(Align().get());
+    tessarin_sentence_search* search = nullptr;
+    ASSERT_EQ(tessarin_create_sentence_search(model.get(), language.get(), audio.get(),
+                                              mixed.c_str(), 0, nullptr, nullptr, &search),
+              TESSARIN_OK);
+    uint32_t count = 0;
+    const tessarin_sentence* sentences = tessarin_get_sentences(search, &count);
+    ASSERT_GE(count, 2u);
+    int32_t lastEndMs = 0;
+    for (uint32_t i = 0; i + 1 < count; ++i) {
+        const tessarin_sentence& each = sentences[i];
+        EXPECT_EQ(each.is_found, 1);
+        EXPECT_GE(each.start_ms, lastEndMs);
+        EXPECT_GT(each.score, 5.5);
+        EXPECT_EQ(mixed.substr(static_cast<size_t>(each.text_offset),
+                               static_cast<size_t>(each.text_length)),
+                  each.text);
+        lastEndMs = each.end_ms;
+    }
+    EXPECT_EQ(sentences[count - 1].is_found, 0);
+    EXPECT_EQ(sentences[count - 1].start_ms, -1);
+    tessarin_free_sentence_search(search);
+    EXPECT_EQ(Lines(Align().get()), before) << "the model is as it was";
+    EXPECT_EQ(tessarin_create_sentence_search(model.get(), language.get(), audio.get(), "a",
+                                              std::nanf(""), nullptr, nullptr, &search),
+              TESSARIN_OUT_OF_RANGE);
+    EXPECT_EQ(tessarin_create_sentence_search(model.get(), language.get(), audio.get(), "\xE9", 0,
+                                              nullptr, nullptr, &search),
+              TESSARIN_INVALID_UTF8);
+    EXPECT_EQ(search, nullptr);
+}
+
+TEST_F(FlatInterface, AModelSaysWhatItHolds) {
+    const tessarin_model_facts& facts = *tessarin_get_model_facts(model.get());
+    EXPECT_EQ(facts.version, 1);
+    EXPECT_EQ(facts.num_phonemes, 40);
+    EXPECT_STREQ(facts.labels[0], "x");
+    EXPECT_STREQ(facts.labels[39], "OY");
+    EXPECT_EQ(facts.num_features, 38);
+    EXPECT_EQ(facts.window_size - facts.window_overlap, 160);
+    EXPECT_EQ(facts.rate_hz, 16000.0f);
+    EXPECT_EQ(tessarin_get_model_facts(nullptr), nullptr);
 }
 
 TEST_F(FlatInterface, BadInputIsACode) {

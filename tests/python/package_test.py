@@ -67,6 +67,30 @@ class SameAsTheTool(unittest.TestCase):
         self.assert_same(result, expected)
         self.assert_same_frames(result.track(), expected)
 
+    def test_sentences(self) -> None:
+        text = TEXT + "\nThe children built a boat – of “paper” – by the river. "
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "text")
+            pathlib.Path(path).write_text(text, encoding="utf-8")
+            for stretch in ((), (1000, 12000)):
+                options = [f"--{name}={ms}" for name, ms in zip(("from", "to"), stretch)]
+                expected = json.loads(subprocess.run(
+                    [os.environ["TESSARIN_TOOL"], "align", WAV, "--text-file", path, "--sentences",
+                     "-q", *options], check=True, capture_output=True).stdout)["sentences"]
+                found = tessarin.Engine().find_sentences(
+                    WAV, text, **dict(zip(("from_ms", "to_ms"), stretch)))
+                self.assertEqual([(s.text, s.start_ms, s.end_ms) for s in found],
+                                 [(s["text"], s.get("start_ms"), s.get("end_ms"))
+                                  for s in expected])
+                for sentence, other in zip(found, expected):
+                    self.assertAlmostEqual(sentence.score or 0, other.get("score", 0), places=3)
+                    self.assertEqual(text[sentence.offset:sentence.offset + sentence.length],
+                                     sentence.text)
+                self.assertGreater(sum(s.start_ms is not None for s in found), 1)
+                self.assertIsNone(found[-1].start_ms)
+        with self.assertRaises(tessarin.Cancelled):
+            tessarin.find_sentences(WAV, text, progress=lambda done, total: True)
+
     def test_a_stretch(self) -> None:
         expected = tool("recognize", WAV, "--from", "1234", "--to", "3456")
         result = tessarin.recognize(WAV, from_ms=1234, to_ms=3456)
@@ -246,6 +270,42 @@ class Mouth(unittest.TestCase):
             tessarin.Shapes.from_text("shapes shut\nAA wide\n")
         with self.assertRaises(tessarin.TessarinError):
             tessarin.Shapes("no such set")
+
+
+class LiveAudio(unittest.TestCase):
+    def test_it_is_heard_as_the_tool_hears_it(self) -> None:
+        audio = tessarin.Audio.from_file(WAV)
+        samples = audio.samples[:5 * audio.rate]
+        # All is weighed to the end, so that nothing depends on when it is taken.
+        run = subprocess.run([os.environ["TESSARIN_TOOL"], "live", "--delay", "10000"], check=True,
+                             input=samples.tobytes(), capture_output=True)
+        expected = [json.loads(line) for line in run.stdout.splitlines()]
+        live = tessarin.Live(rate=audio.rate, delay_ms=10000)
+        stretches = []
+        for first in range(0, len(samples), 1600):
+            live.push(samples[first:first + 1600])
+            stretches.append(live.take())
+        stretches.append(live.finish())
+        self.assertEqual([(p.label, p.start_ms, p.end_ms) for s in stretches for p in s.phonemes],
+                         [(p["label"], p["start_ms"], p["end_ms"])
+                          for line in expected for p in line["phonemes"]])
+        frames = [frame for s in stretches for frame in s.frames]
+        others = [frame for line in expected for frame in line["frames"]]
+        self.assertEqual([(f.start_ms, list(f.weights)) for f in frames],
+                         [(f["start_ms"], list(f["weights"])) for f in others])
+        self.assertEqual(stretches[-1].end_ms, 5000)
+        with self.assertRaises(tessarin.TessarinError) as caught:
+            live.push(samples)
+        self.assertEqual(caught.exception.code, 6)
+
+    def test_the_gate_silences_what_is_quiet(self) -> None:
+        audio = tessarin.Audio.from_file(WAV)
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "gated.wav")
+            subprocess.run([os.environ["TESSARIN_TOOL"], "gate", WAV, "-o", path, "--gate=-45"],
+                           check=True, capture_output=True)
+            self.assertEqual(list(audio.gated(-45, ramp_ms=10).samples),
+                             list(tessarin.Audio.from_file(path).samples))
 
 
 class Failures(unittest.TestCase):

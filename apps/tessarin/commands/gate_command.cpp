@@ -10,7 +10,8 @@
 #include "apps/tessarin/console/file_io.h"
 #include "apps/tessarin/options/gate_options.h"
 #include "apps/tessarin/readers/audio_file_stream.h"
-#include "audio/noise_gate.h"
+#include "tessarin/owned.h"
+#include "tessarin/tessarin_c.h"
 
 namespace {
 
@@ -19,8 +20,11 @@ struct gate_command_options {
     std::string output;
     std::string channel = "1";
     gate_options gate;
-    tessarin::noise_gate_settings settings;
+    int32_t maxBlipMs = 150;
+    int32_t minQuietMs = 220;
 };
+
+using audio_owner = std::unique_ptr<tessarin_audio, tessarin::destroyer<tessarin_free_audio>>;
 
 std::vector<int16_t> ReadSamples(AudioFileStream& stream) {
     std::vector<int16_t> samples(stream.GetSize() / sizeof(int16_t));
@@ -44,7 +48,7 @@ void AddNumber(std::string& out, uint32_t value, int bytes) {
     }
 }
 
-std::string MonoWav(std::span<const float> samples, uint32_t rateHz) {
+std::string MonoWav(std::span<const int16_t> samples, uint32_t rateHz) {
     const auto dataBytes = static_cast<uint32_t>(samples.size() * sizeof(int16_t));
     std::string wav = "RIFF";
     AddNumber(wav, dataBytes + 36, 4);
@@ -58,8 +62,8 @@ std::string MonoWav(std::span<const float> samples, uint32_t rateHz) {
     AddNumber(wav, 16, 2);
     wav += "data";
     AddNumber(wav, dataBytes, 4);
-    for (const float sample : samples) {
-        AddNumber(wav, static_cast<uint16_t>(static_cast<int16_t>(sample)), 2);
+    for (const int16_t sample : samples) {
+        AddNumber(wav, static_cast<uint16_t>(sample), 2);
     }
     return wav;
 }
@@ -72,16 +76,25 @@ void RunGate(const gate_command_options& options) {
     stream.GetFormat(&format);
     const uint32_t rateHz = format.sampleRate >> 16;
     const std::vector<int16_t> read = ReadSamples(stream);
-    std::vector<float> samples(read.begin(), read.end());
-    const auto rate = static_cast<float>(rateHz);
-    const std::vector<float> levels = tessarin::PeakLevels(samples, rate);
-    const float share = threshold.percentile > 0 ? threshold.percentile : 0.28f;
-    const float levelDb =
-        threshold.db < 0 ? threshold.db : tessarin::LevelAtPercentile(levels, share);
-    tessarin::noise_gate_settings settings = options.settings;
-    settings.rampMs = options.gate.rampMs;
-    tessarin::SilenceQuietStretches(samples, levels, rate, levelDb, settings);
-    WriteOutput(options.output, MonoWav(samples, rateHz));
+    tessarin_audio* made = nullptr;
+    int32_t code = tessarin_create_audio_from_int16(read.data(), static_cast<uint32_t>(read.size()),
+                                                    rateHz, &made);
+    const audio_owner audio(made);
+    const tessarin_gate_options settings{sizeof settings,      threshold.db,
+                                         threshold.percentile, options.gate.rampMs,
+                                         options.maxBlipMs,    options.minQuietMs};
+    float levelDb = 0;
+    made = nullptr;
+    if (code == TESSARIN_OK) {
+        code = tessarin_create_gated_audio(audio.get(), &settings, &levelDb, &made);
+    }
+    const audio_owner gated(made);
+    if (code != TESSARIN_OK) {
+        throw EngineFailure(options.audio, code);
+    }
+    uint32_t count = 0;
+    const int16_t* const samples = tessarin_get_audio_samples(gated.get(), &count);
+    WriteOutput(options.output, MonoWav({samples, count}, rateHz));
     std::fprintf(stderr, "silenced below %.1f dB\n", static_cast<double>(levelDb));
 }
 
@@ -107,13 +120,13 @@ void AddGateCommand(CLI::App& app) {
         ->check(CLI::Range(0, 10000))
         ->option_text("MS");
     command
-        ->add_option("--max-blip", options->settings.maxBlipMs,
+        ->add_option("--max-blip", options->maxBlipMs,
                      "Louder sounds that are shorter than this, in ms, are silenced with the quiet "
                      "around them [150]")
         ->check(CLI::Range(1, 100000))
         ->option_text("MS");
     command
-        ->add_option("--min-quiet", options->settings.minQuietMs,
+        ->add_option("--min-quiet", options->minQuietMs,
                      "How long that quiet must be on both sides, in ms [220]")
         ->check(CLI::Range(1, 100000))
         ->option_text("MS");

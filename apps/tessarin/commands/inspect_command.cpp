@@ -11,8 +11,9 @@
 #include "apps/tessarin/options/engine_data.h"
 #include "apps/tessarin/readers/audio_file_stream.h"
 #include "apps/tessarin/readers/lexicon_summary.h"
-#include "apps/tessarin/readers/model_summary.h"
 #include "apps/tessarin/readers/recording_failure.h"
+#include "tessarin/owned.h"
+#include "tessarin/tessarin_c.h"
 
 namespace {
 
@@ -29,28 +30,30 @@ void ShowModel(const std::string& path) {
     data_options options;
     options.model = path;
     LoadModel(options); // says what is wrong with a model that does not load
-    const std::optional<model_summary> summary = SummarizeModel(ReadWholeFile(path));
-    if (!summary) {
-        throw EngineFailure(path, tessarin::kInvalidFile);
+    tessarin_model* made = nullptr;
+    const int32_t code = tessarin_create_model_from_file(path.c_str(), &made);
+    const std::unique_ptr<tessarin_model, tessarin::destroyer<tessarin_free_model>> model(made);
+    if (code != TESSARIN_OK) {
+        throw EngineFailure(path, code);
     }
-    const model_summary& s = *summary;
-    std::printf("acoustic model   version %d\n", s.version);
-    std::printf("phonemes         %d:", s.numModels);
-    for (const std::string& label : s.labels) {
-        std::printf(" %s", label.c_str());
+    const tessarin_model_facts& facts = *tessarin_get_model_facts(made);
+    std::printf("acoustic model   version %d\n", facts.version);
+    std::printf("phonemes         %d:", facts.num_phonemes);
+    for (int32_t i = 0; i < facts.num_phonemes; ++i) {
+        std::printf(" %s", facts.labels[i]);
     }
-    std::printf("\nstates           %d a phoneme, %d in all\n", s.numStates,
-                s.numModels * s.numStates);
-    std::printf("mixtures         %d a state\n", s.numMixtures);
-    std::printf("features         %d from %d cepstra of %d bands, flags %u\n", s.numFeatures,
-                s.numCepstra, s.numBands, s.flags);
-    const double hop = s.sampleRate > 0 ? (s.windowSize - s.windowOverlap) * 1000.0 /
-                                              static_cast<double>(s.sampleRate)
-                                        : 0.0;
+    std::printf("\nstates           %d a phoneme, %d in all\n", facts.num_states,
+                facts.num_phonemes * facts.num_states);
+    std::printf("mixtures         %d a state\n", facts.num_mixtures);
+    std::printf("features         %d from %d cepstra of %d bands, flags %u\n", facts.num_features,
+                facts.num_cepstra, facts.num_bands, facts.flags);
+    const double hop = facts.rate_hz > 0 ? (facts.window_size - facts.window_overlap) * 1000.0 /
+                                               static_cast<double>(facts.rate_hz)
+                                         : 0.0;
     std::printf("analysis         %g Hz, window %d, overlap %d (one vector each %g ms), "
                 "pre-emphasis %g\n",
-                static_cast<double>(s.sampleRate), s.windowSize, s.windowOverlap, hop,
-                static_cast<double>(s.preEmphasis));
+                static_cast<double>(facts.rate_hz), facts.window_size, facts.window_overlap, hop,
+                static_cast<double>(facts.pre_emphasis));
 }
 
 void ShowRecording(const recording_info& info) {
@@ -70,7 +73,7 @@ void RunInspect(const std::string& path) {
     }
     recording_info info;
     const std::string head = ReadHead(path);
-    if (LooksLikeModel(head)) {
+    if (head == "mmhz") {
         ShowModel(path);
     } else if (LooksLikeLexicon(head)) {
         std::fputs(DescribeLexicon(SummarizeLexicon(path)).c_str(), stdout);

@@ -1,6 +1,4 @@
-#include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -10,18 +8,16 @@
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/console/file_io.h"
 #include "apps/tessarin/console/progress_bar.h"
-#include "apps/tessarin/live_mouth.h"
 #include "apps/tessarin/options/engine_data.h"
 #include "apps/tessarin/readers/live_source.h"
-#include "apps/tessarin/speech_search.h"
 #include "apps/tessarin/writers/live_lines.h"
+#include "tessarin/tessarin_c.h"
 
 namespace {
 
 using clock_type = std::chrono::steady_clock;
 
 constexpr int kBlocksPerSecond = 100;
-constexpr int kFlagsOfResults = tessarin::kPostProcessScores;
 /// How much may wait to be searched before no more is read: faster input must not fill memory.
 constexpr int64_t kMostWaitingMs = 5000;
 
@@ -37,21 +33,21 @@ struct live_options {
     bool noTrigrams = false;
 };
 
-/// One run: audio goes into the recognizer, and lines come out.
+using hearing_model = std::unique_ptr<tessarin_model, tessarin::destroyer<tessarin_free_model>>;
+using live_owner = std::unique_ptr<tessarin_live, tessarin::destroyer<tessarin_free_live>>;
+
+/// One run: audio goes into the library, and lines come out.
 class LiveRun {
 public:
-    LiveRun(const live_options& liveOptions, tessarin::CAccousticHMM& model,
-            LiveSource& liveSource);
+    LiveRun(const live_options& liveOptions, const tessarin_model& model, LiveSource& liveSource);
 
     void Listen();
 
 private:
     void Push(const std::string& bytes);
     void KeepPace() const;
-    bool Flush();
-    void WaitForSearch(int64_t untilMs);
-    void Finish();
-    void Print(bool atEnd);
+    void Require(int32_t code) const;
+    void Print(const tessarin_live_stretch& stretch) const;
     static void Write(const std::string& lines);
     int64_t PushedMs() const {
         return static_cast<int64_t>(pushedBytes / source.format.BytesPerFrame() * 1000 /
@@ -61,61 +57,30 @@ private:
     const live_options& options;
     LiveSource& source;
     const bool isPaced;
-    double periodMs = 0;
-    tessarin::realtime_recognizer_owner recognizer;
-    tessarin::results_owner results;
-    LiveMouth mouth;
+    live_owner live;
     MouthShapes visemes; ///< empty for other formats
     uint64_t pushedBytes = 0;
-    int64_t lastFlushMs = 0; ///< length of the flush before, its tail included
     clock_type::time_point begin = clock_type::now();
 };
 
-/// From one observation of `model` to the next.
-double PeriodMs(tessarin::CAccousticHMM& model) {
-    struct silence final : tessarin::IQuibPCMStream {
-        void GetFormat(tessarin::PCMFormat* out) override { *out = {16000u << 16, 16, 1}; }
-        uint32_t GetSize() override { return 0; }
-        int32_t Read(void*, int32_t) override { return 0; }
-        tessarin::error_code Start() override { return tessarin::kNoError; }
-    } nothing;
-    tessarin::IObservationStream* made = nullptr;
-    const int32_t code = CreateObservationStreamFromQuibStream(&nothing, &model, &made);
-    if (code != tessarin::kNoError) {
-        throw EngineFailure("model", code);
-    }
-    const tessarin::observations_owner stream(made);
-    uint32_t windowSize = 0;
-    uint32_t overlap = 0;
-    stream->GetFrameGeometry(&windowSize, &overlap);
-    return static_cast<double>(windowSize - overlap) /
-           static_cast<double>(stream->GetSampleRate()) * 1000.0;
-}
-
-LiveRun::LiveRun(const live_options& liveOptions, tessarin::CAccousticHMM& model,
+LiveRun::LiveRun(const live_options& liveOptions, const tessarin_model& model,
                  LiveSource& liveSource)
-    : options(liveOptions), source(liveSource), isPaced(options.input != "-"),
-      periodMs(PeriodMs(model)), mouth(options.fps) {
+    : options(liveOptions), source(liveSource), isPaced(options.input != "-") {
     if (options.format == "visemes") {
         visemes = MouthShapes::BuiltIn("visemes");
     }
-    const raw_format& format = source.format;
-    tessarin::IRealtimePhnRecognizer* made = nullptr;
-    int32_t code = CreateRealtimePhnRecognizer(format.rateHz, format.bits, format.channels,
-                                               options.delayMs / 1000.0, &model, &made);
-    recognizer.reset(made);
-    tessarin::ISyncResultsCollection* collection = nullptr;
-    if (code == tessarin::kNoError) {
-        code = CreateSyncResultsCollection(kFlagsOfResults, &collection);
-        results.reset(collection);
-    }
-    if (code == tessarin::kNoError) {
-        recognizer->SetResultOverlap(options.overlapMs);
-        code = recognizer->Start();
-    }
-    if (code != tessarin::kNoError) {
-        throw EngineFailure(options.input, code);
-    }
+    tessarin_live_options settings{};
+    settings.size = sizeof settings;
+    settings.rate_hz = static_cast<uint32_t>(source.format.rateHz);
+    settings.format = source.format.bits == 8 ? TESSARIN_UINT8 : TESSARIN_INT16;
+    settings.channels = static_cast<uint32_t>(source.format.channels);
+    settings.delay_ms = options.delayMs;
+    settings.overlap_ms = options.overlapMs;
+    settings.frame_rate = static_cast<float>(options.fps);
+    tessarin_live* made = nullptr;
+    const int32_t code = tessarin_create_live(&model, &settings, &made);
+    live.reset(made);
+    Require(code);
 }
 
 void LiveRun::Listen() {
@@ -125,22 +90,27 @@ void LiveRun::Listen() {
     if (options.format == "visemes") {
         Write(WriteShapesHeader(visemes));
     }
+    tessarin_live_stretch stretch;
+    const auto take = [&] {
+        Require(tessarin_take_live(live.get(), &stretch));
+        Print(stretch);
+    };
     while (!WasInterrupted() && source.Read(&bytes, blockBytes)) {
         Push(bytes);
         KeepPace();
-        WaitForSearch(PushedMs() - kMostWaitingMs - 2 * options.delayMs);
-        while (Flush()) {
-            Print(false);
+        take();
+        while (stretch.waiting_ms > kMostWaitingMs + 2 * options.delayMs) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            take();
         }
     }
-    Finish();
+    Require(tessarin_finish_live(live.get(), &stretch));
+    Print(stretch);
 }
 
 void LiveRun::Push(const std::string& bytes) {
-    const int32_t code = recognizer->WriteBytes(bytes.data(), static_cast<uint32_t>(bytes.size()));
-    if (code != tessarin::kNoError) {
-        throw EngineFailure(options.input, code);
-    }
+    Require(
+        tessarin_push_live_audio(live.get(), bytes.data(), static_cast<uint32_t>(bytes.size())));
     pushedBytes += bytes.size();
 }
 
@@ -154,52 +124,17 @@ void LiveRun::KeepPace() const {
     }
 }
 
-/// Takes what the recognizer is sure of by now. Returns whether there was anything.
-bool LiveRun::Flush() {
-    if (!recognizer->GetMicVisemix(results.get(), options.delayMs) || results->size() == 0) {
-        return false;
-    }
-    const int32_t spanMs = (results->end() - 1)->end - results->begin()->start;
-    const auto ms = std::llround(std::round(spanMs / periodMs) * periodMs);
-    const int64_t tailMs = std::min<int64_t>(options.overlapMs / 2, lastFlushMs);
-    mouth.Add(*results, ms, options.overlapMs > 0 ? tailMs : 0);
-    lastFlushMs = ms;
-    return true;
-}
-
-/// Flushes until what was heard reaches `untilMs`.
-void LiveRun::WaitForSearch(int64_t untilMs) {
-    while (mouth.GetHeardMs() < untilMs) {
-        if (Flush()) {
-            Print(false);
-        } else if (recognizer->IsActive() == 0) {
-            throw EngineFailure(options.input, tessarin::kOutOfMemory);
-        } else {
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        }
+void LiveRun::Require(int32_t code) const {
+    if (code != TESSARIN_OK) {
+        throw EngineFailure(options.input, code);
     }
 }
 
-/// The end is heard in silence that is put behind it, as everything else before its future.
-void LiveRun::Finish() {
-    constexpr int kAnalysisMs = 200;
-    const int64_t audioMs = PushedMs();
-    mouth.SetEnd(std::max(audioMs, mouth.GetHeardMs()));
-    const int silenceMs = 2 * options.delayMs + kAnalysisMs;
-    const size_t frameBytes = source.format.BytesPerFrame();
-    pushedBytes -= pushedBytes % frameBytes; // the recognizer completes what was cut by itself
-    Push(std::string(frameBytes * static_cast<size_t>(source.format.rateHz) *
-                         static_cast<size_t>(silenceMs) / 1000,
-                     source.format.bits == 8 ? '\x80' : '\0'));
-    WaitForSearch(audioMs);
-    Print(true);
-}
-
-void LiveRun::Print(bool atEnd) {
-    const live_stretch stretch = mouth.TakeFinal(atEnd);
-    const std::string lines =
-        options.format == "jsonl" ? WriteLiveJson(stretch) : WriteLiveShapes(stretch, visemes);
-    Write(lines);
+void LiveRun::Print(const tessarin_live_stretch& stretch) const {
+    if (stretch.end_ms > stretch.start_ms || stretch.phoneme_count + stretch.frame_count > 0) {
+        Write(options.format == "jsonl" ? WriteLiveJson(stretch)
+                                        : WriteLiveShapes(stretch, visemes));
+    }
 }
 
 void LiveRun::Write(const std::string& lines) {
@@ -209,16 +144,28 @@ void LiveRun::Write(const std::string& lines) {
     }
 }
 
+hearing_model LoadModel(const live_options& options) {
+    std::string path = HearingModelPath(options.data);
+    tessarin_model* made = nullptr;
+    int32_t code = tessarin_create_model_from_file(path.c_str(), &made);
+    hearing_model model(made);
+    if (code == TESSARIN_OK && !options.noTrigrams) {
+        path = DataPathOr("", options.data, kTrigramsName);
+        code = tessarin_read_model_statistics(model.get(), path.c_str(), 1);
+    }
+    if (code != TESSARIN_OK) {
+        throw EngineFailure(path, code);
+    }
+    return model;
+}
+
 void RunLive(const live_options& options) {
     CatchInterrupts();
     const raw_format format = ReadRawFormat(options.raw.empty() ? "16000,16,1" : options.raw);
     const bool isRaw = options.input == "-" || !options.raw.empty();
     const std::unique_ptr<LiveSource> source =
         isRaw ? OpenRawSource(options.input, format) : OpenRecordingSource(options.input);
-    const tessarin::model_owner model = LoadHearingModel(options.data);
-    if (!options.noTrigrams) {
-        LoadTrigrams({}, options.data, *model);
-    }
+    const hearing_model model = LoadModel(options);
     LiveRun(options, *model, *source).Listen();
 }
 

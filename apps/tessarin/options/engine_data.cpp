@@ -39,10 +39,15 @@ tessarin::model_owner LoadModel(const data_options& options) {
     return LoadModelFile(DataPathOr(options.model, options, kModelName));
 }
 
+std::string HearingModelPath(const data_options& options) {
+    std::string path = DataPathOr(options.model, options, kHearingModelName);
+    return std::filesystem::exists(path) || !options.model.empty()
+               ? path
+               : DataPathOr(options.model, options, kModelName);
+}
+
 tessarin::model_owner LoadHearingModel(const data_options& options) {
-    const std::string path = DataPathOr(options.model, options, kHearingModelName);
-    return std::filesystem::exists(path) || !options.model.empty() ? LoadModelFile(path)
-                                                                   : LoadModel(options);
+    return LoadModelFile(HearingModelPath(options));
 }
 
 void AddDataFolderOption(CLI::App& command, data_options* options) {

@@ -29,8 +29,11 @@ std::string DataPathOr(const std::string& given, const data_options& options, co
 /// Throws Failure for a file that is too large for the engine's 32-bit sizes.
 void RequireSize(const std::string& path, const std::string& content);
 
-/// All throw Failure. Where no model is named, that for hearing without a text is one of its own,
-/// if the data folder has it.
+/// Where no model is named, that for hearing without a text is one of its own, if the data folder
+/// has it. Throws Failure.
+std::string HearingModelPath(const data_options& options);
+
+/// All throw Failure.
 tessarin::model_owner LoadModel(const data_options& options);
 tessarin::model_owner LoadHearingModel(const data_options& options);
 tessarin::transcriber_owner LoadTranscriber(const data_options& options);

@@ -6,11 +6,11 @@
 #include <string_view>
 
 #include "apps/tessarin/readers/lexicon_summary.h"
-#include "apps/tessarin/readers/model_summary.h"
 #include "tessarin/error_codes.h"
 
 namespace {
 
+constexpr std::string_view kModelMagic = "mmhz"; // a model file begins so
 /// Enough to tell a text from the bytes of some other format.
 constexpr size_t kHeadBytes = 4096;
 
@@ -52,7 +52,7 @@ std::string DescribeOther(const std::string& path) {
     if (head.empty()) {
         return "it is an empty file, not a recording; record or copy it again";
     }
-    if (LooksLikeModel(head)) {
+    if (head.starts_with(kModelMagic)) {
         return "it is an acoustic model, not a recording; give it with --model";
     }
     if (LooksLikeLexicon(head)) {

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <span>
 
 #include <nlohmann/json.hpp>
 
@@ -14,28 +15,42 @@ double Rounded(float value) {
     return std::round(static_cast<double>(value) * 1e4) / 1e4;
 }
 
+std::span<const tessarin_weight> WeightsOf(const tessarin_live_frame& frame) {
+    return std::span(frame.weights).first(static_cast<size_t>(frame.count));
+}
+
+/// The weights alone: the times of live audio do not fit.
+mouth_frame MouthOf(const tessarin_live_frame& frame) {
+    mouth_frame mouth{};
+    for (const tessarin_weight& each : WeightsOf(frame)) {
+        mouth.weights.emplace_back(each.label, each.weight);
+    }
+    return mouth;
+}
+
 } // namespace
 
-std::string WriteLiveJson(const live_stretch& stretch) {
+std::string WriteLiveJson(const tessarin_live_stretch& stretch) {
     json phonemes = json::array();
-    for (const timed_phoneme& phoneme : stretch.phonemes) {
+    for (const tessarin_live_phoneme& phoneme :
+         std::span(stretch.phonemes, stretch.phoneme_count)) {
         phonemes.push_back({{"label", phoneme.label},
-                            {"start_ms", stretch.baseMs + phoneme.startMs},
-                            {"end_ms", stretch.baseMs + phoneme.endMs},
+                            {"start_ms", phoneme.start_ms},
+                            {"end_ms", phoneme.end_ms},
                             {"score", Rounded(phoneme.score)}});
     }
     json frames = json::array();
-    for (const mouth_frame& frame : stretch.frames) {
+    for (const tessarin_live_frame& frame : std::span(stretch.frames, stretch.frame_count)) {
         json weights = json::object();
-        for (const auto& [label, weight] : frame.weights) {
-            weights[label] = Rounded(weight);
+        for (const tessarin_weight& each : WeightsOf(frame)) {
+            weights[each.label] = Rounded(each.weight);
         }
-        frames.push_back({{"start_ms", stretch.baseMs + frame.startMs},
-                          {"end_ms", stretch.baseMs + frame.endMs},
+        frames.push_back({{"start_ms", frame.start_ms},
+                          {"end_ms", frame.end_ms},
                           {"weights", std::move(weights)}});
     }
-    const json line = {{"start_ms", stretch.startMs},
-                       {"end_ms", stretch.endMs},
+    const json line = {{"start_ms", stretch.start_ms},
+                       {"end_ms", stretch.end_ms},
                        {"phonemes", std::move(phonemes)},
                        {"frames", std::move(frames)}};
     return line.dump(-1, ' ', false, json::error_handler_t::replace) + "\n";
@@ -49,12 +64,11 @@ std::string WriteShapesHeader(const MouthShapes& shapes) {
     return header + "\n";
 }
 
-std::string WriteLiveShapes(const live_stretch& stretch, const MouthShapes& shapes) {
+std::string WriteLiveShapes(const tessarin_live_stretch& stretch, const MouthShapes& shapes) {
     std::string rows;
-    const std::vector<std::vector<double>> mixed = shapes.Mix(stretch.frames);
-    for (size_t i = 0; i < mixed.size(); ++i) {
-        rows += std::to_string(stretch.baseMs + stretch.frames[i].startMs);
-        for (const double weight : mixed[i]) {
+    for (const tessarin_live_frame& frame : std::span(stretch.frames, stretch.frame_count)) {
+        rows += std::to_string(frame.start_ms);
+        for (const double weight : shapes.Mix({MouthOf(frame)}).front()) {
             char text[32];
             std::snprintf(text, sizeof text, ",%.4f", weight);
             rows += text;

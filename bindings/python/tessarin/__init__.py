@@ -11,14 +11,16 @@ interpreter is free while a search runs.
 """
 
 from tessarin._audio import Audio
-from tessarin._engine import (Engine, align, align_many, default_engine, recognize, transcribe,
-                              version)
+from tessarin._engine import (Engine, align, align_many, default_engine, find_sentences, recognize,
+                              transcribe, version)
 from tessarin._errors import Cancelled, RecognitionFailed, TessarinError
-from tessarin._results import Curve, Event, Frame, Phoneme, Result, Token, Track, Word
+from tessarin._live import Live, LiveStretch
+from tessarin._results import Curve, Event, Frame, Phoneme, Result, Sentence, Token, Track, Word
 from tessarin._shapes import Shapes, Switch
 
 __all__ = [
-    "Audio", "Cancelled", "Curve", "Engine", "Event", "Frame", "Phoneme", "RecognitionFailed",
-    "Result", "Shapes", "Switch", "TessarinError", "Token", "Track", "Word", "align", "align_many", "default_engine",
-    "recognize", "transcribe", "version",
+    "Audio", "Cancelled", "Curve", "Engine", "Event", "Frame", "Live", "LiveStretch", "Phoneme",
+    "RecognitionFailed", "Result", "Sentence", "Shapes", "Switch", "TessarinError", "Token",
+    "Track", "Word", "align", "align_many", "default_engine", "find_sentences", "recognize",
+    "transcribe", "version",
 ]

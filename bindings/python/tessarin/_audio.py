@@ -10,7 +10,7 @@ from typing import TYPE_CHECKING, Any, Sequence, Union
 
 from tessarin._arrays import numpy
 from tessarin._errors import FILE_NOT_FOUND, OUT_OF_MEMORY, OUT_OF_RANGE, TessarinError
-from tessarin._library import Library
+from tessarin._library import GateOptions, Library
 
 if TYPE_CHECKING:
     import numpy.typing
@@ -18,6 +18,24 @@ if TYPE_CHECKING:
 Path = Union[str, "os.PathLike[str]"]
 
 HIGHEST_RATE_HZ = 65535  # that the library takes
+
+
+def sample_buffer(samples: Any) -> tuple[int, int, bool, Any]:
+    """The address and the number of samples of one channel, whether they are 16-bit integers or
+    else floats, and what has to live as long as the address is used."""
+    if numpy is None:
+        is_int16 = isinstance(samples, array.array) and samples.typecode == "h"
+        values = samples if is_int16 else array.array("f", samples)
+        return (*values.buffer_info(), is_int16, values)
+    values = numpy.asarray(samples)
+    if values.ndim != 1:
+        raise ValueError("give the samples of one channel")
+    if values.dtype != numpy.int16:
+        if not numpy.issubdtype(values.dtype, numpy.floating):
+            raise TypeError("samples are 16-bit integers, or floats from -1 to 1")
+        values = values.astype(numpy.float32)
+    values = numpy.ascontiguousarray(values)
+    return values.ctypes.data, len(values), values.dtype == numpy.int16, values
 
 
 class Audio:
@@ -71,21 +89,7 @@ class Audio:
                      name: str = "samples") -> Audio:
         """Copies one channel of samples at `rate` Hz: an array of 16-bit integers, or floats from
         -1 to 1. Raises TessarinError for a rate above 65535."""
-        if numpy is not None:
-            values = numpy.asarray(samples)
-            if values.ndim != 1:
-                raise ValueError("give the samples of one channel")
-            if values.dtype != numpy.int16:
-                if not numpy.issubdtype(values.dtype, numpy.floating):
-                    raise TypeError("samples are 16-bit integers, or floats from -1 to 1")
-                values = values.astype(numpy.float32)
-            values = numpy.ascontiguousarray(values)
-            address, count = values.ctypes.data, len(values)
-            is_int16 = values.dtype == numpy.int16
-        else:
-            is_int16 = isinstance(samples, array.array) and samples.typecode == "h"
-            values = samples if is_int16 else array.array("f", samples)
-            address, count = values.buffer_info()
+        address, count, is_int16, _keep = sample_buffer(samples)
         function = "create_audio_from_int16" if is_int16 else "create_audio_from_float"
         return cls(Library.get().create(function, name, address, count, rate), name)
 
@@ -110,6 +114,17 @@ class Audio:
         count = ctypes.c_uint32()
         self._library.get_audio_samples(self._handle, ctypes.byref(count))
         return count.value * 1000 // self.rate
+
+    def gated(self, threshold_db: float = 0, *, percentile: float = 0, ramp_ms: int = 0,
+              max_blip_ms: int = 0, min_quiet_ms: int = 0) -> Audio:
+        """A copy whose quiet stretches are silenced. Quiet is what is below `threshold_db` of full
+        scale; with 0, the quietest `percentile` (0.28) of the audio. A stretch fades out and in
+        within `ramp_ms`; sounds shorter than `max_blip_ms` (150) go with the quiet around them,
+        if that lasts `min_quiet_ms` (220) on both sides. Raises TessarinError."""
+        options = GateOptions(ctypes.sizeof(GateOptions), threshold_db, percentile, ramp_ms,
+                              max_blip_ms, min_quiet_ms)
+        return Audio(self._library.create("create_gated_audio", self.name, self._handle,
+                                          ctypes.byref(options), None), self.name)
 
 
 def _at_half_the_rate(samples: Any) -> Any:

@@ -14,7 +14,7 @@ from tessarin import _library
 from tessarin._audio import Audio, Path
 from tessarin._errors import (CANCELLED, RECOGNITION_FAILED, RecognitionFailed, TessarinError)
 from tessarin._library import Library
-from tessarin._results import Result, TextPlaces, Token, make_token
+from tessarin._results import (Result, Sentence, TextPlaces, Token, make_sentence, make_token)
 
 Recording = Union[Path, Audio]
 ProgressFunction = Callable[[int, int], Optional[bool]]
@@ -92,7 +92,8 @@ class Engine:
     def _open_model(self, path: str) -> int:
         return self._open("create_model_from_file", path, self._library.free_model)
 
-    def _model_for_hearing(self) -> int:
+    def model_for_hearing(self) -> int:
+        """The handle of the model with statistics, for the package itself."""
         with self._lock:
             if self._hearing_model is None:
                 has_own = os.path.exists(self._hearing_path)
@@ -119,14 +120,14 @@ class Engine:
         return str(self._library.get_language_name(self._language), "ascii", "replace")
 
     def align(self, audio: Recording, text: str, *, channel: int = 1, from_ms: int = 0,
-              to_ms: int | None = None, beam_width: int | None = None,
+              to_ms: int | None = None, beam_width: int | None = None, retry: bool = False,
               progress: ProgressFunction | None = None) -> Result:
         """Finds when each phoneme and word of `text` was spoken.
 
         `audio` is a path or an Audio; `channel` of a file counts from 1, and 0 is the mean of all.
         `from_ms` and `to_ms` bound the stretch that is searched; times count from the beginning of
         the audio all the same. `beam_width`, 500 to 8000 (2000), widens a search that loses the
-        text. `progress(done, total)` is called now and then and cancels by returning True.
+        text, and `retry` goes on after the loss. `progress(done, total)` is called now and then and cancels by returning True.
 
         Raises Cancelled; RecognitionFailed, which has what was found; or TessarinError.
         """
@@ -134,7 +135,31 @@ class Engine:
         recording = self._audio(audio, channel)
         return self._search("create_alignment", recording.name, places, progress,
                             self._model, self._language, recording._handle, places.content,
-                            self._options(from_ms, to_ms, beam_width))
+                            self._options(from_ms, to_ms, beam_width, retry))
+
+    def find_sentences(self, audio: Recording, text: str, *, min_score: float = 5.5,
+                       channel: int = 1, from_ms: int = 0, to_ms: int | None = None,
+                       beam_width: int | None = None,
+                       progress: ProgressFunction | None = None) -> list[Sentence]:
+        """Finds which sentences of `text` were said, and when, in audio that may hold anything
+        else, too. A sentence is found when it scores `min_score`. Other arguments and errors are
+        those of `align`."""
+        places = TextPlaces(text)
+        recording = self._audio(audio, channel)
+        watch = _Watch(progress)
+        try:
+            handle = self._library.create(
+                "create_sentence_search", recording.name, self._model, self._language,
+                recording._handle, places.content, min_score,
+                self._options(from_ms, to_ms, beam_width), watch.pointer())
+        except TessarinError:
+            watch.raise_error()
+            raise
+        try:
+            return [make_sentence(raw, places)
+                    for raw in self._library.items("get_sentences", handle)]
+        finally:
+            self._library.free_sentence_search(handle)
 
     def recognize(self, audio: Recording, *, channel: int = 1, from_ms: int = 0,
                   to_ms: int | None = None,
@@ -143,7 +168,7 @@ class Engine:
         `align`; there are no words."""
         recording = self._audio(audio, channel)
         return self._search("create_recognition", recording.name, None, progress,
-                            self._model_for_hearing(), recording._handle,
+                            self.model_for_hearing(), recording._handle,
                             self._options(from_ms, to_ms, None))
 
     def transcribe(self, text: str) -> list[Token]:
@@ -177,12 +202,13 @@ class Engine:
         return audio if isinstance(audio, Audio) else Audio.from_file(audio, channel)
 
     @staticmethod
-    def _options(from_ms: int, to_ms: int | None, beam_width: int | None) -> Any:
+    def _options(from_ms: int, to_ms: int | None, beam_width: int | None,
+                 retry: bool = False) -> Any:
         if to_ms is not None and to_ms <= from_ms:
             raise ValueError("to_ms is not behind from_ms")
         return ctypes.byref(_library.SearchOptions(
             size=ctypes.sizeof(_library.SearchOptions), beam_width=beam_width or 0,
-            from_ms=from_ms, to_ms=to_ms or 0))
+            from_ms=from_ms, to_ms=to_ms or 0, flags=_library.SEARCH_RETRY if retry else 0))
 
     def _search(self, function: str, subject: str, places: TextPlaces | None,
                 progress: ProgressFunction | None, *arguments: Any) -> Result:
@@ -233,3 +259,8 @@ def recognize(audio: Recording, **options: Any) -> Result:
 def transcribe(text: str) -> list[Token]:
     """Tells how a text is said; see Engine.transcribe."""
     return default_engine().transcribe(text)
+
+
+def find_sentences(audio: Recording, text: str, **options: Any) -> list[Sentence]:
+    """Finds which sentences of a text were said, and when; see Engine.find_sentences."""
+    return default_engine().find_sentences(audio, text, **options)

@@ -9,7 +9,7 @@ import pathlib
 import sys
 import threading
 from ctypes import (CFUNCTYPE, POINTER, Structure, c_char, c_char_p, c_double, c_float, c_int16,
-                    c_int32, c_uint32, c_void_p)
+                    c_int32, c_int64, c_uint32, c_void_p)
 from typing import Any, Iterator
 
 from tessarin._errors import Cancelled, TessarinError, CANCELLED
@@ -50,7 +50,7 @@ class Progress(Structure):
 
 class SearchOptions(Structure):
     _fields_ = [("size", c_uint32), ("beam_width", c_int32), ("from_ms", c_int32),
-                ("to_ms", c_int32)]
+                ("to_ms", c_int32), ("flags", c_uint32)]
 
 
 class Gain(Structure):
@@ -76,10 +76,45 @@ class Switch(Structure):
     _fields_ = [("start_ms", c_int32), ("shape", c_uint32)]
 
 
+class GateOptions(Structure):
+    _fields_ = [("size", c_uint32), ("threshold_db", c_float), ("percentile", c_float),
+                ("ramp_ms", c_int32), ("max_blip_ms", c_int32), ("min_quiet_ms", c_int32)]
+
+
+class LiveOptions(Structure):
+    _fields_ = [("size", c_uint32), ("rate_hz", c_uint32), ("format", c_uint32),
+                ("channels", c_uint32), ("delay_ms", c_int32), ("overlap_ms", c_int32),
+                ("frame_rate", c_float)]
+
+
+class LivePhoneme(Structure):
+    _fields_ = [("start_ms", c_int64), ("end_ms", c_int64), ("score", c_float),
+                ("label", c_char * 8)]
+
+
+class LiveFrame(Structure):
+    _fields_ = [("start_ms", c_int64), ("end_ms", c_int64), ("count", c_int32),
+                ("weights", Weight * 10)]
+
+
+class LiveStretch(Structure):
+    _fields_ = [("start_ms", c_int64), ("end_ms", c_int64), ("waiting_ms", c_int64),
+                ("phonemes", POINTER(LivePhoneme)), ("frames", POINTER(LiveFrame)),
+                ("phoneme_count", c_uint32), ("frame_count", c_uint32)]
+
+
+class Sentence(Structure):
+    _fields_ = [("score", c_double), ("text", c_char_p), ("is_found", c_int32),
+                ("start_ms", c_int32), ("end_ms", c_int32), ("text_offset", c_int32),
+                ("text_length", c_int32)]
+
+
 WORD = 1
 TAG = 2
 CUT = 3
 PUNCTUATION = 4
+FLOAT = 2
+SEARCH_RETRY = 1
 TRACK_SMOOTH = 1
 TRACK_COMMON_KEYS = 2
 TRACK_CURVES = 256
@@ -132,6 +167,16 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
     "create_switches": (c_int32, [c_void_p, POINTER(Frame), c_uint32, c_int32, _OUT]),
     "get_switches": (POINTER(Switch), [c_void_p, _COUNT]),
     "free_switches": (None, [c_void_p]),
+    "create_gated_audio": (c_int32, [c_void_p, POINTER(GateOptions), POINTER(c_float), _OUT]),
+    "create_live": (c_int32, [c_void_p, POINTER(LiveOptions), _OUT]),
+    "push_live_audio": (c_int32, [c_void_p, c_void_p, c_uint32]),
+    "take_live": (c_int32, [c_void_p, POINTER(LiveStretch)]),
+    "finish_live": (c_int32, [c_void_p, POINTER(LiveStretch)]),
+    "free_live": (None, [c_void_p]),
+    "create_sentence_search": (c_int32, [c_void_p, c_void_p, c_void_p, c_char_p, c_float,
+                                         POINTER(SearchOptions), POINTER(Progress), _OUT]),
+    "get_sentences": (POINTER(Sentence), [c_void_p, _COUNT]),
+    "free_sentence_search": (None, [c_void_p]),
 }
 
 

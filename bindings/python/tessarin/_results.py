@@ -44,6 +44,19 @@ class Event(Word):
 
 
 @dataclass(frozen=True)
+class Sentence:
+    """A sentence of a text; `offset` and `length` count characters there. One that was not said has
+    no times and no score. `score` is how much better it fits than noise does."""
+
+    text: str
+    offset: int
+    length: int
+    start_ms: int | None = None
+    end_ms: int | None = None
+    score: float | None = None
+
+
+@dataclass(frozen=True)
 class Token:
     """A piece of a text and how it is said. `phonemes` has a tuple of alternatives for each
     stretch; `kind` is "word", "tag", "cut" or "punctuation", and `cut_ms` the time of a cut."""
@@ -142,6 +155,12 @@ def make_token(raw: _library.Token, places: TextPlaces) -> Token:
                    if group)
     return Token(raw.text.decode("utf-8"), KINDS.get(raw.kind, "tag"), offset, length, groups,
                  raw.cut_ms if raw.kind == _library.CUT else None)
+
+
+def make_sentence(raw: _library.Sentence, places: TextPlaces) -> Sentence:
+    place = places.characters(raw.text_offset, raw.text_length)
+    found = (raw.start_ms, raw.end_ms, raw.score) if raw.is_found else ()
+    return Sentence(raw.text.decode("utf-8"), *place, *found)
 
 
 class Result:

@@ -1,47 +1,22 @@
-#include "c_api/search_run.h"
+#include "session/search_run.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <limits>
 
-#include "c_api/locale_use.h"
+#include "session/progress_bridge.h"
+#include "session/spoken_language.h"
 
 namespace tessarin {
 
 namespace {
 
-/// The caller's functions as the engine calls them.
-class ProgressBridge final : public ProgressSink {
-public:
-    explicit ProgressBridge(const tessarin_progress* functions) {
-        if (functions != nullptr) {
-            progress = *functions;
-        }
-    }
-
-    void SetStatus(const char* text) override {
-        if (progress.on_status != nullptr) {
-            progress.on_status(progress.user, text);
-        }
-    }
-    bool OnProgress(uint32_t done, uint32_t total) override {
-        return progress.on_progress != nullptr &&
-               progress.on_progress(progress.user, done, total) != 0;
-    }
-
-private:
-    tessarin_progress progress{};
-};
-
 /// One search over a stretch of audio. The observations may know the progress, and go first.
 class Search {
 public:
     explicit Search(const search_input& input)
-        : model(*input.model.hmm), audio(input.audio), progress(input.progress) {
-        if (input.options != nullptr) {
-            options = *input.options;
-        }
-    }
+        : model(*input.model.hmm), audio(input.audio), progress(input.progress) {}
 
     error_code Open(const search_input& input);
     error_code Align(IVisemixTranscriber& transcriber);
@@ -60,11 +35,12 @@ private:
 };
 
 error_code Search::Open(const search_input& input) {
-    if (input.options != nullptr && options.size != sizeof options) {
-        return kInvalidArgument;
+    error_code code = ReadSearchOptions(input.options, options);
+    if (code != kNoError) {
+        return code;
     }
     std::span<const int16_t> stretch;
-    error_code code = FindStretch(audio, options.from_ms, options.to_ms, stretch);
+    code = FindStretch(audio, options.from_ms, options.to_ms, stretch);
     if (code != kNoError) {
         return code;
     }
@@ -92,6 +68,7 @@ error_code Search::Align(IVisemixTranscriber& transcriber) {
     if (options.beam_width > 0) {
         aligner->SetBeamWidth(options.beam_width);
     }
+    aligner->SetOutputOptions((options.flags & TESSARIN_SEARCH_RETRY) != 0 ? 1 : 0, 0);
     return aligner->AlignTranscription(observations.get(), &model, &transcriber, &progress,
                                        result->markers.get());
 }
@@ -171,39 +148,6 @@ bool HasFound(error_code code) {
     return code == kNoError || code == kRecognitionFailed;
 }
 
-/// The transcriber's tokens of a text that it was given in its own code page.
-class SpokenLanguage {
-public:
-    SpokenLanguage(tessarin_language& language, const char* text) : borrowed(language) {
-        code = borrowed.GetCode();
-        if (code == kNoError) {
-            Read(language.info, text);
-        }
-    }
-
-    error_code GetCode() const { return code; }
-    IVisemixTranscriber& GetTranscriber() const { return *borrowed.Get(); }
-    const SpanText& GetText() const { return *spanText; }
-
-private:
-    void Read(const TranscriberInfo& info, const char* text) {
-        if (std::strlen(text) > static_cast<size_t>(std::numeric_limits<int32_t>::max()) / 4) {
-            code = kOutOfRange;
-            return;
-        }
-        const LocaleUse use(info);
-        code = RefusingBadUtf8([&] {
-            spanText = std::make_unique<SpanText>(text, info);
-            borrowed.Get()->Transcribe(spanText->GetLocal().c_str());
-            return kNoError;
-        });
-    }
-
-    BorrowedTranscriber borrowed;
-    std::unique_ptr<SpanText> spanText;
-    error_code code;
-};
-
 std::string PhonemesOf(const CTxMarker& token) {
     std::string phonemes;
     for (int32_t g = 0; g < token.group_count; ++g) {
@@ -218,6 +162,20 @@ std::string PhonemesOf(const CTxMarker& token) {
 }
 
 } // namespace
+
+error_code ReadSearchOptions(const tessarin_search_options* given, tessarin_search_options& out) {
+    out = {};
+    if (given == nullptr) {
+        return kNoError;
+    }
+    // The sizes that the struct has had; what an older one lacks stays 0.
+    constexpr size_t kFirstSize = offsetof(tessarin_search_options, flags);
+    if (given->size != kFirstSize && given->size != sizeof out) {
+        return kInvalidArgument;
+    }
+    std::memcpy(&out, given, given->size);
+    return (out.flags & ~uint32_t{TESSARIN_SEARCH_RETRY}) == 0 ? kNoError : kInvalidArgument;
+}
 
 error_code Align(const search_input& input, tessarin_language& language, const char* text,
                  std::unique_ptr<tessarin_result>& out) {

@@ -1,10 +1,10 @@
-#include "c_api/span_text.h"
+#include "session/span_text.h"
 
 #include <algorithm>
 #include <map>
 #include <optional>
 
-#include "c_api/near_characters.h"
+#include "session/near_characters.h"
 #include "tessarin/converted_text.h"
 #include "tessarin/transcriber.h"
 

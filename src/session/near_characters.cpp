@@ -1,4 +1,4 @@
-#include "c_api/near_characters.h"
+#include "session/near_characters.h"
 
 #include <algorithm>
 #include <iterator>

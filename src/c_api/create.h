@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "base/guarded.h"
-#include "tessarin/error_codes.h"
 
 namespace tessarin {
 
@@ -27,8 +26,7 @@ template <class T, class Make> int32_t Create(bool hasInput, T** out, Make&& mak
     });
 }
 
-/// The items of a list that an object lends, or null when there are none; `*count` receives how
-/// many.
+/// The items of a list that may be null, and how many they are.
 template <class T> const T* Items(const std::vector<T>* items, uint32_t* count) {
     if (count != nullptr) {
         *count = items != nullptr ? static_cast<uint32_t>(items->size()) : 0;

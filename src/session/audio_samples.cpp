@@ -1,4 +1,4 @@
-#include "c_api/audio_samples.h"
+#include "session/audio_samples.h"
 
 #include <algorithm>
 #include <array>

@@ -6,14 +6,17 @@
 #include <string>
 #include <vector>
 
-#include "c_api/audio_samples.h"
-#include "c_api/span_text.h"
-#include "c_api/transcriber_pool.h"
+#include "session/audio_samples.h"
+#include "session/span_text.h"
+#include "session/transcriber_pool.h"
 #include "tessarin/owned.h"
 #include "tessarin/tessarin_c.h"
 
 struct tessarin_model {
-    tessarin::model_owner hmm;
+    std::shared_ptr<tessarin::CAccousticHMM> hmm; ///< shared with what listens to live audio
+    std::string image; ///< for searches that change their model, and so take one of their own
+    std::vector<const char*> labels;
+    tessarin_model_facts facts{};
 };
 
 /// What a search found: the engine's own markers, from which tracks are made, and their copies.
@@ -40,6 +43,10 @@ struct search_input {
     const tessarin_search_options* options;
     const tessarin_progress* progress;
 };
+
+/// Copies the options of any version of the struct; null gives the defaults. Returns 0, or 2 for a
+/// size or a flag that does not exist.
+error_code ReadSearchOptions(const tessarin_search_options* given, tessarin_search_options& out);
 
 /// Both set `out` when they return 0 or kRecognitionFailed.
 error_code Align(const search_input& input, tessarin_language& language, const char* text,

@@ -1,14 +1,14 @@
-#include "c_api/transcriber_pool.h"
+#include "session/transcriber_pool.h"
 
 #include <algorithm>
 #include <memory>
 
 #include <utf8.h>
 
-#include "c_api/locale_use.h"
-#include "c_api/near_characters.h"
-#include "c_api/span_text.h"
 #include "model/phoneme_alphabet.h"
+#include "session/locale_use.h"
+#include "session/near_characters.h"
+#include "session/span_text.h"
 #include "text/lexicon/lexicon_editor.h"
 
 namespace tessarin {

@@ -1,0 +1,93 @@
+"""Audio that is still coming in."""
+
+from __future__ import annotations
+
+import ctypes
+import weakref
+from dataclasses import dataclass
+from typing import TYPE_CHECKING, Any, Sequence
+
+from tessarin import _library
+from tessarin._arrays import numpy
+from tessarin._audio import sample_buffer
+from tessarin._library import Library
+from tessarin._results import Frame, Phoneme
+
+if TYPE_CHECKING:
+    from tessarin._engine import Engine
+
+
+@dataclass(frozen=True)
+class LiveStretch:
+    """What became final of live audio, in milliseconds since it began. Phonemes and frames follow
+    each other without gaps from one stretch to the next. `waiting_ms` is how much more audio was
+    pushed than was heard up to `end_ms`."""
+
+    start_ms: int
+    end_ms: int
+    waiting_ms: int
+    phonemes: Sequence[Phoneme]
+    frames: Sequence[Frame]
+
+
+class Live:
+    """Hears audio while it comes in, and makes the mouth for it.
+
+        >>> live = tessarin.Live(rate=16000)
+        >>> for block in microphone:
+        ...     live.push(block)
+        ...     show(live.take().frames)
+        >>> show(live.finish().frames)
+
+    A thread of the library does the search. One thread may push while another takes."""
+
+    def __init__(self, engine: Engine | None = None, *, rate: int = 16000, delay_ms: int = 100,
+                 overlap_ms: int = 0, fps: float | None = None) -> None:
+        """Hears with the model of `engine`, or of the default one. A sound is weighed for
+        `delay_ms` (20 to 10000), and results lag by up to twice that; `overlap_ms` of the past are
+        weighed again; `fps` is the number of frames a second (30). Raises TessarinError."""
+        if engine is None:
+            from tessarin._engine import default_engine
+            engine = default_engine()
+        self._library = Library.get()
+        # As floats, every block is of one format, whatever it comes as.
+        options = _library.LiveOptions(ctypes.sizeof(_library.LiveOptions), rate, _library.FLOAT, 1,
+                                       delay_ms, overlap_ms, fps or 0)
+        self._handle = self._library.create("create_live", "live audio", engine.model_for_hearing(),
+                                            ctypes.byref(options))
+        weakref.finalize(self, self._library.free_live, self._handle)
+
+    def push(self, samples: Any) -> None:
+        """Takes a copy of the next samples: floats from -1 to 1, or an array of 16-bit integers.
+        Never waits for the search; hold back while `waiting_ms` of what is taken is large. Raises
+        TessarinError."""
+        address, count, is_int16, values = sample_buffer(samples)
+        if is_int16:
+            values = ([value / 32768 for value in values] if numpy is None
+                      else values / numpy.float32(32768))
+            address, count, _, values = sample_buffer(values)
+        self._check(self._library.push_live_audio(self._handle, address, 4 * count))
+
+    def take(self) -> LiveStretch:
+        """What became final since the last call, which may be nothing. Raises TessarinError."""
+        return self._stretch(self._library.take_live)
+
+    def finish(self) -> LiveStretch:
+        """Ends the audio, waits until all of it was heard, and returns what was not yet taken.
+        Raises TessarinError."""
+        return self._stretch(self._library.finish_live)
+
+    def _check(self, code: int) -> None:
+        if code != 0:
+            raise self._library.error("live audio", code)
+
+    def _stretch(self, function: Any) -> LiveStretch:
+        raw = _library.LiveStretch()
+        self._check(function(self._handle, ctypes.byref(raw)))
+        phonemes = [Phoneme(each.label.decode("ascii"), each.start_ms, each.end_ms, each.score)
+                    for each in raw.phonemes[:raw.phoneme_count]]
+        frames = [Frame(each.start_ms, each.end_ms,
+                        {entry.label.decode("ascii"): entry.weight
+                         for entry in each.weights[:each.count]})
+                  for each in raw.frames[:raw.frame_count]]
+        return LiveStretch(raw.start_ms, raw.end_ms, raw.waiting_ms, phonemes, frames)

@@ -1,0 +1,117 @@
+#include <cmath>
+
+#include "c_api/create.h"
+#include "session/live_listener.h"
+#include "session/noise_gating.h"
+#include "session/search_run.h"
+#include "session/sentence_search.h"
+#include "tessarin/tessarin_c.h"
+
+using namespace tessarin;
+
+static_assert(sizeof(tessarin_gate_options) == 24 && sizeof(tessarin_live_options) == 28 &&
+              sizeof(tessarin_live_phoneme) == 32 && sizeof(tessarin_live_frame) == 104);
+
+namespace {
+
+/// Has `take` replace the stretch of `live`, and lends that to the caller.
+template <class Take> int32_t Lend(tessarin_live* live, tessarin_live_stretch* out, Take take) {
+    if (out == nullptr) {
+        return kInvalidArgument;
+    }
+    *out = {};
+    if (live == nullptr) {
+        return kInvalidArgument;
+    }
+    return Guarded([&] {
+        live_stretch& stretch = live->stretch;
+        const error_code code = take(live->listener, stretch);
+        if (code == kNoError) {
+            *out = {stretch.startMs,
+                    stretch.endMs,
+                    live->listener.GetWaitingMs(),
+                    stretch.phonemes.empty() ? nullptr : stretch.phonemes.data(),
+                    stretch.frames.empty() ? nullptr : stretch.frames.data(),
+                    static_cast<uint32_t>(stretch.phonemes.size()),
+                    static_cast<uint32_t>(stretch.frames.size())};
+        }
+        return code;
+    });
+}
+
+} // namespace
+
+int32_t tessarin_create_gated_audio(const tessarin_audio* audio,
+                                    const tessarin_gate_options* options, float* level_db,
+                                    tessarin_audio** out) {
+    return Create(audio != nullptr, out, [&](std::unique_ptr<tessarin_audio>& made) {
+        float levelDb = 0.0f;
+        const error_code code = GateAudio(*audio, options, levelDb, made);
+        if (code == kNoError && level_db != nullptr) {
+            *level_db = levelDb;
+        }
+        return code;
+    });
+}
+
+int32_t tessarin_create_live(const tessarin_model* model, const tessarin_live_options* options,
+                             tessarin_live** out) {
+    return Create(model != nullptr, out, [&](std::unique_ptr<tessarin_live>& made) {
+        auto live = std::make_unique<tessarin_live>();
+        const error_code code = live->listener.Open(model->hmm, options);
+        if (code == kNoError) {
+            made = std::move(live);
+        }
+        return code;
+    });
+}
+
+int32_t tessarin_push_live_audio(tessarin_live* live, const void* samples, uint32_t size) {
+    if (live == nullptr || (samples == nullptr && size > 0)) {
+        return kInvalidArgument;
+    }
+    return Guarded([&] { return size > 0 ? live->listener.Push(samples, size) : kNoError; });
+}
+
+int32_t tessarin_take_live(tessarin_live* live, tessarin_live_stretch* out) {
+    return Lend(live, out, [](LiveListener& listener, live_stretch& stretch) {
+        return listener.Take(stretch);
+    });
+}
+
+int32_t tessarin_finish_live(tessarin_live* live, tessarin_live_stretch* out) {
+    return Lend(live, out, [](LiveListener& listener, live_stretch& stretch) {
+        return listener.Finish(stretch);
+    });
+}
+
+void tessarin_free_live(tessarin_live* live) {
+    delete live;
+}
+
+int32_t tessarin_create_sentence_search(const tessarin_model* model, tessarin_language* language,
+                                        const tessarin_audio* audio, const char* text,
+                                        float min_score, const tessarin_search_options* options,
+                                        const tessarin_progress* progress,
+                                        tessarin_sentence_search** out) {
+    const bool hasInput =
+        model != nullptr && language != nullptr && audio != nullptr && text != nullptr;
+    return Create(hasInput, out, [&](std::unique_ptr<tessarin_sentence_search>& made) {
+        return std::isnan(min_score) ? error_code{kOutOfRange}
+                                     : SearchSentences({*model, *audio, options, progress},
+                                                       *language, text, min_score, made);
+    });
+}
+
+const tessarin_sentence* tessarin_get_sentences(const tessarin_sentence_search* search,
+                                                uint32_t* count) {
+    return Items(search != nullptr ? &search->sentences : nullptr, count);
+}
+
+void tessarin_free_sentence_search(tessarin_sentence_search* search) {
+    delete search;
+}
+
+const tessarin_model_facts* tessarin_get_model_facts(const tessarin_model* model) {
+    return model != nullptr ? &model->facts : nullptr;
+}

@@ -1,0 +1,200 @@
+#include "session/live_listener.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <thread>
+
+#include "session/audio_samples.h"
+
+namespace tessarin {
+
+namespace {
+
+constexpr uint32_t kUsualRateHz = 16000;
+constexpr uint32_t kMaxChannels = 1024;
+constexpr int32_t kUsualDelayMs = 100;
+constexpr int32_t kMinDelayMs = 20;
+constexpr int32_t kMaxDelayMs = 10000;
+constexpr float kMaxFrameRate = 1000.0f;
+/// What the analysis needs to see of the silence after the end.
+constexpr int64_t kAnalysisMs = 200;
+constexpr std::chrono::milliseconds kPause{2};
+
+bool IsInRange(const tessarin_live_options& options) {
+    return options.rate_hz >= 4000 && options.rate_hz <= 50000 && options.channels >= 1 &&
+           options.channels <= kMaxChannels && options.delay_ms >= kMinDelayMs &&
+           options.delay_ms <= kMaxDelayMs && options.overlap_ms >= 0 &&
+           options.overlap_ms <= kMaxDelayMs &&
+           (options.frame_rate == 0.0f ||
+            (options.frame_rate >= 1.0f && options.frame_rate <= kMaxFrameRate));
+}
+
+/// From one observation of `model` to the next.
+error_code FindPeriod(CAccousticHMM& model, double& periodMs) {
+    SampleStream nothing({}, kUsualRateHz);
+    IObservationStream* made = nullptr;
+    const error_code code = CreateObservationStreamFromQuibStream(&nothing, &model, &made);
+    const observations_owner stream(made);
+    if (code != kNoError) {
+        return code;
+    }
+    uint32_t windowSize = 0;
+    uint32_t overlap = 0;
+    stream->GetFrameGeometry(&windowSize, &overlap);
+    periodMs = static_cast<double>(windowSize - overlap) /
+               static_cast<double>(stream->GetSampleRate()) * 1000.0;
+    return kNoError;
+}
+
+} // namespace
+
+error_code LiveListener::Open(std::shared_ptr<CAccousticHMM> acousticModel,
+                              const tessarin_live_options* given) {
+    if (given != nullptr) {
+        if (given->size != sizeof options || given->format > TESSARIN_FLOAT) {
+            return kInvalidArgument;
+        }
+        options = *given;
+    }
+    options.rate_hz = options.rate_hz > 0 ? options.rate_hz : kUsualRateHz;
+    options.channels = options.channels > 0 ? options.channels : 1;
+    options.delay_ms = options.delay_ms != 0 ? options.delay_ms : kUsualDelayMs;
+    if (!IsInRange(options)) {
+        return kOutOfRange;
+    }
+    model = std::move(acousticModel);
+    error_code code = FindPeriod(*model, periodMs);
+    if (code == kNoError) {
+        code = mouth.Open(options.frame_rate);
+    }
+    return code == kNoError ? Start(options.format == TESSARIN_UINT8 ? 8 : 16) : code;
+}
+
+error_code LiveListener::Start(int32_t bits) {
+    frameBytes = static_cast<size_t>(bits) / 8 * options.channels;
+    IRealtimePhnRecognizer* made = nullptr;
+    error_code code = CreateRealtimePhnRecognizer(static_cast<int32_t>(options.rate_hz), bits,
+                                                  static_cast<int32_t>(options.channels),
+                                                  options.delay_ms / 1000.0, model.get(), &made);
+    recognizer.reset(made);
+    if (code != kNoError) {
+        return code;
+    }
+    ISyncResultsCollection* collection = nullptr;
+    code = CreateSyncResultsCollection(kPostProcessScores, &collection);
+    results.reset(collection);
+    if (code != kNoError) {
+        return code;
+    }
+    recognizer->SetResultOverlap(options.overlap_ms);
+    return recognizer->Start();
+}
+
+error_code LiveListener::Push(const void* samples, uint32_t size) {
+    if (isFinished) {
+        return kNotAvailable;
+    }
+    if (size > static_cast<uint32_t>(std::numeric_limits<int32_t>::max())) {
+        return kOutOfRange;
+    }
+    return options.format == TESSARIN_FLOAT ? PushFloats(static_cast<const char*>(samples), size)
+                                            : PushBytes(samples, size);
+}
+
+error_code LiveListener::PushBytes(const void* bytes, size_t size) {
+    const error_code code = recognizer->WriteBytes(bytes, static_cast<uint32_t>(size));
+    if (code == kNoError) {
+        pushedBytes += size;
+    }
+    return code;
+}
+
+error_code LiveListener::PushFloats(const char* bytes, size_t size) {
+    std::string whole = std::move(cutFloat);
+    whole.append(bytes, size);
+    const size_t count = whole.size() / sizeof(float);
+    cutFloat = whole.substr(count * sizeof(float));
+    scaled.resize(count);
+    for (size_t i = 0; i < count; ++i) {
+        float sample = 0.0f;
+        std::memcpy(&sample, whole.data() + i * sizeof sample, sizeof sample);
+        scaled[i] = SampleFromFloat(sample);
+    }
+    return PushBytes(scaled.data(), count * sizeof(int16_t));
+}
+
+error_code LiveListener::PushSilence(int64_t ms) {
+    constexpr int64_t kBlockMs = 10;
+    const std::string block(frameBytes * options.rate_hz * kBlockMs / 1000,
+                            options.format == TESSARIN_UINT8 ? '\x80' : '\0');
+    error_code code = kNoError;
+    for (int64_t doneMs = 0; doneMs < ms && code == kNoError; doneMs += kBlockMs) {
+        code = PushBytes(block.data(), block.size());
+    }
+    return code;
+}
+
+int64_t LiveListener::GetPushedMs() const {
+    return static_cast<int64_t>(pushedBytes / frameBytes * 1000 / options.rate_hz);
+}
+
+int64_t LiveListener::GetWaitingMs() const {
+    return isFinished ? 0 : std::max<int64_t>(GetPushedMs() - mouth.GetHeardMs(), 0);
+}
+
+/// Takes what the recognizer is sure of by now. Returns whether there was anything.
+bool LiveListener::Flush() {
+    if (!recognizer->GetMicVisemix(results.get(), options.delay_ms) || results->size() == 0) {
+        return false;
+    }
+    const int32_t spanMs = (results->end() - 1)->end - results->begin()->start;
+    const auto ms = std::llround(std::round(spanMs / periodMs) * periodMs);
+    const int64_t tailMs = std::min<int64_t>(options.overlap_ms / 2, lastFlushMs);
+    mouth.Add(*results, ms, options.overlap_ms > 0 ? tailMs : 0);
+    lastFlushMs = ms;
+    return true;
+}
+
+error_code LiveListener::Take(live_stretch& out) {
+    out = {};
+    if (!isFinished) {
+        const bool isActive = recognizer->IsActive() != 0;
+        while (Flush()) {
+        }
+        if (!isActive) {
+            return kOutOfMemory;
+        }
+    }
+    return mouth.TakeFinal(isFinished, out);
+}
+
+/// The end is heard in silence that follows it, as everything else is before its future.
+error_code LiveListener::Finish(live_stretch& out) {
+    out = {};
+    if (!isFinished) {
+        const int64_t audioMs = GetPushedMs();
+        mouth.SetEnd(std::max(audioMs, mouth.GetHeardMs()));
+        isFinished = true;
+        // The silence also completes what was cut within a sample.
+        const error_code code = PushSilence(2 * int64_t{options.delay_ms} + kAnalysisMs);
+        if (code != kNoError) {
+            return code;
+        }
+        while (mouth.GetHeardMs() < audioMs) {
+            if (Flush()) {
+                continue;
+            }
+            if (recognizer->IsActive() == 0) {
+                return kOutOfMemory;
+            }
+            std::this_thread::sleep_for(kPause);
+        }
+        recognizer->Stop();
+    }
+    return mouth.TakeFinal(true, out);
+}
+
+} // namespace tessarin

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "session/live_mouth.h"
+
+namespace tessarin {
+
+/// Follows audio that is still coming in: the realtime recognizer, whose flushes count from
+/// themselves, and the mouth that puts them on one line of time. One thread may push while another
+/// takes.
+class LiveListener {
+public:
+    /// Begins, once. Returns 0, or why it cannot.
+    error_code Open(std::shared_ptr<CAccousticHMM> acousticModel,
+                    const tessarin_live_options* given);
+
+    error_code Push(const void* samples, uint32_t size);
+    /// Replaces `out` by what became final since the last call.
+    error_code Take(live_stretch& out);
+    /// Waits until all was heard, and replaces `out` by all that was not taken.
+    error_code Finish(live_stretch& out);
+
+    /// How much more was pushed than was heard.
+    int64_t GetWaitingMs() const;
+
+private:
+    error_code Start(int32_t bits);
+    error_code PushBytes(const void* bytes, size_t size);
+    error_code PushFloats(const char* bytes, size_t size);
+    error_code PushSilence(int64_t ms);
+    bool Flush();
+    int64_t GetPushedMs() const;
+
+    tessarin_live_options options{};
+    std::shared_ptr<CAccousticHMM> model; ///< outlives its recognizer
+    realtime_recognizer_owner recognizer;
+    results_owner results;
+    LiveMouth mouth;
+    double periodMs = 0;         ///< from one observation to the next
+    size_t frameBytes = 0;       ///< of a sample of each channel, as the recognizer takes them
+    std::string cutFloat;        ///< the beginning of a sample whose end has not come
+    std::vector<int16_t> scaled; ///< room for a block of samples that came as floats
+    std::atomic<uint64_t> pushedBytes = 0;
+    std::atomic<bool> isFinished = false;
+    int64_t lastFlushMs = 0; ///< length of the flush before, its tail included
+};
+
+} // namespace tessarin
+
+/// A listener and the stretch that it last lent.
+struct tessarin_live {
+    tessarin::LiveListener listener;
+    tessarin::live_stretch stretch;
+};
