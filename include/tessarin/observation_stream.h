@@ -21,11 +21,11 @@ public:
     /// Reads the next vector. The caller owns `features`, with room for the model's feature count,
     /// and receives the window's energy in `energy`. Returns an error code.
     virtual error_code GetObservation(float* features, float* energy) = 0;
-    /// The analysis window and the overlap of neighbouring windows, in samples.
+    /// The analysis window and the overlap of neighbouring windows, in samples. Either may be null.
     virtual void GetFrameGeometry(uint32_t* windowSize, uint32_t* overlap) = 0;
     /// The analysis sample rate in Hz.
     virtual float GetSampleRate() = 0;
-    /// The lowest and highest window energy seen so far.
+    /// The lowest and highest window energy seen so far. Either may be null.
     virtual void GetEnergyRange(float* minimum, float* maximum) = 0;
     /// Replaces the run-time flags: 2 reports energies in decibels, 4 subtracts a noise floor from
     /// the band energies.

@@ -26,7 +26,7 @@ class IPCMDataSource {
 public:
     virtual ~IPCMDataSource() = default;
 
-    /// Fills in the format, with the rate in 16.16 fixed point. Returns 0.
+    /// Fills in the format, with the rate in 16.16 fixed point. Returns 0, or 2 for null.
     virtual error_code GetFormat(PCMFormat* out) const = 0;
     /// 16.16 fixed point.
     virtual uint32_t GetSampleRate() const = 0;

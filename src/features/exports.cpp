@@ -65,7 +65,7 @@ float CalcDecibalPower(const float* samples, float* previous, int32_t count) {
 
 int32_t AddNoiseGate(IObservationStream* stream, float thresholdDb, float percentile,
                      int32_t rampMs, int32_t minQuietMs, int32_t maxBlipMs) {
-    auto* spectral = dynamic_cast<CSpectralStream*>(stream);
+    CSpectralStream* const spectral = CSpectralStream::Find(stream);
     if (spectral == nullptr) {
         return kNotAvailable;
     }

@@ -152,6 +152,7 @@ error_code CSpectralDataSource::SumSpectra(std::span<int16_t> frame, IPCMDataSou
         error_code code =
             source.ReadSamplesInt16(frame.data(), static_cast<int32_t>(start), &count, 1);
         if (code == kNoError) {
+            count = std::min(count, static_cast<uint32_t>(n));   // whatever the host's source says
             std::ranges::fill(frame.subspan(count), int16_t{0}); // beyond the end
             code = ComputeFrame(frame.data(), n, false, nullptr);
         }

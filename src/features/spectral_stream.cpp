@@ -159,8 +159,12 @@ uint32_t CSpectralStream::GetNumObservations() {
 }
 
 void CSpectralStream::GetFrameGeometry(uint32_t* outWindowSize, uint32_t* outOverlap) {
-    *outWindowSize = static_cast<uint32_t>(windowSize);
-    *outOverlap = static_cast<uint32_t>(overlap);
+    if (outWindowSize != nullptr) {
+        *outWindowSize = static_cast<uint32_t>(windowSize);
+    }
+    if (outOverlap != nullptr) {
+        *outOverlap = static_cast<uint32_t>(overlap);
+    }
 }
 
 float CSpectralStream::GetSampleRate() {
@@ -168,8 +172,12 @@ float CSpectralStream::GetSampleRate() {
 }
 
 void CSpectralStream::GetEnergyRange(float* minimum, float* maximum) {
-    *minimum = minEnergy;
-    *maximum = maxEnergy;
+    if (minimum != nullptr) {
+        *minimum = minEnergy;
+    }
+    if (maximum != nullptr) {
+        *maximum = maxEnergy;
+    }
 }
 
 error_code CSpectralStream::SetNoiseFloor(uint32_t kind, const float* bandEnergies, int32_t count) {

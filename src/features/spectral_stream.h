@@ -7,6 +7,7 @@
 
 #include "audio/files/pcm_rdr_stream.h"
 #include "base/counted_ptr.h"
+#include "base/live_object.h"
 #include "features/band_filters.h"
 #include "features/cosine_transform.h"
 #include "features/delta_layouts.h"
@@ -32,6 +33,9 @@ public:
     ~CSpectralStream() override;
     CSpectralStream(const CSpectralStream&) = delete;
     CSpectralStream& operator=(const CSpectralStream&) = delete;
+
+    /// The spectral stream that a host holds as `held`, or null for a stream of the host's own.
+    static CSpectralStream* Find(const IObservationStream* held) { return live_stream::Find(held); }
 
     uint32_t GetNumObservations() override;
     error_code GetObservation(float* features, float* energy) override;
@@ -85,6 +89,8 @@ protected:
     counted_ptr<CPCMRdrStream> source;
 
 private:
+    using live_stream = live_object<CSpectralStream, IObservationStream>;
+
     error_code PrepareBuffers();
     void FreeBuffers();
     error_code PrepareLayout(const CSpectralFeatureDescriptor& descriptor);
@@ -99,6 +105,7 @@ private:
     error_code EnsureSpectralMean();
     error_code SumSpectralMean(ProgressSink* progress, std::span<float> mean);
 
+    live_stream self{*this};
     uint32_t maxObservations = 0x7FFFFFFF;
     std::vector<float> window; // empty while nothing can be read
     int32_t windowSize = 512;

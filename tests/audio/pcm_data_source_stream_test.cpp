@@ -86,5 +86,10 @@ TEST_F(PcmDataSourceStream, IsSilentWithoutASource) {
     EXPECT_THAT(Read(stream, 0), ElementsAre());
 }
 
+TEST_F(PcmDataSourceStream, WritesNoFormatToNull) {
+    CPCMDataSourceStream(&source).GetFormat(nullptr);
+    EXPECT_EQ(source.GetFormat(nullptr), kInvalidArgument);
+}
+
 } // namespace
 } // namespace tessarin

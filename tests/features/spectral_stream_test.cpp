@@ -3,16 +3,19 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <functional>
 #include <limits>
+#include <memory>
 #include <numbers>
 #include <string>
 #include <vector>
 
 #include "features/analysed_speech.h"
 #include "features/scripted_pcm_stream.h"
+#include "features/stream_without_type_information.h"
 #include "support/signals.h"
 
 namespace tessarin {
@@ -145,6 +148,70 @@ TEST(SpectralStream, GivesTheSameVectorsAfterARestart) {
         EXPECT_EQ(low, lowAgain);
         EXPECT_EQ(high, highAgain);
     }
+}
+
+TEST(SpectralStream, ForgetsTheAudioBeforeARestart) {
+    analysis model;
+    model.descriptor.flags |= kCalcSpectralMean;
+    /// Audio that can be made silent.
+    struct FadingStream : ScriptedPcmStream {
+        FadingStream() : ScriptedPcmStream(Speechlike(3200)) {}
+        error_code Start() override {
+            ++starts;
+            return ScriptedPcmStream::Start();
+        }
+        error_code ReadChannelFloat(float* buffer, uint32_t* frames, uint32_t from) override {
+            const error_code code = ScriptedPcmStream::ReadChannelFloat(buffer, frames, from);
+            if (isSilent) {
+                std::fill_n(buffer, *frames, 0.0f);
+            }
+            return code;
+        }
+        bool isSilent = false;
+        int starts = 0;
+    } pcm;
+    CSpectralStream stream;
+    ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
+    stream.SetProcessingFlags(kDecibelEnergy);
+    const observations loud = ReadAll(stream, 15);
+    EXPECT_EQ(pcm.starts, 1) << "the mean is taken of the whole audio first";
+    pcm.isSilent = true;
+    stream.Restart();
+    float low = 0.0f;
+    float high = 0.0f;
+    stream.GetEnergyRange(&low, &high);
+    EXPECT_EQ(low, 1e33f);
+    EXPECT_EQ(high, 0.0f);
+    float decibels = 0.0f;
+    std::vector<float> cepstra(20);
+    ASSERT_EQ(stream.CalcCepstrum(cepstra.data(), 8, &decibels), kNoError);
+    EXPECT_EQ(decibels, 0.5f) << "the last loud sample is not one of the silence";
+    pcm.isSilent = false;
+    pcm.starts = 0;
+    stream.Restart();
+    EXPECT_EQ(ReadAll(stream, 15), loud);
+    EXPECT_EQ(pcm.starts, 2) << "the mean is taken again";
+}
+
+TEST(SpectralStream, IsKnownFromAHostsOwnStream) {
+    CSpectralStream stream;
+    EXPECT_EQ(CSpectralStream::Find(&stream), &stream);
+    const std::unique_ptr<IObservationStream> foreign = test::MakeStreamWithoutTypeInformation();
+    EXPECT_EQ(CSpectralStream::Find(foreign.get()), nullptr);
+}
+
+TEST(SpectralStream, LeavesOutWhatIsNotAsked) {
+    CSpectralStream stream;
+    uint32_t size = 0;
+    float energy = 0.0f;
+    stream.GetFrameGeometry(&size, nullptr);
+    EXPECT_EQ(size, 512u);
+    stream.GetFrameGeometry(nullptr, &size);
+    EXPECT_EQ(size, 256u);
+    stream.GetEnergyRange(&energy, nullptr);
+    EXPECT_EQ(energy, 1e33f);
+    stream.GetEnergyRange(nullptr, &energy);
+    EXPECT_EQ(energy, 0.0f);
 }
 
 TEST(SpectralStream, MeasuresEnergyBetweenTheNeighbouringFrames) {

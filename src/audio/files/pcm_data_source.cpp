@@ -32,6 +32,9 @@ CPCMDataSource::~CPCMDataSource() {
 }
 
 error_code CPCMDataSource::GetFormat(PCMFormat* out) const {
+    if (out == nullptr) {
+        return kInvalidArgument;
+    }
     *out = format;
     return kNoError;
 }

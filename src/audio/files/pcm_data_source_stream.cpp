@@ -8,6 +8,9 @@ CPCMDataSourceStream::CPCMDataSourceStream(IPCMDataSource* pcm)
     : source(pcm), numSamples(pcm != nullptr ? std::max(pcm->GetNumSamples(), 0) : 0) {}
 
 void CPCMDataSourceStream::GetFormat(PCMFormat* out) {
+    if (out == nullptr) {
+        return;
+    }
     *out = {};
     if (source != nullptr) {
         source->GetFormat(out);

@@ -8,6 +8,9 @@
 namespace tessarin {
 
 error_code CPCMRdrStream::GetFormat(PCMFormat* out) {
+    if (out == nullptr) {
+        return kInvalidArgument;
+    }
     *out = format;
     return kNoError;
 }
