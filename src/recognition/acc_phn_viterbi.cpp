@@ -9,7 +9,7 @@ namespace {
 
 /// Only the spectral stream has work of its own to report.
 void FollowStream(IObservationStream& stream, ProgressSink* progress) {
-    if (auto* spectral = dynamic_cast<CSpectralStream*>(&stream)) {
+    if (auto* spectral = CSpectralStream::Find(&stream)) {
         spectral->SetProgressSink(progress);
     }
 }

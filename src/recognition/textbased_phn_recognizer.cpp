@@ -72,7 +72,7 @@ error_code CTextbasedPhnRecognizer::RecognizePhonemes(IObservationStream* stream
     flog scope("CTextbasedPhnRecognizer::RecognizePhonemes");
     MaskFloatUnderflow();
     return Guarded([&]() -> error_code {
-        auto* markers = dynamic_cast<CConcreteSyncMarkerCollection*>(results);
+        auto* markers = CConcreteSyncMarkerCollection::Find(results);
         if (markers == nullptr || transcriber == nullptr || stream == nullptr || model == nullptr) {
             return kInvalidArgument;
         }

@@ -15,7 +15,7 @@ error_code CTextlessPhnRecognizer::RecognizePhonemes(IObservationStream* stream,
     flog scope("CTextlessPhnRecognizer::RecognizePhonemes");
     MaskFloatUnderflow();
     return Guarded([&]() -> error_code {
-        auto* markers = dynamic_cast<CConcreteSyncMarkerCollection*>(results);
+        auto* markers = CConcreteSyncMarkerCollection::Find(results);
         if (markers == nullptr || stream == nullptr || model == nullptr) {
             return kInvalidArgument;
         }

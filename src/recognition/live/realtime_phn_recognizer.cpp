@@ -233,7 +233,7 @@ bool CRealtimePhnRecognizer::GetMicVisemix(ISyncResultsCollection* results, int3
 }
 
 bool CRealtimePhnRecognizer::FlushUntil(ISyncResultsCollection* results, int64_t endMs) {
-    auto* markers = dynamic_cast<CConcreteSyncMarkerCollection*>(results);
+    auto* markers = CConcreteSyncMarkerCollection::Find(results);
     if (markers == nullptr || IsHeldBack()) {
         return false;
     }
