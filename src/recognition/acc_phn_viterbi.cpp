@@ -16,7 +16,7 @@ void FollowStream(IObservationStream& stream, ProgressSink* progress) {
 
 } // namespace
 
-error_code CAccPhnViterbi::ViterbiOnGraph(CAccousticHMM&, const state_rec* const*, uint32_t,
+error_code CAccPhnViterbi::ViterbiOnGraph(const CAccousticHMM&, const state_rec* const*, uint32_t,
                                           const std::vector<uint32_t>&,
                                           const std::vector<uint32_t>&, IObservationStream&,
                                           ProgressSink*, TArray<uint32_t>&, TArray<float>&,
@@ -24,12 +24,12 @@ error_code CAccPhnViterbi::ViterbiOnGraph(CAccousticHMM&, const state_rec* const
     return kNotAvailable;
 }
 
-error_code CAccPhnViterbi::Viterbi(CAccousticHMM&, IObservationStream&, ProgressSink*,
+error_code CAccPhnViterbi::Viterbi(const CAccousticHMM&, IObservationStream&, ProgressSink*,
                                    TArray<uint32_t>&, TArray<float>&) {
     return kNotAvailable;
 }
 
-error_code CAccPhnViterbi::GenerateAlignment(CAccousticHMM& model, IObservationStream& stream,
+error_code CAccPhnViterbi::GenerateAlignment(const CAccousticHMM& model, IObservationStream& stream,
                                              const state_rec* const* graph, uint32_t positions,
                                              const std::vector<uint32_t>& startStates,
                                              const std::vector<uint32_t>& endStates,

@@ -39,6 +39,7 @@ struct sentence_search {
     const CAccousticHMM& model;
     const forward_graph& graph;
     const std::vector<word_span>& spans;
+    const float_matrix logTransitions;
     BackgroundLoop freeLoop;
     BackgroundLoop noiseLoop;
     std::vector<WordHypCollector> collectors;
@@ -62,8 +63,9 @@ sentence_search::sentence_search(uint16_t beamWidth, const CAccousticHMM& acoust
                                  const forward_graph& searchGraph,
                                  const std::vector<word_span>& sentences, uint32_t frames)
     : model(acousticModel), graph(searchGraph), spans(sentences),
-      freeLoop(model, BackgroundLoop::FreeStates(model), frames),
-      noiseLoop(model, BackgroundLoop::NoiseStates(model), frames),
+      logTransitions(model.CalcLogTransitions()),
+      freeLoop(model, logTransitions, BackgroundLoop::FreeStates(model), frames),
+      noiseLoop(model, logTransitions, BackgroundLoop::NoiseStates(model), frames),
       spanAtEntry(size_t{graph.GetNumStates()} + 1, kNoSpan),
       spanAtExit(size_t{graph.GetNumStates()} + 1, kNoSpan),
       features(static_cast<size_t>(model.descriptor.numFeatures) + 3), cache(CacheSize(model)),
