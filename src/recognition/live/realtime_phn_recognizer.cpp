@@ -10,6 +10,7 @@
 #include "platform/clock.h"
 #include "platform/floating_point.h"
 #include "recognition/markers/time_base.h"
+#include "recognition/observation_source.h"
 #include "results/concrete_sync_marker_collection.h"
 
 namespace tessarin {
@@ -177,24 +178,26 @@ void CRealtimePhnRecognizer::ViterbiModel0() {
 
 void CRealtimePhnRecognizer::Search(phone_loop<uint8_t> loop) {
     search_clock clock;
-    float energy = 0.0f;
-    const auto readFrame = [&] {
-        return chain.spectral.GetObservation(loop.features.data(), &energy) == kNoError;
-    };
+    observation_source source(chain.spectral, model->descriptor.numFeatures);
+    if (source.Open(nullptr) != kNoError) {
+        return;
+    }
+    const auto readFrame = [&] { return source.Next() == kNoError; };
     // What a read gives after the stream was closed is silence that nobody recorded.
     if (!readFrame() || IsStopped()) {
         return;
     }
-    loop.Seed();
-    PushFrame(TakeRow(), 0, energy);
+    loop.Seed(source.GetFeatures());
+    PushFrame(TakeRow(), 0, source.GetEnergy());
     while (!IsStopped()) {
         if (readFrame()) {
             if (IsStopped()) {
                 return;
             }
             pending_path::row row = TakeRow();
-            const uint8_t best = clock.Time([&] { return loop.Advance(row.data()); });
-            PushFrame(std::move(row), best, energy);
+            const uint8_t best =
+                clock.Time([&] { return loop.Advance(source.GetFeatures(), row.data()); });
+            PushFrame(std::move(row), best, source.GetEnergy());
         } else if (!IsStopped()) {
             Sleep(kIdleMs);
         }
