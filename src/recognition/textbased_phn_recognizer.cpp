@@ -221,7 +221,7 @@ error_code CTextbasedPhnRecognizer::Viterbi_pw(const CAccousticHMM& model,
                                                ISyncResultsCollection& results) {
     flog scope("CTextbasedPhnRecognizer::Viterbi_pw");
     return SentenceViterbi(static_cast<uint16_t>(beamWidth), model, forward, spans, stream,
-                           progress, startFrame, results);
+                           progress, static_cast<int32_t>(startFrame), results);
 }
 
 error_code CTextbasedPhnRecognizer::Viterbi(const CAccousticHMM& model,

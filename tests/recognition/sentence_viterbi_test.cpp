@@ -127,6 +127,17 @@ TEST_F(Sentences, BeginWhereTheirRegionDoes) {
     EXPECT_NEAR(results[1].end, 825, 20);
 }
 
+TEST_F(Sentences, BeginWithACutBeforeTheAudio) {
+    transcriber.tokens.AddCut(-100);
+    AddSentences(transcriber, {{"sAAt"}});
+    Speak({0, 3, 2, 6, 0, 0}, 3);
+    EXPECT_EQ(Search(), kNoError);
+    ASSERT_THAT(TextOffsets(), ElementsAre(0));
+    EXPECT_GE(results[0].start, -100) << "times count from the cut";
+    EXPECT_LT(results[0].start, results[0].end);
+    EXPECT_LE(results[0].end, 540);
+}
+
 TEST_F(Sentences, AreSearchedByTwoThreadsInOneModel) {
     AddSentences(transcriber, {{"sAA", "t"}});
     Speak({0, 3, 2, 6, 0, 0}, 3);

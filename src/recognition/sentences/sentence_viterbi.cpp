@@ -195,14 +195,14 @@ void sentence_search::RecordEnd(const pw_hype& hype, uint32_t t) {
 }
 
 /// Kept: the products are in single precision, each truncated by itself.
-int32_t TimeMs(uint32_t frame, float periodMs, uint32_t startFrame) {
+int32_t TimeMs(uint32_t frame, float periodMs, int32_t startFrame) {
     const int64_t ms = int64_t{TruncSat<int32_t>(static_cast<float>(frame) * periodMs)} +
                        TruncSat<int32_t>(static_cast<float>(startFrame) * periodMs);
     return static_cast<int32_t>(std::min<int64_t>(ms, INT32_MAX));
 }
 
 CSyncMarker MakeMarker(const full_word_hypothesis& found, const word_span& span, float periodMs,
-                       uint32_t startFrame) {
+                       int32_t startFrame) {
     CSyncMarker marker{};
     marker.type = kWordMarker;
     marker.score = static_cast<float>(found.score);
@@ -221,7 +221,7 @@ bool FitsSentenceSearch(const CAccousticHMM& model) {
 
 error_code SentenceViterbi(uint16_t beamWidth, const CAccousticHMM& model,
                            const forward_graph& graph, const std::vector<word_span>& spans,
-                           IObservationStream& stream, ProgressSink* progress, uint32_t startFrame,
+                           IObservationStream& stream, ProgressSink* progress, int32_t startFrame,
                            ISyncResultsCollection& results) {
     if (!FitsSentenceSearch(model)) {
         return kOutOfRange;
