@@ -7,6 +7,7 @@
 
 #include "base/little_endian.h"
 #include "commands/time_warp.h"
+#include "recognition/observation_source.h"
 
 namespace tessarin {
 namespace {
@@ -33,16 +34,19 @@ error_code CFeatureStream::Record(IObservationStream& source, int32_t featureCou
     }
     numFeatures = featureCount;
     stride = featureCount + kBehindFeatures;
+    observation_source observations(source, featureCount);
+    if (const error_code code = observations.Open(nullptr); code != kNoError) {
+        return code;
+    }
     source.GetFrameGeometry(&frameSize, &frameOverlap);
     sampleRate = source.GetSampleRate();
-    for (uint32_t left = source.GetNumObservations(); left > 0; --left) {
+    for (uint32_t left = observations.GetCount(); left > 0; --left) {
         const std::span<float> frame = AppendFrame();
-        float energy = 0.0f;
-        const error_code code = source.GetObservation(frame.data(), &energy);
-        if (code != kNoError) {
+        if (const error_code code = observations.Next(); code != kNoError) {
             return code;
         }
-        frame.back() = energy;
+        std::copy_n(observations.GetFeatures(), featureCount, frame.data());
+        frame.back() = observations.GetEnergy();
         MarkActive(energyFloor);
     }
     source.GetEnergyRange(&minEnergy, &maxEnergy);

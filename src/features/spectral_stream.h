@@ -76,6 +76,8 @@ public:
     virtual void SetProgressSink(ProgressSink* progress) { sink = progress; }
     /// Moves the window on by one hop. Past the end of the audio it fills with silence.
     virtual error_code ReadNextFrame();
+    /// How many values an observation has.
+    int32_t GetFeatureCount() const { return numFeatures; }
     /// Whether audio has been read since Init or Restart.
     bool HasStarted() const { return !firstFrame; }
 

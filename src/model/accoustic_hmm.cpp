@@ -50,16 +50,21 @@ void CAccousticHMM::AnalyseTopology() {
     }
 }
 
-void CAccousticHMM::BuildLogTransitions() {
+float_matrix CAccousticHMM::CalcLogTransitions() const {
     constexpr float kSmallest = 1e-15f;
-    logTransitions = float_matrix(transitions.GetRows(), transitions.GetColumns());
+    float_matrix logarithms(transitions.GetRows(), transitions.GetColumns());
     for (size_t from = 0; from < transitions.GetRows(); ++from) {
         std::transform(transitions[from], transitions[from] + transitions.GetColumns(),
-                       logTransitions[from], [](float probability) {
+                       logarithms[from], [](float probability) {
                            return probability < kSmallest ? static_cast<float>(kImpossibleLog)
                                                           : std::log(probability);
                        });
     }
+    return logarithms;
+}
+
+void CAccousticHMM::BuildLogTransitions() {
+    logTransitions = CalcLogTransitions();
 }
 
 void CAccousticHMM::BuildScoring() {

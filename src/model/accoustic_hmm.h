@@ -105,6 +105,8 @@ public:
     /// Appends the phonemes that `text` spells. Unknown characters become phoneme 0 and make the
     /// result false.
     bool LabelsToIndices(const char* text, std::vector<uint16_t>& out) const;
+    /// The natural logarithms of `transitions`, -1e10 below 1e-15.
+    float_matrix CalcLogTransitions() const;
     /// Fills `logTransitions` from `transitions`.
     void BuildLogTransitions();
     /// Lays the Gaussians out for GetStateProbability. Read does this; whoever fills or changes

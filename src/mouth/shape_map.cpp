@@ -1,7 +1,7 @@
 #include "mouth/shape_map.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <charconv>
 #include <iterator>
 #include <numeric>
 #include <sstream>
@@ -25,10 +25,11 @@ std::vector<std::string> SplitLine(std::string_view line) {
     return split;
 }
 
+/// Whatever the locale of the host is.
 bool ReadWeight(const std::string& word, double* weight) {
-    char* end = nullptr;
-    *weight = std::strtod(word.c_str(), &end);
-    return end != word.c_str() && *end == '\0' && *weight >= 0.0 && *weight <= 1.0;
+    const char* const wordEnd = word.data() + word.size();
+    const auto [end, error] = std::from_chars(word.data(), wordEnd, *weight);
+    return error == std::errc() && end == wordEnd && *weight >= 0.0 && *weight <= 1.0;
 }
 
 } // namespace

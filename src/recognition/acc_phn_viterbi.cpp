@@ -9,14 +9,14 @@ namespace {
 
 /// Only the spectral stream has work of its own to report.
 void FollowStream(IObservationStream& stream, ProgressSink* progress) {
-    if (auto* spectral = dynamic_cast<CSpectralStream*>(&stream)) {
+    if (auto* spectral = CSpectralStream::Find(&stream)) {
         spectral->SetProgressSink(progress);
     }
 }
 
 } // namespace
 
-error_code CAccPhnViterbi::ViterbiOnGraph(CAccousticHMM&, const state_rec* const*, uint32_t,
+error_code CAccPhnViterbi::ViterbiOnGraph(const CAccousticHMM&, const state_rec* const*, uint32_t,
                                           const std::vector<uint32_t>&,
                                           const std::vector<uint32_t>&, IObservationStream&,
                                           ProgressSink*, TArray<uint32_t>&, TArray<float>&,
@@ -24,12 +24,12 @@ error_code CAccPhnViterbi::ViterbiOnGraph(CAccousticHMM&, const state_rec* const
     return kNotAvailable;
 }
 
-error_code CAccPhnViterbi::Viterbi(CAccousticHMM&, IObservationStream&, ProgressSink*,
+error_code CAccPhnViterbi::Viterbi(const CAccousticHMM&, IObservationStream&, ProgressSink*,
                                    TArray<uint32_t>&, TArray<float>&) {
     return kNotAvailable;
 }
 
-error_code CAccPhnViterbi::GenerateAlignment(CAccousticHMM& model, IObservationStream& stream,
+error_code CAccPhnViterbi::GenerateAlignment(const CAccousticHMM& model, IObservationStream& stream,
                                              const state_rec* const* graph, uint32_t positions,
                                              const std::vector<uint32_t>& startStates,
                                              const std::vector<uint32_t>& endStates,

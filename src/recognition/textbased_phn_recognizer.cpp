@@ -48,7 +48,7 @@ bool HasPath(error_code code) {
 /// What the regions of one call share.
 struct CTextbasedPhnRecognizer::alignment_run {
     limited_stream& stream;
-    CAccousticHMM& model;
+    const CAccousticHMM& model;
     IVisemixTranscriber& transcriber;
     const char* text; // may be null
     int64_t textLength;
@@ -72,7 +72,7 @@ error_code CTextbasedPhnRecognizer::RecognizePhonemes(IObservationStream* stream
     flog scope("CTextbasedPhnRecognizer::RecognizePhonemes");
     MaskFloatUnderflow();
     return Guarded([&]() -> error_code {
-        auto* markers = dynamic_cast<CConcreteSyncMarkerCollection*>(results);
+        auto* markers = CConcreteSyncMarkerCollection::Find(results);
         if (markers == nullptr || transcriber == nullptr || stream == nullptr || model == nullptr) {
             return kInvalidArgument;
         }
@@ -203,7 +203,6 @@ error_code CTextbasedPhnRecognizer::SearchSentences(const alignment_run& run,
     if (!FitsSentenceSearch(run.model)) {
         return kOutOfRange;
     }
-    run.model.BuildLogTransitions();
     const log_state_graph logGraph = log_state_graph::FromProbabilities(graph, stateCount);
     quib_allocator pool(kPoolBlockBytes);
     const forward_graph forward = forward_graph::FromLogGraph(logGraph, pool);
@@ -214,14 +213,15 @@ error_code CTextbasedPhnRecognizer::SearchSentences(const alignment_run& run,
                       static_cast<uint32_t>(region.startFrame + region.frames), run.results);
 }
 
-error_code CTextbasedPhnRecognizer::Viterbi_pw(CAccousticHMM& model, const forward_graph& forward,
+error_code CTextbasedPhnRecognizer::Viterbi_pw(const CAccousticHMM& model,
+                                               const forward_graph& forward,
                                                const std::vector<word_span>& spans,
                                                IObservationStream& stream, ProgressSink* progress,
                                                uint32_t startFrame, uint32_t,
                                                ISyncResultsCollection& results) {
     flog scope("CTextbasedPhnRecognizer::Viterbi_pw");
     return SentenceViterbi(static_cast<uint16_t>(beamWidth), model, forward, spans, stream,
-                           progress, startFrame, results);
+                           progress, static_cast<int32_t>(startFrame), results);
 }
 
 error_code CTextbasedPhnRecognizer::Viterbi(const CAccousticHMM& model,

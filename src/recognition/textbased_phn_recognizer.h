@@ -39,7 +39,7 @@ public:
     uint8_t SetOutputOptions(uint8_t retry, uint8_t wordsOnly) override;
 
     /// SentenceViterbi with this recognizer's width. `endFrame` is not used.
-    virtual error_code Viterbi_pw(CAccousticHMM& model, const forward_graph& forward,
+    virtual error_code Viterbi_pw(const CAccousticHMM& model, const forward_graph& forward,
                                   const std::vector<word_span>& spans, IObservationStream& stream,
                                   ProgressSink* progress, uint32_t startFrame, uint32_t endFrame,
                                   ISyncResultsCollection& results);

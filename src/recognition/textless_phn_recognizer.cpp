@@ -15,7 +15,7 @@ error_code CTextlessPhnRecognizer::RecognizePhonemes(IObservationStream* stream,
     flog scope("CTextlessPhnRecognizer::RecognizePhonemes");
     MaskFloatUnderflow();
     return Guarded([&]() -> error_code {
-        auto* markers = dynamic_cast<CConcreteSyncMarkerCollection*>(results);
+        auto* markers = CConcreteSyncMarkerCollection::Find(results);
         if (markers == nullptr || stream == nullptr || model == nullptr) {
             return kInvalidArgument;
         }
@@ -29,14 +29,14 @@ error_code CTextlessPhnRecognizer::RecognizePhonemes(IObservationStream* stream,
     });
 }
 
-error_code CTextlessPhnRecognizer::ViterbiLM(CAccousticHMM& model, IObservationStream& stream,
+error_code CTextlessPhnRecognizer::ViterbiLM(const CAccousticHMM& model, IObservationStream& stream,
                                              ProgressSink* progress, TArray<uint32_t>& path,
                                              TArray<float>& energies) {
     flog scope("CTextlessPhnRecognizer::ViterbiLM");
     return FreeViterbiLM(model, stream, progress, path, energies);
 }
 
-error_code CTextlessPhnRecognizer::Viterbi(CAccousticHMM& model, IObservationStream& stream,
+error_code CTextlessPhnRecognizer::Viterbi(const CAccousticHMM& model, IObservationStream& stream,
                                            ProgressSink* progress, TArray<uint32_t>& path,
                                            TArray<float>& energies) {
     flog scope("CTextlessPhnRecognizer::Viterbi");

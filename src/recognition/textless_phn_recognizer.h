@@ -13,11 +13,12 @@ public:
     error_code RecognizePhonemes(IObservationStream* stream, CAccousticHMM* model,
                                  ProgressSink* progress, ISyncResultsCollection* results) override;
     /// FreeViterbiLM, which Viterbi hands over to where the model knows the language.
-    virtual error_code ViterbiLM(CAccousticHMM& model, IObservationStream& stream,
+    virtual error_code ViterbiLM(const CAccousticHMM& model, IObservationStream& stream,
                                  ProgressSink* progress, TArray<uint32_t>& path,
                                  TArray<float>& energies);
-    error_code Viterbi(CAccousticHMM& model, IObservationStream& stream, ProgressSink* progress,
-                       TArray<uint32_t>& path, TArray<float>& energies) override;
+    error_code Viterbi(const CAccousticHMM& model, IObservationStream& stream,
+                       ProgressSink* progress, TArray<uint32_t>& path,
+                       TArray<float>& energies) override;
 };
 
 } // namespace tessarin

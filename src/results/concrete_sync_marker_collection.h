@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "base/live_object.h"
 #include "base/tarray.h"
 #include "tessarin/sync_results.h"
 
@@ -22,6 +23,11 @@ public:
     CConcreteSyncMarkerCollection(const CSyncMarker* first, const CSyncMarker* last);
     ~CConcreteSyncMarkerCollection() override;
 
+    /// The collection that a host holds as `held`, or null for null and a host's own.
+    static CConcreteSyncMarkerCollection* Find(const ISyncResultsCollection* held) {
+        return live_collection::Find(held);
+    }
+
     /// Maps the scores of phonemes and state segments from amplitudes to a logarithmic scale, in
     /// which long sonorants reach at least 65, if the flag kPostProcessScores asks for it.
     virtual void PostProcessMarkers();
@@ -35,10 +41,13 @@ public:
     void add_marker(const CSyncMarker& marker) override;
 
 private:
+    using live_collection = live_object<CConcreteSyncMarkerCollection, ISyncResultsCollection>;
+
     static constexpr int32_t kUnseen = -1;
 
     int32_t FindLatestStart();
 
+    live_collection self{*this};
     uint32_t m_flags = 0;
     int32_t m_carried_duration = 0; ///< milliseconds of the last phoneme of the run before
     char m_carried_label[8] = {};   ///< its label

@@ -130,8 +130,8 @@ TEST_F(GeneratedMarkers, NeedARate) {
 
 class scripted_search : public CAccPhnViterbi {
 public:
-    error_code Viterbi(CAccousticHMM&, IObservationStream&, ProgressSink*, TArray<uint32_t>& path,
-                       TArray<float>& energies) override {
+    error_code Viterbi(const CAccousticHMM&, IObservationStream&, ProgressSink*,
+                       TArray<uint32_t>& path, TArray<float>& energies) override {
         searched = energies.GetSize();
         path.Add(0);
         path.Add(3);

@@ -98,18 +98,18 @@ TEST(PhoneLoop, RestrictedSearchIsTheLiteralOne) {
         }
         phone_loop<uint8_t> loop(*model, StepTransitions(*model), true);
         literal_steps literal(*model);
+        float x[12];
         for (int t = 0; t < 60; ++t) {
             for (size_t s = 0; s < 12; ++s) {
-                loop.features[s] = noise.Next(0.0f, 3.0f);
+                x[s] = noise.Next(0.0f, 3.0f);
             }
             if (t == 0) {
-                loop.Seed();
+                loop.Seed(x);
                 literal.scores = loop.GetScores();
                 continue;
             }
             std::vector<uint8_t> row(12), expected(12);
-            ASSERT_EQ(loop.Advance(row.data()),
-                      literal.Advance(loop.features.data(), expected.data()));
+            ASSERT_EQ(loop.Advance(x, row.data()), literal.Advance(x, expected.data()));
             ASSERT_EQ(row, expected);
             ASSERT_EQ(loop.GetScores(), literal.scores);
         }
@@ -124,13 +124,14 @@ TEST(PhoneLoop, TiesGoToTheStateItselfThenToTheOneBefore) {
         }
     }
     uint8_t row[2] = {};
+    const float x[2] = {};
     phone_loop<uint8_t> restricted(*model, StepTransitions(*model), true);
-    restricted.Seed();
-    restricted.Advance(row);
+    restricted.Seed(x);
+    restricted.Advance(x, row);
     EXPECT_EQ(row[1], 1); // itself is tried first
     phone_loop<uint8_t> full(*model, AllTransitions(*model));
-    full.Seed();
-    full.Advance(row);
+    full.Seed(x);
+    full.Advance(x, row);
     EXPECT_EQ(row[1], 0); // the lowest is tried first
 }
 

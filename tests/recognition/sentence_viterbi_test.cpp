@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -12,6 +13,7 @@
 #include "recognition/graph/phone_durations.h"
 #include "recognition/graph/state_graph.h"
 #include "recognition/textbased_phn_recognizer.h"
+#include "recognition/textless_phn_recognizer.h"
 #include "results/concrete_sync_marker_collection.h"
 #include "support/signals.h"
 
@@ -123,6 +125,47 @@ TEST_F(Sentences, BeginWhereTheirRegionDoes) {
     EXPECT_NEAR(results[0].end, 375, 20);
     EXPECT_NEAR(results[1].start, 540, 10);
     EXPECT_NEAR(results[1].end, 825, 20);
+}
+
+TEST_F(Sentences, BeginWithACutBeforeTheAudio) {
+    transcriber.tokens.AddCut(-100);
+    AddSentences(transcriber, {{"sAAt"}});
+    Speak({0, 3, 2, 6, 0, 0}, 3);
+    EXPECT_EQ(Search(), kNoError);
+    ASSERT_THAT(TextOffsets(), ElementsAre(0));
+    EXPECT_GE(results[0].start, -100) << "times count from the cut";
+    EXPECT_LT(results[0].start, results[0].end);
+    EXPECT_LE(results[0].end, 540);
+}
+
+TEST_F(Sentences, AreSearchedByTwoThreadsInOneModel) {
+    AddSentences(transcriber, {{"sAA", "t"}});
+    Speak({0, 3, 2, 6, 0, 0}, 3);
+    const auto run = [this](int32_t& starts) {
+        list_stream mine = stream;
+        list_stream free = stream;
+        ready_transcriber words;
+        AddSentences(words, {{"sAA", "t"}});
+        CConcreteSyncMarkerCollection found;
+        CTextbasedPhnRecognizer sentences;
+        static_cast<void>(sentences.SetOutputOptions(1, 1));
+        EXPECT_EQ(sentences.AlignTranscription(&mine, model.get(), &words, nullptr, &found), 0);
+        starts = found.GetSize() == 1 ? found[0].start : -1;
+        mine.next = 0;
+        static_cast<void>(sentences.SetOutputOptions(0, 0));
+        const error_code aligned =
+            sentences.AlignTranscription(&mine, model.get(), &words, nullptr, &found);
+        EXPECT_TRUE(aligned == kNoError || aligned == kRecognitionFailed);
+        CTextlessPhnRecognizer textless;
+        EXPECT_EQ(textless.RecognizePhonemes(&free, model.get(), nullptr, &found), kNoError);
+    };
+    int32_t first = 0;
+    int32_t second = 0;
+    std::thread other([&] { run(second); });
+    run(first);
+    other.join();
+    EXPECT_NEAR(first, 90, 10);
+    EXPECT_EQ(second, first);
 }
 
 // Kept: the first sentence is not there at all, so nothing is.

@@ -51,8 +51,8 @@ TEST_F(TextlessRecognizer, HearsPhonemesWithoutAText) {
 TEST_F(TextlessRecognizer, NeedsAllTablesForTheLanguageSearch) {
     class counting_recognizer : public CTextlessPhnRecognizer {
     public:
-        error_code ViterbiLM(CAccousticHMM&, IObservationStream&, ProgressSink*, TArray<uint32_t>&,
-                             TArray<float>&) override {
+        error_code ViterbiLM(const CAccousticHMM&, IObservationStream&, ProgressSink*,
+                             TArray<uint32_t>&, TArray<float>&) override {
             ++languageSearches;
             return kRecognitionFailed;
         }

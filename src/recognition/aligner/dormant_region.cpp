@@ -1,12 +1,10 @@
 #include "recognition/aligner/dormant_region.h"
 
-#include <vector>
-
 #include "base/flog.h"
 #include "base/text_copy.h"
 #include "model/accoustic_hmm.h"
 #include "recognition/markers/time_base.h"
-#include "tessarin/observation_stream.h"
+#include "recognition/observation_source.h"
 
 namespace tessarin {
 
@@ -15,11 +13,13 @@ error_code ReadDormantMarkerRegion(const CAccousticHMM& model, IObservationStrea
                                    double periodMs, TArray<CSyncMarker>& phones,
                                    TArray<float>& energies) {
     flog scope("CTextbasedPhnRecognizer::ReadDormantMarkerRegion");
-    const auto frames = static_cast<int32_t>(stream.GetNumObservations());
-    std::vector<float> features(static_cast<size_t>(model.descriptor.numFeatures) + 3);
+    observation_source source(stream, model.descriptor.numFeatures);
+    if (const error_code code = source.Open(&energies); code != kNoError) {
+        return code;
+    }
+    const auto frames = static_cast<int32_t>(source.GetCount());
     for (int32_t i = 0; i < frames; ++i) {
-        if (const error_code code = stream.GetObservation(features.data(), &energies[i]);
-            code != kNoError) {
+        if (const error_code code = source.Next(); code != kNoError) {
             return code;
         }
     }

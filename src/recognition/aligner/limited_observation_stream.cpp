@@ -46,7 +46,7 @@ error_code CLimitedObservationStream::SetNoiseFloor(uint32_t kind, const float* 
 }
 
 limited_stream::limited_stream(IObservationStream& observations, int32_t featureCount)
-    : stream(&observations), spectral(dynamic_cast<CSpectralStream*>(&observations)) {
+    : stream(&observations), spectral(CSpectralStream::Find(&observations)) {
     if (spectral == nullptr) {
         stream = &adapter.emplace(observations, featureCount);
     }

@@ -3,18 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "base/tarray.h"
-
 namespace tessarin {
-
-/// Gives `energies` room for all observations. False when that is impossible.
-[[nodiscard]] inline bool FitEnergies(uint32_t frames, TArray<float>& energies) {
-    if (frames > INT32_MAX) {
-        return false;
-    }
-    const auto count = static_cast<int32_t>(frames);
-    return energies.GetSize() >= count || energies.SetSize(count, 0) != 0;
-}
 
 /// The state that a path should end in instead of `endState`, which lies in a silence if
 /// `isSilence`: an optional silence at the end never costs the end of the last word.

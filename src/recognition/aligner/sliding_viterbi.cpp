@@ -9,7 +9,7 @@
 #include "model/accoustic_hmm.h"
 #include "recognition/aligner/back_pointer_store.h"
 #include "recognition/aligner/path_end.h"
-#include "tessarin/observation_stream.h"
+#include "recognition/observation_source.h"
 
 namespace tessarin {
 namespace {
@@ -27,8 +27,8 @@ constexpr int32_t kMaxStuckRounds = 1000000;
 /// first live predecessor asks for it.
 class output_cache {
 public:
-    output_cache(const CAccousticHMM& acousticModel, const std::vector<float>& observation)
-        : model(acousticModel), features(observation),
+    output_cache(const CAccousticHMM& acousticModel, const observation_source& observations)
+        : model(acousticModel), source(observations),
           entries(static_cast<size_t>(acousticModel.GetTotalStates())) {}
 
     void NextObservation() { ++generation; }
@@ -36,7 +36,7 @@ public:
     double Get(int32_t modelState) {
         entry& cached = entries[static_cast<size_t>(modelState)];
         if (cached.generation != generation) {
-            cached = {model.GetStateProbability(features.data(), modelState), generation};
+            cached = {model.GetStateProbability(source.GetFeatures(), modelState), generation};
         }
         return cached.probability;
     }
@@ -48,7 +48,7 @@ private:
     };
 
     const CAccousticHMM& model;
-    const std::vector<float>& features;
+    const observation_source& source;
     std::vector<entry> entries;
     uint32_t generation = 1;
 };
@@ -72,11 +72,10 @@ enum class round_result { advanced, lost };
 struct sliding_search {
     sliding_search(const sliding_viterbi_options& options, const CAccousticHMM& acousticModel,
                    const state_rec* const* stateGraph, uint32_t positions,
-                   IObservationStream& observations);
+                   observation_source& observations);
 
-    error_code Run(const std::vector<uint32_t>& startStates, ProgressSink* progress,
-                   TArray<float>& energies);
-    error_code ReadObservation(TArray<float>& energies, uint32_t index);
+    error_code Run(const std::vector<uint32_t>& startStates, ProgressSink* progress);
+    error_code ReadObservation();
     void Seed(const std::vector<uint32_t>& startStates);
     round_result AdvanceWindow(uint32_t t);
     void PlaceWindow();
@@ -90,13 +89,12 @@ struct sliding_search {
 
     const CAccousticHMM& model;
     const state_rec* const* graph;
-    IObservationStream& stream;
+    observation_source& source;
     const uint32_t numStates;
     const bool slideOnLoss;
     uint32_t frames; // observations of the path; fewer than the stream's after a loss
     uint32_t beam;
 
-    std::vector<float> features;
     output_cache output;
     std::vector<uint32_t> reach;    // the furthest state that each state leads to
     std::vector<int32_t> selfLoops; // how long each state has been stayed in
@@ -140,21 +138,19 @@ std::vector<uint32_t> FurthestTargets(const state_rec* const* graph, uint32_t nu
 sliding_search::sliding_search(const sliding_viterbi_options& options,
                                const CAccousticHMM& acousticModel,
                                const state_rec* const* stateGraph, uint32_t positions,
-                               IObservationStream& observations)
-    : model(acousticModel), graph(stateGraph), stream(observations),
+                               observation_source& observations)
+    : model(acousticModel), graph(stateGraph), source(observations),
       numStates(positions * static_cast<uint32_t>(acousticModel.numStates)),
-      slideOnLoss(options.slideOnLoss), frames(observations.GetNumObservations()),
-      beam(WindowWidth(options.beamWidth, frames, numStates)),
-      features(static_cast<size_t>(acousticModel.descriptor.numFeatures) + 3),
-      output(acousticModel, features), reach(FurthestTargets(stateGraph, numStates)),
-      selfLoops(numStates), arcs(beam), backPointers(frames), endBound(numStates) {
+      slideOnLoss(options.slideOnLoss), frames(observations.GetCount()),
+      beam(WindowWidth(options.beamWidth, frames, numStates)), output(acousticModel, observations),
+      reach(FurthestTargets(stateGraph, numStates)), selfLoops(numStates), arcs(beam),
+      backPointers(frames), endBound(numStates) {
     previous.scores.resize(numStates);
     current.scores.resize(numStates);
 }
 
-error_code sliding_search::Run(const std::vector<uint32_t>& startStates, ProgressSink* progress,
-                               TArray<float>& energies) {
-    if (const error_code readCode = ReadObservation(energies, 0); readCode != kNoError) {
+error_code sliding_search::Run(const std::vector<uint32_t>& startStates, ProgressSink* progress) {
+    if (const error_code readCode = ReadObservation(); readCode != kNoError) {
         return readCode;
     }
     Seed(startStates);
@@ -166,7 +162,7 @@ error_code sliding_search::Run(const std::vector<uint32_t>& startStates, Progres
     for (uint32_t t = 1; t < frames; t += repeat ? 0 : 1) {
         if (!repeat) {
             stuckRounds = 0;
-            if (const error_code readCode = ReadObservation(energies, t); readCode != kNoError) {
+            if (const error_code readCode = ReadObservation(); readCode != kNoError) {
                 return readCode;
             }
         }
@@ -189,9 +185,9 @@ error_code sliding_search::Run(const std::vector<uint32_t>& startStates, Progres
     return kNoError;
 }
 
-error_code sliding_search::ReadObservation(TArray<float>& energies, uint32_t index) {
+error_code sliding_search::ReadObservation() {
     output.NextObservation();
-    return stream.GetObservation(features.data(), &energies[static_cast<int32_t>(index)]);
+    return source.Next();
 }
 
 void sliding_search::Seed(const std::vector<uint32_t>& startStates) {
@@ -202,7 +198,7 @@ void sliding_search::Seed(const std::vector<uint32_t>& startStates) {
         // Kept: a start state scores with its phone's first state, whatever state it is itself;
         // the entry of a phone is what the audio begins with.
         const double score =
-            model.GetStateProbability(features.data(), graph[n]->phone * model.numStates);
+            model.GetStateProbability(source.GetFeatures(), graph[n]->phone * model.numStates);
         previous.scores[n] = score;
         previous.first = previous.end == 0 ? n : std::min(previous.first, n);
         previous.end = std::max(previous.end, n + 1);
@@ -366,15 +362,15 @@ error_code SlidingViterbi(const sliding_viterbi_options& options, const CAccoust
                           ProgressSink* progress, TArray<uint32_t>* path, TArray<float>& energies,
                           double* score) {
     return Guarded([&]() -> error_code {
-        const uint32_t frames = stream.GetNumObservations();
-        if (frames == 0 || positions == 0) {
+        observation_source source(stream, model.descriptor.numFeatures);
+        if (const error_code code = source.Open(&energies); code != kNoError) {
+            return code;
+        }
+        if (source.GetCount() == 0 || positions == 0) {
             return kRecognitionFailed;
         }
-        if (!FitEnergies(frames, energies)) {
-            return kOutOfMemory;
-        }
-        sliding_search search(options, model, graph, positions, stream);
-        if (const error_code code = search.Run(startStates, progress, energies); code != kNoError) {
+        sliding_search search(options, model, graph, positions, source);
+        if (const error_code code = search.Run(startStates, progress); code != kNoError) {
             return code;
         }
         uint32_t endState = 0;

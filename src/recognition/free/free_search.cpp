@@ -4,20 +4,16 @@
 
 namespace tessarin {
 
-error_code PrepareFreeSearch(const CAccousticHMM& model, IObservationStream& stream,
+error_code PrepareFreeSearch(const CAccousticHMM& model, observation_source& source,
                              TArray<uint32_t>& path, TArray<float>& energies) {
     constexpr int32_t kMaxStates = 65535;
     if (model.GetTotalStates() > kMaxStates) {
         return kOutOfRange;
     }
-    const uint32_t frames = stream.GetNumObservations();
-    if (frames > INT32_MAX || path.SetSize(static_cast<int32_t>(frames), 0) == 0) {
-        return kOutOfMemory;
+    if (const error_code code = source.Open(&energies); code != kNoError) {
+        return code;
     }
-    if (energies.GetSize() < path.GetSize() && energies.SetSize(path.GetSize(), 0) == 0) {
-        return kOutOfMemory;
-    }
-    return kNoError;
+    return path.SetSize(static_cast<int32_t>(source.GetCount()), 0) != 0 ? kNoError : kOutOfMemory;
 }
 
 } // namespace tessarin

@@ -19,7 +19,7 @@ template <class Cell> struct free_search : phone_loop<Cell> {
 
     Cell* Row(int32_t t) { return cells.data() + static_cast<size_t>(t) * rowLength; }
 
-    void Advance(int32_t t) { phone_loop<Cell>::Advance(Row(t)); }
+    void Advance(const float* x, int32_t t) { phone_loop<Cell>::Advance(x, Row(t)); }
 
     error_code TraceBack(TArray<uint32_t>& path) {
         double bestScore = 0.0;
@@ -50,13 +50,12 @@ template <class Cell> struct free_search : phone_loop<Cell> {
 error_code FreeViterbi(const CAccousticHMM& model, IObservationStream& stream,
                        ProgressSink* progress, TArray<uint32_t>& path, TArray<float>& energies) {
     return Guarded([&]() -> error_code {
-        const error_code code = PrepareFreeSearch(model, stream, path, energies);
+        observation_source source(stream, model.descriptor.numFeatures);
+        const error_code code = PrepareFreeSearch(model, source, path, energies);
         if (code != kNoError) {
             return code;
         }
-        const auto run = [&](auto search) {
-            return RunFreeSearch(search, stream, progress, path, energies);
-        };
+        const auto run = [&](auto search) { return RunFreeSearch(search, source, progress, path); };
         return model.GetTotalStates() <= 256 ? run(free_search<uint8_t>(model, path.GetSize()))
                                              : run(free_search<uint16_t>(model, path.GetSize()));
     });

@@ -26,14 +26,13 @@ struct language_search {
         : model(acousticModel), statesPerPhone(static_cast<uint32_t>(acousticModel.numStates)),
           numStates(static_cast<uint32_t>(acousticModel.GetTotalStates())),
           steps(numStates, [&](uint32_t from, uint32_t to) { return StepProbability(from, to); }),
-          features(static_cast<size_t>(acousticModel.descriptor.numFeatures) + 3),
           previous(numStates, -1), current(numStates, -1), tree(growthStep) {}
 
     float StepProbability(uint32_t from, uint32_t to) const;
-    void Seed();
-    void Advance(int32_t t);
+    void Seed(const float* x);
+    void Advance(const float* x, int32_t t);
     void MakeRoom();
-    void EnterState(uint32_t state);
+    void EnterState(const float* x, uint32_t state);
     int32_t BestSource(uint32_t state, double& bestScore) const;
     double LanguageFactor(const hmm_hypothesis& from, uint16_t phone) const;
     error_code TraceBack(TArray<uint32_t>& path) const;
@@ -45,7 +44,6 @@ struct language_search {
     const uint32_t statesPerPhone;
     const uint32_t numStates;
     const transition_lists steps;
-    std::vector<float> features;
     std::vector<int32_t> previous; // the hypothesis of each state, -1 for none
     std::vector<int32_t> current;
     CHmmHypothesisTree tree;
@@ -65,12 +63,12 @@ float language_search::StepProbability(uint32_t from, uint32_t to) const {
     return model.transitions[from][to];
 }
 
-void language_search::Seed() {
+void language_search::Seed(const float* x) {
     for (uint32_t p = 0; p < static_cast<uint32_t>(model.numModels); ++p) {
         // Kept: a root is scored with the model's state number p, not with its phone's first state;
         // the first phonemes of every result depend on it.
-        const double score = model.GetStateProbability(features.data(), static_cast<int32_t>(p)) *
-                             (1.0 / model.numModels);
+        const double score =
+            model.GetStateProbability(x, static_cast<int32_t>(p)) * (1.0 / model.numModels);
         if (!tree.AddRoot(static_cast<uint16_t>(p), score, 0)) {
             throw std::bad_alloc();
         }
@@ -79,12 +77,12 @@ void language_search::Seed() {
     frameEnd = tree.GetCount();
 }
 
-void language_search::Advance(int32_t) {
+void language_search::Advance(const float* x, int32_t) {
     MakeRoom();
     largest = 0.0;
     const int32_t begin = tree.GetCount();
     for (uint32_t state = 0; state < numStates; ++state) {
-        EnterState(state);
+        EnterState(x, state);
     }
     frameBegin = begin;
     frameEnd = tree.GetCount();
@@ -116,7 +114,7 @@ void language_search::MakeRoom() {
     }
 }
 
-void language_search::EnterState(uint32_t state) {
+void language_search::EnterState(const float* x, uint32_t state) {
     current[state] = -1;
     double score = 0.0;
     const int32_t source = BestSource(state, score);
@@ -126,7 +124,7 @@ void language_search::EnterState(uint32_t state) {
     const hmm_hypothesis from = tree[source];
     const auto phone = static_cast<uint16_t>(state / statesPerPhone);
     const auto local = static_cast<uint16_t>(state % statesPerPhone);
-    score *= model.GetStateProbability(features.data(), static_cast<int32_t>(state));
+    score *= model.GetStateProbability(x, static_cast<int32_t>(state));
     if (local == 0 && from.state != 0 && from.phone != phone) {
         score *= LanguageFactor(from, phone);
     }
@@ -206,12 +204,13 @@ error_code FreeViterbiLM(const CAccousticHMM& model, IObservationStream& stream,
                          ProgressSink* progress, TArray<uint32_t>& path, TArray<float>& energies,
                          int32_t growthStep) {
     return Guarded([&]() -> error_code {
-        const error_code code = PrepareFreeSearch(model, stream, path, energies);
+        observation_source source(stream, model.descriptor.numFeatures);
+        const error_code code = PrepareFreeSearch(model, source, path, energies);
         if (code != kNoError) {
             return code;
         }
         language_search search(model, growthStep);
-        return RunFreeSearch(search, stream, progress, path, energies);
+        return RunFreeSearch(search, source, progress, path);
     });
 }
 

@@ -1,7 +1,8 @@
 #include "recognition/graph/phone_durations.h"
 
 #include <algorithm>
-#include <sstream>
+#include <string>
+#include <vector>
 
 #include "model/accoustic_hmm.h"
 #include "tessarin/transcriber.h"
@@ -12,6 +13,8 @@ namespace {
 constexpr uint32_t kUnknownMs = 200;
 constexpr uint32_t kSilenceMs = 250;
 constexpr uint32_t kObservationMs = 10; // Kept: whatever the stream's hop is
+/// Kept: what a label without limit or class counts is -1 of each state.
+constexpr uint32_t kNoLimitMs = static_cast<uint32_t>(-CAccousticHMM::kStatesOfPhoneme);
 constexpr std::string_view kSilence = "x";
 
 struct duration_class {
@@ -19,7 +22,7 @@ struct duration_class {
     uint32_t ms;
 };
 
-/// A later class overrides an earlier one in the model's limits.
+/// A later class overrides an earlier one where a model knows all of them.
 constexpr duration_class kClasses[] = {
     {"mpbvfZHCHjSHszDHTHtNGgkhynd", 90},
     {"gds", 120},
@@ -31,12 +34,21 @@ constexpr std::string_view kLabels[] = {"x",  "m",  "p",  "b",  "v",  "f",  "ZH"
                                         "ER", "w",  "UH", "UW", "AW", "IY", "y",  "IH", "AE", "AY",
                                         "EY", "EH", "n",  "d",  "l",  "AA", "AH", "AO", "OW", "OY"};
 
-std::string LimitsText() {
-    std::ostringstream text;
+/// Observations that a state of each phoneme of `model` lasts, 0 for no limit; empty when the model
+/// does not know all of the labels.
+std::vector<uint32_t> StateLimits(const CAccousticHMM& model) {
+    std::vector<uint32_t> limits(static_cast<size_t>(model.numModels));
+    std::vector<uint16_t> phonemes;
     for (const duration_class& each : kClasses) {
-        text << each.labels << ' ' << each.ms << '\n';
+        phonemes.clear();
+        if (!model.LabelsToIndices(std::string(each.labels).c_str(), phonemes)) {
+            return {};
+        }
+        for (const uint16_t phoneme : phonemes) {
+            limits[phoneme] = each.ms / (static_cast<uint32_t>(model.numStates) * kObservationMs);
+        }
     }
-    return text.str();
+    return limits;
 }
 
 /// Kept: the first class that has the label decides, here, so that "g", "d" and "s" are short.
@@ -51,18 +63,16 @@ uint32_t ClassMs(std::string_view label, uint32_t otherwise) {
 
 } // namespace
 
-void phone_durations::SetUp(CAccousticHMM& model) {
-    // Kept: limits that the host has loaded are lost for good, so that what a search of sentences
-    // finds, and the searches behind it, does not depend on what came before.
-    model.ClearConstraints();
-    std::istringstream limits(LimitsText());
-    static_cast<void>(model.ReadConstraints(limits));
+void phone_durations::SetUp(const CAccousticHMM& model) {
+    constexpr auto kStates = static_cast<uint32_t>(CAccousticHMM::kStatesOfPhoneme);
+    const std::vector<uint32_t> limits = StateLimits(model);
     for (const std::string_view label : kLabels) {
         const std::string name(label);
-        const int32_t limitMs =
-            model.GetPhoneLimitMs(name.c_str()) * CAccousticHMM::kStatesOfPhoneme;
-        const auto stored = static_cast<uint32_t>(limitMs);
-        durationsMs[name] = limitMs >= 0 ? stored : ClassMs(label, stored);
+        uint32_t phoneme = CAccousticHMM::kNoPhoneme;
+        static_cast<void>(model.FindLabel(name.c_str(), &phoneme));
+        const uint32_t limit = phoneme < limits.size() ? limits[phoneme] : 0;
+        durationsMs[name] =
+            limit != 0 ? limit * kObservationMs * kStates : ClassMs(label, kNoLimitMs);
     }
 }
 

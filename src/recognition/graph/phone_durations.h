@@ -10,14 +10,14 @@ namespace tessarin {
 class CAccousticHMM;
 struct CTxMarker;
 
-/// How long phonemes last, by a built-in table of their classes. It limits the model's states where
-/// a host has loaded no limits of its own, and tells how long a stretch of text can be.
+/// How long phonemes last, by a built-in table of their classes; so how long a text can be.
 class phone_durations {
 public:
-    /// Loads the table into `model` as its limits, and takes each phoneme's milliseconds from
-    /// there; a model that does not know all of its phonemes has no limits then, and they are those
-    /// of the classes. What was there before stays where nothing takes its place.
-    void SetUp(CAccousticHMM& model);
+    /// Takes each phoneme's milliseconds in whole observations of each state of `model`. For a
+    /// model that does not know all phonemes of the table, they are those of the classes. What was
+    /// there before stays where nothing takes its place. The limits of `model` have no part in
+    /// this.
+    void SetUp(const CAccousticHMM& model);
 
     /// Milliseconds of a phoneme; 200 for one that is not in the table.
     uint32_t LabelDurationMs(std::string_view label) const;

@@ -26,24 +26,22 @@ public:
     /// phonemes, where it has such statistics.
     phone_loop(const CAccousticHMM& acousticModel, transition_lists steps,
                bool weighsEntries = false)
-        : features(static_cast<size_t>(acousticModel.descriptor.numFeatures) + 3),
-          model(acousticModel), numStates(static_cast<uint32_t>(acousticModel.GetTotalStates())),
+        : model(acousticModel), numStates(static_cast<uint32_t>(acousticModel.GetTotalStates())),
           statesPerPhone(static_cast<uint32_t>(acousticModel.numStates)),
           weighs(weighsEntries && !acousticModel.bigrams.empty() &&
                  !acousticModel.unigrams.empty()),
           transitions(std::move(steps)), previous(numStates), current(numStates) {}
 
-    /// Begins with the first observation, which is in `features`: each phoneme is as probable as
-    /// the others.
-    void Seed() {
+    /// Begins with the first observation, `x`: each phoneme is as probable as the others.
+    void Seed(const float* x) {
         for (uint32_t s = 0; s < numStates; s += statesPerPhone) {
-            previous[s] = Likelihood(s) * (1.0 / model.numModels);
+            previous[s] = Likelihood(x, s) * (1.0 / model.numModels);
         }
     }
 
-    /// Goes on with the observation in `features`. `row` has a zeroed cell a state and receives
+    /// Goes on with the observation `x`. `row` has a zeroed cell a state and receives
     /// the states that they are entered from. Returns the cell of the best state.
-    Cell Advance(Cell* row) {
+    Cell Advance(const float* x, Cell* row) {
         double largest = 0.0;
         Cell cellOfLargest = 0;
         for (uint32_t s = 0; s < numStates; ++s) {
@@ -58,7 +56,7 @@ public:
             }
             if (best != 0.0) {
                 row[s] = static_cast<Cell>(bestSource);
-                best *= Likelihood(s);
+                best *= Likelihood(x, s);
                 if (weighs && bestSource != s && s % statesPerPhone == 0) {
                     best *= EntryWeight(bestSource / statesPerPhone, s / statesPerPhone);
                 }
@@ -81,12 +79,9 @@ public:
     /// Of the last observation, one a state.
     const std::vector<double>& GetScores() const { return previous; }
 
-    /// Room for an observation.
-    std::vector<float> features;
-
 private:
-    double Likelihood(uint32_t state) const {
-        return model.GetStateProbability(features.data(), static_cast<int32_t>(state));
+    double Likelihood(const float* x, uint32_t state) const {
+        return model.GetStateProbability(x, static_cast<int32_t>(state));
     }
     double EntryWeight(uint32_t from, uint32_t to) const {
         constexpr double kBigramShare = 0.99;

@@ -19,25 +19,26 @@ int64_t RealtimeSearchNs() {
     return searchNs;
 }
 
-live_search::live_search(CSpectralStream& observations, phone_loop<uint8_t> phones,
-                         heard_frames& frames)
-    : stream(observations), loop(std::move(phones)), heard(frames) {
+live_search::live_search(CSpectralStream& observations, int32_t featureCount,
+                         phone_loop<uint8_t> phones, heard_frames& frames)
+    : stream(observations), source(observations, featureCount), loop(std::move(phones)),
+      heard(frames) {
     searchNs = 0;
 }
 
 bool live_search::Read() {
-    return stream.GetObservation(loop.features.data(), &energy) == kNoError;
+    return source.Next() == kNoError;
 }
 
 void live_search::Seed() {
-    loop.Seed();
+    loop.Seed(source.GetFeatures());
     Push(heard.TakeRow(loop.GetScores().size()), 0);
 }
 
 void live_search::Advance() {
     pending_path::row row = heard.TakeRow(loop.GetScores().size());
     const uint64_t begin = PerformanceCounterNs();
-    const uint8_t best = loop.Advance(row.data());
+    const uint8_t best = loop.Advance(source.GetFeatures(), row.data());
     workedNs += static_cast<int64_t>(PerformanceCounterNs() - begin);
     searchNs = workedNs;
     Push(std::move(row), best);
@@ -46,7 +47,7 @@ void live_search::Advance() {
 void live_search::Push(pending_path::row row, uint8_t best) {
     heard_frames::energy_range range;
     stream.GetEnergyRange(&range.lowest, &range.highest);
-    heard.Push(std::move(row), best, energy, range);
+    heard.Push(std::move(row), best, source.GetEnergy(), range);
 }
 
 } // namespace tessarin

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "recognition/graph/phone_loop.h"
+#include "recognition/observation_source.h"
 
 namespace tessarin {
 
@@ -14,7 +15,12 @@ class heard_frames;
 /// finds to `heard`.
 class live_search {
 public:
-    live_search(CSpectralStream& observations, phone_loop<uint8_t> phones, heard_frames& frames);
+    /// The model of `phones` scores `featureCount` values of each observation.
+    live_search(CSpectralStream& observations, int32_t featureCount, phone_loop<uint8_t> phones,
+                heard_frames& frames);
+
+    /// To be called first; the code of observation_source::Open.
+    [[nodiscard]] error_code Open() { return source.Open(nullptr); }
 
     /// Reads the next observation. Returns whether there is one.
     bool Read();
@@ -27,9 +33,9 @@ private:
     void Push(std::vector<uint8_t> row, uint8_t best);
 
     CSpectralStream& stream;
+    observation_source source;
     phone_loop<uint8_t> loop;
     heard_frames& heard;
-    float energy = 0.0f;
     int64_t workedNs = 0;
 };
 

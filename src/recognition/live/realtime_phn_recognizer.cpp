@@ -154,7 +154,10 @@ void CRealtimePhnRecognizer::ViterbiModel0() {
 }
 
 void CRealtimePhnRecognizer::Search(phone_loop<uint8_t> loop) {
-    live_search search(chain.spectral, std::move(loop), run->heard);
+    live_search search(chain.spectral, model->descriptor.numFeatures, std::move(loop), run->heard);
+    if (search.Open() != kNoError) {
+        return;
+    }
     // What a read gives after the stream was closed is silence that nobody recorded.
     if (!search.Read() || IsStopped()) {
         return;
@@ -205,7 +208,7 @@ bool CRealtimePhnRecognizer::GetMicVisemix(ISyncResultsCollection* results, int3
 }
 
 bool CRealtimePhnRecognizer::FlushUntil(ISyncResultsCollection* results, int64_t endMs) {
-    auto* markers = dynamic_cast<CConcreteSyncMarkerCollection*>(results);
+    auto* markers = CConcreteSyncMarkerCollection::Find(results);
     if (markers == nullptr || run == nullptr || run->IsHeldBack()) {
         return false;
     }

@@ -16,19 +16,20 @@ constexpr uint32_t kStatesTaken = 3;
 
 } // namespace
 
-BackgroundLoop::BackgroundLoop(const CAccousticHMM& acousticModel, std::vector<uint32_t> loopStates,
+BackgroundLoop::BackgroundLoop(const CAccousticHMM& acousticModel,
+                               const float_matrix& logTransitions, std::vector<uint32_t> loopStates,
                                uint32_t frames)
     : model(acousticModel), states(std::move(loopStates)), stepsInto(states.size()),
       previous(states.size(), kImpossibleLog), current(states.size(), kImpossibleLog),
       bestByFrame(frames, kImpossibleLog) {
-    FindSteps();
+    FindSteps(logTransitions);
 }
 
 /// Most steps are impossible, so an observation tries these only.
-void BackgroundLoop::FindSteps() {
+void BackgroundLoop::FindSteps(const float_matrix& logTransitions) {
     for (size_t to = 0; to < states.size(); ++to) {
         for (uint32_t from = 0; from < states.size(); ++from) {
-            const float logProbability = model.logTransitions[states[from]][states[to]];
+            const float logProbability = logTransitions[states[from]][states[to]];
             if (logProbability != static_cast<float>(kImpossibleLog)) {
                 stepsInto[to].push_back({from, logProbability});
             }

@@ -6,15 +6,17 @@
 namespace tessarin {
 
 class CAccousticHMM;
+class float_matrix;
 
 /// A search that knows nothing of a text: any order of a set of the model's states, with the
 /// model's own transitions. What it scores is what a sentence has to be better than. The sets are
 /// lists of states; a state may stand in one twice.
 class BackgroundLoop {
 public:
-    /// `states` are global states of `model`, whose logarithmic transitions are built; the search
-    /// will run over so many observations.
-    BackgroundLoop(const CAccousticHMM& model, std::vector<uint32_t> states, uint32_t frames);
+    /// `states` are global states of `model`, of whose transitions `logTransitions` are the natural
+    /// logarithms; the search will run over so many observations.
+    BackgroundLoop(const CAccousticHMM& model, const float_matrix& logTransitions,
+                   std::vector<uint32_t> states, uint32_t frames);
 
     /// All states of the model.
     static std::vector<uint32_t> FreeStates(const CAccousticHMM& model);
@@ -38,7 +40,7 @@ private:
         float logProbability;
     };
 
-    void FindSteps();
+    void FindSteps(const float_matrix& logTransitions);
     double BestSource(uint32_t place, bool& found) const;
 
     const CAccousticHMM& model;

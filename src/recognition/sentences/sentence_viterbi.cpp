@@ -7,6 +7,7 @@
 #include "model/accoustic_hmm.h"
 #include "recognition/graph/forward_graph.h"
 #include "recognition/markers/time_base.h"
+#include "recognition/observation_source.h"
 #include "recognition/sentences/background_loop.h"
 #include "recognition/sentences/top_hypo_list.h"
 #include "recognition/sentences/word_hyp_collector.h"
@@ -25,9 +26,9 @@ constexpr uint32_t kNoSpan = word_path::kNone;
 struct sentence_search {
     sentence_search(uint16_t beamWidth, const CAccousticHMM& acousticModel,
                     const forward_graph& searchGraph, const std::vector<word_span>& sentences,
-                    uint32_t frames);
+                    observation_source& observations);
 
-    error_code Run(IObservationStream& stream, ProgressSink* progress, uint32_t frames);
+    error_code Run(ProgressSink* progress);
     void Seed();
     void Advance(uint32_t t);
     void Expand(uint32_t t);
@@ -40,12 +41,13 @@ struct sentence_search {
     const CAccousticHMM& model;
     const forward_graph& graph;
     const std::vector<word_span>& spans;
+    observation_source& source;
+    const float_matrix logTransitions;
     BackgroundLoop freeLoop;
     BackgroundLoop noiseLoop;
     std::vector<WordHypCollector> collectors;
     std::vector<uint32_t> spanAtEntry; // of each state
     std::vector<uint32_t> spanAtExit;
-    std::vector<float> features;
     std::vector<double> cache;     // logarithmic likelihoods of the model's states, 0: not known
     std::vector<pw_hype> hypes;    // of each state
     std::vector<uint8_t> visited;  // of each state
@@ -61,13 +63,14 @@ size_t CacheSize(const CAccousticHMM& model) {
 
 sentence_search::sentence_search(uint16_t beamWidth, const CAccousticHMM& acousticModel,
                                  const forward_graph& searchGraph,
-                                 const std::vector<word_span>& sentences, uint32_t frames)
-    : model(acousticModel), graph(searchGraph), spans(sentences),
-      freeLoop(model, BackgroundLoop::FreeStates(model), frames),
-      noiseLoop(model, BackgroundLoop::NoiseStates(model), frames),
+                                 const std::vector<word_span>& sentences,
+                                 observation_source& observations)
+    : model(acousticModel), graph(searchGraph), spans(sentences), source(observations),
+      logTransitions(model.CalcLogTransitions()),
+      freeLoop(model, logTransitions, BackgroundLoop::FreeStates(model), source.GetCount()),
+      noiseLoop(model, logTransitions, BackgroundLoop::NoiseStates(model), source.GetCount()),
       spanAtEntry(size_t{graph.GetNumStates()} + 1, kNoSpan),
-      spanAtExit(size_t{graph.GetNumStates()} + 1, kNoSpan),
-      features(static_cast<size_t>(model.descriptor.numFeatures) + 3), cache(CacheSize(model)),
+      spanAtExit(size_t{graph.GetNumStates()} + 1, kNoSpan), cache(CacheSize(model)),
       hypes(graph.GetNumStates()), visited(graph.GetNumStates()), list(beamWidth) {
     collectors.reserve(spans.size()); // they point to each other
     for (uint32_t i = 0; i < spans.size(); ++i) {
@@ -83,12 +86,11 @@ sentence_search::sentence_search(uint16_t beamWidth, const CAccousticHMM& acoust
     }
 }
 
-error_code sentence_search::Run(IObservationStream& stream, ProgressSink* progress,
-                                uint32_t frames) {
+error_code sentence_search::Run(ProgressSink* progress) {
+    const uint32_t frames = source.GetCount();
     timed_progress timed(progress);
     for (uint32_t t = 0; t < frames; ++t) {
-        float energy = 0.0f;
-        const error_code code = stream.GetObservation(features.data(), &energy);
+        const error_code code = source.Next();
         if (code != kNoError) {
             return code;
         }
@@ -106,8 +108,8 @@ error_code sentence_search::Run(IObservationStream& stream, ProgressSink* progre
 }
 
 void sentence_search::Seed() {
-    freeLoop.Seed(features.data(), cache.data());
-    noiseLoop.Seed(features.data(), cache.data());
+    freeLoop.Seed(source.GetFeatures(), cache.data());
+    noiseLoop.Seed(source.GetFeatures(), cache.data());
     const uint8_t acousticState = graph[0].acousticState;
     word_path path;
     if (IsEntry(0)) {
@@ -119,8 +121,8 @@ void sentence_search::Seed() {
 void sentence_search::Advance(uint32_t t) {
     std::fill(visited.begin(), visited.end(), uint8_t{0});
     touched.clear();
-    freeLoop.Advance(t, features.data(), cache.data());
-    noiseLoop.Advance(t, features.data(), cache.data());
+    freeLoop.Advance(t, source.GetFeatures(), cache.data());
+    noiseLoop.Advance(t, source.GetFeatures(), cache.data());
     Expand(t);
     list.Clear();
     for (const uint32_t state : touched) {
@@ -195,14 +197,14 @@ void sentence_search::RecordEnd(const pw_hype& hype, uint32_t t) {
 }
 
 /// Kept: the products are in single precision, each truncated by itself.
-int32_t TimeMs(uint32_t frame, float periodMs, uint32_t startFrame) {
+int32_t TimeMs(uint32_t frame, float periodMs, int32_t startFrame) {
     const int64_t ms = int64_t{TruncSat<int32_t>(static_cast<float>(frame) * periodMs)} +
                        TruncSat<int32_t>(static_cast<float>(startFrame) * periodMs);
     return static_cast<int32_t>(std::min<int64_t>(ms, INT32_MAX));
 }
 
 CSyncMarker MakeMarker(const full_word_hypothesis& found, const word_span& span, float periodMs,
-                       uint32_t startFrame) {
+                       int32_t startFrame) {
     CSyncMarker marker{};
     marker.type = kWordMarker;
     marker.score = static_cast<float>(found.score);
@@ -221,17 +223,20 @@ bool FitsSentenceSearch(const CAccousticHMM& model) {
 
 error_code SentenceViterbi(uint16_t beamWidth, const CAccousticHMM& model,
                            const forward_graph& graph, const std::vector<word_span>& spans,
-                           IObservationStream& stream, ProgressSink* progress, uint32_t startFrame,
+                           IObservationStream& stream, ProgressSink* progress, int32_t startFrame,
                            ISyncResultsCollection& results) {
     if (!FitsSentenceSearch(model)) {
         return kOutOfRange;
     }
-    const uint32_t frames = stream.GetNumObservations();
-    if (frames == 0 || graph.GetNumStates() == 0) {
+    observation_source source(stream, model.descriptor.numFeatures);
+    if (const error_code opened = source.Open(nullptr); opened != kNoError) {
+        return opened;
+    }
+    if (source.GetCount() == 0 || graph.GetNumStates() == 0) {
         return kNoError;
     }
-    sentence_search search(beamWidth, model, graph, spans, frames);
-    const error_code searched = search.Run(stream, progress, frames);
+    sentence_search search(beamWidth, model, graph, spans, source);
+    const error_code searched = search.Run(progress);
     if (searched != kNoError) {
         return searched;
     }

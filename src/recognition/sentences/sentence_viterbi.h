@@ -24,14 +24,14 @@ bool FitsSentenceSearch(const CAccousticHMM& model);
 /// token passing of Young, Russell and Thornton, "Token Passing: a Simple Conceptual Model for
 /// Connected Speech Recognition Systems", 1989).
 ///
-/// `spans` are the sentences, `model` has its logarithmic transitions built. For each sentence that
-/// was found, a word marker goes to `results`, its times beginning with observation `startFrame`.
-/// Returns 0, also when none was found; 3 when `model` does not suit the search; 5 when `progress`
-/// (may be null) cancels; or the code of a failed read. Throws std::bad_alloc.
+/// `spans` are the sentences. For each sentence that was found, a word marker goes to `results`,
+/// its times beginning with observation `startFrame`, which may be before the audio. Returns 0,
+/// also when none was found; 3 when `model` does not suit the search; 5 when `progress` (may be
+/// null) cancels; or the code of a failed read. Throws std::bad_alloc.
 [[nodiscard]] error_code SentenceViterbi(uint16_t beamWidth, const CAccousticHMM& model,
                                          const forward_graph& graph,
                                          const std::vector<word_span>& spans,
                                          IObservationStream& stream, ProgressSink* progress,
-                                         uint32_t startFrame, ISyncResultsCollection& results);
+                                         int32_t startFrame, ISyncResultsCollection& results);
 
 } // namespace tessarin

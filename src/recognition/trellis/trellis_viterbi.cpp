@@ -9,9 +9,9 @@
 #include "model/accoustic_hmm.h"
 #include "platform/temp_file.h"
 #include "recognition/aligner/path_end.h"
+#include "recognition/observation_source.h"
 #include "recognition/trellis/frame_hypo_list.h"
 #include "recognition/trellis/trellis.h"
-#include "tessarin/observation_stream.h"
 
 namespace tessarin {
 namespace {
@@ -23,20 +23,20 @@ constexpr uint32_t kProgressInterval = 100;
 /// state of the graph asks for it.
 class log_output_cache {
 public:
-    log_output_cache(const CAccousticHMM& acousticModel, const std::vector<float>& observation)
-        : model(acousticModel), features(observation),
+    log_output_cache(const CAccousticHMM& acousticModel, const observation_source& observations)
+        : model(acousticModel), source(observations),
           values(static_cast<size_t>(acousticModel.GetTotalStates())) {}
 
     void NextObservation() { std::ranges::fill(values, 0.0); }
 
     /// kImpossibleLog for a probability of 0.
     double Get(int32_t modelState) {
-        return model.GetCachedLogProbability(0.0, values.data(), features.data(), modelState);
+        return model.GetCachedLogProbability(0.0, values.data(), source.GetFeatures(), modelState);
     }
 
 private:
     const CAccousticHMM& model;
-    const std::vector<float>& features;
+    const observation_source& source;
     std::vector<double> values;
 };
 
@@ -55,11 +55,10 @@ struct log_row {
 /// One run of the search.
 struct trellis_search {
     trellis_search(const trellis_viterbi_options& options, const CAccousticHMM& acousticModel,
-                   const log_state_graph& stateGraph, IObservationStream& observations);
+                   const log_state_graph& stateGraph, observation_source& observations);
 
-    error_code Run(const std::vector<uint32_t>& startStates, ProgressSink* progress,
-                   TArray<float>& energies);
-    error_code ReadObservation(TArray<float>& energies, uint32_t index);
+    error_code Run(const std::vector<uint32_t>& startStates, ProgressSink* progress);
+    error_code ReadObservation();
     void Seed(const std::vector<uint32_t>& startStates);
     void PlaceWindow(uint32_t t);
     void ScoreWindow();
@@ -73,13 +72,12 @@ struct trellis_search {
 
     const CAccousticHMM& model;
     const log_state_graph& graph;
-    IObservationStream& stream;
+    observation_source& source;
     const uint32_t numStates;
     const uint32_t beam;
     const double logBeam;
     uint32_t frames; // observations of the path; fewer than the stream's after a loss
 
-    std::vector<float> features;
     log_output_cache output;
     std::vector<int32_t> selfLoops; // how long each state has been stayed in
     std::vector<uint32_t> windowStarts;
@@ -107,28 +105,25 @@ int32_t Room(const trellis_viterbi_options& options, uint32_t beam) {
 
 trellis_search::trellis_search(const trellis_viterbi_options& options,
                                const CAccousticHMM& acousticModel,
-                               const log_state_graph& stateGraph, IObservationStream& observations)
-    : model(acousticModel), graph(stateGraph), stream(observations),
+                               const log_state_graph& stateGraph, observation_source& observations)
+    : model(acousticModel), graph(stateGraph), source(observations),
       numStates(stateGraph.GetNumStates()), beam(WindowWidth(options, numStates)),
       logBeam(options.logBeam == 0.0 ? kDefaultLogBeam : options.logBeam),
-      frames(observations.GetNumObservations()),
-      features(static_cast<size_t>(acousticModel.descriptor.numFeatures) + 3),
-      output(acousticModel, features), selfLoops(numStates), windowStarts(frames),
-      list(Room(options, beam)), endBound(numStates) {
+      frames(observations.GetCount()), output(acousticModel, observations), selfLoops(numStates),
+      windowStarts(frames), list(Room(options, beam)), endBound(numStates) {
     previous.scores.assign(numStates, kImpossibleLog);
     current.scores.assign(numStates, kImpossibleLog);
 }
 
-error_code trellis_search::Run(const std::vector<uint32_t>& startStates, ProgressSink* progress,
-                               TArray<float>& energies) {
+error_code trellis_search::Run(const std::vector<uint32_t>& startStates, ProgressSink* progress) {
     const uint32_t total = frames;
     timed_progress timed(progress);
-    if (const error_code readCode = ReadObservation(energies, 0); readCode != kNoError) {
+    if (const error_code readCode = ReadObservation(); readCode != kNoError) {
         return readCode;
     }
     Seed(startStates);
     for (uint32_t t = 1; t < total; ++t) {
-        if (const error_code readCode = ReadObservation(energies, t); readCode != kNoError) {
+        if (const error_code readCode = ReadObservation(); readCode != kNoError) {
             return readCode;
         }
         PlaceWindow(t);
@@ -150,9 +145,9 @@ error_code trellis_search::Run(const std::vector<uint32_t>& startStates, Progres
     return kNoError;
 }
 
-error_code trellis_search::ReadObservation(TArray<float>& energies, uint32_t index) {
+error_code trellis_search::ReadObservation() {
     output.NextObservation();
-    return stream.GetObservation(features.data(), &energies[static_cast<int32_t>(index)]);
+    return source.Next();
 }
 
 void trellis_search::Seed(const std::vector<uint32_t>& startStates) {
@@ -161,8 +156,8 @@ void trellis_search::Seed(const std::vector<uint32_t>& startStates) {
             continue;
         }
         // Kept: a start state scores with its phone's first state, whatever state it is itself.
-        previous.scores[n] =
-            std::log(model.GetStateProbability(features.data(), graph[n].phone * model.numStates));
+        previous.scores[n] = std::log(
+            model.GetStateProbability(source.GetFeatures(), graph[n].phone * model.numStates));
         previous.first = previous.end == 0 ? n : std::min(previous.first, n);
         previous.end = std::max(previous.end, n + 1);
     }
@@ -320,17 +315,17 @@ error_code TrellisViterbi(const trellis_viterbi_options& options, const CAccoust
                           IObservationStream& stream, ProgressSink* progress,
                           TArray<uint32_t>* path, TArray<float>& energies, double* score) {
     return Guarded([&]() -> error_code {
-        const uint32_t frames = stream.GetNumObservations();
-        if (frames == 0) {
+        observation_source source(stream, model.descriptor.numFeatures);
+        if (const error_code code = source.Open(&energies); code != kNoError) {
+            return code;
+        }
+        if (source.GetCount() == 0) {
             return kBrokenPath;
         }
         if (graph.GetNumStates() == 0) {
             return kRecognitionFailed;
         }
-        if (!FitEnergies(frames, energies)) {
-            return kOutOfMemory;
-        }
-        trellis_search search(options, model, graph, stream);
+        trellis_search search(options, model, graph, source);
         const std::string file =
             options.file.empty() ? MakeTempFileName("quibtemp.bin") : options.file;
         const error_code opened =
@@ -341,7 +336,7 @@ error_code TrellisViterbi(const trellis_viterbi_options& options, const CAccoust
             }
             return opened;
         }
-        if (const error_code ran = search.Run(startStates, progress, energies); ran != kNoError) {
+        if (const error_code ran = search.Run(startStates, progress); ran != kNoError) {
             return ran;
         }
         return search.TraceBack(path, score);
