@@ -66,7 +66,8 @@ public:
     /// The most phonemes in a frame, 1 to 10. Returns 3 for another count, which changes nothing.
     virtual error_code SetMaxContributions(int32_t count) = 0;
     /// Makes the frames of `results` from `startMs` to `endMs`; -1 for either means all of it.
-    /// `reserved` is not used. Returns an error code: 3 for a frame rate that gives no frames.
+    /// `reserved` is not used. Returns an error code: 3 for a frame rate that gives no frames, or
+    /// for more than 2,592,000 frames, which is a day at 30 frames a second.
     virtual error_code GenerateArticulations2(ISyncResultsCollection* results, void* reserved,
                                               int32_t startMs, int32_t endMs) = 0;
     /// GenerateArticulations2 over all of the results.

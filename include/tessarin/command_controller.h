@@ -32,8 +32,8 @@ public:
     /// when a symbol is not in the phoneme alphabet.
     virtual uint32_t AddCommandFromPhonemes(const char* phonemes) = 0;
     /// Adds a command of a transcriber's tokens from `first` up to `last`, into which places in the
-    /// search graph are written. Returns its id; 0 for null pointers, without memory, or for a
-    /// model of more than 256 phonemes or of more than 256 states each.
+    /// search graph are written. Returns its id; 0 for null pointers, for `last` before `first`,
+    /// without memory, or for a model of more than 256 phonemes or of more than 256 states each.
     virtual uint32_t AddCommandFromMarkers(CTxMarker* first, CTxMarker* last) = 0;
     /// Deletes a command; without one of this id nothing happens.
     virtual void DeleteCommand(uint32_t id) = 0;

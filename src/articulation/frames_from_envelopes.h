@@ -9,8 +9,8 @@
 
 namespace tessarin {
 
-/// No run makes more frames than this.
-inline constexpr int32_t kMostFrames = 10'000'000;
+/// No run makes more frames than this: a day at 30 frames a second.
+inline constexpr int32_t kMostFrames = 24 * 60 * 60 * 30;
 
 /// Samples curves at the frames of `frameMs` milliseconds, the first of which is at time 0. What a
 /// frame lacks to a sum of 1 is silence.

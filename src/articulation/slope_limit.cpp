@@ -38,7 +38,10 @@ void LimitInPasses(std::span<envelope_point> points, float slope) {
 /// Limits pass from point to point, forwards and backwards, and a slope of 0 or more makes a limit
 /// only weaker on its way: one sweep in each direction leaves what passes over all pairs come to.
 void LimitSlope(std::span<envelope_point> points, float slope) {
-    if (points.empty() || !(slope >= 0.0f)) {
+    if (points.empty()) {
+        return;
+    }
+    if (!(slope >= 0.0f)) {
         LimitInPasses(points, slope);
         return;
     }

@@ -2,6 +2,7 @@
 
 #include <cinttypes>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -81,7 +82,7 @@ uint32_t CQuibCmdCtrl::AddCommandFromPhonemes(const char* phonemes) {
 uint32_t CQuibCmdCtrl::AddCommandFromMarkers(CTxMarker* first, CTxMarker* last) {
     uint32_t id = 0;
     static_cast<void>(Guarded([&]() -> error_code {
-        if (first == nullptr || last == nullptr) {
+        if (first == nullptr || last == nullptr || std::less<>()(last, first)) {
             return kInvalidArgument;
         }
         id = AddCommand(first, last);

@@ -179,6 +179,14 @@ TEST(Articulator, AnswersACodeForTimesAndRatesThatMakeNoFrames) {
         }
         articulator.LoadArticulatorRules(nullptr, 0);
         EXPECT_EQ(articulator.GenerateArticulations(&huge, nullptr), kOutOfRange);
+        constexpr int32_t kFarMs = 300'000'000;
+        sounds far({{"AA", 0, kFarMs}});
+        EXPECT_EQ(articulator.GenerateArticulations(&far, nullptr), kOutOfRange);
+        EXPECT_EQ(articulator.GetArticulationsBegin(), nullptr);
+        EXPECT_EQ(articulator.GenerateArticulations2(&far, nullptr, kFarMs - 1000, kFarMs),
+                  kNoError);
+        EXPECT_LT(articulator.GetArticulationsEnd() - articulator.GetArticulationsBegin(), 100)
+            << "a span makes only its own frames";
         articulator.SetFrameRate(std::numeric_limits<float>::infinity());
         EXPECT_EQ(articulator.GenerateArticulations(&second, nullptr), kOutOfRange);
         articulator.SetFrameRate(1e-9f); // one frame of 31 years

@@ -119,6 +119,15 @@ TEST(LimitSlope, LowersToWhatPassesOverAllPairsComeTo) {
     }
 }
 
+TEST(LimitSlope, LeavesAnEmptyEnvelopeAlone) {
+    for (const float slope : {0.25f, -0.5f, std::nanf("")}) {
+        LimitSlope({}, slope);
+    }
+    std::vector<envelope_point> one = {{0, 40, 1.0f}};
+    LimitSlope(one, -0.5f);
+    EXPECT_EQ(one.front().value, 1.0f);
+}
+
 /// The same without shortcuts: for each label every key time walks all envelopes and points.
 std::vector<phn_env_marker> PlainCommonKeys(envelopes_by_label lists, float rate) {
     const int32_t grid = static_cast<int32_t>(rate);

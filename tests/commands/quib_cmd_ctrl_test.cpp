@@ -103,6 +103,10 @@ TEST(CommandController, AddsNothingThatCannotBeSaid) {
     EXPECT_EQ(host.controller.AddCommandFromPhonemes("sQQ"), 0u);
     EXPECT_EQ(host.controller.AddCommandFromPhonemes(nullptr), 0u);
     EXPECT_EQ(host.controller.AddCommandFromMarkers(nullptr, nullptr), 0u);
+    test::token_list word;
+    word.AddWord(0, 1, "s");
+    CTxMarker* start = word.markers.data();
+    EXPECT_EQ(host.controller.AddCommandFromMarkers(start + word.markers.size(), start), 0u);
     EXPECT_EQ(host.controller.AddCommandFromPhonemes("s"), 1u) << "nothing was added";
 
     const auto large = test::MakeLikelihoodModel({"x", "s"}, 0.5f, 257);
