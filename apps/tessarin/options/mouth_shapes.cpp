@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "apps/tessarin/console/failure.h"
+#include "apps/tessarin/console/file_io.h"
 
 namespace {
 
@@ -37,8 +38,9 @@ MouthShapes MouthShapes::BuiltIn(const std::string& set) {
 MouthShapes MouthShapes::FromFile(const std::string& path) {
     tessarin_shapes* made = nullptr;
     char reason[256];
+    const std::string text = ReadWholeFile(path);
     const int32_t code =
-        tessarin_create_shapes_from_file(path.c_str(), reason, sizeof reason, &made);
+        tessarin_create_shapes_from_text(text.c_str(), reason, sizeof reason, &made);
     if (code != tessarin::kNoError) {
         throw reason[0] != '\0' ? Failure(kExitFailed, path + ": " + reason)
                                 : EngineFailure(path, code);

@@ -68,7 +68,8 @@ std::string WriteLiveShapes(const tessarin_live_stretch& stretch, const MouthSha
     std::string rows;
     for (const tessarin_live_frame& frame : std::span(stretch.frames, stretch.frame_count)) {
         rows += std::to_string(frame.start_ms);
-        for (const double weight : shapes.Mix({MouthOf(frame)}).front()) {
+        const std::vector<std::vector<double>> mixed = shapes.Mix({MouthOf(frame)});
+        for (const double weight : mixed.front()) {
             char text[32];
             std::snprintf(text, sizeof text, ",%.4f", weight);
             rows += text;
