@@ -214,7 +214,6 @@ BENCHMARK(AlignByTrellis)->Arg(500000000)->Arg(0)->Unit(benchmark::kMillisecond)
 /// Sentences of eight words in ten minutes in which all of them are said.
 void FindSentences(benchmark::State& state) {
     const auto model = MakeModel();
-    model->BuildLogTransitions();
     SyntheticSpeech speech(*model, RandomPhones());
     quib_allocator pool(32768);
     state_graph_builder builder(*model, pool);

@@ -18,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             model->GetStateProbability(x.data(), state);
             model->GetLabel(state, true);
         }
-        model->BuildLogTransitions();
+        static_cast<void>(model->CalcLogTransitions());
         std::ostringstream text;
         model->WriteTextDump(text);
     }

@@ -23,7 +23,6 @@ void CAccousticHMM::Destroy() {
     models.clear();
     scoring = {};
     transitions = {};
-    logTransitions = {};
     labels.clear();
     phonemeInfo1.reset();
     phonemeInfo2.reset();
@@ -61,10 +60,6 @@ float_matrix CAccousticHMM::CalcLogTransitions() const {
                        });
     }
     return logarithms;
-}
-
-void CAccousticHMM::BuildLogTransitions() {
-    logTransitions = CalcLogTransitions();
 }
 
 void CAccousticHMM::BuildScoring() {

@@ -4,12 +4,14 @@
 #include <cstdio>
 #include <iosfwd>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "features/spectral_feature_descriptor.h"
 #include "model/float_matrix.h"
 #include "model/gaussian_scoring.h"
+#include "model/phone_limit.h"
 
 namespace tessarin {
 
@@ -50,8 +52,8 @@ inline constexpr double kImpossibleLog = -1e10;
 /// loaded, what is known of the language. A global state index is
 /// phoneme * numStates + state.
 ///
-/// Immutable once it is read, but for the language constraints and `logTransitions`; then several
-/// threads may use it.
+/// Immutable once it is read, but for the language constraints, of which a search of sentences
+/// replaces the limits. Several threads may search with it.
 class CAccousticHMM {
 public:
     CAccousticHMM();
@@ -107,12 +109,13 @@ public:
     bool LabelsToIndices(const char* text, std::vector<uint16_t>& out) const;
     /// The natural logarithms of `transitions`, -1e10 below 1e-15.
     float_matrix CalcLogTransitions() const;
-    /// Fills `logTransitions` from `transitions`.
-    void BuildLogTransitions();
     /// Lays the Gaussians out for GetStateProbability. Read does this; whoever fills or changes
     /// `models` by hand does it afterwards.
     void BuildScoring();
 
+    /// Replaces the limits by those of each phoneme; empty: none. Other threads may search
+    /// meanwhile, as long as the model has had room for its limits since it was read.
+    void SetConstraints(std::span<const uint32_t> limits);
     /// Duration limit of a phoneme in milliseconds; -1 without one.
     int32_t GetPhoneLimitMs(const char* label) const;
     /// Whether a stay of `frames` in the global state is within the phoneme's limit.
@@ -137,7 +140,6 @@ public:
     CSpectralFeatureDescriptor descriptor;
     std::vector<CSingleAccHmm> models;
     float_matrix transitions;        ///< linear; GetTotalStates() square
-    float_matrix logTransitions;     ///< natural logarithms, once built
     std::vector<std::string> labels; ///< one a phoneme
     uint32_t hasLongTransitions = 0; ///< 1 when a state leads to others than itself and the next
     std::optional<std::string> phonemeInfo1; ///< kept for the file's sake
@@ -145,8 +147,8 @@ public:
     std::vector<float_matrix> trigrams; ///< probability of [first][second][third]
     float_matrix bigrams;               ///< [first][second]
     std::vector<float> unigrams;
-    bool trigramVersion = false;       ///< the statistics declared version 1
-    std::vector<uint32_t> constraints; ///< observations a state, 0 without limit; may be empty
+    bool trigramVersion = false;          ///< the statistics declared version 1
+    std::vector<phone_limit> constraints; ///< of each phoneme, or empty: none
 
 private:
     void Destroy();

@@ -66,6 +66,7 @@ bool CAccousticHMM::Read(const uint8_t** cursor, uint32_t* remaining, char* erro
         return false;
     }
     AnalyseTopology();
+    ClearConstraints(); // room for limits, so that a search may set them beside others
     BuildScoring();
     return true;
 }

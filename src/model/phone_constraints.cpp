@@ -15,13 +15,19 @@ constexpr float kPastLimitFactor = 1e-7f;
 } // namespace
 
 void CAccousticHMM::ClearConstraints() {
-    constraints.clear();
+    SetConstraints({});
+}
+
+void CAccousticHMM::SetConstraints(std::span<const uint32_t> limits) {
+    constraints.resize(static_cast<size_t>(numModels));
+    for (size_t i = 0; i < constraints.size(); ++i) {
+        constraints[i] = i < limits.size() ? limits[i] : 0;
+    }
 }
 
 bool CAccousticHMM::ReadConstraints(std::istream& text) {
     flog scope("CAccousticHMM::ReadConstraints");
-    ClearConstraints();
-    constraints.resize(static_cast<size_t>(numModels));
+    std::vector<uint32_t> limits(static_cast<size_t>(numModels));
     bool allKnown = true;
     std::string labelString;
     std::vector<uint16_t> phonemes;
@@ -38,10 +44,12 @@ bool CAccousticHMM::ReadConstraints(std::istream& text) {
         }
         const int64_t perState = milliseconds / (numStates * kObservationMs);
         for (const uint16_t phoneme : phonemes) {
-            constraints[phoneme] = static_cast<uint32_t>(std::max<int64_t>(perState, 0));
+            limits[phoneme] = static_cast<uint32_t>(std::max<int64_t>(perState, 0));
         }
     }
-    if (!allKnown) {
+    if (allKnown) {
+        SetConstraints(limits);
+    } else {
         ClearConstraints();
     }
     return allKnown;
@@ -49,13 +57,13 @@ bool CAccousticHMM::ReadConstraints(std::istream& text) {
 
 uint32_t CAccousticHMM::LimitOf(int32_t phoneme) const {
     const size_t index = static_cast<size_t>(phoneme);
-    return phoneme >= 0 && index < constraints.size() ? constraints[index] : 0;
+    return phoneme >= 0 && index < constraints.size() ? uint32_t{constraints[index]} : 0;
 }
 
 int32_t CAccousticHMM::GetPhoneLimitMs(const char* label) const {
     uint32_t phoneme = kNoPhoneme;
     FindLabel(label, &phoneme);
-    const uint32_t limit = phoneme < constraints.size() ? constraints[phoneme] : 0;
+    const uint32_t limit = phoneme < constraints.size() ? uint32_t{constraints[phoneme]} : 0;
     return limit == 0 ? -1 : static_cast<int32_t>(limit * uint32_t{kObservationMs});
 }
 

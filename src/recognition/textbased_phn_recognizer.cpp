@@ -48,7 +48,7 @@ bool HasPath(error_code code) {
 /// What the regions of one call share.
 struct CTextbasedPhnRecognizer::alignment_run {
     limited_stream& stream;
-    const CAccousticHMM& model;
+    CAccousticHMM& model; // not const for its limits alone, which a search of sentences replaces
     IVisemixTranscriber& transcriber;
     const char* text; // may be null
     int64_t textLength;

@@ -58,7 +58,8 @@ TEST_F(LanguageConstraints, LimitsAreObservationsOfAState) {
 TEST_F(LanguageConstraints, AnUnknownLabelLeavesNoLimitInForce) {
     ASSERT_TRUE(ReadLimits("s 90"));
     EXPECT_FALSE(ReadLimits("AA 90 q s 90"));
-    EXPECT_TRUE(model->constraints.empty());
+    EXPECT_EQ(model->GetPhoneLimitMs("AA"), -1);
+    EXPECT_EQ(model->GetPhoneLimitMs("s"), -1);
     EXPECT_FALSE(ReadLimits("q 90 s 90")); // its number is read as a label
     for (const char* text : {"", "\n", "s", "s ninety"}) {
         EXPECT_TRUE(ReadLimits(text)) << text;

@@ -51,6 +51,7 @@ MakeLikelihoodModel(std::vector<std::string> labels, float stay = 0.5f, int32_t 
         model->models[s / static_cast<size_t>(numStates)].states.push_back(state);
     }
     model->AnalyseTopology();
+    model->ClearConstraints();
     model->BuildScoring();
     return model;
 }

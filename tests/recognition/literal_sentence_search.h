@@ -123,7 +123,7 @@ private:
                 next[i] = cache[states[i]] = out[states[i]];
             }
             for (size_t j = 0; t > 0 && j < states.size(); ++j) {
-                const float step = model.logTransitions[states[j]][states[i]];
+                const float step = logTransitions[states[j]][states[i]];
                 if (step != -1e10f && scores[j] != kNone) {
                     next[i] = std::max(next[i], scores[j] + double{step});
                 }
@@ -226,6 +226,7 @@ private:
     }
 
     const CAccousticHMM& model;
+    const float_matrix logTransitions = model.CalcLogTransitions();
     const log_state_graph& graph;
     const std::vector<word_span>& spans;
     std::vector<token> tokens;

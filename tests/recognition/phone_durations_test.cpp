@@ -33,14 +33,16 @@ TEST(PhoneDurations, FollowTheClasses) {
     }
 }
 
-TEST(PhoneDurations, LeaveTheLimitsOfTheModelAlone) {
+// Kept: the limits take the place of those that a host has loaded, for good.
+TEST(PhoneDurations, BecomeTheLimitsOfTheModel) {
     const auto model = MakeLikelihoodModel(kAllLabels);
     std::istringstream own("m 600 x 900");
     ASSERT_TRUE(model->ReadConstraints(own));
     phone_durations().SetUp(*model);
-    EXPECT_EQ(model->GetPhoneLimitMs("m"), 200);
-    EXPECT_EQ(model->GetPhoneLimitMs("s"), -1);
-    EXPECT_EQ(model->GetPhoneLimitMs("x"), 300);
+    EXPECT_EQ(model->GetPhoneLimitMs("m"), 30);
+    EXPECT_EQ(model->GetPhoneLimitMs("s"), 40);
+    EXPECT_EQ(model->GetPhoneLimitMs("OW"), 50);
+    EXPECT_EQ(model->GetPhoneLimitMs("x"), -1);
 }
 
 TEST(PhoneDurations, FallBackOnTheClassesForOtherModels) {
@@ -49,6 +51,7 @@ TEST(PhoneDurations, FallBackOnTheClassesForOtherModels) {
     ASSERT_TRUE(model->ReadConstraints(own));
     phone_durations durations;
     durations.SetUp(*model);
+    EXPECT_EQ(model->GetPhoneLimitMs("s"), -1);
     EXPECT_EQ(durations.LabelDurationMs("AA"), 160u);
     EXPECT_EQ(durations.LabelDurationMs("x"), 250u);
     // Kept: these stand in two classes, and here the first one counts.

@@ -278,7 +278,6 @@ TEST(SentenceViterbi, AgreesWithTryingEverything) {
         phone_durations durations;
         const std::vector<word_span> spans = BuildWordSpans(transcriber.tokens.markers, transcriber,
                                                             forward, graph, *model, durations);
-        model->BuildLogTransitions();
 
         CConcreteSyncMarkerCollection results;
         ASSERT_EQ(SentenceViterbi(500, *model, forward, spans, stream, nullptr, 30, results),

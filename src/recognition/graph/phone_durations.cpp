@@ -63,9 +63,12 @@ uint32_t ClassMs(std::string_view label, uint32_t otherwise) {
 
 } // namespace
 
-void phone_durations::SetUp(const CAccousticHMM& model) {
+void phone_durations::SetUp(CAccousticHMM& model) {
     constexpr auto kStates = static_cast<uint32_t>(CAccousticHMM::kStatesOfPhoneme);
     const std::vector<uint32_t> limits = StateLimits(model);
+    // Kept: limits that the host has loaded are lost for good, so that what a search of sentences
+    // finds, and the searches after it, does not depend on what came before.
+    model.SetConstraints(limits);
     for (const std::string_view label : kLabels) {
         const std::string name(label);
         uint32_t phoneme = CAccousticHMM::kNoPhoneme;

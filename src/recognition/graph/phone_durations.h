@@ -10,14 +10,14 @@ namespace tessarin {
 class CAccousticHMM;
 struct CTxMarker;
 
-/// How long phonemes last, by a built-in table of their classes; so how long a text can be.
+/// How long phonemes last, by a built-in table of their classes. It limits the model's states, and
+/// says how long a stretch of text can be.
 class phone_durations {
 public:
-    /// Takes each phoneme's milliseconds in whole observations of each state of `model`. For a
-    /// model that does not know all phonemes of the table, they are those of the classes. What was
-    /// there before stays where nothing takes its place. The limits of `model` have no part in
-    /// this.
-    void SetUp(const CAccousticHMM& model);
+    /// Makes the table the limits of `model`, and takes each phoneme's milliseconds from there; a
+    /// model that does not know all phonemes of the table has no limits then, and they are those of
+    /// the classes. What was there before stays where nothing takes its place.
+    void SetUp(CAccousticHMM& model);
 
     /// Milliseconds of a phoneme; 200 for one that is not in the table.
     uint32_t LabelDurationMs(std::string_view label) const;

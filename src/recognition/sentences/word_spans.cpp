@@ -71,7 +71,7 @@ bool word_span::IsOneOf(const std::vector<uint32_t>& states, uint32_t otherwise,
 std::vector<word_span> BuildWordSpans(std::span<const CTxMarker> markers,
                                       IVisemixTranscriber& transcriber,
                                       const forward_graph& forward, const log_state_graph& graph,
-                                      const CAccousticHMM& model, phone_durations& durations) {
+                                      CAccousticHMM& model, phone_durations& durations) {
     durations.SetUp(model);
     const auto numStates = static_cast<uint32_t>(model.numStates);
     std::vector<word_span> spans;

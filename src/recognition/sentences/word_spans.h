@@ -33,10 +33,10 @@ private:
 };
 
 /// The sentences of `markers`, whose positions are those of the graphs: they end at a full stop, a
-/// question or exclamation mark, and at the end. Sets `durations` up for `model`.
+/// question or exclamation mark, and at the end. Makes `durations` the limits of `model`.
 std::vector<word_span> BuildWordSpans(std::span<const CTxMarker> markers,
                                       IVisemixTranscriber& transcriber,
                                       const forward_graph& forward, const log_state_graph& graph,
-                                      const CAccousticHMM& model, phone_durations& durations);
+                                      CAccousticHMM& model, phone_durations& durations);
 
 } // namespace tessarin
