@@ -20,7 +20,7 @@ public:
 
     /// Begins to listen, again when it did already: what was pushed and not asked for is gone, no
     /// overlap reaches back beyond this moment, and times count from here. Returns 0, 14 after an
-    /// initialisation that failed, or 1 when there is no thread.
+    /// initialisation that failed, or 1 when a thread cannot be started.
     virtual error_code Start() = 0;
     /// Ends listening. What was heard and not asked for is gone.
     virtual void Stop() = 0;

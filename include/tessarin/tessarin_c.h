@@ -105,7 +105,7 @@ typedef struct tessarin_track_options {
 /** A sound. */
 typedef struct tessarin_phoneme {
     int32_t start_ms; /**< where it begins */
-    int32_t end_ms;   /**< behind it */
+    int32_t end_ms;   /**< where it ends */
     float score;      /**< strength of the sound, 0 to 100; not a confidence */
     char label[8];    /**< zero-terminated; "x" is silence */
 } tessarin_phoneme;
@@ -122,7 +122,7 @@ enum tessarin_span_kind {
 typedef struct tessarin_span {
     int32_t kind;        /**< a tessarin_span_kind */
     int32_t start_ms;    /**< where it begins */
-    int32_t end_ms;      /**< behind it */
+    int32_t end_ms;      /**< where it ends */
     int32_t text_offset; /**< place in the text that was given */
     int32_t text_length; /**< in bytes */
     const char* text;    /**< as it was spelled there */
@@ -130,12 +130,13 @@ typedef struct tessarin_span {
 
 /** A piece of a text with its pronunciation. */
 typedef struct tessarin_token {
-    int32_t kind;         /**< a tessarin_span_kind */
-    int32_t text_offset;  /**< place in the text that was given */
-    int32_t text_length;  /**< in bytes */
-    int32_t cut_ms;       /**< the time of a cut, otherwise -1 */
-    const char* text;     /**< as it was spelled there */
-    const char* phonemes; /**< stretches parted by blanks, alternatives of a stretch by bars */
+    int32_t kind;        /**< a tessarin_span_kind */
+    int32_t text_offset; /**< place in the text that was given */
+    int32_t text_length; /**< in bytes */
+    int32_t cut_ms;      /**< the time of a cut, otherwise -1 */
+    const char* text;    /**< as it was spelled there */
+    const char*
+        phonemes; /**< stretches separated by blanks, alternatives within a stretch by bars */
 } tessarin_token;
 
 /** A phoneme and its share of the mouth shape. */
@@ -147,7 +148,7 @@ typedef struct tessarin_weight {
 /** One video frame: the phonemes that shape the mouth, the heaviest first. The weights sum to 1. */
 typedef struct tessarin_frame {
     int32_t start_ms;            /**< where it begins */
-    int32_t end_ms;              /**< behind it */
+    int32_t end_ms;              /**< where it ends */
     int32_t count;               /**< of the weights in use */
     tessarin_weight weights[10]; /**< the heaviest first */
 } tessarin_frame;
@@ -216,7 +217,7 @@ TESSARIN_API int32_t tessarin_create_language_from_memory(const void* data, uint
                                                           tessarin_language** out);
 
 /** Has a word of one's own said as `phonemes`, in place of what the lexicon says: alternatives are
-   parted by bars, the preferred one first. Calls that have begun keep the words that they know.
+   separated by bars, the preferred one first. Calls that have begun keep the words that they know.
    INVALID_ARGUMENT for what is no word or no phonemes; INVALID_UTF8. */
 TESSARIN_API int32_t tessarin_set_word(tessarin_language* language, const char* word,
                                        const char* phonemes);

@@ -25,8 +25,8 @@ constexpr int32_t kMaxBands = 256;
 constexpr int32_t kMaxWindowsAtOnce = 64; ///< how many windows a sample may be in
 constexpr int32_t kMaxObservationsPerSecond = 4000;
 
-/// Whether a second of audio takes a reasonable number of windows. What is no window at all is left
-/// to the stream, which refuses it.
+/// Whether a second of audio takes a reasonable number of windows. A size that is not a window is
+/// left to the stream, which refuses it.
 bool IsWithinBounds(const CSpectralFeatureDescriptor& descriptor) {
     const int64_t hop = int64_t{descriptor.windowSize} - descriptor.windowOverlap;
     return !(descriptor.sampleRate > kMaxSampleRateHz) && descriptor.numBands <= kMaxBands &&

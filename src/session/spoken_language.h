@@ -12,7 +12,7 @@ class SpokenLanguage {
 public:
     SpokenLanguage(tessarin_language& language, const char* text);
 
-    /// 0, or why there is no transcription.
+    /// 0, or the code of what prevented the transcription.
     error_code GetCode() const { return code; }
     IVisemixTranscriber& GetTranscriber() const { return *borrowed.Get(); }
     const SpanText& GetText() const { return *spanText; }

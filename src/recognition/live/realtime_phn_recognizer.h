@@ -81,7 +81,8 @@ private:
     int32_t overlapMs = 0; ///< guarded by the worker's lock
 
     CCritSection callers;
-    std::unique_ptr<live_run> run; ///< changes under the callers' lock while there is no worker
+    std::unique_ptr<live_run>
+        run; ///< replaced under the callers' lock, only while the worker stands still
 };
 
 } // namespace tessarin
