@@ -2,8 +2,6 @@
 
 #include "apps/tessarin/readers/spoken_text.h"
 
-using tessarin::articulation;
-using tessarin::articulation_envelope;
 using tessarin::CSyncMarker;
 
 namespace {
@@ -44,32 +42,12 @@ void CollectMarkers(tessarin::ISyncResultsCollection& results, const SpokenText*
     }
 }
 
-void CollectFrames(tessarin::IPhnMixtureArticulator& articulator, timed_result* out) {
-    const articulation* const end = articulator.GetArticulationsEnd();
-    for (const articulation* frame = articulator.GetArticulationsBegin(); frame != end; ++frame) {
-        out->frames.push_back(CopyFrame(*frame));
-    }
-}
-
-mouth_frame CopyFrame(const articulation& frame) {
-    mouth_frame copy{frame.start, frame.end, {}};
+mouth_frame CopyFrame(const tessarin_frame& frame) {
+    mouth_frame copy{frame.start_ms, frame.end_ms, {}};
     for (int32_t i = 0; i < frame.count; ++i) {
-        copy.weights.emplace_back(frame.entries[i].label, frame.entries[i].weight);
+        copy.weights.emplace_back(frame.weights[i].label, frame.weights[i].weight);
     }
     return copy;
-}
-
-void CollectCurves(tessarin::IPhnMixtureArticulator& articulator, timed_result* out) {
-    const articulation_envelope* const end = articulator.GetEnvelopesEnd();
-    for (const articulation_envelope* each = articulator.GetEnvelopesBegin(); each != end; ++each) {
-        weight_curve& curve = out->curves.emplace_back();
-        curve.label = each->label;
-        curve.startMs = each->start;
-        curve.endMs = each->end;
-        for (int32_t i = 0; i < each->count; ++i) {
-            curve.keys.emplace_back(each->points[i].t1, each->points[i].value);
-        }
-    }
 }
 
 const char* SpanTypeName(uint32_t type) {

@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "tessarin/articulator.h"
 #include "tessarin/sync_results.h"
+#include "tessarin/tessarin_c.h"
 
 class SpokenText;
 
@@ -50,6 +50,7 @@ struct timed_result {
     std::vector<timed_phoneme> phonemes;
     std::vector<timed_span> words;
     std::vector<timed_span> events;
+    std::vector<float> loudness; ///< of each 10 ms of the audio, in dB; empty when not known
     std::vector<mouth_frame> frames;
     std::vector<weight_curve> curves;
     std::vector<mouth_frame> stretches; ///< mixtures that stand for stretches the user asked for
@@ -60,13 +61,7 @@ struct timed_result {
 void CollectMarkers(tessarin::ISyncResultsCollection& results, const SpokenText* text,
                     timed_result* out);
 
-mouth_frame CopyFrame(const tessarin::articulation& frame);
-
-/// Copies the articulator's envelopes into `out`.
-void CollectCurves(tessarin::IPhnMixtureArticulator& articulator, timed_result* out);
-
-/// Copies the articulator's frames into `out`.
-void CollectFrames(tessarin::IPhnMixtureArticulator& articulator, timed_result* out);
+mouth_frame CopyFrame(const tessarin_frame& frame);
 
 /// The name of a span's type in the outputs: word, punctuation or tag.
 const char* SpanTypeName(uint32_t type);

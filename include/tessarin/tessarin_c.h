@@ -80,13 +80,30 @@ enum tessarin_track_flags {
     TESSARIN_TRACK_SMOOTH = 1,       /**< closed lips close in at least one frame; no shape jumps */
     TESSARIN_TRACK_COMMON_KEYS = 2,  /**< all curves have keys at the same times */
     TESSARIN_TRACK_EXCESS_LEVEL = 4, /**< the part of a phoneme's level above 1 counts */
-    TESSARIN_TRACK_CURVES = 256      /**< also make the curves, for tessarin_get_curves */
+    TESSARIN_TRACK_CURVES = 256,     /**< also make the curves, for tessarin_get_curves */
+    TESSARIN_TRACK_PLAIN = 512 /**< as the articulator makes it by itself: levels are the scores,
+                                    and its own rules are the built-in ones */
 };
 
-/** How strongly phonemes show in the mouth. */
+/** The parts of a mouth that a strength is for. */
+enum tessarin_mouth_part {
+    TESSARIN_VOWELS = 1,
+    TESSARIN_CONSONANTS = 2, /**< all but those of lips and teeth */
+    TESSARIN_LIPS = 4,       /**< p, b and m */
+    TESSARIN_TEETH = 8       /**< f and v */
+};
+
+/** How far parts of the mouth leave rest. */
+typedef struct tessarin_strength {
+    uint32_t parts; /**< tessarin_mouth_part, added up */
+    float factor;   /**< 1 is as it is spoken; 0 to 4 */
+} tessarin_strength;
+
+/** What is added to the level of phonemes, which is their loudness from 0 to 1. The level stays
+   below 1, so gains open what is soft; for a factor see tessarin_strength. */
 typedef struct tessarin_gain {
     const char* phonemes; /**< labels written together, such as "pbm"; null or empty: all */
-    float factor;         /**< 1 changes nothing; not negative */
+    float factor;         /**< added; 0 changes nothing; not negative */
 } tessarin_gain;
 
 /** How a track is made. */
@@ -97,9 +114,11 @@ typedef struct tessarin_track_options {
     float slope;                /**< with SMOOTH, the largest change of a weight a frame; 0: 0.25 */
     int32_t max_weights;        /**< in a frame, 1 to 10; 0: 10 */
     int32_t rules_length;       /**< bytes of the rules */
-    const char* rules;          /**< articulation rules; null: the built-in ones */
+    const char* rules;          /**< articulation rules; null: those of the library */
     const tessarin_gain* gains; /**< applied in their order; may be null when there are none */
     uint32_t gain_count;        /**< of them */
+    const tessarin_strength* strengths; /**< multiplied in their order; not with PLAIN */
+    uint32_t strength_count;            /**< of them */
 } tessarin_track_options;
 
 /** A sound. */
@@ -298,13 +317,31 @@ TESSARIN_API const tessarin_span* tessarin_get_events(const tessarin_result* res
 TESSARIN_API int32_t tessarin_create_result_from_phonemes(const tessarin_phoneme* phonemes,
                                                           uint32_t count, tessarin_result** out);
 
+/** The loudness of the audio of a result: for each 10 ms the mean square of the samples about their
+   mean, in dB of full scale, -100 to 0, in tenths. Null when it is not known; `*count` receives how many. */
+TESSARIN_API const float* tessarin_get_loudness(const tessarin_result* result, uint32_t* count);
+
+/** Gives a result of timings from elsewhere the loudness of its audio, from its beginning, `count`
+   values at `db`; none takes it away. OUT_OF_RANGE for a value that is not a number. */
+TESSARIN_API int32_t tessarin_set_loudness(tessarin_result* result, const float* db,
+                                           uint32_t count);
+
+/** Measures the loudness of `count` samples, and writes a value to `db` for each 10 ms, the last of
+   which may be shorter. `*values` has the room at `db`, and receives how many there are. Blocks of
+   whole seconds may be measured one by one. OUT_OF_RANGE when there is not enough room, and for a
+   rate below 100 Hz. */
+TESSARIN_API int32_t tessarin_measure_loudness(const int16_t* samples, uint32_t count,
+                                               uint32_t rate_hz, float* db, uint32_t* values);
+
 /** Null is allowed. */
 TESSARIN_API void tessarin_free_result(tessarin_result* result);
 
-/** Makes the frames of mouth weights of a result. OUT_OF_RANGE for a frame rate or a number of
-   weights that is outside its range, and for a gain that is negative or not finite;
-   INVALID_ARGUMENT for a gain of what is not phonemes; INVALID_FILE or NEWER_VERSION for rules that
-   do not read. */
+/** Makes the frames of mouth weights of a result. A phoneme is as strong as it is loud against the
+   voice itself, so the level of the recording does not matter; without a loudness, its score says
+   how loud it is. Lips and teeth close fully. OUT_OF_RANGE for a frame rate or a number of weights
+   that is outside its range, and for a gain or a strength that is; INVALID_ARGUMENT for a gain of
+   what is not phonemes, and a strength of no part; INVALID_FILE or NEWER_VERSION for rules that do
+   not read. */
 TESSARIN_API int32_t tessarin_create_track(const tessarin_result* result,
                                            const tessarin_track_options* options,
                                            tessarin_track** out);

@@ -33,7 +33,7 @@ static_assert(+TESSARIN_TRACK_SMOOTH == +kSmoothFrames &&
               +TESSARIN_TRACK_EXCESS_LEVEL == +kExcessLevel);
 static_assert(sizeof(tessarin_phoneme) == 20 && sizeof(tessarin_span) == 32 &&
               sizeof(tessarin_token) == 32 && sizeof(tessarin_frame) == 92 &&
-              sizeof(tessarin_search_options) == 20 && sizeof(tessarin_track_options) == 48);
+              sizeof(tessarin_search_options) == 20 && sizeof(tessarin_track_options) == 64);
 
 namespace {
 

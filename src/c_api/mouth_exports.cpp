@@ -1,15 +1,18 @@
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <iterator>
 #include <memory>
 #include <span>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/whole_file.h"
 #include "c_api/create.h"
 #include "c_api/weight_track.h"
 #include "mouth/built_in_shapes.h"
+#include "mouth/loudness.h"
 #include "mouth/shape_map.h"
 #include "mouth/switches.h"
 #include "tessarin/tessarin_c.h"
@@ -72,6 +75,44 @@ int32_t tessarin_create_result_from_phonemes(const tessarin_phoneme* phonemes, u
                   [&](std::unique_ptr<tessarin_result>& made) {
                       return MakeResult({phonemes, count}, made);
                   });
+}
+
+const float* tessarin_get_loudness(const tessarin_result* result, uint32_t* count) {
+    return Items(result != nullptr ? &result->loudness : nullptr, count);
+}
+
+int32_t tessarin_set_loudness(tessarin_result* result, const float* db, uint32_t count) {
+    if (result == nullptr || (db == nullptr && count > 0)) {
+        return kInvalidArgument;
+    }
+    if (std::any_of(db, db + count, [](float value) { return std::isnan(value); })) {
+        return kOutOfRange;
+    }
+    return Guarded([&] {
+        std::vector<float> loudness(db, db + count);
+        std::ranges::transform(loudness, loudness.begin(),
+                               [](float value) { return std::clamp(value, kSilenceDb, 0.0f); });
+        result->loudness = std::move(loudness);
+        return kNoError;
+    });
+}
+
+int32_t tessarin_measure_loudness(const int16_t* samples, uint32_t count, uint32_t rate_hz,
+                                  float* db, uint32_t* values) {
+    constexpr uint32_t kMinRateHz = 100;
+    if ((samples == nullptr && count > 0) || values == nullptr || (db == nullptr && *values > 0)) {
+        return kInvalidArgument;
+    }
+    const size_t wanted = rate_hz >= kMinRateHz ? CountLoudnessSteps(count, rate_hz) : 0;
+    const bool isRoomy = rate_hz >= kMinRateHz && wanted <= *values;
+    *values = static_cast<uint32_t>(wanted);
+    if (!isRoomy) {
+        return kOutOfRange;
+    }
+    return Guarded([&] {
+        std::ranges::copy(MeasureLoudness({samples, count}, rate_hz), db);
+        return kNoError;
+    });
 }
 
 const tessarin_curve* tessarin_get_curves(const tessarin_track* track, uint32_t* count) {

@@ -9,7 +9,12 @@
 #include <string_view>
 #include <utility>
 
+#include "articulation/rule_text.h"
 #include "model/phoneme_alphabet.h"
+#include "mouth/frame_shaping.h"
+#include "mouth/loudness.h"
+#include "mouth/natural_rules.h"
+#include "mouth/voice_level.h"
 
 namespace tessarin {
 
@@ -17,10 +22,14 @@ namespace {
 
 constexpr uint32_t kEngineFlags =
     TESSARIN_TRACK_SMOOTH | TESSARIN_TRACK_COMMON_KEYS | TESSARIN_TRACK_EXCESS_LEVEL;
-constexpr uint32_t kKnownFlags = kEngineFlags | TESSARIN_TRACK_CURVES;
-/// The options of 0.1.0, which ended with the rules.
+constexpr uint32_t kKnownFlags = kEngineFlags | TESSARIN_TRACK_CURVES | TESSARIN_TRACK_PLAIN;
+/// The sizes that the options have had: they ended with the rules, and then with the gains.
 constexpr uint32_t kFirstSize = offsetof(tessarin_track_options, gains);
-constexpr float kHighestFrameRate = 1000.0f;
+constexpr uint32_t kSecondSize = offsetof(tessarin_track_options, strengths);
+constexpr float kMaxFrameRate = 1000.0f;
+constexpr float kMaxStrength = 4.0f;
+constexpr uint32_t kAllParts =
+    TESSARIN_VOWELS | TESSARIN_CONSONANTS | TESSARIN_LIPS | TESSARIN_TEETH;
 
 /// What the caller knows of the options; the rest has its defaults.
 error_code ReadOptions(const tessarin_track_options* given, tessarin_track_options& out) {
@@ -28,17 +37,19 @@ error_code ReadOptions(const tessarin_track_options* given, tessarin_track_optio
     if (given == nullptr) {
         return kNoError;
     }
-    if (given->size != kFirstSize && given->size != sizeof out) {
+    if (given->size != kFirstSize && given->size != kSecondSize && given->size != sizeof out) {
         return kInvalidArgument;
     }
     std::memcpy(&out, given, given->size);
     const bool hasGains = out.gain_count == 0 || out.gains != nullptr;
-    return (out.flags & ~kKnownFlags) == 0 && hasGains ? kNoError : kInvalidArgument;
+    const bool hasStrengths = out.strength_count == 0 || out.strengths != nullptr;
+    const bool isKnown = (out.flags & ~kKnownFlags) == 0;
+    return isKnown && hasGains && hasStrengths ? kNoError : kInvalidArgument;
 }
 
 bool AreInRange(const tessarin_track_options& options) {
     // Comparisons that hold for no NaN.
-    return options.frame_rate >= 0.0f && options.frame_rate <= kHighestFrameRate &&
+    return options.frame_rate >= 0.0f && options.frame_rate <= kMaxFrameRate &&
            options.slope >= 0.0f && options.slope <= 1.0f && options.max_weights >= 0 &&
            options.max_weights <= 10;
 }
@@ -56,13 +67,44 @@ error_code SetGain(const tessarin_gain& gain, IPhnMixtureArticulator& articulato
     return kNoError;
 }
 
-error_code SetUp(const tessarin_track_options& options, IPhnMixtureArticulator& articulator) {
+/// The rule text that is asked for; empty where the articulator's own is.
+error_code FindRules(const tessarin_track_options& options, std::string_view& out) {
+    if (options.rules == nullptr || options.rules_length == 0) {
+        const bool isPlain = (options.flags & TESSARIN_TRACK_PLAIN) != 0;
+        out = isPlain ? std::string_view() : kNaturalRules.text;
+        return kNoError;
+    }
+    if (options.rules_length < 0) {
+        return kInvalidArgument;
+    }
+    out = {options.rules, static_cast<size_t>(options.rules_length)};
+    return kNoError;
+}
+
+error_code ReadStrength(const tessarin_track_options& options, mouth_strength& out) {
+    for (uint32_t i = 0; i < options.strength_count; ++i) {
+        const auto [parts, factor] = options.strengths[i];
+        if (!(factor >= 0.0f && factor <= kMaxStrength)) {
+            return kOutOfRange;
+        }
+        if (parts == 0 || (parts & ~kAllParts) != 0) {
+            return kInvalidArgument;
+        }
+        out.vowels *= (parts & TESSARIN_VOWELS) != 0 ? factor : 1.0f;
+        out.consonants *= (parts & TESSARIN_CONSONANTS) != 0 ? factor : 1.0f;
+        out.lips *= (parts & TESSARIN_LIPS) != 0 ? factor : 1.0f;
+        out.teeth *= (parts & TESSARIN_TEETH) != 0 ? factor : 1.0f;
+    }
+    return kNoError;
+}
+
+error_code SetUp(const tessarin_track_options& options, std::string_view rules,
+                 IPhnMixtureArticulator& articulator) {
     if (!AreInRange(options)) {
         return kOutOfRange;
     }
-    const bool hasRules = options.rules != nullptr;
     error_code code =
-        articulator.LoadArticulatorRules(options.rules, hasRules ? options.rules_length : 0);
+        articulator.LoadArticulatorRules(rules.data(), static_cast<int32_t>(rules.size()));
     if (code != kNoError) {
         return code;
     }
@@ -105,6 +147,54 @@ void CopyCurves(IPhnMixtureArticulator& articulator, tessarin_track& track) {
     }
 }
 
+CSyncMarker MarkerOf(const tessarin_phoneme& phoneme, float score) {
+    CSyncMarker marker{};
+    marker.type = kPhonemeMarker;
+    marker.score = score;
+    marker.start = phoneme.start_ms;
+    marker.end = phoneme.end_ms;
+    std::memcpy(marker.label, phoneme.label, sizeof phoneme.label);
+    return marker;
+}
+
+/// Has the articulator make frames of levels against the voice, and shapes them.
+error_code Articulate(const tessarin_result& result, const tessarin_track_options& options,
+                      std::string_view rules, IPhnMixtureArticulator& articulator) {
+    articulator_rules read;
+    error_code code = ReadRuleText(rules, read);
+    frame_shaping shaping;
+    if (code == kNoError) {
+        code = ReadStrength(options, shaping.strength);
+    }
+    results_owner markers;
+    if (code == kNoError) {
+        code = CreateSyncResultsCollection(0, Out(markers));
+    }
+    if (code != kNoError) {
+        return code;
+    }
+    const LoudnessCurve loudness(result.loudness);
+    const VoiceLevels voice(result.phonemes, loudness);
+    for (size_t i = 0; i < result.phonemes.size(); ++i) {
+        markers->add_marker(MarkerOf(result.phonemes[i], 100.0f * voice.GetLevels()[i]));
+    }
+    code = articulator.GenerateArticulations(markers.get(), nullptr);
+    if (code != kNoError) {
+        return code;
+    }
+    std::vector<articulation> frames(articulator.GetArticulationsBegin(),
+                                     articulator.GetArticulationsEnd());
+    shaping.closed = read.closed;
+    shaping.frame_rate = options.frame_rate > 0.0f ? options.frame_rate : read.frame_rate;
+    shaping.usual_db = voice.GetUsualDb();
+    shaping.max_weights = options.max_weights > 0 ? options.max_weights : shaping.max_weights;
+    ShapeFrames(result.phonemes, loudness, shaping, frames);
+    for (const articulation& frame : frames) {
+        articulator.AddArticulation(frame, &frame == &frames.front());
+    }
+    return kNoError;
+}
+
 } // namespace
 
 error_code MakeTrack(const tessarin_result& result, const tessarin_track_options* given,
@@ -117,34 +207,36 @@ error_code MakeTrack(const tessarin_result& result, const tessarin_track_options
     auto track = std::make_unique<tessarin_track>();
     IPhnMixtureArticulator* made = nullptr;
     code = CreatePhonemeArticulator(&made, 0);
-    if (code != kNoError) {
-        return code;
-    }
     track->articulator.reset(made);
-    IPhnMixtureArticulator& articulator = *made;
-    if (given != nullptr) {
-        code = SetUp(options, articulator);
-        if (code != kNoError) {
-            return code;
-        }
+    std::string_view rules;
+    if (code == kNoError) {
+        code = FindRules(options, rules);
     }
-    {
-        const std::lock_guard guard(result.lock);
-        code = articulator.GenerateArticulations(result.markers.get(), nullptr);
+    if (code == kNoError) {
+        code = SetUp(options, rules, *made);
     }
     if (code != kNoError) {
         return code;
     }
-    const articulation* const end = articulator.GetArticulationsEnd();
-    for (const articulation* each = articulator.GetArticulationsBegin(); each != end; ++each) {
+    if ((options.flags & TESSARIN_TRACK_PLAIN) != 0) {
+        const std::lock_guard guard(result.lock);
+        code = made->GenerateArticulations(result.markers.get(), nullptr);
+    } else {
+        code = Articulate(result, options, rules, *made);
+    }
+    if (code != kNoError) {
+        return code;
+    }
+    const articulation* const end = made->GetArticulationsEnd();
+    for (const articulation* each = made->GetArticulationsBegin(); each != end; ++each) {
         track->frames.push_back(FrameOf(*each));
     }
     if ((options.flags & TESSARIN_TRACK_CURVES) != 0) {
-        code = articulator.GenerateEnvelopes();
+        code = made->GenerateEnvelopes();
         if (code != kNoError) {
             return code;
         }
-        CopyCurves(articulator, *track);
+        CopyCurves(*made, *track);
     }
     out = std::move(track);
     return kNoError;
@@ -176,13 +268,7 @@ error_code MakeResult(std::span<const tessarin_phoneme> phonemes,
         if (FindPhonemeSymbol(label) == nullptr || each.end_ms < each.start_ms) {
             return kInvalidArgument;
         }
-        CSyncMarker marker{};
-        marker.type = kPhonemeMarker;
-        marker.score = each.score;
-        marker.start = each.start_ms;
-        marker.end = each.end_ms;
-        std::memcpy(marker.label, label.data(), label.size());
-        made->add_marker(marker);
+        made->add_marker(MarkerOf(each, each.score));
     }
     result->phonemes.assign(phonemes.begin(), phonemes.end());
     out = std::move(result);

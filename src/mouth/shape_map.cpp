@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <iterator>
-#include <numeric>
 #include <sstream>
 
 #include "model/phoneme_alphabet.h"
@@ -11,10 +10,6 @@
 namespace tessarin {
 
 namespace {
-
-/// Lips rest closed, so rest does not speak against a closed sound, however soft it is; from this
-/// weight on it is there.
-constexpr double kClosedWeight = 0.1;
 
 std::vector<std::string> SplitLine(std::string_view line) {
     std::istringstream words{std::string(line.substr(0, line.find('#')))};
@@ -109,16 +104,6 @@ std::vector<double> ShapeMap::Mix(const tessarin_frame& frame) const {
         weight = std::clamp(weight, 0.0, 1.0);
     }
     return mixed;
-}
-
-size_t ShapeMap::FindStrongest(const tessarin_frame& frame) const {
-    std::vector<double> mixed = Mix(frame);
-    const double resting = std::exchange(mixed[rest], 0.0);
-    const double moving = std::accumulate(mixed.begin(), mixed.end(), 0.0);
-    const auto strongest = std::ranges::max_element(mixed);
-    const auto shape = static_cast<size_t>(strongest - mixed.begin());
-    const bool isShown = IsClosed(shape) ? *strongest >= kClosedWeight : moving > resting;
-    return isShown ? shape : rest;
 }
 
 } // namespace tessarin

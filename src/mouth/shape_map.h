@@ -40,10 +40,6 @@ public:
 
     /// The weight of each shape in a frame, 0 to 1.
     std::vector<double> Mix(const tessarin_frame& frame) const;
-    /// The shape with the largest weight, the first of equals. Soft sounds are mixed with much
-    /// rest: it shows only where it outweighs all others together, and never in place of a closed
-    /// sound.
-    size_t FindStrongest(const tessarin_frame& frame) const;
 
 private:
     void ReadLine(const std::vector<std::string>& words);

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 
+#include "mouth/loudness.h"
 #include "session/progress_bridge.h"
 #include "session/spoken_language.h"
 
@@ -141,6 +142,7 @@ std::unique_ptr<tessarin_result> Search::TakeResult(const SpanText* text) {
             break;
         }
     }
+    result->loudness = MeasureLoudness(audio.samples, audio.rateHz);
     return std::move(result);
 }
 

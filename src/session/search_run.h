@@ -25,6 +25,7 @@ struct tessarin_result {
     std::vector<tessarin_phoneme> phonemes;
     std::vector<tessarin_span> words;
     std::vector<tessarin_span> events;
+    std::vector<float> loudness; ///< of each 10 ms of the audio, in dB; empty when not known
     std::vector<std::unique_ptr<std::string>> texts; ///< of the spans
     mutable std::mutex lock;                         ///< over the markers
 };

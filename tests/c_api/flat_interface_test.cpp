@@ -364,6 +364,33 @@ TEST_F(FlatInterface, AModelSaysWhatItHolds) {
     EXPECT_EQ(tessarin_get_model_facts(nullptr), nullptr);
 }
 
+TEST_F(FlatInterface, MeasuresLoudness) {
+    uint32_t numSamples = 0;
+    const int16_t* const samples = tessarin_get_audio_samples(audio.get(), &numSamples);
+    const uint32_t rateHz = tessarin_get_audio_rate_hz(audio.get());
+    uint32_t values = 0;
+    EXPECT_EQ(tessarin_measure_loudness(samples, numSamples, rateHz, nullptr, &values),
+              TESSARIN_OUT_OF_RANGE)
+        << "and says how much room is needed";
+    std::vector<float> measured(values);
+    ASSERT_EQ(tessarin_measure_loudness(samples, numSamples, rateHz, measured.data(), &values),
+              TESSARIN_OK);
+    const result_handle result = Align();
+    uint32_t count = 0;
+    const float* const known = tessarin_get_loudness(result.get(), &count);
+    EXPECT_EQ(std::vector<float>(known, known + count), measured);
+
+    const std::vector<float> outside = {-200.0f, 3.0f};
+    ASSERT_EQ(tessarin_set_loudness(result.get(), outside.data(), 2), TESSARIN_OK);
+    EXPECT_EQ(tessarin_get_loudness(result.get(), &count)[0], -100.0f);
+    EXPECT_EQ(tessarin_get_loudness(result.get(), &count)[1], 0.0f);
+    EXPECT_EQ(count, 2u);
+    const float notANumber = std::nanf("");
+    EXPECT_EQ(tessarin_set_loudness(result.get(), &notANumber, 1), TESSARIN_OUT_OF_RANGE);
+    EXPECT_EQ(tessarin_measure_loudness(samples, 10, 99, measured.data(), &values),
+              TESSARIN_OUT_OF_RANGE);
+}
+
 TEST_F(FlatInterface, BadInputIsACode) {
     tessarin_model* badModel = nullptr;
     tessarin_language* badLanguage = nullptr;
@@ -397,6 +424,16 @@ TEST_F(FlatInterface, BadInputIsACode) {
     EXPECT_EQ(tessarin_create_track(result.get(), &options, &track), TESSARIN_INVALID_FILE);
     EXPECT_EQ(track, nullptr);
     options.rules = nullptr;
+    for (const auto& [strength, code] : std::initializer_list<std::pair<tessarin_strength, int>>{
+             {{TESSARIN_LIPS, 5.0f}, TESSARIN_OUT_OF_RANGE},
+             {{TESSARIN_LIPS, std::nanf("")}, TESSARIN_OUT_OF_RANGE},
+             {{0, 1.0f}, TESSARIN_INVALID_ARGUMENT},
+             {{16, 1.0f}, TESSARIN_INVALID_ARGUMENT}}) {
+        options.strengths = &strength;
+        options.strength_count = 1;
+        EXPECT_EQ(tessarin_create_track(result.get(), &options, &track), code);
+    }
+    options.strength_count = 0;
     ASSERT_EQ(tessarin_create_track(result.get(), &options, &track), TESSARIN_OK);
     const track_handle owner(track);
     uint32_t count = 0;

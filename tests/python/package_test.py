@@ -249,15 +249,26 @@ class Mouth(unittest.TestCase):
 
     def test_gains_and_common_keys_reach_the_curves(self) -> None:
         plain = self.result.track(curves=True)
-        louder = self.result.track(gains={"pbm": 3.0}, common_keys=True)
-        peak = lambda track: max(weight for curve in track.curves if curve.label in "pbm"
+        louder = self.result.track(gains={"EYIHEH": 1.0}, common_keys=True)
+        peak = lambda track: max(weight for curve in track.curves if curve.label in ("EY", "EH")
                                  for _, weight in curve.keys)
         self.assertGreater(peak(louder), peak(plain))
         self.assertGreater(len(louder.curves), len(plain.curves))  # each shows at all keys
         self.assertEqual(self.result.track().curves, [])
 
+    def test_leaves_rest_as_far_as_it_is_asked_to(self) -> None:
+        def moving(**options: object) -> float:
+            return sum(1 - frame.weights.get("x", 0) for frame in self.result.track(**options).frames)
+        self.assertLess(moving(strength=0.5), moving() * 0.7)
+        self.assertLess(moving(strength=0.5), moving(strength={"vowels": 0.5}))
+        self.assertEqual(moving(strength=0.5, plain=True), moving(plain=True))
+        with self.assertRaisesRegex(ValueError, "jaw; there are vowels"):
+            self.result.track(strength={"jaw": 1})
+        with self.assertRaises(tessarin.TessarinError):
+            self.result.track(strength=5)
+
     def test_moves_by_timings_from_elsewhere(self) -> None:
-        mouth = tessarin.Result.from_phonemes(self.result.phonemes).track()
+        mouth = tessarin.Result.from_phonemes(self.result.phonemes, self.result.loudness).track()
         self.assertEqual(mouth, self.result.track())
         with self.assertRaises(tessarin.TessarinError):
             tessarin.Result.from_phonemes([tessarin.Phoneme("QQ", 0, 100, 50.0)])

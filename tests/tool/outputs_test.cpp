@@ -82,8 +82,10 @@ TEST(Outputs, SaysWhichOutputItCannotMakeBeforeTheWork) {
         {"--format shapes", 1, "--format shapes: name a map of shapes with --shapes"},
         {"--shapes " + scratch.Path("bad.shapes"), 2, "bad.shapes: line 4: there is no shape C"},
         {"--shapes none.shapes", 2, "none.shapes: cannot be opened"},
-        {"--gain pq=1", 1, "--gain pq=1: give PHONEMES=FACTOR"},
+        {"--gain pq=1", 1, "--gain pq=1: give PHONEMES=LEVEL"},
         {"--gain p=-1", 1, "--gain p=-1"},
+        {"--strength loud", 1, "--strength loud: give subtle, normal, strong"},
+        {"--strength vowels=5", 1, "--strength vowels=5"},
         {"--quantize 900-100", 1, "--quantize 900-100: give FROM-TO in milliseconds"},
     };
     for (const auto& [options, exitCode, message] : cases) {
@@ -162,7 +164,9 @@ TEST(Outputs, ControlsReachTheTrack) {
         }
         return most;
     };
-    EXPECT_GT(weightOfM(track("--gain m=1.5")), weightOfM(plain) + 0.1);
+    EXPECT_GT(weightOfM(track("--plain --gain m=1.5")), weightOfM(track("--plain")) + 0.1);
+    EXPECT_LT(weightOfM(track("--strength lips=0.5")), weightOfM(plain) - 0.1);
+    EXPECT_EQ(weightOfM(track("--strength subtle")), weightOfM(plain)) << "lips close fully";
 
     // Curves with common keys: what one curve has as a key, every curve around it has.
     const json common = track("--common-keys")["curves"];

@@ -1,4 +1,3 @@
-#include <cstring>
 #include <memory>
 #include <string>
 
@@ -17,30 +16,11 @@ struct animate_options {
     output_options outputs;
 };
 
-tessarin::results_owner MakeResults(const timed_result& timings) {
-    tessarin::ISyncResultsCollection* made = nullptr;
-    const int32_t code = CreateSyncResultsCollection(0, &made);
-    if (code != tessarin::kNoError) {
-        throw EngineFailure("results", code);
-    }
-    tessarin::results_owner results(made);
-    for (const timed_phoneme& phoneme : timings.phonemes) {
-        tessarin::CSyncMarker marker{};
-        marker.type = tessarin::kPhonemeMarker;
-        marker.score = phoneme.score;
-        marker.start = phoneme.startMs;
-        marker.end = phoneme.endMs;
-        std::memcpy(marker.label, phoneme.label.c_str(), phoneme.label.size() + 1);
-        results->add_marker(marker);
-    }
-    return results;
-}
-
 void RunAnimate(const animate_options& options) {
     const OutputPlan outputs(options.outputs);
     timed_result result = ReadTimings(options.timings, options.alphabet == "sampa");
     result.message = GetVisemixErrorMessage(result.code);
-    MakeMouthTrack(options.track, *MakeResults(result), &result);
+    MakeMouthTrack(options.track, &result);
     outputs.Write(result);
 }
 

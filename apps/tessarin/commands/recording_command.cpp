@@ -2,6 +2,7 @@
 
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/console/progress_bar.h"
+#include "apps/tessarin/readers/recording_loudness.h"
 #include "apps/tessarin/timed_result.h"
 
 namespace {
@@ -61,7 +62,8 @@ timed_result FindTimings(const recording_options& options, tessarin::CAccousticH
     result.message = GetVisemixErrorMessage(result.code);
     ShiftMarkers(options.stretch.fromMs, *results);
     CollectMarkers(*results, text, &result);
-    MakeMouthTrack(options.track, *results, &result);
+    result.loudness = MeasureLoudness(options.audio, ChannelNumber(options.channel));
+    MakeMouthTrack(options.track, &result);
     return result;
 }
 

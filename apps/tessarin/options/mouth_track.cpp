@@ -2,72 +2,151 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstring>
+#include <map>
 
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/console/file_io.h"
 #include "apps/tessarin/readers/arpabet.h"
+#include "tessarin/owned.h"
 
 namespace {
 
-using tessarin::IPhnMixtureArticulator;
+constexpr float kMaxStrength = 4.0f;
 
-void LoadRules(const std::string& path, IPhnMixtureArticulator& articulator) {
-    const std::string rules = path.empty() ? "" : ReadWholeFile(path);
-    RequireSize(path, rules);
-    const int32_t code =
-        articulator.LoadArticulatorRules(rules.data(), static_cast<int32_t>(rules.size()));
-    if (code != tessarin::kNoError) {
-        throw EngineFailure(path, code);
-    }
-}
+/// An option of the form NAME=NUMBER or NUMBER.
+struct named_number {
+    std::string name;
+    float number = 0.0f;
+    bool isNumber = false;
+};
 
-void SetGain(const std::string& gain, IPhnMixtureArticulator& articulator) {
-    const size_t equals = gain.find('=');
-    const std::string phonemes = equals == std::string::npos ? "" : gain.substr(0, equals);
-    const std::string number = equals == std::string::npos ? gain : gain.substr(equals + 1);
+named_number ReadNamedNumber(const std::string& text) {
+    named_number read;
+    const size_t equals = text.find('=');
+    read.name = equals == std::string::npos ? "" : text.substr(0, equals);
+    const std::string number = equals == std::string::npos ? text : text.substr(equals + 1);
     char* end = nullptr;
-    const float factor = std::strtof(number.c_str(), &end);
-    const bool isNumber = !number.empty() && *end == '\0' && std::isfinite(factor);
-    const bool isPhonemes =
-        phonemes.empty() ? equals == std::string::npos : !ArpabetFromLabels(phonemes).empty();
-    if (!isNumber || factor < 0.0f || !isPhonemes) {
-        throw Failure(kExitUsage, "--gain " + gain +
-                                      ": give PHONEMES=FACTOR, such as pbm=1.5, or one factor "
-                                      "for all");
-    }
-    articulator.SetGain(phonemes.c_str(), factor);
+    read.number = std::strtof(number.c_str(), &end);
+    read.isNumber = !number.empty() && *end == '\0' && std::isfinite(read.number) &&
+                    read.number >= 0.0f && (equals == std::string::npos || !read.name.empty());
+    return read;
 }
 
-tessarin::articulator_owner MakeArticulator(const track_options& options) {
-    IPhnMixtureArticulator* made = nullptr;
-    const int32_t code = CreatePhonemeArticulator(&made, 0);
-    if (code != tessarin::kNoError) {
-        throw EngineFailure("articulator", code);
+const std::map<std::string, float> kStrengths = {
+    {"subtle", 0.7f}, {"normal", 1.0f}, {"strong", 1.3f}};
+const std::map<std::string, uint32_t> kParts = {{"", TESSARIN_VOWELS | TESSARIN_CONSONANTS},
+                                                {"vowels", TESSARIN_VOWELS},
+                                                {"consonants", TESSARIN_CONSONANTS},
+                                                {"lips", TESSARIN_LIPS},
+                                                {"teeth", TESSARIN_TEETH}};
+
+tessarin_strength ReadStrength(const std::string& text) {
+    if (const auto named = kStrengths.find(text); named != kStrengths.end()) {
+        return {kParts.at(""), named->second};
     }
-    tessarin::articulator_owner articulator(made);
-    LoadRules(options.rules, *articulator);
-    if (options.fps > 0) {
-        articulator->SetFrameRate(static_cast<float>(options.fps));
+    const named_number given = ReadNamedNumber(text);
+    const auto part = kParts.find(given.name);
+    if (part == kParts.end() || !given.isNumber || given.number > kMaxStrength) {
+        throw Failure(kExitUsage, "--strength " + text +
+                                      ": give subtle, normal, strong or a number from 0 to 4, or "
+                                      "PART=NUMBER with vowels, consonants, lips or teeth");
     }
-    if (options.slope > 0) {
-        articulator->SetEnvelopeSlope(static_cast<float>(options.slope));
+    return {part->second, given.number};
+}
+
+/// The options of the library, and what they borrow.
+struct library_options {
+    std::string rules;
+    std::vector<named_number> gainNumbers;
+    std::vector<tessarin_gain> gains;
+    std::vector<tessarin_strength> strengths;
+    tessarin_track_options flat{};
+};
+
+void ReadGains(const track_options& options, library_options* out) {
+    for (const std::string& text : options.gains) {
+        const named_number given = ReadNamedNumber(text);
+        if (!given.isNumber || (!given.name.empty() && ArpabetFromLabels(given.name).empty())) {
+            throw Failure(kExitUsage, "--gain " + text +
+                                          ": give PHONEMES=LEVEL, such as pbm=0.5, or one level "
+                                          "for all");
+        }
+        out->gainNumbers.push_back(given);
     }
-    if (options.maxShapes > 0) {
-        articulator->SetMaxContributions(options.maxShapes);
+    for (const named_number& each : out->gainNumbers) {
+        out->gains.push_back({each.name.c_str(), each.number});
     }
-    for (const std::string& gain : options.gains) {
-        SetGain(gain, *articulator);
+}
+
+void ReadOptions(const track_options& options, library_options* out) {
+    out->rules = options.rules.empty() ? "" : ReadWholeFile(options.rules);
+    RequireSize(options.rules, out->rules);
+    ReadGains(options, out);
+    for (const std::string& text : options.strengths) {
+        out->strengths.push_back(ReadStrength(text));
     }
-    uint32_t flags = articulator->GetFlags();
-    flags |= options.smooth ? tessarin::kSmoothFrames : 0u;
-    flags |= options.commonKeys ? tessarin::kCommonKeyTimes : 0u;
-    articulator->SetFlags(flags);
-    return articulator;
+    tessarin_track_options& flat = out->flat;
+    flat.size = sizeof flat;
+    flat.flags = TESSARIN_TRACK_CURVES;
+    flat.flags |= options.smooth ? +TESSARIN_TRACK_SMOOTH : 0;
+    flat.flags |= options.commonKeys ? +TESSARIN_TRACK_COMMON_KEYS : 0;
+    flat.flags |= options.plain ? +TESSARIN_TRACK_PLAIN : 0;
+    flat.frame_rate = static_cast<float>(options.fps);
+    flat.slope = static_cast<float>(options.slope);
+    flat.max_weights = options.maxShapes;
+    flat.rules = out->rules.empty() ? nullptr : out->rules.data();
+    flat.rules_length = static_cast<int32_t>(out->rules.size());
+    flat.gains = out->gains.data();
+    flat.gain_count = static_cast<uint32_t>(out->gains.size());
+    flat.strengths = out->strengths.data();
+    flat.strength_count = static_cast<uint32_t>(out->strengths.size());
+}
+
+tessarin::flat::result_owner MakeResult(const timed_result& timings) {
+    std::vector<tessarin_phoneme> phonemes;
+    for (const timed_phoneme& each : timings.phonemes) {
+        tessarin_phoneme& phoneme =
+            phonemes.emplace_back(tessarin_phoneme{each.startMs, each.endMs, each.score, {}});
+        std::strncpy(phoneme.label, each.label.c_str(), sizeof phoneme.label - 1);
+    }
+    tessarin::flat::result_owner result;
+    int32_t code = tessarin_create_result_from_phonemes(
+        phonemes.data(), static_cast<uint32_t>(phonemes.size()), tessarin::Out(result));
+    if (code == TESSARIN_OK) {
+        code = tessarin_set_loudness(result.get(), timings.loudness.data(),
+                                     static_cast<uint32_t>(timings.loudness.size()));
+    }
+    if (code != TESSARIN_OK) {
+        throw EngineFailure("mouth track", code);
+    }
+    return result;
+}
+
+void CollectFrames(const tessarin_track& track, timed_result* out) {
+    uint32_t count = 0;
+    const tessarin_frame* const frames = tessarin_get_track_frames(&track, &count);
+    for (uint32_t i = 0; i < count; ++i) {
+        out->frames.push_back(CopyFrame(frames[i]));
+    }
+}
+
+void CollectCurves(const tessarin_track& track, timed_result* out) {
+    uint32_t count = 0;
+    const tessarin_curve* const curves = tessarin_get_curves(&track, &count);
+    for (uint32_t i = 0; i < count; ++i) {
+        weight_curve& curve = out->curves.emplace_back();
+        curve.label = curves[i].label;
+        curve.startMs = curves[i].start_ms;
+        curve.endMs = curves[i].end_ms;
+        for (uint32_t k = 0; k < curves[i].key_count; ++k) {
+            curve.keys.emplace_back(curves[i].keys[k].time_ms, curves[i].keys[k].weight);
+        }
+    }
 }
 
 /// Adds the one mixture that stands best for a stretch of the track.
-void AddStretch(const std::string& stretch, IPhnMixtureArticulator& articulator,
-                timed_result* out) {
+void AddStretch(const std::string& stretch, const tessarin_track& track, timed_result* out) {
     int from = 0;
     int to = 0;
     int shapes = 0;
@@ -79,8 +158,9 @@ void AddStretch(const std::string& stretch, IPhnMixtureArticulator& articulator,
         throw Failure(kExitUsage, "--quantize " + stretch +
                                       ": give FROM-TO in milliseconds, or FROM-TO:SHAPES");
     }
-    if (const tessarin::articulation* mixture = articulator.Quanitze(from, to, shapes)) {
-        out->stretches.push_back(CopyFrame(*mixture));
+    tessarin_frame mixture{};
+    if (tessarin_quantize_track(&track, from, to, shapes, &mixture) == TESSARIN_OK) {
+        out->stretches.push_back(CopyFrame(mixture));
     }
 }
 
@@ -108,9 +188,22 @@ void AddTrackOptions(CLI::App& command, track_options* options) {
         ->option_text("N");
     command
         .add_option("--gain", options->gains,
-                    "How strongly phonemes show: PHONEMES=FACTOR, such as pbm=1.5, or one factor "
-                    "for all [1]")
+                    "Added to the level of phonemes, which is their loudness from 0 to 1: "
+                    "PHONEMES=LEVEL, such as AEAH=0.2, or one level for all [0]; for a factor see "
+                    "--strength")
         ->option_text("GAIN");
+    command
+        .add_option("--strength", options->strengths,
+                    "How far the mouth leaves rest: subtle, normal, strong or a factor from 0 to "
+                    "4, lips and teeth excepted; or PART=FACTOR for vowels, consonants, lips or "
+                    "teeth; may be repeated [normal]")
+        ->allow_extra_args(false)
+        ->option_text("STRENGTH");
+    command
+        .add_flag("--plain", options->plain,
+                  "Make the track as the articulator does by itself: loudness against full scale, "
+                  "and its own built-in rules")
+        ->excludes("--strength");
     command.add_flag("--common-keys", options->commonKeys,
                      "Put the keys of all curves at the same times");
     command
@@ -120,20 +213,18 @@ void AddTrackOptions(CLI::App& command, track_options* options) {
         ->option_text("STRETCH");
 }
 
-void MakeMouthTrack(const track_options& options, tessarin::ISyncResultsCollection& results,
-                    timed_result* out) {
-    const tessarin::articulator_owner articulator = MakeArticulator(options);
-    int32_t code = articulator->GenerateArticulations(&results, nullptr);
-    if (code != tessarin::kNoError) {
-        throw EngineFailure("--fps", code);
+void MakeMouthTrack(const track_options& options, timed_result* out) {
+    library_options library;
+    ReadOptions(options, &library);
+    const tessarin::flat::result_owner result = MakeResult(*out);
+    tessarin::flat::track_owner track;
+    const int32_t code = tessarin_create_track(result.get(), &library.flat, tessarin::Out(track));
+    if (code != TESSARIN_OK) {
+        throw EngineFailure(options.rules.empty() ? "--fps" : options.rules, code);
     }
-    CollectFrames(*articulator, out);
-    code = articulator->GenerateEnvelopes();
-    if (code != tessarin::kNoError) {
-        throw EngineFailure("curves", code);
-    }
-    CollectCurves(*articulator, out);
+    CollectFrames(*track, out);
+    CollectCurves(*track, out);
     if (!options.stretch.empty()) {
-        AddStretch(options.stretch, *articulator, out);
+        AddStretch(options.stretch, *track, out);
     }
 }

@@ -15,13 +15,14 @@ struct track_options {
     bool smooth = false;
     double slope = 0; ///< 0: the engine's
     int maxShapes = 0;
-    std::vector<std::string> gains; ///< PHONEMES=FACTOR, or a factor for all
+    std::vector<std::string> gains;     ///< PHONEMES=LEVEL, or a level for all
+    std::vector<std::string> strengths; ///< a name or a factor, or PART=FACTOR
+    bool plain = false;
     bool commonKeys = false;
     std::string stretch; ///< FROM-TO or FROM-TO:SHAPES, in milliseconds
 };
 
 void AddTrackOptions(CLI::App& command, track_options* options);
 
-/// Makes the mouth track of the phonemes in `results` and copies it into `out`. Throws Failure.
-void MakeMouthTrack(const track_options& options, tessarin::ISyncResultsCollection& results,
-                    timed_result* out);
+/// Makes the mouth track of the phonemes of `result`, and adds it. Throws Failure.
+void MakeMouthTrack(const track_options& options, timed_result* result);

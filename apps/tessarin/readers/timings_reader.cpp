@@ -41,6 +41,7 @@ private:
     void AddPhoneme(const std::string& name, double startMs, double endMs,
                     std::optional<float> score, size_t line);
     void AddWord(const timed_span& word);
+    void AddLoudness(const json& loudness);
     int32_t Time(double ms, size_t line) const;
 
     std::string path;
@@ -136,6 +137,16 @@ void TimingsReader::AddWord(const timed_span& word) {
     }
 }
 
+void TimingsReader::AddLoudness(const json& loudness) {
+    constexpr int kStepMs = 10;
+    if (loudness.at("step_ms") != kStepMs) {
+        Fail("the step of its loudness is not 10 ms");
+    }
+    for (const json& db : loudness.at("db")) {
+        result.loudness.push_back(db);
+    }
+}
+
 void TimingsReader::ReadJson(const std::string& text) {
     try {
         const json document = json::parse(text);
@@ -149,6 +160,9 @@ void TimingsReader::ReadJson(const std::string& text) {
             const auto score = phoneme.find("score");
             AddPhoneme(phoneme.at("label"), phoneme.at("start_ms"), phoneme.at("end_ms"),
                        score != phoneme.end() ? std::optional<float>(*score) : std::nullopt, 0);
+        }
+        if (const auto loudness = document.find("loudness"); loudness != document.end()) {
+            AddLoudness(*loudness);
         }
         for (const json& word : document.value("words", json::array())) {
             AddWord({tessarin::kWordMarker, word.at("text"), Time(word.at("start_ms"), 0),

@@ -48,6 +48,14 @@ json CurveJson(const weight_curve& curve) {
             {"keys", std::move(keys)}};
 }
 
+json LoudnessJson(const std::vector<float>& loudness) {
+    json db = json::array();
+    for (const float value : loudness) {
+        db.push_back(std::round(static_cast<double>(value) * 10.0) / 10.0);
+    }
+    return {{"step_ms", 10}, {"db", std::move(db)}};
+}
+
 } // namespace
 
 std::string WriteJson(const timed_result& result) {
@@ -72,16 +80,19 @@ std::string WriteJson(const timed_result& result) {
     for (const weight_curve& curve : result.curves) {
         curves.push_back(CurveJson(curve));
     }
-    const json document = {{"version", kJsonVersion},
-                           {"audio", result.audio},
-                           {"duration_ms", result.durationMs},
-                           {"code", result.code},
-                           {"message", result.message},
-                           {"phonemes", std::move(phonemes)},
-                           {"words", std::move(words)},
-                           {"events", std::move(events)},
-                           {"frames", FramesJson(result.frames)},
-                           {"curves", std::move(curves)},
-                           {"stretches", FramesJson(result.stretches)}};
+    json document = {{"version", kJsonVersion},
+                     {"audio", result.audio},
+                     {"duration_ms", result.durationMs},
+                     {"code", result.code},
+                     {"message", result.message},
+                     {"phonemes", std::move(phonemes)},
+                     {"words", std::move(words)},
+                     {"events", std::move(events)},
+                     {"frames", FramesJson(result.frames)},
+                     {"curves", std::move(curves)},
+                     {"stretches", FramesJson(result.stretches)}};
+    if (!result.loudness.empty()) {
+        document["loudness"] = LoudnessJson(result.loudness);
+    }
     return document.dump(1, ' ', false, json::error_handler_t::replace) + "\n";
 }

@@ -57,10 +57,15 @@ class Gain(Structure):
     _fields_ = [("phonemes", c_char_p), ("factor", c_float)]
 
 
+class Strength(Structure):
+    _fields_ = [("parts", c_uint32), ("factor", c_float)]
+
+
 class TrackOptions(Structure):
     _fields_ = [("size", c_uint32), ("flags", c_uint32), ("frame_rate", c_float),
                 ("slope", c_float), ("max_weights", c_int32), ("rules_length", c_int32),
-                ("rules", c_char_p), ("gains", POINTER(Gain)), ("gain_count", c_uint32)]
+                ("rules", c_char_p), ("gains", POINTER(Gain)), ("gain_count", c_uint32),
+                ("strengths", POINTER(Strength)), ("strength_count", c_uint32)]
 
 
 class Key(Structure):
@@ -118,6 +123,8 @@ SEARCH_RETRY = 1
 TRACK_SMOOTH = 1
 TRACK_COMMON_KEYS = 2
 TRACK_CURVES = 256
+TRACK_PLAIN = 512
+PARTS = {"vowels": 1, "consonants": 2, "lips": 4, "teeth": 8}
 
 _OUT = POINTER(c_void_p)
 _COUNT = POINTER(c_uint32)
@@ -153,6 +160,8 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
     "get_track_frames": (POINTER(Frame), [c_void_p, _COUNT]),
     "free_track": (None, [c_void_p]),
     "create_result_from_phonemes": (c_int32, [POINTER(Phoneme), c_uint32, _OUT]),
+    "get_loudness": (POINTER(c_float), [c_void_p, _COUNT]),
+    "set_loudness": (c_int32, [c_void_p, POINTER(c_float), c_uint32]),
     "get_curves": (POINTER(Curve), [c_void_p, _COUNT]),
     "quantize_track": (c_int32, [c_void_p, c_int32, c_int32, c_int32, POINTER(Frame)]),
     "create_shapes": (c_int32, [c_char_p, _OUT]),

@@ -169,6 +169,9 @@ class Result:
     phonemes: list[Phoneme]
     words: list[Word]
     events: list[Event]
+    loudness: list[float]
+    """The loudness of each 10 ms of the audio in dB of full scale, -100 to 0; empty when it is not
+    known."""
 
     def __init__(self, handle: int, places: TextPlaces | None) -> None:
         self._library = Library.get()
@@ -180,16 +183,26 @@ class Result:
                       for raw in self._library.items("get_words", handle)]
         self.events = [Event(*self._span(raw, places), KINDS[raw.kind])
                        for raw in self._library.items("get_events", handle)]
+        self.loudness = self._library.items("get_loudness", handle)
 
     @classmethod
-    def from_phonemes(cls, phonemes: Sequence[Phoneme]) -> Result:
-        """A result of timings from elsewhere, in order of time, to make a track of. Raises
-        TessarinError for what is not a phoneme."""
+    def from_phonemes(cls, phonemes: Sequence[Phoneme],
+                      loudness: Sequence[float] = ()) -> Result:
+        """A result of timings from elsewhere, in order of time, to make a track of. `loudness` is
+        that of each 10 ms of the audio in dB of full scale; without it the scores say how loud
+        phonemes are. Raises TessarinError for what is not a phoneme."""
         raw = (_library.Phoneme * len(phonemes))(
             *((each.start_ms, each.end_ms, each.score, each.label.encode("ascii"))
               for each in phonemes))
-        return cls(Library.get().create("create_result_from_phonemes", "phonemes", raw,
-                                        len(phonemes)), None)
+        library = Library.get()
+        result = cls(library.create("create_result_from_phonemes", "phonemes", raw,
+                                    len(phonemes)), None)
+        code = library.set_loudness(result._handle, (ctypes.c_float * len(loudness))(*loudness),
+                                    len(loudness))
+        if code != 0:
+            raise library.error("loudness", code)
+        result.loudness = library.items("get_loudness", result._handle)
+        return result
 
     @staticmethod
     def _span(raw: _library.Span, places: TextPlaces | None) -> tuple[str, int, int, int, int]:
@@ -201,17 +214,28 @@ class Result:
     def track(self, fps: float | None = None, *, smooth: bool = False, slope: float | None = None,
               max_weights: int | None = None, gains: Mapping[str, float] | None = None,
               curves: bool = False, common_keys: bool = False,
+              strength: float | Mapping[str, float] = 1.0, plain: bool = False,
               rules: Union[str, "os.PathLike[str]", None] = None) -> Track:
         """Makes the mouth track at `fps` frames a second (30). `smooth` has closed lips close in
         at least one frame and no weight change by more than `slope` (0.25) a frame; a frame has at
-        most `max_weights` (10); `rules` is a file of articulation rules. `gains` says how strongly
-        phonemes show, such as `{"pbm": 1.5}`, or `{"": 1.2}` for all. With `curves` the track also
-        has curves, whose keys `common_keys` puts at the same times. Raises TessarinError."""
+        most `max_weights` (10); `rules` is a file of articulation rules. `strength` is a factor, 0
+        to 4, on how far the mouth leaves rest, lips and teeth excepted, or one for each of "vowels",
+        "consonants", "lips" and "teeth". `gains` is added to the level of phonemes, 0 to 1, such as
+        `{"AEAH": 0.2}`, or `{"": 0.1}` for all. With `curves` the track also has curves, whose keys
+        `common_keys` puts at the same times. A phoneme is as strong as it is loud against the voice;
+        in a `plain` track it is as strong as its score. Raises TessarinError."""
+        strengths = strength if isinstance(strength, Mapping) else {
+            "vowels": strength, "consonants": strength}
+        unknown = set(strengths) - set(_library.PARTS)
+        if unknown:
+            raise ValueError(f"not a part of the mouth: {', '.join(sorted(unknown))}; there are "
+                             f"{', '.join(_library.PARTS)}")
         options = _library.TrackOptions(
             size=ctypes.sizeof(_library.TrackOptions),
             flags=((_library.TRACK_SMOOTH if smooth else 0)
                    | (_library.TRACK_CURVES if curves or common_keys else 0)
-                   | (_library.TRACK_COMMON_KEYS if common_keys else 0)),
+                   | (_library.TRACK_COMMON_KEYS if common_keys else 0)
+                   | (_library.TRACK_PLAIN if plain else 0)),
             frame_rate=fps or 0, slope=slope or 0, max_weights=max_weights or 0)
         if rules is not None:
             with open(rules, "rb") as file:
@@ -222,6 +246,9 @@ class Result:
             raw_gains = (_library.Gain * len(gains))(
                 *((phonemes.encode("ascii"), factor) for phonemes, factor in gains.items()))
             options.gains, options.gain_count = raw_gains, len(gains)
+        options.strengths = (_library.Strength * len(strengths))(
+            *((_library.PARTS[part], factor) for part, factor in strengths.items()))
+        options.strength_count = len(strengths)
         handle = self._library.create("create_track", "track", self._handle, ctypes.byref(options))
         try:
             frames = [Frame(raw.start_ms, raw.end_ms,
