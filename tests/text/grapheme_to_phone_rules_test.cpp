@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 namespace tessarin {
 namespace {
@@ -131,6 +132,19 @@ TEST(Rules, MayOfferAChoiceAndConsumeNothing) {
     module.rule_tables['B'] = endless;
     EXPECT_THAT(Apply(module, "BB"), ElementsAre(group{"tt"}))
         << "a rule that consumes nothing goes on with the next letter";
+}
+
+TEST(Rules, CostlyContextsUseUpTheStepsOfTheirWord) {
+    const std::string costly = std::string(1000, ':') + "1";
+    std::vector<GraphemeRule> rules(200, {"", "B", costly.c_str(), "t"});
+    rules.push_back({"", "B", "B", "n"});
+    rules.push_back({"", "B", "", "b"});
+    rules.push_back({nullptr, nullptr, nullptr, nullptr});
+    CGraphemeToPhoneRules<char> module;
+    module.rule_tables['B'] = rules.data();
+    EXPECT_THAT(Apply(module, "BB"), ElementsAre(group{"bb"})) << "no context fits any more";
+    module.rule_tables['B'] = rules.data() + 200;
+    EXPECT_THAT(Apply(module, "BB"), ElementsAre(group{"nb"})) << "the next word has its own";
 }
 
 TEST(Rules, SubstituteLetters) {
