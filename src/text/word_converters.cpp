@@ -1,4 +1,5 @@
 #include "base/flog.h"
+#include "base/text_copy.h"
 #include "text/character_classes.h"
 #include "text/transcriber.h"
 
@@ -11,6 +12,10 @@ constexpr size_t kMaxWordLength = 254;
 constexpr bool IsQuote(uint32_t code) {
     return code == '\'' || code == '"';
 }
+
+/// Phonemes of all ways to say a word, from where on no further way is taken: as many as one can
+/// have. Variants in a lexicon may share their texts, and every token gets copies.
+constexpr size_t kMaxChoiceLength = UINT16_MAX;
 
 /// The word between the two blanks.
 std::string_view Unpadded(const std::string& padded) {
@@ -55,10 +60,13 @@ bool CTranscriber::LookupWord(std::string_view word) {
     }
     builder.BeginAlternatives();
     int32_t variant = 0;
+    size_t total = 0;
     do {
         builder.AddAlternative({found.pronunciation, found.pronunciation_length});
+        total += found.pronunciation_length;
         ++variant;
-    } while (dict->GetPronunciation(letters.data(), length, variant, &found));
+    } while (total <= kMaxChoiceLength &&
+             dict->GetPronunciation(letters.data(), length, variant, &found));
     builder.CommitAlternatives();
     return true;
 }
@@ -90,7 +98,7 @@ void CTranscriber::SpeakAsciiChar(uint32_t code) {
 /// Says one word of a table, if the language has it.
 void CTranscriber::SpeakWordOf(const char* const* words, uint32_t index) {
     if (words != nullptr && words[index] != nullptr) {
-        builder.AppendPhonemes(words[index], false);
+        builder.AppendPhonemes(BoundedText(words[index], kMaxPhonemesLength), false);
     }
 }
 

@@ -147,6 +147,19 @@ TEST(Rules, CostlyContextsUseUpTheStepsOfTheirWord) {
     EXPECT_THAT(Apply(module, "BB"), ElementsAre(group{"nb"})) << "the next word has its own";
 }
 
+TEST(Rules, SayNoEndlessPhonemes) {
+    const std::string longText = std::string(kMaxPhonemesLength, 'b') + "n";
+    const std::string choice = "? t " + std::string(2 * kMaxPhonemesLength, 'b');
+    const std::string atMost = longText.substr(0, kMaxPhonemesLength);
+    const GraphemeRule rules[] = {{"", "B", "", longText.c_str()},
+                                  {"", "C", "", choice.c_str()},
+                                  {nullptr, nullptr, nullptr, nullptr}};
+    CGraphemeToPhoneRules<char> module;
+    module.rule_tables['B'] = module.rule_tables['C'] = rules;
+    EXPECT_THAT(Apply(module, "BB"), ElementsAre(group{atMost + atMost}));
+    EXPECT_THAT(Apply(module, "C"), ElementsAre(group{"t", atMost.substr(choice.find('b'))}));
+}
+
 TEST(Rules, SubstituteLetters) {
     CGraphemeToPhoneRules<char> module;
     EXPECT_EQ(module.SubstituteLetters("GR\xDC\xDF"), "GR\xDC\xDF");

@@ -3,6 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
 namespace tessarin {
 namespace {
 
@@ -21,6 +26,32 @@ TEST(ConvertWord, SaysALoneLetterByItsName) {
     EXPECT_EQ(Said("A b"), "EY / bIY");
     EXPECT_EQ(Said("A"), "EY");
     EXPECT_EQ(Said("A."), "AH / x") << "with a stop it goes through the rules";
+}
+
+TEST(ConvertWord, SaysNoEndlessNames) {
+    const std::string name(100000, 'b');
+    const std::vector<const char*> names(128, name.c_str());
+    auto language = std::make_unique<CGraphemeToPhoneRules<char>>();
+    language->character_names = names.data();
+    language->character_name_count = 128;
+    const auto transcriber =
+        counted_ptr<CTranscriber>::Adopt(new CTranscriber(nullptr, std::move(language)));
+    for (const CTxMarker& marker : TokensOf(*transcriber, "a b")) {
+        EXPECT_EQ(Pronunciation(marker), name.substr(0, kMaxPhonemesLength));
+    }
+}
+
+TEST(ConvertWord, OffersNoEndlessChoice) {
+    std::string lexicon = "KAT=" + std::string(UINT16_MAX, 'k') + "\n";
+    for (int variant = 0; variant < 3; ++variant) {
+        lexicon += "kat=t\n";
+    }
+    const auto numWays = [](const std::string& text) {
+        const auto transcriber = EnglishTranscriber(text);
+        return TokensOf(*transcriber, "kat").at(0).groups[0].alternative_count;
+    };
+    EXPECT_EQ(numWays(lexicon), 2);
+    EXPECT_EQ(numWays(lexicon.substr(lexicon.find('\n'))), 3);
 }
 
 TEST(ConvertWord, ExpandsAbbreviationsWithAStop) {

@@ -93,10 +93,11 @@ size_t CGraphemeToPhoneRules<char>::FindRule(const std::string& word, size_t ind
             !MatchLeftContext(*this, ContextOf(rule->left), word, start - 1, budget)) {
             continue;
         }
-        if (rule->phonemes[0] == '?') {
-            AppendChoice(builder, rule->phonemes + 1);
+        const std::string_view phonemes = BoundedText(rule->phonemes, kMaxPhonemesLength);
+        if (phonemes.starts_with('?')) {
+            AppendChoice(builder, phonemes.substr(1));
         } else {
-            builder.AppendPhonemes(rule->phonemes, false);
+            builder.AppendPhonemes(phonemes, false);
         }
         return index + std::max<size_t>(match.size(), 1);
     }
