@@ -70,6 +70,7 @@ TEST(ConvertWord, SpellsDottedLettersAndLettersBeforeDigits) {
     EXPECT_EQ(Said("U.S.A.", "USA=k"), "k");
     EXPECT_EQ(Said("e.g."), "IY jIY");
     EXPECT_EQ(Said("U.S"), "yUW / x / EHz") << "without the second stop it is no abbreviation";
+    EXPECT_EQ(Said("\"U.S."), "yUW / x / s / x") << "after a quote neither is it one";
     EXPECT_THAT(Tokens("mp3"), ElementsAre("1 0-2 EHm pIY", "1 2-3 THrIY"));
     EXPECT_THAT(Tokens("mp3", "MP=k"), ElementsAre("1 0-2 k", "1 2-3 THrIY"));
 }
@@ -94,6 +95,9 @@ TEST(ConvertWeb, SpellsTheSchemeAndSaysThePieces) {
         << "the comma belongs to the last piece, which then is no word of the lexicon";
     EXPECT_THAT(Tokens("bob@x.y", lexicon), ElementsAre("1 0-7 bAAb AEt k dAAt t"));
     EXPECT_THAT(Tokens("bob@ x", lexicon), ElementsAre("1 0-3 bAAb", "4 3-4 x", "1 5-6 k"));
+    EXPECT_THAT(Tokens("bob@", lexicon), ElementsAre("1 0-4 bAAb AEt")) << "no blank follows";
+    EXPECT_THAT(Tokens("www.x.y.", lexicon), ElementsAre("1 0-8 w dAAt k dAAt t dAAt"))
+        << "the last stop belongs to the address";
     EXPECT_THAT(Tokens("www", lexicon), ElementsAre("1 0-3 w"));
     EXPECT_THAT(Tokens("www x", lexicon), ElementsAre("1 0-3 w", "1 4-5 k"));
     EXPECT_THAT(Tokens("www.12.x", lexicon), ElementsAre("1 0-8 w dAAt dAAt k"))
