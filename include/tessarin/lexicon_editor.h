@@ -12,9 +12,9 @@ class ProgressSink;
 /// One pronunciation of one word, owned by its editor and valid until it is removed.
 class IPronunciationRecord {
 public:
-    /// The word, zero-terminated.
+    /// The word, zero-terminated. The first call for a record takes memory, and is empty without.
     virtual const char* GetWord() = 0;
-    /// The phonemes, zero-terminated; valid until they are replaced.
+    /// The phonemes, zero-terminated; valid until they are replaced. Memory as above.
     virtual const char* GetPronunciationText() = 0;
     /// Replaces the phonemes by a copy of `text`. Returns 0, or 1 without memory.
     virtual int32_t SetPronunciationText(const char* text) = 0;

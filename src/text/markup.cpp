@@ -2,7 +2,7 @@
 
 #include "base/flog.h"
 #include "text/character_classes.h"
-#include "text/transcriber.h"
+#include "text/tx_marker.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -93,9 +93,16 @@ bool ParseTagAttributes(std::string_view text, std::string& name,
     }
 }
 
+void tag_handlers::Handle(CTxMarker& marker) {
+    CheckPronunciationXML(marker);
+    CheckCutMarkerXML(marker);
+    CheckPauseXML(marker);
+    CheckSoundXML(marker);
+}
+
 /// `<pron x="words">`: the words are what the written word behind the tag sounds like. `<aux
 /// x="words">`: they are said where the tag stands.
-bool CTranscriber::CheckPronunciationXML(CTxMarker& marker) {
+bool tag_handlers::CheckPronunciationXML(CTxMarker& marker) {
     flog scope("CTranscriber::CheckPronunciationXML");
     constexpr std::string_view kReplacePrefix = "<pron";
     constexpr std::string_view kInsertPrefix = "<aux";
@@ -111,7 +118,7 @@ bool CTranscriber::CheckPronunciationXML(CTxMarker& marker) {
     }
     for (auto place = words.begin(); place != words.end();) {
         const auto end = std::find_if(place, words.end(), IsBlank);
-        TranscribeInPieces({place, end});
+        speaker.TranscribeInPieces({place, end});
         place = std::find_if_not(end, words.end(), IsBlank);
     }
     if (replaces) {
@@ -130,7 +137,7 @@ bool CTranscriber::CheckPronunciationXML(CTxMarker& marker) {
 /// `<cut 1500>` or `<cut ms="1500">`: the text before and behind is aligned to the audio before and
 /// behind 1500 ms.
 // Kept: a place of 0 counts in the short form only; the other form takes 0 for a missing number.
-bool CTranscriber::CheckCutMarkerXML(CTxMarker& marker) {
+bool tag_handlers::CheckCutMarkerXML(CTxMarker& marker) {
     flog scope("CTranscriber::CheckCutMarkerXML");
     constexpr std::string_view kPrefix = "<cut";
     const std::string tag = reader.RawText(marker.text_start, marker.text_end);
@@ -159,7 +166,7 @@ bool CTranscriber::CheckCutMarkerXML(CTxMarker& marker) {
 
 /// `<pause>`: silence that must be there.
 // Kept: tags are told by their first letters alone, so that `<pauses>` is a pause too.
-bool CTranscriber::CheckPauseXML(CTxMarker& marker) {
+bool tag_handlers::CheckPauseXML(CTxMarker& marker) {
     flog scope("CTranscriber::CheckPauseXML");
     if (!reader.RawText(marker.text_start, marker.text_end).starts_with("<pause")) {
         return false;
@@ -171,7 +178,7 @@ bool CTranscriber::CheckPauseXML(CTxMarker& marker) {
 
 /// `<laugh>`, `<breath>`, and `<auto-breath-detection>`, from which on every punctuation may be
 /// breathed at.
-bool CTranscriber::CheckSoundXML(const CTxMarker& marker) {
+bool tag_handlers::CheckSoundXML(const CTxMarker& marker) {
     flog scope("CTranscriber::CheckSoundXML");
     constexpr int kMaxLaughs = 7;
     const std::string tag = reader.RawText(marker.text_start, marker.text_end);

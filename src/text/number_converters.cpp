@@ -1,6 +1,9 @@
+#include "text/number_converters.h"
+
 #include "base/flog.h"
 #include "text/character_classes.h"
-#include "text/transcriber.h"
+
+#include <string_view>
 
 namespace tessarin {
 namespace {
@@ -35,7 +38,7 @@ bool HasThousands(int32_t n) {
 
 } // namespace
 
-void CTranscriber::convert_number() {
+void number_converters::convert_number() {
     flog scope("CTranscriber::convert_number");
     uint32_t lastDigit = 0;
     const auto number = static_cast<int32_t>(ReadNumber(lastDigit));
@@ -52,15 +55,15 @@ void CTranscriber::convert_number() {
         SpeakDecimals();
     }
     if (reader.Cur() == '%') {
-        SpeakAsciiChar('%');
+        speaker.SpeakAsciiChar('%');
         reader.Advance();
     }
     for (; IsLetter(reader.Cur()); reader.Advance()) {
-        SpeakAsciiChar(reader.Cur());
+        speaker.SpeakAsciiChar(reader.Cur());
     }
 }
 
-void CTranscriber::convert_money() {
+void number_converters::convert_money() {
     flog scope("CTranscriber::convert_money");
     reader.Advance();
     uint32_t lastDigit = 0;
@@ -83,8 +86,8 @@ void CTranscriber::convert_money() {
 }
 
 /// Reads digits and the separators between them. A number of more than 32 bits wraps around.
-uint32_t CTranscriber::ReadNumber(uint32_t& lastDigit) {
-    const uint32_t separator = CodeOf(module->thousands_separator);
+uint32_t number_converters::ReadNumber(uint32_t& lastDigit) {
+    const uint32_t separator = CodeOf(language.thousands_separator);
     uint32_t number = 0;
     while (true) {
         if (IsDigit(reader.Cur())) {
@@ -97,24 +100,24 @@ uint32_t CTranscriber::ReadNumber(uint32_t& lastDigit) {
     }
 }
 
-bool CTranscriber::IsDecimalPoint() const {
-    return reader.Cur() == CodeOf(module->decimal_point) && IsDigit(reader.Next());
+bool number_converters::IsDecimalPoint() const {
+    return reader.Cur() == CodeOf(language.decimal_point) && IsDigit(reader.Next());
 }
 
-bool CTranscriber::HasOrdinalSuffix(uint32_t lastDigit) const {
+bool number_converters::HasOrdinalSuffix(uint32_t lastDigit) const {
     const std::string_view suffix = OrdinalSuffix(lastDigit);
     return ToUpper(reader.Cur()) == suffix[0] && ToUpper(reader.Next()) == suffix[1] &&
            !IsLetterOrDigit(reader.Next2());
 }
 
-void CTranscriber::SpeakDecimals() {
+void number_converters::SpeakDecimals() {
     for (; IsDigit(reader.Cur()); reader.Advance()) {
-        SpeakAsciiChar(reader.Cur());
+        speaker.SpeakAsciiChar(reader.Cur());
     }
 }
 
 /// Says the two digits at the current place, unless there are no cents.
-void CTranscriber::SpeakCents() {
+void number_converters::SpeakCents() {
     const auto cents = static_cast<int32_t>(10 * ValueOf(reader.Cur()) + ValueOf(reader.Next()));
     if (cents != 0) {
         SpeakSymbolWord(kAndWord);
@@ -126,7 +129,7 @@ void CTranscriber::SpeakCents() {
 }
 
 // Kept: "and" stands behind a thousand, a million or a billion, and never behind a hundred.
-void CTranscriber::SpeakCardinal(int32_t n) {
+void number_converters::SpeakCardinal(int32_t n) {
     flog scope("CTranscriber::SpeakCardinal");
     if (n < 0) {
         SpeakSymbolWord(kMinusWord);
@@ -152,19 +155,19 @@ void CTranscriber::SpeakCardinal(int32_t n) {
         return;
     }
     if (n >= 100) {
-        SpeakWordOf(module->cardinals, static_cast<uint32_t>(n / 100));
+        speaker.SpeakWordOf(language.cardinals, static_cast<uint32_t>(n / 100));
         SpeakScaleWord(kHundredWord);
         n %= 100;
         if (n == 0) {
             return;
         }
     }
-    SpeakTens(static_cast<uint32_t>(n), module->cardinals, module->tens);
+    SpeakTens(static_cast<uint32_t>(n), language.cardinals, language.tens);
 }
 
 // Kept: in front of a rest, hundreds, millions and billions take the ordinal word, so that 125th is
 // "one hundredth twenty fifth"; language files hold their words by this use.
-void CTranscriber::SpeakOrdinal(int32_t n) {
+void number_converters::SpeakOrdinal(int32_t n) {
     flog scope("CTranscriber::SpeakOrdinal");
     if (n < 0) {
         SpeakSymbolWord(kMinusForOrdinalsWord);
@@ -189,43 +192,43 @@ void CTranscriber::SpeakOrdinal(int32_t n) {
         return;
     }
     if (n >= 100) {
-        SpeakWordOf(module->cardinals, static_cast<uint32_t>(n / 100));
+        speaker.SpeakWordOf(language.cardinals, static_cast<uint32_t>(n / 100));
         SpeakScaleWord(kHundredthWord);
         n %= 100;
         if (n == 0) {
             return;
         }
     }
-    SpeakTens(static_cast<uint32_t>(n), module->ordinals, module->ordinal_tens);
+    SpeakTens(static_cast<uint32_t>(n), language.ordinals, language.ordinal_tens);
 }
 
 /// Says a number below 100. The words that end it are cardinals or ordinals.
-void CTranscriber::SpeakTens(uint32_t n, const char* const* lastUnits,
-                             const char* const* lastTens) {
+void number_converters::SpeakTens(uint32_t n, const char* const* lastUnits,
+                                  const char* const* lastTens) {
     if (n < 20) {
-        SpeakWordOf(lastUnits, n);
+        speaker.SpeakWordOf(lastUnits, n);
         return;
     }
     const uint32_t ten = (n - 20) / 10;
     const uint32_t unit = n % 10;
     if (unit == 0) {
-        SpeakWordOf(lastTens, ten);
-    } else if ((info.flags & kUnitsBeforeTens) != 0) {
-        SpeakWordOf(lastUnits, unit);
+        speaker.SpeakWordOf(lastTens, ten);
+    } else if (unitsBeforeTens) {
+        speaker.SpeakWordOf(lastUnits, unit);
         SpeakSymbolWord(kAndWord);
-        SpeakWordOf(module->tens, ten);
+        speaker.SpeakWordOf(language.tens, ten);
     } else {
-        SpeakWordOf(module->tens, ten);
-        SpeakWordOf(lastUnits, unit);
+        speaker.SpeakWordOf(language.tens, ten);
+        speaker.SpeakWordOf(lastUnits, unit);
     }
 }
 
-void CTranscriber::SpeakSymbolWord(symbol_word word) {
-    SpeakWordOf(module->symbol_words, word);
+void number_converters::SpeakSymbolWord(symbol_word word) {
+    speaker.SpeakWordOf(language.symbol_words, word);
 }
 
-void CTranscriber::SpeakScaleWord(scale_word word) {
-    SpeakWordOf(module->scale_words, word);
+void number_converters::SpeakScaleWord(scale_word word) {
+    speaker.SpeakWordOf(language.scale_words, word);
 }
 
 } // namespace tessarin

@@ -4,8 +4,12 @@
 #include "base/text_copy.h"
 #include "tessarin/converted_text.h"
 #include "text/character_classes.h"
+#include "text/markup.h"
+#include "text/number_converters.h"
 #include "text/timed_markers.h"
 #include "text/tx_marker.h"
+#include "text/word_converters.h"
+#include "text/word_speaker.h"
 
 #include <clocale>
 #include <new>
@@ -41,6 +45,13 @@ private:
 };
 
 } // namespace
+
+/// The converters of one run through a text.
+struct token_converters {
+    word_converters words;
+    number_converters numbers;
+    tag_handlers tags;
+};
 
 CTranscriber::CTranscriber(speak_dict_ptr lexicon,
                            std::unique_ptr<CGraphemeToPhoneRules<char>> language)
@@ -156,17 +167,23 @@ void CTranscriber::ReleaseMarkers() {
 void CTranscriber::Translate() {
     flog scope("CTranscriber::Translate");
     reader.Start(module->fold_table);
+    word_speaker speaker(*module, dict, builder);
+    token_converters converters = {
+        word_converters(reader, speaker, *module),
+        number_converters(reader, speaker, *module, (info.flags & kUnitsBeforeTens) != 0),
+        tag_handlers(reader, speaker, builder, automaticBreath),
+    };
     while (reader.Cur() != 0) {
         CTxMarker marker = EmptyTxMarker(reader.Position());
         builder.Clear();
-        ReadToken(marker);
+        ReadToken(marker, converters);
         if (marker.kind != kBlankToken) {
             AppendMarker(marker);
         }
     }
 }
 
-void CTranscriber::ReadToken(CTxMarker& marker) {
+void CTranscriber::ReadToken(CTxMarker& marker, token_converters& converters) {
     const uint32_t cur = reader.Cur();
     const uint32_t next = reader.Next();
     if (cur == '{') {
@@ -176,20 +193,20 @@ void CTranscriber::ReadToken(CTxMarker& marker) {
         marker.kind = kTagToken;
         SkipBehind(']');
     } else if (cur == '<' && (IsLetter(next) || next == '?' || next == '/')) {
-        ConvertTag(marker);
+        ConvertTag(marker, converters);
     } else if (IsDigit(cur)) {
-        convert_number();
+        converters.numbers.convert_number();
     } else if (IsLetter(cur) || cur == '\'' || cur == '"') {
-        convert_word();
+        converters.words.convert_word();
     } else if (cur == '$' && IsDigit(next)) {
-        convert_money();
+        converters.numbers.convert_money();
     } else if (IsPunctuation(cur)) {
         ConvertPunctuation(marker);
     } else if (IsSpace(cur)) {
         marker.kind = kBlankToken;
         reader.Advance();
     } else {
-        convert_ascii();
+        converters.words.convert_ascii();
     }
 }
 
@@ -202,15 +219,11 @@ void CTranscriber::SkipBehind(char closing) {
     reader.Advance();
 }
 
-/// Every handler sees every tag; the one that knows the tag changes the marker.
-void CTranscriber::ConvertTag(CTxMarker& marker) {
+void CTranscriber::ConvertTag(CTxMarker& marker, token_converters& converters) {
     marker.kind = kTagToken;
     SkipBehind('>');
     marker.text_end = reader.Position();
-    CheckPronunciationXML(marker);
-    CheckCutMarkerXML(marker);
-    CheckPauseXML(marker);
-    CheckSoundXML(marker);
+    converters.tags.Handle(marker);
 }
 
 void CTranscriber::ConvertPunctuation(CTxMarker& marker) {

@@ -14,10 +14,12 @@
 
 namespace tessarin {
 
+struct token_converters;
+
 /// Cuts a text into tokens and pronounces them: first by the lexicon, then by the language module.
-/// Numbers, money, addresses, abbreviations and tags are converted to words before.
-///
-/// A `padded` word is in upper case with a blank before and behind it.
+/// Numbers, money, addresses, abbreviations and tags are converted to words before. The converters
+/// read from the text and speak; of the transcriber they change nothing else but that a tag may ask
+/// for breaths.
 class CTranscriber : public IVisemixTranscriber {
 public:
     /// Without a lexicon only the language module speaks; without a module there are no rules and
@@ -51,52 +53,11 @@ private:
     void ReleaseMarkers();
 
     void Translate();
-    void ReadToken(CTxMarker& marker);
+    void ReadToken(CTxMarker& marker, token_converters& converters);
     void SkipBehind(char closing);
-    void ConvertTag(CTxMarker& marker);
+    void ConvertTag(CTxMarker& marker, token_converters& converters);
     void ConvertPunctuation(CTxMarker& marker);
     void AppendMarker(CTxMarker& marker);
-
-    // How one word is said.
-    void TranscribeWord(const std::string& padded);
-    bool LookupWord(std::string_view word);
-    void TranscribeInPieces(std::string_view word);
-    void SpellWord(const std::string& padded);
-    void SpeakAsciiChar(uint32_t code);
-    void SpeakWordOf(const char* const* words, uint32_t index);
-
-    // What begins with a letter or a quote.
-    void convert_word();
-    bool IsDottedAbbreviation() const;
-    bool IsWordLetter(uint32_t code) const;
-    void ReadWord(std::string& padded, bool isDotted);
-    void convert_abbreviation(const std::string& padded);
-    void convert_ascii();
-
-    // Addresses.
-    void convert_url(const std::string& padded, bool spelled);
-    void convert_email(const std::string& padded);
-    void convert_web();
-
-    // Numbers.
-    void convert_number();
-    void convert_money();
-    uint32_t ReadNumber(uint32_t& lastDigit);
-    bool IsDecimalPoint() const;
-    bool HasOrdinalSuffix(uint32_t lastDigit) const;
-    void SpeakDecimals();
-    void SpeakCents();
-    void SpeakCardinal(int32_t n);
-    void SpeakOrdinal(int32_t n);
-    void SpeakTens(uint32_t n, const char* const* lastUnits, const char* const* lastTens);
-    void SpeakSymbolWord(symbol_word word);
-    void SpeakScaleWord(scale_word word);
-
-    // Tags: each takes the marker of a tag and tells whether the tag is its own.
-    bool CheckPronunciationXML(CTxMarker& marker);
-    bool CheckCutMarkerXML(CTxMarker& marker);
-    bool CheckPauseXML(CTxMarker& marker);
-    bool CheckSoundXML(const CTxMarker& marker);
 
     bool automaticBreath = false;
     int32_t references = 1;

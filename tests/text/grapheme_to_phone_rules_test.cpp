@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 namespace tessarin {
 namespace {
@@ -131,6 +132,32 @@ TEST(Rules, MayOfferAChoiceAndConsumeNothing) {
     module.rule_tables['B'] = endless;
     EXPECT_THAT(Apply(module, "BB"), ElementsAre(group{"tt"}))
         << "a rule that consumes nothing goes on with the next letter";
+}
+
+TEST(Rules, CostlyContextsUseUpTheStepsOfTheirWord) {
+    const std::string costly = std::string(1000, ':') + "1";
+    std::vector<GraphemeRule> rules(200, {"", "B", costly.c_str(), "t"});
+    rules.push_back({"", "B", "B", "n"});
+    rules.push_back({"", "B", "", "b"});
+    rules.push_back({nullptr, nullptr, nullptr, nullptr});
+    CGraphemeToPhoneRules<char> module;
+    module.rule_tables['B'] = rules.data();
+    EXPECT_THAT(Apply(module, "BB"), ElementsAre(group{"bb"})) << "no context fits any more";
+    module.rule_tables['B'] = rules.data() + 200;
+    EXPECT_THAT(Apply(module, "BB"), ElementsAre(group{"nb"})) << "the next word has its own";
+}
+
+TEST(Rules, SayNoEndlessPhonemes) {
+    const std::string longText = std::string(kMaxPhonemesLength, 'b') + "n";
+    const std::string choice = "? t " + std::string(2 * kMaxPhonemesLength, 'b');
+    const std::string atMost = longText.substr(0, kMaxPhonemesLength);
+    const GraphemeRule rules[] = {{"", "B", "", longText.c_str()},
+                                  {"", "C", "", choice.c_str()},
+                                  {nullptr, nullptr, nullptr, nullptr}};
+    CGraphemeToPhoneRules<char> module;
+    module.rule_tables['B'] = module.rule_tables['C'] = rules;
+    EXPECT_THAT(Apply(module, "BB"), ElementsAre(group{atMost + atMost}));
+    EXPECT_THAT(Apply(module, "C"), ElementsAre(group{"t", atMost.substr(choice.find('b'))}));
 }
 
 TEST(Rules, SubstituteLetters) {

@@ -308,6 +308,34 @@ TEST(LexiconEditor, IsALexicon) {
     EXPECT_FALSE(dict.Reserved2() || dict.Reserved4() || dict.Reserved6());
 }
 
+/// Entries of a file may share their texts: 8000 words of 65535 phonemes fit a file of a kilobyte.
+TEST(LexiconEditor, CopiesNoTextBeforeItChanges) {
+    constexpr int32_t kNumEntries = 8000;
+    const std::string block(UINT16_MAX, 'k');
+    test::ByteBuilder lexicon;
+    lexicon.U32(static_cast<uint32_t>(block.size())).Text(block).U32(kNumEntries);
+    for (int32_t entry = 0; entry < kNumEntries; ++entry) {
+        lexicon.U32(0).U16(1).U32(0).U16(UINT16_MAX);
+    }
+    const lexicon_image image;
+    const auto editor = Open(image.WithPayload(
+        test::ByteBuilder().Bytes(image.section).U32(9).Bytes(lexicon.Take()).Take()));
+    ASSERT_EQ(editor->GetRecordCount(), kNumEntries);
+    const auto lookUp = [&](int32_t index) {
+        CPronunciationRec record = {};
+        EXPECT_TRUE(editor->GetPronunciation("k", 1, index, &record)) << index;
+        return record;
+    };
+    const CPronunciationRec first = lookUp(0);
+    EXPECT_EQ(first.word, first.pronunciation);
+    EXPECT_EQ(lookUp(kNumEntries - 1).pronunciation, first.pronunciation);
+    EXPECT_EQ(editor->GetRecordAt(1)->GetPronunciationText(), block);
+    EXPECT_EQ(editor->GetRecordAt(2)->SetPronunciationText("tAHk"), 0);
+    EXPECT_STREQ(editor->GetRecordAt(2)->GetPronunciationText(), "tAHk");
+    EXPECT_STREQ(editor->GetRecordAt(2)->GetWord(), "k");
+    EXPECT_EQ(lookUp(3).pronunciation, first.pronunciation);
+}
+
 TEST(LexiconEditor, OpensNothingMalformed) {
     const bytes file = lexicon_image().Take();
     for (size_t size = 0; size < file.size(); ++size) {

@@ -10,6 +10,8 @@
 namespace tessarin {
 namespace {
 
+constexpr size_t kManySteps = SIZE_MAX;
+
 /// English suffixes, and the classes &vw& (A, E), &lq& (L, M, Q).
 struct language {
     language() {
@@ -18,10 +20,12 @@ struct language {
         module.letter_classes["&lq&"] = {'L', 'M', 'Q'};
     }
     bool Right(std::string_view pattern, const std::string& word, ptrdiff_t place) const {
-        return MatchRightContext(module, pattern, word, place);
+        step_budget budget(kManySteps);
+        return MatchRightContext(module, pattern, word, place, budget);
     }
     bool Left(std::string_view pattern, const std::string& word, ptrdiff_t place) const {
-        return MatchLeftContext(module, pattern, word, place);
+        step_budget budget(kManySteps);
+        return MatchLeftContext(module, pattern, word, place, budget);
     }
     CGraphemeToPhoneRules<char> module;
 };
@@ -79,13 +83,14 @@ bool SomeWayFits(const std::vector<repetition>& list, size_t index, std::string_
 
 /// Random patterns out of `pieces`, and words of few letters, so that many of them fit.
 struct random_case {
-    random_case(std::mt19937& random, const std::vector<std::string>& pieces) {
+    random_case(std::mt19937& random, const std::vector<std::string>& pieces,
+                std::string_view letters = "AEIBLMQY'") {
         for (size_t count = random() % 12; count > 0; --count) {
             pattern += pieces[random() % pieces.size()];
         }
         word = " ";
         for (size_t count = 1 + random() % 14; count > 0; --count) {
-            word += "AEIBLMQY'"[random() % 9];
+            word += letters[random() % letters.size()];
         }
         word += ' ';
         place = static_cast<ptrdiff_t>(random() % word.size());
@@ -143,7 +148,9 @@ TEST(RightContext, SuffixesMoveByTheirLength) {
     EXPECT_FALSE(english.Right("%", " LIKING ", 3));
     EXPECT_TRUE(english.Left("%X", " YLEX ", 4)) << "on the left it is read backwards";
     const CGraphemeToPhoneRules<char> fromFile;
-    EXPECT_FALSE(MatchRightContext(fromFile, "%", " LIKE ", 4)) << "a module without suffixes";
+    step_budget budget(kManySteps);
+    EXPECT_FALSE(MatchRightContext(fromFile, "%", " LIKE ", 4, budget))
+        << "a module without suffixes";
 }
 
 TEST(LeftContext, NoConsonantIsTestedForwards) {
@@ -158,6 +165,47 @@ TEST(LeftContext, NoConsonantIsTestedForwards) {
     EXPECT_TRUE(english.Left(":", " XIB ", 2)) << "nothing before the colon is left to fit";
 }
 
+/// The plain recursion, for patterns of vowels, consonants and letters: every attempt is made.
+bool PlainlyFits(const std::string& pattern, ptrdiff_t at, const std::string& word, ptrdiff_t place,
+                 ptrdiff_t step) {
+    if (at < 0 || at >= std::ssize(pattern)) {
+        return true;
+    }
+    const auto isIn = [&](std::string_view letters) {
+        return place >= 0 && place < std::ssize(word) &&
+               letters.find(word[static_cast<size_t>(place)]) != std::string_view::npos;
+    };
+    const char symbol = pattern[static_cast<size_t>(at)];
+    if (symbol != '#' && symbol != ':') {
+        return isIn({&symbol, 1}) && PlainlyFits(pattern, at + step, word, place + step, step);
+    }
+    if (symbol == ':' && place >= 0 && PlainlyFits(pattern, at + step, word, place, 1)) {
+        return true;
+    }
+    while (isIn(symbol == '#' ? "AEIOU" : kConsonants)) {
+        place += step;
+        if (PlainlyFits(pattern, at + step, word, place, step)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+TEST(LeftContext, AgreesWithThePlainRecursion) {
+    const language english;
+    std::mt19937 random(3);
+    int fits = 0;
+    for (int round = 0; round < 20000; ++round) {
+        const random_case test(random, {":", ":", "#", "A", "L"}, "LLA");
+        SCOPED_TRACE("'" + test.pattern + "' on '" + test.word + "'");
+        const bool expected =
+            PlainlyFits(test.pattern, std::ssize(test.pattern) - 1, test.word, test.place, -1);
+        ASSERT_EQ(english.Left(test.pattern, test.word, test.place), expected);
+        fits += expected ? 1 : 0;
+    }
+    EXPECT_GT(fits, 1000);
+}
+
 TEST(LeftContext, EndsAtTheStartOfTheWord) {
     const language english;
     EXPECT_TRUE(english.Left("", " A", -1));
@@ -166,19 +214,43 @@ TEST(LeftContext, EndsAtTheStartOfTheWord) {
     EXPECT_FALSE(english.Left("A", " A", -1));
 }
 
-TEST(Context, ManyRepetitionsTakeLittleTime) {
+TEST(Context, StepsGrowWithPatternTimesWord) {
     const language english;
-    std::string pattern;
-    for (int count = 0; count < 250; ++count) {
-        pattern += ":#*lq*";
-    }
+    const std::string mixed = [] {
+        std::string pattern;
+        while (pattern.size() + 6 <= kMaxContextLength) {
+            pattern += ":#*lq*";
+        }
+        return pattern;
+    }();
+    const std::string colons(kMaxContextLength - 1, ':');
+    const std::string vowels(kMaxContextLength - 1, '#');
     const std::string word = " " + std::string(250, 'L') + " ";
-    EXPECT_FALSE(english.Right(pattern.substr(0, 1020), word, 1));
-    EXPECT_FALSE(english.Left(pattern.substr(0, 1020), word, 250));
-    EXPECT_FALSE(english.Right(":::::::1", word, 1));
-    EXPECT_FALSE(english.Right("#######1", " " + std::string(250, 'A') + " ", 1));
-    EXPECT_FALSE(english.Right(std::string(kMaxContextLength + 1, ':'), word, 1));
-    EXPECT_TRUE(english.Right(std::string(kMaxContextLength, ':'), word, 1));
+    const auto stepsOf = [&](auto match, const std::string& pattern, const std::string& text,
+                             ptrdiff_t place) {
+        step_budget budget(kManySteps);
+        EXPECT_FALSE(match(english.module, pattern, text, place, budget));
+        return (kManySteps - budget.Left()) / (pattern.size() * text.size());
+    };
+    EXPECT_LT(stepsOf(MatchRightContext, mixed, word, 1), 10u);
+    EXPECT_LT(stepsOf(MatchLeftContext, mixed, word, 250), 10u);
+    EXPECT_LT(stepsOf(MatchRightContext, colons + "1", word, 1), 10u);
+    const std::string vowel = " " + std::string(250, 'A') + " ";
+    EXPECT_LT(stepsOf(MatchRightContext, vowels + "1", vowel, 1), 10u);
+    EXPECT_LT(stepsOf(MatchLeftContext, "1" + vowels, vowel, 250), 10u);
+    EXPECT_FALSE(english.Right(colons + "::", word, 1)) << "too long";
+    EXPECT_TRUE(english.Right(colons + ":", word, 1));
+}
+
+TEST(Context, NothingFitsWithoutSteps) {
+    const language english;
+    step_budget budget(2000);
+    EXPECT_TRUE(MatchRightContext(english.module, "^#", " LA ", 1, budget));
+    EXPECT_FALSE(MatchRightContext(english.module, std::string(200, ':') + "1",
+                                   std::string(200, 'L'), 0, budget));
+    EXPECT_FALSE(MatchRightContext(english.module, "^#", " LA ", 1, budget));
+    EXPECT_FALSE(MatchLeftContext(english.module, "#", " LA ", 2, budget));
+    EXPECT_TRUE(MatchLeftContext(english.module, "", " LA ", 2, budget)) << "costs nothing";
 }
 
 } // namespace

@@ -3,6 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
 namespace tessarin {
 namespace {
 
@@ -23,6 +28,32 @@ TEST(ConvertWord, SaysALoneLetterByItsName) {
     EXPECT_EQ(Said("A."), "AH / x") << "with a stop it goes through the rules";
 }
 
+TEST(ConvertWord, SaysNoEndlessNames) {
+    const std::string name(100000, 'b');
+    const std::vector<const char*> names(128, name.c_str());
+    auto language = std::make_unique<CGraphemeToPhoneRules<char>>();
+    language->character_names = names.data();
+    language->character_name_count = 128;
+    const auto transcriber =
+        counted_ptr<CTranscriber>::Adopt(new CTranscriber(nullptr, std::move(language)));
+    for (const CTxMarker& marker : TokensOf(*transcriber, "a b")) {
+        EXPECT_EQ(Pronunciation(marker), name.substr(0, kMaxPhonemesLength));
+    }
+}
+
+TEST(ConvertWord, OffersNoEndlessChoice) {
+    std::string lexicon = "KAT=" + std::string(UINT16_MAX, 'k') + "\n";
+    for (int variant = 0; variant < 3; ++variant) {
+        lexicon += "kat=t\n";
+    }
+    const auto numWays = [](const std::string& text) {
+        const auto transcriber = EnglishTranscriber(text);
+        return TokensOf(*transcriber, "kat").at(0).groups[0].alternative_count;
+    };
+    EXPECT_EQ(numWays(lexicon), 2);
+    EXPECT_EQ(numWays(lexicon.substr(lexicon.find('\n'))), 3);
+}
+
 TEST(ConvertWord, ExpandsAbbreviationsWithAStop) {
     const std::string lexicon = "MISTER=mIHstER\nDOCTOR=dAAktER\nMISSUS=mIHsIHz\nSMITH=smIHTH\n"
                                 "MRS=k\nBOB=bAAb\n";
@@ -39,6 +70,7 @@ TEST(ConvertWord, SpellsDottedLettersAndLettersBeforeDigits) {
     EXPECT_EQ(Said("U.S.A.", "USA=k"), "k");
     EXPECT_EQ(Said("e.g."), "IY jIY");
     EXPECT_EQ(Said("U.S"), "yUW / x / EHz") << "without the second stop it is no abbreviation";
+    EXPECT_EQ(Said("\"U.S."), "yUW / x / s / x") << "after a quote neither is it one";
     EXPECT_THAT(Tokens("mp3"), ElementsAre("1 0-2 EHm pIY", "1 2-3 THrIY"));
     EXPECT_THAT(Tokens("mp3", "MP=k"), ElementsAre("1 0-2 k", "1 2-3 THrIY"));
 }
@@ -63,6 +95,9 @@ TEST(ConvertWeb, SpellsTheSchemeAndSaysThePieces) {
         << "the comma belongs to the last piece, which then is no word of the lexicon";
     EXPECT_THAT(Tokens("bob@x.y", lexicon), ElementsAre("1 0-7 bAAb AEt k dAAt t"));
     EXPECT_THAT(Tokens("bob@ x", lexicon), ElementsAre("1 0-3 bAAb", "4 3-4 x", "1 5-6 k"));
+    EXPECT_THAT(Tokens("bob@", lexicon), ElementsAre("1 0-4 bAAb AEt")) << "no blank follows";
+    EXPECT_THAT(Tokens("www.x.y.", lexicon), ElementsAre("1 0-8 w dAAt k dAAt t dAAt"))
+        << "the last stop belongs to the address";
     EXPECT_THAT(Tokens("www", lexicon), ElementsAre("1 0-3 w"));
     EXPECT_THAT(Tokens("www x", lexicon), ElementsAre("1 0-3 w", "1 4-5 k"));
     EXPECT_THAT(Tokens("www.12.x", lexicon), ElementsAre("1 0-8 w dAAt dAAt k"))

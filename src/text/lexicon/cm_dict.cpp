@@ -8,6 +8,7 @@
 #include <cstring>
 #include <new>
 #include <span>
+#include <utility>
 
 namespace tessarin {
 namespace {
@@ -216,6 +217,12 @@ bool CCmDict::ReadEntry(ByteCursor& cursor, CPronunciationRec& entry) const {
     };
     return readText(entry.word, entry.word_length) &&
            readText(entry.pronunciation, entry.pronunciation_length);
+}
+
+std::unique_ptr<char[]> CCmDict::TakeBlock() {
+    std::unique_ptr<char[]> taken = std::move(block);
+    Clear();
+    return taken;
 }
 
 void CCmDict::Clear() {

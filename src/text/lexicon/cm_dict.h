@@ -45,6 +45,9 @@ public:
         return {entries.begin(), static_cast<size_t>(entries.GetSize())};
     }
 
+    /// Hands over the block in which the texts of all entries lie. The lexicon is empty then.
+    std::unique_ptr<char[]> TakeBlock();
+
 private:
     error_code ReadBlockAndEntries(ByteCursor& cursor);
     bool ReadEntry(ByteCursor& cursor, CPronunciationRec& entry) const;

@@ -77,8 +77,28 @@ private:
 
 } // namespace
 
+const char* record_text::ZeroTerminated() {
+    if (own == nullptr && Guarded([&] { Copy(text); }) != kNoError) {
+        return "";
+    }
+    return own.get();
+}
+
+void record_text::Copy(std::string_view newText) {
+    auto copy = std::make_unique_for_overwrite<char[]>(newText.size() + 1);
+    newText.copy(copy.get(), newText.size());
+    copy[newText.size()] = '\0';
+    text = {copy.get(), newText.size()};
+    own = std::move(copy);
+}
+
 int32_t CPronRecord::SetPronunciationText(const char* text) {
-    return Guarded([&] { pronunciation = TextOf(text); });
+    return Guarded([&] { pronunciation.Copy(TextOf(text)); });
+}
+
+void CPronRecord::CopyTexts() {
+    word.Copy(word.View());
+    pronunciation.Copy(pronunciation.View());
 }
 
 CLexiconEditor::CLexiconEditor() = default;
@@ -108,6 +128,7 @@ int32_t CLexiconEditor::Load(const void* data, uint32_t size) {
         if (!std::ranges::is_sorted(records, isBelow)) { // a file that an editor saved is
             std::ranges::stable_sort(records, isBelow);
         }
+        block = dict->TakeBlock();
         transcriber->SetSpeakDict(this, false);
     });
 }
@@ -150,8 +171,9 @@ int32_t CLexiconEditor::RemoveRecord(const char* word, const char* pronunciation
 // Kept: a new record goes before those of its word, so that what a user adds is preferred.
 int32_t CLexiconEditor::AddRecord(const char* word, const char* pronunciation) {
     return Guarded([&] {
-        records.insert(FirstNotBelow(TextOf(word)),
-                       std::make_unique<CPronRecord>(TextOf(word), TextOf(pronunciation)));
+        auto record = std::make_unique<CPronRecord>(TextOf(word), TextOf(pronunciation));
+        record->CopyTexts();
+        records.insert(FirstNotBelow(TextOf(word)), std::move(record));
     });
 }
 

@@ -14,22 +14,43 @@ namespace tessarin {
 
 class CTranscriber;
 
+/// A text of a record: a loan from the file's text block until it is replaced. Entries of a file
+/// may share their texts, so that copies of all could take more memory than there is.
+class record_text {
+public:
+    explicit record_text(std::string_view lent) : text(lent) {}
+
+    std::string_view View() const { return text; }
+    /// The text with a zero after it. The first call copies a loan; "" without memory.
+    const char* ZeroTerminated();
+    /// Replaces the text by a copy. Throws std::bad_alloc.
+    void Copy(std::string_view newText);
+
+private:
+    std::string_view text;
+    std::unique_ptr<char[]> own; ///< zero-terminated, or null while the text is a loan
+};
+
 class CPronRecord : public IPronunciationRecord {
 public:
+    /// The texts must outlive the record or be replaced.
     CPronRecord(std::string_view recordWord, std::string_view phonemes)
         : word(recordWord), pronunciation(phonemes) {}
     virtual ~CPronRecord() = default;
 
-    const char* GetWord() override { return word.c_str(); }
-    const char* GetPronunciationText() override { return pronunciation.c_str(); }
+    const char* GetWord() override { return word.ZeroTerminated(); }
+    const char* GetPronunciationText() override { return pronunciation.ZeroTerminated(); }
     int32_t SetPronunciationText(const char* text) override;
 
-    std::string_view Word() const { return word; }
-    std::string_view Pronunciation() const { return pronunciation; }
+    /// Makes both texts the record's own. Throws std::bad_alloc.
+    void CopyTexts();
+
+    std::string_view Word() const { return word.View(); }
+    std::string_view Pronunciation() const { return pronunciation.View(); }
 
 private:
-    std::string word;
-    std::string pronunciation;
+    record_text word;
+    record_text pronunciation;
 };
 
 /// The sorted records of a lexicon file. To the transcriber of the file they are its lexicon.
@@ -68,6 +89,7 @@ private:
     std::vector<bool> FindRedundant();
     bool WriteText(ProgressSink* progress, std::string& text) const;
 
+    std::unique_ptr<char[]> block; ///< the texts of the file
     record_list records;
     counted_ptr<CTranscriber> transcriber;
 };

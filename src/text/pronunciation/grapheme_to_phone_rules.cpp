@@ -1,5 +1,6 @@
 #include "text/pronunciation/grapheme_to_phone_rules.h"
 
+#include "base/text_copy.h"
 #include "text/character_classes.h"
 #include "text/english_words.h"
 #include "text/pronunciation/english_rules.h"
@@ -24,6 +25,11 @@ void AppendChoice(PronunciationBuilder& builder, std::string_view list) {
         }
     }
     builder.CommitAlternatives();
+}
+
+/// As much of a pattern as shows whether it is too long.
+std::string_view ContextOf(const char* pattern) {
+    return BoundedText(pattern, kMaxContextLength + 1);
 }
 
 /// Of a word whose letters are substituted: one more than a lexicon's word can have.
@@ -59,12 +65,13 @@ void CGraphemeToPhoneRules<char>::ApplyRules(PronunciationBuilder& builder,
         ApplyTree(builder, std::string_view(padded).substr(1, padded.size() - 2));
         return;
     }
+    step_budget budget(kStepsPerCharacter * padded.size());
     for (size_t index = 1; padded[index] != '\0';) {
         const auto table = rule_tables.find(padded[index]);
         if (table == rule_tables.end()) {
             ++index;
         } else {
-            index = FindRule(padded, index, table->second, builder);
+            index = FindRule(padded, index, table->second, budget, builder);
         }
     }
 }
@@ -72,22 +79,25 @@ void CGraphemeToPhoneRules<char>::ApplyRules(PronunciationBuilder& builder,
 /// Appends the phonemes of the first rule that fits at `index`. Returns the index behind what it
 /// consumes, or behind the character when nothing is consumed.
 size_t CGraphemeToPhoneRules<char>::FindRule(const std::string& word, size_t index,
-                                             const GraphemeRule* table,
+                                             const GraphemeRule* table, step_budget& budget,
                                              PronunciationBuilder& builder) const {
     const auto start = static_cast<ptrdiff_t>(index);
     for (const GraphemeRule* rule = table; rule->match != nullptr; ++rule) {
-        const std::string_view match = rule->match;
+        // A longer match does not fit. It is not read to its end again for each letter.
+        const std::string_view match = BoundedText(rule->match, word.size());
         // The right side is mostly a letter or two and settles most rules; on the left a `:` may
         // walk through the whole word.
         if (word.compare(index, match.size(), match) != 0 ||
-            !MatchRightContext(*this, rule->right, word, start + std::ssize(match)) ||
-            !MatchLeftContext(*this, rule->left, word, start - 1)) {
+            !MatchRightContext(*this, ContextOf(rule->right), word, start + std::ssize(match),
+                               budget) ||
+            !MatchLeftContext(*this, ContextOf(rule->left), word, start - 1, budget)) {
             continue;
         }
-        if (rule->phonemes[0] == '?') {
-            AppendChoice(builder, rule->phonemes + 1);
+        const std::string_view phonemes = BoundedText(rule->phonemes, kMaxPhonemesLength);
+        if (phonemes.starts_with('?')) {
+            AppendChoice(builder, phonemes.substr(1));
         } else {
-            builder.AppendPhonemes(rule->phonemes, false);
+            builder.AppendPhonemes(phonemes, false);
         }
         return index + std::max<size_t>(match.size(), 1);
     }

@@ -18,6 +18,7 @@ namespace tessarin {
 
 class ByteWriter;
 class PronunciationBuilder;
+class step_budget;
 
 /// Words of numbers and symbols, as they are numbered in a language module.
 enum symbol_word {
@@ -117,7 +118,7 @@ public:
 private:
     void Clear();
     size_t FindRule(const std::string& word, size_t index, const GraphemeRule* table,
-                    PronunciationBuilder& builder) const;
+                    step_budget& budget, PronunciationBuilder& builder) const;
     void ApplyTree(PronunciationBuilder& builder, std::string_view word);
 
     std::vector<uint16_t> paddedWord;

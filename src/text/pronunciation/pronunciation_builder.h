@@ -1,10 +1,16 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace tessarin {
+
+/// The longest phoneme string of a language file that is said; the rest of a longer one is left
+/// out. Each letter of a text may ask for it again. Those of real languages have some tens of
+/// characters.
+inline constexpr size_t kMaxPhonemesLength = 1024;
 
 /// Collects the pronunciation of one token: groups that are said one after the other, each a
 /// phoneme string or several to choose from.

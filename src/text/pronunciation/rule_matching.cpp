@@ -14,9 +14,15 @@ constexpr ptrdiff_t kForward = 1;
 constexpr ptrdiff_t kBackward = -1;
 constexpr ptrdiff_t kClassNameLength = 4;
 
-/// Most patterns are settled after a few tries. One that takes more remembers from then on which
-/// have failed, since trying every way again takes time that is exponential in its length.
+/// Most patterns are settled after a few tries. One that takes more remembers from then on what has
+/// failed, so that its time is linear in its length and in that of the word instead of exponential.
 constexpr int kTriesWithoutMemory = 64;
+
+/// Steps that it takes to find a class by its name.
+constexpr size_t kClassSteps = 16;
+
+/// States that are cleared in one step.
+constexpr size_t kStatesPerStep = 64;
 
 /// The symbols that stand for letters of a kind, as bits.
 enum letter_kind : uint8_t {
@@ -58,8 +64,9 @@ bool IsConsonant(char letter) {
 class pattern_match {
 public:
     pattern_match(const CGraphemeToPhoneRules<char>& languageModule,
-                  std::string_view contextPattern, const std::string& paddedWord)
-        : module(languageModule), pattern(contextPattern), word(paddedWord) {}
+                  std::string_view contextPattern, const std::string& paddedWord,
+                  step_budget& stepBudget)
+        : module(languageModule), pattern(contextPattern), word(paddedWord), budget(stepBudget) {}
 
     bool Fits(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step);
 
@@ -69,6 +76,12 @@ private:
     bool InWord(ptrdiff_t place) const { return place >= 0 && place <= std::ssize(word); }
     char Letter(ptrdiff_t place) const { return word.c_str()[place]; }
 
+    /// The index of a place in the pattern and one in the word, by direction.
+    size_t State(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step) const {
+        const size_t row = static_cast<size_t>(at) + (step == kForward ? 0 : pattern.size());
+        return row * (word.size() + 1) + static_cast<size_t>(place);
+    }
+
     bool Walk(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step);
     bool FitsOne(char symbol, ptrdiff_t& place, ptrdiff_t step) const;
     bool FitsSuffix(ptrdiff_t& place, ptrdiff_t step) const;
@@ -76,13 +89,15 @@ private:
     bool FitsClass(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step);
     const std::set<char>* FindLetterClass(ptrdiff_t at, ptrdiff_t step) const;
     template <class Test>
-    bool FitsRun(Test isMember, ptrdiff_t rest, ptrdiff_t place, ptrdiff_t step);
+    bool FitsRun(Test isMember, ptrdiff_t at, ptrdiff_t rest, ptrdiff_t start, ptrdiff_t step);
 
     const CGraphemeToPhoneRules<char>& module;
     std::string_view pattern;
     const std::string& word;
+    step_budget& budget;
     int tries = 0;
-    std::vector<bool> failed; ///< by direction, place in the pattern and place in the word
+    std::vector<bool> failed;     ///< by State: the pattern from there on does not fit
+    std::vector<bool> failedRuns; ///< by State: nor does a run of one letter or more from there on
 };
 
 bool pattern_match::Fits(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step) {
@@ -96,26 +111,33 @@ bool pattern_match::Fits(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step) {
         ++tries;
         return Walk(at, place, step);
     }
-    failed.resize(2 * pattern.size() * (word.size() + 1));
-    const size_t row = static_cast<size_t>(at) + (step == kForward ? 0 : pattern.size());
-    const size_t index = row * (word.size() + 1) + static_cast<size_t>(place);
-    if (failed[index]) {
+    if (failed.empty()) {
+        const size_t numStates = 2 * pattern.size() * (word.size() + 1);
+        if (!budget.Take(numStates / kStatesPerStep)) {
+            return false;
+        }
+        failed.resize(numStates);
+        failedRuns.resize(numStates);
+    }
+    const size_t state = State(at, place, step);
+    if (failed[state]) {
         return false;
     }
-    failed[index] = !Walk(at, place, step);
-    return !failed[index];
+    failed[state] = !Walk(at, place, step);
+    return !failed[state];
 }
 
 bool pattern_match::Walk(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step) {
     for (; InPattern(at); at += step) {
-        if (!InWord(place)) {
+        if (!InWord(place) || !budget.Take()) {
             return false;
         }
         switch (const char symbol = pattern[static_cast<size_t>(at)]) {
         case '#':
-            return FitsRun(IsVowel, at + step, place, step);
+            return FitsRun(IsVowel, at, at + step, place, step);
         case ':':
-            return FitsNoConsonant(at, place, step) || FitsRun(IsConsonant, at + step, place, step);
+            return FitsNoConsonant(at, place, step) ||
+                   FitsRun(IsConsonant, at, at + step, place, step);
         case '&':
         case '!':
         case '*':
@@ -168,7 +190,7 @@ bool pattern_match::FitsNoConsonant(ptrdiff_t at, ptrdiff_t place, ptrdiff_t ste
 }
 
 bool pattern_match::FitsClass(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step) {
-    const std::set<char>* letters = FindLetterClass(at, step);
+    const std::set<char>* letters = budget.Take(kClassSteps) ? FindLetterClass(at, step) : nullptr;
     if (letters == nullptr) {
         return false;
     }
@@ -178,9 +200,9 @@ bool pattern_match::FitsClass(ptrdiff_t at, ptrdiff_t place, ptrdiff_t step) {
     case '&':
         return isMember(Letter(place)) && Fits(rest, place + step, step);
     case '*':
-        return Fits(rest, place, step) || FitsRun(isMember, rest, place, step);
+        return Fits(rest, place, step) || FitsRun(isMember, at, rest, place, step);
     default:
-        return FitsRun(isMember, rest, place, step);
+        return FitsRun(isMember, at, rest, place, step);
     }
 }
 
@@ -200,13 +222,27 @@ const std::set<char>* pattern_match::FindLetterClass(ptrdiff_t at, ptrdiff_t ste
     return found == module.letter_classes.end() ? &noLetters : &found->second;
 }
 
-/// Moves over one letter after the other, and tries the rest of the pattern behind each.
+/// Moves over one letter after the other, and tries `rest`, the pattern after the symbol at `at`,
+/// after each.
 template <class Test>
-bool pattern_match::FitsRun(Test isMember, ptrdiff_t rest, ptrdiff_t place, ptrdiff_t step) {
-    while (InWord(place) && isMember(Letter(place))) {
+bool pattern_match::FitsRun(Test isMember, ptrdiff_t at, ptrdiff_t rest, ptrdiff_t start,
+                            ptrdiff_t step) {
+    const auto hasFailed = [&](ptrdiff_t place) {
+        return !failedRuns.empty() && failedRuns[State(at, place, step)];
+    };
+    ptrdiff_t place = start;
+    while (InWord(place) && isMember(Letter(place)) && !hasFailed(place)) {
         place += step;
+        if (!budget.Take()) {
+            return false;
+        }
         if (Fits(rest, place, step)) {
             return true;
+        }
+    }
+    if (!failedRuns.empty()) { // a run that starts further on would end at the same letters
+        for (; start != place; start += step) {
+            failedRuns[State(at, start, step)] = true;
         }
     }
     return false;
@@ -215,16 +251,16 @@ bool pattern_match::FitsRun(Test isMember, ptrdiff_t rest, ptrdiff_t place, ptrd
 } // namespace
 
 bool MatchLeftContext(const CGraphemeToPhoneRules<char>& module, std::string_view left,
-                      const std::string& word, ptrdiff_t place) {
+                      const std::string& word, ptrdiff_t place, step_budget& budget) {
     return left.empty() ||
            (left.size() <= kMaxContextLength &&
-            pattern_match(module, left, word).Fits(std::ssize(left) - 1, place, kBackward));
+            pattern_match(module, left, word, budget).Fits(std::ssize(left) - 1, place, kBackward));
 }
 
 bool MatchRightContext(const CGraphemeToPhoneRules<char>& module, std::string_view right,
-                       const std::string& word, ptrdiff_t place) {
+                       const std::string& word, ptrdiff_t place, step_budget& budget) {
     return right.empty() || (right.size() <= kMaxContextLength &&
-                             pattern_match(module, right, word).Fits(0, place, kForward));
+                             pattern_match(module, right, word, budget).Fits(0, place, kForward));
 }
 
 } // namespace tessarin
