@@ -5,9 +5,9 @@
 
 The Debian packages beneath-a-steel-sky and drascula are read where they are installed; one that is
 not is left out, with a message. DIRECTORY receives `judge` and `train`, folders of pairs NAME.wav
-(one channel, 16 bits, 11025 Hz) and NAME.txt, with a `corpus.tsv` as collect.py writes it. What is in
-`judge` must never be trained on: of the first game the lines whose file has a number divisible by 5,
-of the second the voices VB, BJ, L, B and T.
+(one channel, 16 bits, 11025 Hz) and NAME.txt, with a `corpus.tsv` as collect.py writes it. What is
+in `judge` must never be trained on: of the first game the lines whose file has a number divisible
+by 5, of the second the voices VB, BJ, L, B and T.
 
 Actors sometimes say something other than the text, or nothing. A line is left out where its letters
 do not fit the time in which somebody speaks.
@@ -41,7 +41,8 @@ def to_16_bits(speech: bytes) -> bytes:
 
 def plain_text(written: str) -> str:
     """The text in ordinary case: capitals are emphasis there, or all there is."""
-    text = re.sub(r"[A-Z][A-Z']*[A-Z]|\bA\b", lambda word: word[0].lower(), " ".join(written.split()))
+    text = re.sub(r"[A-Z][A-Z']*[A-Z]|\bA\b", lambda word: word[0].lower(),
+                  " ".join(written.split()))
     text = re.sub(r"\bi\b", "I", text.replace("`", "'"))
     return re.sub(r"(^\W*|[.!?]\s+)([a-z])", lambda start: start[1] + start[2].upper(), text)
 

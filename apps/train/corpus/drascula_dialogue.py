@@ -1,10 +1,10 @@
 """The speech and the text of the game in the Debian package drascula.
 
-`[PREFIX]N.ALS` is what a voice says as its message N: 32 bytes, the speech as unsigned bytes, 32 bytes.
-Its texts are tables in `drascula.dat`: how many there are (u16, big-endian as all numbers), then for
-each language how long its block is (u16) and the block. The first text of a block is at 0.
-The next ones are reached from byte 4 on by a distance (u16) that stands before the place of each, and
-all end with a zero.
+`[PREFIX]N.ALS` is what a voice says as its message N: 32 bytes, the speech as unsigned bytes, and
+32 bytes. Its texts are tables in `drascula.dat`: how many there are (u16, big-endian as all
+numbers), then for each language the size of its block (u16) and the block. The first text of a
+block is at 0. Each other one is found from the one before, the second from byte 4, by the distance
+(u16) that stands before that place. All end with a zero.
 """
 
 import pathlib

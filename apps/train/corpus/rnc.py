@@ -3,10 +3,10 @@
 A file begins with `RNC` and 1, then big-endian the unpacked and the packed size (u32 each) and two
 checksums (u16 each), and two bytes that only matter when a file is unpacked in place. Bits follow,
 taken from 16-bit little-endian words, lowest first, a word being fetched when its first bit is
-wanted; the last one may be half. Literal bytes lie between the words. Two bits of flags come first. Then, until the unpacked
-size is reached, blocks: three prefix codes (for numbers of literals, for distances, for lengths), the
-number of turns (16 bits), and the turns: a number of literals, the literals, and, but for the last
-turn, a distance less 1 and a length less 2 of what is repeated.
+wanted; the last one may be half. Literal bytes lie between the words. Two bits of flags come first.
+Then, until the unpacked size is reached, blocks: three prefix codes (for numbers of literals, for
+distances, for lengths), the number of turns (16 bits), and the turns: a number of literals, the
+literals, and, except in the last turn, a distance less 1 and a length less 2 of what is repeated.
 """
 
 MAGIC = b"RNC\1"
@@ -45,7 +45,7 @@ class _Bits:
         return self.data[self.at - count:self.at]
 
     def number(self, code: "_Code") -> int:
-        """A symbol of the code, and as many bits as it says: the number's highest one is implied."""
+        """A symbol of the code, and the bits that it asks for: the highest one is implied."""
         look = self.bits
         if self.count < code.longest:
             look |= int.from_bytes(self.data[self.at:self.at + 2], "little") << self.count
@@ -62,8 +62,8 @@ class _Bits:
 
 
 class _Code:
-    """Codes of equal length follow each other in the order of their symbols; their highest bit comes
-    first. The table is indexed by the next `longest` bits as they lie, lowest first."""
+    """Codes of equal length follow each other in the order of their symbols; their highest bit
+    comes first. The table is indexed by the next `longest` bits as they lie, lowest first."""
 
     def __init__(self, source: _Bits):
         lengths = [source.read(4) for _ in range(source.read(5))]

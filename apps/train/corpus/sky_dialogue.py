@@ -1,14 +1,16 @@
 """The speech and the text of the game in the Debian package beneath-a-steel-sky.
 
-`sky.dnr` lists the files of `sky.dsk`: their number, then 8 bytes each: the file's number (u16), where
-it begins (u24; with bit 23 set, the rest counts 16 bytes), and its size (22 bits) with two flags:
-bit 22, that the header is dropped, and bit 23, that the file is stored as it is. All numbers are
-little-endian. A file has a header of 22 bytes, whose first byte has bit 7 set where the rest is packed.
+`sky.dnr` lists the files of `sky.dsk`: how many there are (u32), then 8 bytes each: the file's
+number (u16), where it begins (u24; with bit 23 set, the rest counts 16 bytes), and its size (22
+bits) with two flags: bit 22, that the header is dropped, and bit 23, that the file is stored as it
+is. All numbers are little-endian. A file has a header of 22 bytes, whose first byte has bit 7 set
+where the rest is packed.
 
 A message is said by the speech file of its number, after the header as unsigned bytes. The English
 messages of a section are one file: where the lengths begin (u16), where the bits begin (u16), then
-for each 32 messages how long they are together (u16). Lengths count 2 bits; a length byte with bit 7
-set counts 16. The bits of a message, highest first, lead through the tree of dialogue_tree.tsv.
+for each 32 messages their length together (u16). After these follow the lengths, a byte each.
+Lengths count units of 2 bits; a length byte with bit 7 set counts units of 16. The bits of a
+message, highest first, lead through the tree of dialogue_tree.tsv.
 """
 
 import functools
@@ -43,7 +45,7 @@ class Archive:
                         for at in range(4, 4 + 8 * count, 8)}
 
     def read(self, number: int) -> bytes:
-        """A file without its header, if it has one."""
+        """A file without its header. The texts have none, and are stored."""
         entry = self.entries[number]
         offset = int.from_bytes(entry[:3], "little")
         if offset >> 23:
@@ -60,10 +62,11 @@ class Archive:
 
 
 class Tree:
-    """Nodes of left child, right child, character; one without children is a leaf, and 0 the end."""
+    """Nodes of left child, right child, character; a leaf has no children, and 0 is the end."""
 
     def __init__(self, lines):
-        self.nodes = [tuple(map(int, line.split("\t"))) for line in lines if not line.startswith("#")]
+        self.nodes = [tuple(map(int, line.split("\t")))
+                      for line in lines if not line.startswith("#")]
         for place, (left, right, _) in enumerate(self.nodes):
             if not (place < left < len(self.nodes) and place < right < len(self.nodes)
                     or left == right == 0):
