@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Measures the shipped model, or another: boundaries, words and phonemes on speech that was kept out
-# of training, under good and bad conditions; then the speed.
+# of training, under good and bad conditions; then the mouth, and the speed.
 # usage: eval.sh BUILD_FOLDER [CORPUS_FOLDER] [MODEL]
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
@@ -11,5 +11,8 @@ model=${3:-data/en-us.model}
 apps/eval/judge.py "$1" "$corpus" --model "$model"
 echo "awb, phones chosen by lexicon and rules:"
 apps/eval/boundaries.py "$tool" "$corpus" -- --model "$model"
+dialogue=$corpus-dialogue
+[ -e "$dialogue/judge/corpus.tsv" ] || python3 apps/train/corpus/dialogue.py "$dialogue"
+apps/eval/mouth.py "$corpus" "$dialogue/judge" --tool "$tool" --options "--model $model"
 demo=$(basename data/demo/*.wav .wav)
 apps/eval/speed.py "$tool" "data/demo/$demo.wav" "data/demo/$demo.txt"

@@ -11,6 +11,7 @@ import wave
 import boundaries
 import independent_words
 import judge
+import mouth
 import phoneme_errors
 
 
@@ -69,6 +70,64 @@ class Rises(unittest.TestCase):
             pathlib.Path(folder, "a.words").write_text("440.0 995.0 aah\n", encoding="ascii")
             result["words"] = [{"start_ms": 530, "end_ms": 995, "text": "aah"}]
             self.assertEqual(judge.disputed(recording, result), [(30, -60.0)])
+
+
+class Mouth(unittest.TestCase):
+    """A track of 50 ms frames: a pause of 400 ms, `pa` of 300 ms, and a pause of 300 ms."""
+
+    PHONEMES = [{"label": label, "start_ms": start, "end_ms": end} for label, start, end in (
+        ("x", 0, 400), ("p", 400, 500), ("AA", 500, 700), ("x", 700, 1000))]
+    WORDS = [{"text": "pa", "start_ms": 400, "end_ms": 700}]
+
+    def measure(self, weights, switches, phonemes=PHONEMES, words=WORDS):
+        shapes = {shape: 0.0 for shape in ("sil", "PP", "FF", *mouth.OPENING)}
+        frames = [shapes | {"sil": 1.0} | weights.get(i, {}) | {"start_ms": 50 * i,
+                                                                "end_ms": 50 * i + 50}
+                  for i in range(20)]
+        cues = [{"start": start, "end": end, "value": value} for start, end, value in switches]
+        return mouth.measure({"phonemes": phonemes, "words": words}, frames, cues,
+                             lambda start_ms, _: start_ms)
+
+    def test_each_figure_counts_the_frames_that_it_names(self):
+        track = {6: {"sil": 0.9}, 7: {"sil": 0.5}, 8: {"sil": 0.2, "PP": 0.75},
+                 9: {"sil": 0.2, "PP": 0.8}, 10: {"sil": 0.4, "aa": 0.6},
+                 11: {"sil": 0.1, "aa": 0.5, "E": 0.4}, 12: {"sil": 0.0, "aa": 0.8},
+                 13: {"sil": 0.3, "aa": 0.7}, 16: {"sil": 0.5}}
+        found = self.measure(track, [(0, 0.4, "X"), (0.4, 0.5, "A"), (0.5, 0.55, "C"),
+                                     (0.55, 0.7, "D"), (0.7, 1, "X")])
+        self.assertEqual([is_so for _, is_so in found["closed"]], [True])
+        self.assertEqual(found["open"], [0.9])
+        self.assertAlmostEqual(sum(found["sil-in"]), 0.2 + 0.2 + 0.4 + 0.1 + 0.3)
+        self.assertEqual(len(found["sil-in"]), 6)
+        self.assertEqual(found["sil-out"], [1, 1, 1, 1, 0.5, 1])
+        self.assertEqual((found["flips"], found["speech_s"]), (4, 0.3))
+        self.assertEqual(found["short"], [False, False, True, False, False])
+        self.assertEqual([is_so for _, is_so in found["rest-in"]], [False])
+        self.assertIsNone(found["loudness"])
+
+        track[9]["PP"] = 0.79
+        found = self.measure(track, [(0, 0.45, "X"), (0.45, 0.7, "D"), (0.7, 1, "X")])
+        self.assertEqual([is_so for _, is_so in found["closed"]], [False])
+        self.assertEqual([is_so for _, is_so in found["rest-in"]], [True])
+
+    def test_a_word_with_a_pause_in_it_may_rest(self):
+        phonemes = [*self.PHONEMES[:2], {"label": "x", "start_ms": 500, "end_ms": 560},
+                    {"label": "AA", "start_ms": 560, "end_ms": 700}, self.PHONEMES[3]]
+        self.assertEqual(self.measure({}, [(0, 1, "X")], phonemes)["rest-in"], [])
+        phonemes[2]["end_ms"] = 559
+        self.assertEqual(len(self.measure({}, [(0, 1, "X")], phonemes)["rest-in"]), 1)
+
+    def test_loudness_is_the_order_of_levels_and_openings(self):
+        phonemes = [{"label": "AA", "start_ms": 100 * i, "end_ms": 100 * i + 100} for i in range(8)]
+
+        def loudness(openings):
+            track = {2 * i: {"aa": opening} for i, opening in enumerate(openings)}
+            return self.measure(track, [], phonemes, [])["loudness"]
+
+        self.assertAlmostEqual(loudness([0.1, 0.2, 0.3, 0.5, 0.6, 0.7, 0.8, 1]), 1)
+        self.assertAlmostEqual(loudness([0.2, 0.1, 0.3, 0.5, 0.6, 0.7, 0.8, 1]), 1 - 12 / 504)
+        self.assertEqual(loudness([1] * 8), 0)
+        self.assertAlmostEqual(mouth.rank_correlation([1, 2, 2, 3], [1, 2, 3, 4]), 0.9486833)
 
 
 if __name__ == "__main__":

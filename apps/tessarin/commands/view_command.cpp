@@ -8,6 +8,9 @@
 #include "apps/tessarin/console/file_io.h"
 #include "apps/tessarin/options/text_options.h"
 #include "apps/tessarin/page/view_page.h"
+#include "apps/tessarin/pictures/mouth_sheet.h"
+#include "apps/tessarin/pictures/png_image.h"
+#include "apps/tessarin/readers/timings_reader.h"
 #include "apps/tessarin/speech_search.h"
 #include "apps/tessarin/writers/output_formats.h"
 
@@ -17,7 +20,8 @@ struct view_options {
     recording_options recording;
     text_options text;
     std::string timings;
-    std::string output = "-";
+    std::string output;
+    std::string sheet;
 };
 
 timed_result FindTimings(const view_options& options) {
@@ -33,26 +37,52 @@ timed_result FindTimings(const view_options& options) {
     return FindTimings(recording, *model, &text, SearchForText(text, *transcriber, 0));
 }
 
+/// What is shown, for the sheet and for the page.
+struct shown_result {
+    timed_result result;
+    std::string json;
+};
+
+shown_result Find(const view_options& options) {
+    shown_result shown;
+    shown.result = FindTimings(options);
+    shown.json = WriteJson(shown.result);
+    return shown;
+}
+
+shown_result ReadKnown(const view_options& options) {
+    shown_result shown;
+    shown.json = ReadWholeFile(options.timings);
+    RequireShowableJson(options.timings, shown.json);
+    if (!options.sheet.empty()) {
+        shown.result = ReadTimings(options.timings, false);
+        shown.result.frames = ReadShownFrames(options.timings, shown.json);
+    }
+    return shown;
+}
+
 void RunView(const view_options& options) {
     const std::string& path = options.recording.audio;
     if (!std::filesystem::exists(path)) {
         throw Failure(kExitFailed, DescribeCode(path, tessarin::kFileNotFound));
     }
-    const page_audio audio = ReadPageAudio(path, ChannelNumber(options.recording.channel));
-    int code = tessarin::kNoError;
-    std::string json;
-    if (!options.timings.empty()) {
-        json = ReadWholeFile(options.timings);
-        RequireShowableJson(options.timings, json);
-    } else {
-        const timed_result result = FindTimings(options);
-        code = result.code;
-        json = WriteJson(result);
+    // A sheet alone needs no samples; a page reads them before the long search.
+    const bool hasPage = options.sheet.empty() || !options.output.empty();
+    page_audio audio;
+    if (hasPage) {
+        audio = ReadPageAudio(path, ChannelNumber(options.recording.channel));
     }
-    const std::string title = std::filesystem::path(path).filename().string();
-    WriteOutput(options.output, MakeViewPage(title, json, audio));
-    if (code != tessarin::kNoError) {
-        throw EngineFailure(path, code);
+    const shown_result shown = options.timings.empty() ? Find(options) : ReadKnown(options);
+    if (!options.sheet.empty()) {
+        WriteOutput(options.sheet, WritePng(DrawMouthSheet(shown.result)));
+    }
+    if (hasPage) {
+        const std::string title = std::filesystem::path(path).filename().string();
+        WriteOutput(options.output.empty() ? "-" : options.output,
+                    MakeViewPage(title, shown.json, audio));
+    }
+    if (shown.result.code != tessarin::kNoError) {
+        throw EngineFailure(path, shown.result.code);
     }
 }
 
@@ -76,7 +106,14 @@ void AddViewCommand(CLI::App& app) {
                               "--slope", "--max-shapes", "--gain", "--common-keys", "--quantize"}) {
         timings->excludes(other);
     }
-    command->add_option("-o,--output", options->output, "Page to write [-, standard output]")
+    command
+        ->add_option("-o,--output", options->output,
+                     "Page to write [-, standard output; none when there is a sheet]")
+        ->option_text("FILE");
+    command
+        ->add_option("--sheet", options->sheet,
+                     "PNG file to write: a contact sheet of the mouth, every third frame, drawn, "
+                     "with its time, phoneme and word")
         ->option_text("FILE");
     command->callback([options] { RunView(*options); });
 }

@@ -87,13 +87,6 @@ function pathsOfShape(shape) {
     };
 }
 
-// Teeth of the right half from the middle on: where each ends, and how high its edge is while the
-// jaw is shut.
-const UPPER_TEETH = { sides: [0, 18, 32, 44, 54, 62], edges: [10, 8.5, 9, 6, 4], root: -40 };
-const LOWER_TEETH = {
-    sides: [0, 11.5, 23.5, 35.5, 46, 55], edges: [10.5, 11, 11.5, 13, 15], root: 70,
-};
-
 // A tooth from its root to its edge, whose corners are round.
 function tooth(left, right, root, edge) {
     const round = 3;
@@ -102,6 +95,8 @@ function tooth(left, right, root, edge) {
         `L ${right - round} ${edge} Q ${right} ${edge} ${right} ${before} L ${right} ${root} Z`;
 }
 
+// Teeth of the right half from the middle on: where each ends, and how high its edge is while the
+// jaw is shut.
 function growTeeth(group, { sides, edges, root }) {
     edges.forEach((edge, i) => {
         for (const [left, right] of [[sides[i], sides[i + 1]], [-sides[i + 1], -sides[i]]]) {
@@ -114,8 +109,8 @@ function growTeeth(group, { sides, edges, root }) {
 
 class Mouth {
     constructor(svg) {
-        growTeeth(svg.querySelector("#upper-teeth"), UPPER_TEETH);
-        growTeeth(svg.querySelector("#lower-teeth"), LOWER_TEETH);
+        growTeeth(svg.querySelector("#upper-teeth"), MOUTH.teeth.upper);
+        growTeeth(svg.querySelector("#lower-teeth"), MOUTH.teeth.lower);
         this.parts = [...svg.querySelectorAll("[data-path]")];
         this.jaws = [...svg.querySelectorAll("[data-jaw]")];
     }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <limits>
 #include <map>
 #include <string_view>
 
@@ -60,6 +61,11 @@ std::string AudioElements(const page_audio& audio) {
                     Base64(std::string_view(wav).substr(i, kAudioPiece)) + "</script>\n";
     }
     return elements;
+}
+
+/// The script of the page, with the data that it shares with the tool.
+std::string Script() {
+    return std::string("const MOUTH = ") + kViewSources.shapes + ";\n" + kViewSources.script;
 }
 
 /// `page` with its places filled. What is filled in is not looked at for places again.
@@ -129,11 +135,33 @@ void RequireShowableJson(const std::string& path, const std::string& text) {
     throw Failure(kExitFailed, path + ": is not JSON of align, recognize or animate" + reason);
 }
 
+std::vector<mouth_frame> ReadShownFrames(const std::string& path, const std::string& text) {
+    const auto time = [&path](const json& entry) {
+        const double ms = entry;
+        if (!(ms >= 0 && ms <= std::numeric_limits<int32_t>::max())) {
+            throw Failure(kExitFailed, path + ": a frame at " + entry.dump() + " ms");
+        }
+        return static_cast<int32_t>(ms);
+    };
+    const json result = json::parse(text);
+    std::vector<mouth_frame> frames;
+    for (const json& entry : result.at("frames")) {
+        mouth_frame frame{time(entry.at("start_ms")), time(entry.at("end_ms")), {}};
+        for (const auto& [label, weight] : entry.at("weights").items()) {
+            const double most = std::numeric_limits<float>::max();
+            frame.weights.emplace_back(
+                label, static_cast<float>(std::clamp(weight.get<double>(), -most, most)));
+        }
+        frames.push_back(std::move(frame));
+    }
+    return frames;
+}
+
 std::string MakeViewPage(const std::string& title, const std::string& json,
                          const page_audio& audio) {
     return FillIn(kViewSources.page, {{"title", EscapeMarkup(title)},
                                       {"style", kViewSources.style},
-                                      {"script", kViewSources.script},
+                                      {"script", Script()},
                                       {"mouth", kViewSources.mouth},
                                       {"result", EscapeJson(json)},
                                       {"audio", AudioElements(audio)}});

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "apps/tessarin/page/page_audio.h"
+#include "apps/tessarin/timed_result.h"
 
 /// What is built into the tool from apps/tessarin/page.
 struct view_sources {
@@ -10,6 +12,7 @@ struct view_sources {
     const char* style;
     const char* script;
     const char* mouth;
+    const char* shapes; ///< JSON of the shapes that the mouth is drawn by
 };
 extern const view_sources kViewSources;
 
@@ -20,3 +23,7 @@ std::string MakeViewPage(const std::string& title, const std::string& json,
 
 /// Throws Failure, which names `path`, for a text that is not a result the page can show.
 void RequireShowableJson(const std::string& path, const std::string& json);
+
+/// The frames of a result that the page can show. Throws Failure, which names `path`, for times
+/// that no recording has.
+std::vector<mouth_frame> ReadShownFrames(const std::string& path, const std::string& json);

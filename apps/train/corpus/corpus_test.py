@@ -9,11 +9,16 @@ import pathlib
 import re
 import subprocess
 import sys
+import tempfile
 import unittest
 
 import compose_sentences
+import dialogue
+import drascula_dialogue
 import espeak_voice
 import prompts
+import rnc
+import sky_dialogue
 from make_lexicon import build_lexicon, read_entries
 from phonemes import SYMBOLS, from_arpabet
 from utterance import Interval, tidy
@@ -113,6 +118,144 @@ class Prompts(unittest.TestCase):
         self.assertTrue(prompts.is_development("demo-echotest"))
         self.assertFalse(prompts.is_development("demo-instruct"))
         self.assertEqual(prompts.is_development("digits/1"), prompts.is_development("letters/1"))
+
+
+class RncWriter:
+    """The bytes of a packed file: bits in words that stand where their first bit was wanted."""
+
+    def __init__(self, size):
+        self.out = bytearray(rnc.MAGIC + size.to_bytes(4, "big") + bytes(10))
+        self.free = 0
+        self.bits(2, 0)
+
+    def bits(self, count, value):
+        for bit in range(count):
+            if not self.free:
+                self.word, self.free = len(self.out), 16
+                self.out += b"\0\0"
+            place = 16 - self.free
+            self.out[self.word + place // 8] |= (value >> bit & 1) << place % 8
+            self.free -= 1
+
+    def code(self, lengths):
+        self.bits(5, len(lengths))
+        for length in lengths:
+            self.bits(4, length)
+
+
+def packed_sample():
+    """`abcde`, then three of them and what that repeats: `cdecdecd`, then `z`."""
+    file = RncWriter(14)
+    file.code([0, 2, 0, 1])  # 10: number 1, 0: number 4 and two bits
+    file.code([0, 0, 1])     # 0: number 2 and one bit
+    file.code([0, 0, 0, 1])  # 0: number 4 and two bits
+    file.bits(16, 2)
+    file.bits(1, 0)
+    file.bits(2, 1)          # five literals
+    file.out += b"abcde"
+    file.bits(1, 0)
+    file.bits(1, 0)          # from 3 before
+    file.bits(1, 0)
+    file.bits(2, 2)          # 8 of them
+    file.bits(2, 1)          # one literal: 10, highest bit first
+    file.out += b"z"
+    return bytes(file.out)
+
+
+class Rnc(unittest.TestCase):
+    def test_literals_lie_between_the_words_and_repeats_may_overlap(self):
+        self.assertEqual(rnc.unpack(packed_sample()), b"abcdecdecdecdz")
+
+    def test_damage_is_refused(self):
+        whole = packed_sample()
+        for size in range(len(whole)):
+            with self.assertRaises(rnc.Damaged, msg=size):
+                rnc.unpack(whole[:size])
+        for change in ({4: 0x7F}, {7: 13}, {18: 0x7C}):
+            damaged = bytearray(whole)
+            for place, value in change.items():
+                damaged[place] = value
+            with self.assertRaises(rnc.Damaged, msg=change):
+                rnc.unpack(bytes(damaged))
+        before_the_beginning = whole.replace(b"abcde", b"")
+        with self.assertRaises(rnc.Damaged):
+            rnc.unpack(before_the_beginning)
+
+
+class Dialogue(unittest.TestCase):
+    TREE = sky_dialogue.Tree(["1\t2\t0", "0\t0\t97", "3\t4\t0", "0\t0\t98", "0\t0\t0"])
+
+    def test_messages_are_found_by_their_lengths(self):
+        # a is 0, b is 10, the end is 11: `a` 0110, and 33 times `ab` 010110 with two bits free
+        bits = "0110" + "01011000" * 33
+        lengths = [2] + [4] * 31 + [4, 4]
+        bits = bits.ljust((len(bits) + 7) // 8 * 8, "0")
+        data = bytes([6, 0, 40, 0, 126, 0, *lengths])
+        data += bytes(int(bits[i:i + 8], 2) for i in range(0, len(bits), 8))
+        self.assertEqual(sky_dialogue.read_messages(data, self.TREE), ["a"] + ["ab"] * 33)
+        long = bytes([4, 0, 6, 0, 0x81, 2, 0b01100000, 0, 0b10110000])
+        self.assertEqual(sky_dialogue.read_messages(long, self.TREE), ["a", "b"])
+        for size in range(len(data) - 1):
+            with self.assertRaises(rnc.Damaged, msg=size):
+                sky_dialogue.read_messages(data[:size], self.TREE)
+
+    def test_a_tree_that_leads_back_is_refused(self):
+        for line in ("0\t1\t0", "1\t7\t0", "1\t0\t0"):
+            with self.assertRaises(rnc.Damaged, msg=line):
+                sky_dialogue.Tree([line, "0\t0\t0"])
+        self.assertEqual(len(sky_dialogue.english_tree().nodes), 245)
+
+    def test_an_archive_is_read_by_its_index(self):
+        packed = packed_sample()
+        stored = bytes(sky_dialogue.HEADER_BYTES) + b"stored"
+        first = b"\x80" + bytes(21) + packed
+        with tempfile.TemporaryDirectory() as name:
+            folder = pathlib.Path(name)
+            (folder / "sky.dsk").write_bytes(first.ljust(112, b"?") + stored)
+
+            def write(entries, count=None):
+                (folder / "sky.dnr").write_bytes(
+                    (count or len(entries)).to_bytes(4, "little") + b"".join(
+                        number.to_bytes(2, "little") + offset.to_bytes(3, "little")
+                        + size.to_bytes(3, "little") for number, offset, size in entries))
+                return sky_dialogue.Archive(folder)
+
+            archive = write([(50005, 0, len(first)), (50006, 1 << 23 | 7, len(stored) | 1 << 23)])
+            self.assertEqual(archive.read(50005), b"abcdecdecdecdz")
+            self.assertEqual(archive.read(50006), b"stored")
+            with self.assertRaises(rnc.Damaged):
+                write([(50005, 100, 1000)]).read(50005)
+            with self.assertRaises(rnc.Damaged):
+                write([(50005, 0, len(first))], count=2)
+
+    def test_texts_of_voices_are_found_by_their_distances(self):
+        block = b"\0\0\0\x04\0\0\0\x06HELLO\0BYE\0"
+        self.assertEqual(drascula_dialogue.read_block(block, 3), ["", "HELLO", "BYE"])
+        table = b"\0\3" + (len(block).to_bytes(2, "big") + block) * drascula_dialogue.NUM_LANGUAGES
+        data = bytes(drascula_dialogue.FIRST_TABLE) + table * len(drascula_dialogue.VOICES)
+        tables = drascula_dialogue.read_tables(data)
+        self.assertEqual(tables["VB"], ["", "HELLO", "BYE"])
+        for size in range(drascula_dialogue.FIRST_TABLE, len(data), 7):
+            with self.assertRaises(rnc.Damaged, msg=size):
+                drascula_dialogue.read_tables(data[:size])
+
+    def test_text_in_ordinary_case(self):
+        for written, plain in {
+            "Who's GALLAGHER?": "Who's gallagher?",
+            "WELL, I DON'T. PLAY A SONG": "Well, I don't. Play a song",
+            "...FOR  HIM.": "...For him.",
+        }.items():
+            self.assertEqual(dialogue.plain_text(written), plain)
+
+    def test_lines_that_do_not_fit_are_left_out(self):
+        def said(seconds):
+            return b"\x80" * 9000 + b"\xff\0" * int(seconds * 500) + b"\x82" * 9000
+
+        text = "Twenty letters are in here"
+        self.assertTrue(dialogue.fits(text, said(2), 1000))
+        for seconds in (0, 0.3, 0.8, 6):
+            self.assertFalse(dialogue.fits(text, said(seconds), 1000), seconds)
+        self.assertEqual(dialogue.to_16_bits(b"\0\x80\xff"), b"\x00\x80\x00\x00\x00\x7f")
 
 
 class Intervals(unittest.TestCase):
