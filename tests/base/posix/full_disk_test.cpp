@@ -20,12 +20,20 @@ TEST(WriteWholeFile, KeepsTheOldFileWhenTheDiskIsFull) {
     const std::string path = std::string(folder.Path()) + "/words";
     const std::vector<uint8_t> old = {'o', 'l', 'd'};
     ASSERT_EQ(WriteWholeFile(path.c_str(), old), 0);
-    {
-        const test::process_limit limit(RLIMIT_FSIZE, 4096);
-        EXPECT_EQ(WriteWholeFile(path.c_str(), std::vector<uint8_t>(100000)), 17);
+    for (const ptrdiff_t names : {1, 2}) {
+        if (names == 2) { // written in place
+            fs::create_hard_link(path, path + " again");
+        }
+        {
+            const test::process_limit limit(RLIMIT_FSIZE, 4096);
+            EXPECT_EQ(WriteWholeFile(path.c_str(), std::vector<uint8_t>(100000)), 17);
+        }
+        uint32_t size = 0;
+        const auto read = ReadWholeFile(path.c_str(), &size, false);
+        EXPECT_EQ(std::vector<uint8_t>(read.get(), read.get() + size), old);
+        EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), fs::directory_iterator()),
+                  names);
     }
-    EXPECT_EQ(fs::file_size(path), old.size());
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), fs::directory_iterator()), 1);
 }
 
 TEST(WriteWholeFile, TellsThatADeviceTookNothing) {
