@@ -133,7 +133,7 @@ public:
 class recording_sink final : public ProgressSink {
 public:
     explicit recording_sink(size_t cancelledCall = SIZE_MAX) : cancelAt(cancelledCall) {}
-    void SetStatus(const char*) override {}
+    void SetStatus(const char*) override { ++phases; }
     bool OnProgress(uint32_t done, uint32_t total) override {
         calls.emplace_back(done, total);
         return calls.size() > cancelAt;
@@ -141,6 +141,7 @@ public:
 
     std::vector<std::pair<uint32_t, uint32_t>> calls;
     size_t cancelAt;
+    int phases = 0;
 };
 
 /// A graph put together by hand.
