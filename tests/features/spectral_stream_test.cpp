@@ -15,7 +15,6 @@
 
 #include "features/analysed_speech.h"
 #include "features/scripted_pcm_stream.h"
-#include "features/stream_without_type_information.h"
 #include "support/signals.h"
 
 namespace tessarin {
@@ -193,13 +192,6 @@ TEST(SpectralStream, ForgetsTheAudioBeforeARestart) {
     stream.Restart();
     EXPECT_EQ(ReadAll(stream, 15), loud);
     EXPECT_EQ(pcm.starts, 2) << "the mean is taken again";
-}
-
-TEST(SpectralStream, IsKnownFromAHostsOwnStream) {
-    CSpectralStream stream;
-    EXPECT_EQ(CSpectralStream::Find(&stream), &stream);
-    const std::unique_ptr<IObservationStream> foreign = test::MakeStreamWithoutTypeInformation();
-    EXPECT_EQ(CSpectralStream::Find(foreign.get()), nullptr);
 }
 
 TEST(SpectralStream, LeavesOutWhatIsNotAsked) {

@@ -2,11 +2,13 @@
 
 #include <memory>
 
-#include "tessarin/observation_stream.h"
+#include "tessarin/tessarin.h"
 
-namespace tessarin::test {
+/// What a host makes that is compiled without type information.
+struct plain_host {
+    std::unique_ptr<tessarin::IObservationStream> stream; ///< silence, half a second
+    std::unique_ptr<tessarin::ISyncResultsCollection> collection;
+    std::shared_ptr<tessarin::ProgressSink> progress;
+};
 
-/// A stream of a host that is compiled without type information.
-std::unique_ptr<IObservationStream> MakeStreamWithoutTypeInformation();
-
-} // namespace tessarin::test
+plain_host MakePlainHost();
