@@ -190,11 +190,11 @@ TEST_F(GeneratedMarkers, LeaveTheSinkOnTheStreamAfterOtherCodesThanZeroAndEight)
         EXPECT_EQ(search.GenerateAlignment(*model, spectral, nullptr, 0, {0}, {}, &sink, false,
                                            results, energies),
                   code);
-        EXPECT_EQ(sink.phases, 0); // the search has read nothing
+        EXPECT_TRUE(sink.phases.empty()); // the search has read nothing
         std::vector<float> features(kObservationScratch);
         float energy = 0.0f;
         EXPECT_EQ(spectral.GetObservation(features.data(), &energy), kNoError);
-        EXPECT_EQ(sink.phases, code == kNoError || code == kRecognitionFailed ? 0 : 2);
+        EXPECT_EQ(sink.phases.size(), code == kNoError || code == kRecognitionFailed ? 0u : 2u);
         spectral.SetSource(nullptr);
     }
 }
