@@ -159,14 +159,11 @@ error_code WriteWholeFile(const char* path, std::span<const uint8_t> content) {
     if (path == nullptr) {
         return kFileLocked;
     }
-    const std::optional<fs::path> target = FollowLinks(path); // a link stays a link
-    if (!target) {
-        return kFileLocked;
-    }
     std::error_code failure;
-    const fs::file_status old = fs::status(*target, failure);
+    const fs::file_status old = fs::status(path, failure);
     if (!fs::exists(old)) {
-        return Make(target->string(), content);
+        const std::optional<fs::path> target = FollowLinks(path);
+        return target ? Make(target->string(), content) : kFileLocked;
     }
     file_ptr probe(std::fopen(path, "r+b"));
     if (probe == nullptr) {
@@ -176,7 +173,8 @@ error_code WriteWholeFile(const char* path, std::span<const uint8_t> content) {
         return WriteAndClose(std::move(probe), content); // a device has no old contents to lose
     }
     probe.reset();
-    return Replace(target->string(), content, old.permissions());
+    const fs::path target = fs::canonical(path, failure); // a link stays a link
+    return failure ? kFileLocked : Replace(target.string(), content, old.permissions());
 }
 
 } // namespace tessarin

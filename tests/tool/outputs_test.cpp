@@ -226,6 +226,13 @@ TEST(Outputs, AreWrittenWhereNothingCanStandBesideAndKeepLinks) {
     WriteFile(scratch.Path("made.tsv"), "old");
     EXPECT_EQ(animate(scratch.Path("made.tsv")), "");
     EXPECT_EQ(ReadFile(scratch.Path("twin.tsv")), ReadFile(track));
+
+    WriteFile(scratch.Path("timings"), kMapa);
+    const std::string toStdout =
+        "animate " + scratch.Path("timings") + " --format tsv -o /dev/stdout";
+    RunTool(toStdout + " | cat >" + scratch.Path("piped") + "; true");
+    EXPECT_EQ(ReadFile(scratch.Path("piped")), ReadFile(track)) << "a pipe";
+    EXPECT_EQ(RunTool(toStdout).output, ReadFile(track)) << "a file";
 }
 
 } // namespace

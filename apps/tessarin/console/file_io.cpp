@@ -25,12 +25,18 @@ std::string WithReason(const std::string& what, int reason) {
     return reason == 0 ? what : what + ": " + std::generic_category().message(reason);
 }
 
-/// Where a chain of links ends, also where no file is yet.
-fs::path FollowLinks(fs::path path) {
+/// The file that `path` leads to, which stays where it is when it is a device or a pipe; where no
+/// file is yet, the place where its links end.
+fs::path TargetOf(fs::path path) {
     constexpr int kMaxLinks = 40;
-    std::error_code ignored;
-    for (int links = 0; links < kMaxLinks && fs::is_symlink(path, ignored); ++links) {
-        path = path.parent_path() / fs::read_symlink(path, ignored); // an absolute one replaces all
+    std::error_code failure;
+    if (fs::exists(path, failure)) {
+        const fs::path file =
+            fs::is_regular_file(path, failure) ? fs::canonical(path, failure) : "";
+        return failure || file.empty() ? path : file;
+    }
+    for (int links = 0; links < kMaxLinks && fs::is_symlink(path, failure); ++links) {
+        path = path.parent_path() / fs::read_symlink(path, failure); // an absolute one replaces all
     }
     return path;
 }
@@ -122,7 +128,7 @@ void WriteOutput(const std::string& path, const std::string& content) {
         }
         return;
     }
-    const fs::path target = FollowLinks(path);
+    const fs::path target = TargetOf(path);
     const replacement how = ReplacementOf(target);
     const fs::path written = how == replacement::kBeside ? Beside(target) : target;
     errno = 0;
@@ -153,7 +159,7 @@ void WriteOutput(const std::string& path, const std::string& content) {
 }
 
 bool IsReplaceable(const std::string& path) {
-    return ReplacementOf(FollowLinks(path)) != replacement::kLastResort;
+    return ReplacementOf(TargetOf(path)) != replacement::kLastResort;
 }
 
 void SayWrittenInPlace(const std::string& path) {

@@ -1,7 +1,9 @@
 #include "base/whole_file.h"
 
 #include <filesystem>
+#include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -42,6 +44,22 @@ TEST(WriteWholeFile, TellsThatADeviceTookNothing) {
     }
     EXPECT_EQ(WriteWholeFile("/dev/full", std::vector<uint8_t>(100000)), 17);
     EXPECT_EQ(WriteWholeFile("/dev/null", std::vector<uint8_t>(100000)), 0);
+}
+
+// Such as /dev/stdout, whose links end in a name that no folder has.
+TEST(WriteWholeFile, WritesToThePipeThatALinkLeadsTo) {
+    int ends[2] = {};
+    ASSERT_EQ(pipe(ends), 0);
+    const std::string path = "/proc/self/fd/" + std::to_string(ends[1]);
+    const std::vector<uint8_t> content = {'n', 'e', 'w'};
+    if (fs::exists(path)) {
+        ASSERT_EQ(WriteWholeFile(path.c_str(), content), 0); // or the read would wait
+        std::vector<uint8_t> read(3);
+        EXPECT_EQ(::read(ends[0], read.data(), read.size()), 3);
+        EXPECT_EQ(read, content);
+    }
+    close(ends[0]);
+    close(ends[1]);
 }
 
 TEST(ReadWholeFile, TakesNoPipe) {
