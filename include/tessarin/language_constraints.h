@@ -8,7 +8,8 @@
 // What is known of the language can be added to a model, before recognizers use it: statistics of
 // phoneme sequences, which serve recognition without a text, and limits to the phonemes' lengths,
 // which serve every search. Each of these returns 0; 10 when the file does not open (the text is
-// null or its length negative); 2 for a null model; or 12 when the text does not fit the model.
+// null or its length negative); 2 for a null model; 12 when the text does not fit the model or
+// fails to read in the middle; or 1 without memory. After 12 and 1 nothing of the kind is in force.
 
 /// Reads phoneme statistics from a file: pairs of a key and a number, separated by white space. A
 /// key is one, two or three phoneme labels written together. With `normalise` the numbers are

@@ -3,9 +3,11 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <system_error>
 
+#include "base/flog.h"
 #include "platform/binary_file.h"
 
 namespace tessarin {
@@ -28,6 +30,19 @@ error_code WriteAndClose(file_ptr file, std::span<const uint8_t> content) {
     return std::fclose(file.release()) == 0 && arrived ? kNoError : kWriteFailed;
 }
 
+/// Where a chain of links ends, also where no file is yet. Nothing for links that run in a circle.
+std::optional<fs::path> FollowLinks(fs::path path) {
+    constexpr int kMaxLinks = 40;
+    std::error_code failure;
+    for (int links = 0; links < kMaxLinks; ++links) {
+        if (!fs::is_symlink(fs::symlink_status(path, failure))) {
+            return path;
+        }
+        path = path.parent_path() / fs::read_symlink(path, failure); // an absolute one replaces all
+    }
+    return std::nullopt;
+}
+
 /// Opens a file of a new name next to `target`.
 file_ptr OpenBeside(const std::string& target, std::string& path) {
     constexpr int kMostAttempts = 1000;
@@ -42,7 +57,7 @@ file_ptr OpenBeside(const std::string& target, std::string& path) {
 }
 
 /// Writes a file next to `target`, with the given rights where there are any, and gives it that
-/// name.
+/// name. kFileLocked when the folder does not take the file or the name.
 error_code WriteBeside(const std::string& target, std::span<const uint8_t> content,
                        fs::perms rights) {
     std::string path;
@@ -63,6 +78,56 @@ error_code WriteBeside(const std::string& target, std::span<const uint8_t> conte
         fs::remove(path, failure);
     }
     return code;
+}
+
+error_code OverwriteFrom0(const std::string& target, std::span<const uint8_t> content) {
+    file_ptr file(std::fopen(target.c_str(), "r+b"));
+    if (file == nullptr) {
+        return kFileLocked;
+    }
+    const error_code code = WriteAndClose(std::move(file), content);
+    std::error_code failure;
+    if (code == kNoError) {
+        fs::resize_file(target, content.size(), failure);
+    }
+    return failure ? kWriteFailed : code;
+}
+
+/// Writes over the old contents, which come back as far as they can when the new ones do not fit.
+error_code WriteInPlace(const std::string& target, std::span<const uint8_t> content) {
+    uint32_t oldSize = 0;
+    const auto old = ReadWholeFile(target.c_str(), &oldSize, false);
+    const error_code code = OverwriteFrom0(target, content);
+    if (code == kWriteFailed && old != nullptr &&
+        OverwriteFrom0(target, {old.get(), oldSize}) != kNoError) {
+        flog::Message("WriteWholeFile: %s has lost its old contents", target.c_str());
+    }
+    return code;
+}
+
+/// Replaces the file at `target`, which can be written.
+error_code Replace(const std::string& target, std::span<const uint8_t> content, fs::perms rights) {
+    std::error_code failure;
+    if (fs::hard_link_count(target, failure) > 1 && !failure) {
+        return WriteInPlace(target, content); // all its names go on meaning one file
+    }
+    const error_code code = WriteBeside(target, content, rights);
+    if (code != kFileLocked) {
+        return code;
+    }
+    flog::Message("WriteWholeFile: %s is written in place, since it cannot be replaced",
+                  target.c_str());
+    return WriteInPlace(target, content);
+}
+
+/// Makes a file where there is none.
+error_code Make(const std::string& target, std::span<const uint8_t> content) {
+    const error_code code = WriteBeside(target, content, fs::perms::unknown);
+    if (code != kFileLocked) {
+        return code;
+    }
+    file_ptr file(std::fopen(target.c_str(), "wbx")); // a name that has no room for an ending
+    return file == nullptr ? kFileLocked : WriteAndClose(std::move(file), content);
 }
 
 } // namespace
@@ -97,7 +162,8 @@ error_code WriteWholeFile(const char* path, std::span<const uint8_t> content) {
     std::error_code failure;
     const fs::file_status old = fs::status(path, failure);
     if (!fs::exists(old)) {
-        return WriteBeside(path, content, fs::perms::unknown);
+        const std::optional<fs::path> target = FollowLinks(path);
+        return target ? Make(target->string(), content) : kFileLocked;
     }
     file_ptr probe(std::fopen(path, "r+b"));
     if (probe == nullptr) {
@@ -108,7 +174,7 @@ error_code WriteWholeFile(const char* path, std::span<const uint8_t> content) {
     }
     probe.reset();
     const fs::path target = fs::canonical(path, failure); // a link stays a link
-    return failure ? kFileLocked : WriteBeside(target.string(), content, old.permissions());
+    return failure ? kFileLocked : Replace(target.string(), content, old.permissions());
 }
 
 } // namespace tessarin

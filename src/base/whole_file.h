@@ -8,7 +8,7 @@
 
 namespace tessarin {
 
-/// The bytes of the file at `path`, with a zero byte behind them when `addNul`, and their number
+/// The bytes of the file at `path`, with a zero byte after them when `addNul`, and their number
 /// without it in `*size`. Null when the file does not open or is larger than 4 GiB; what cannot
 /// tell its size, such as a directory or a pipe, counts as not opening.
 std::unique_ptr<uint8_t[]> ReadWholeFile(const char* path, uint32_t* size, bool addNul);
@@ -16,9 +16,11 @@ std::unique_ptr<uint8_t[]> ReadWholeFile(const char* path, uint32_t* size, bool 
 /// Whether the file opens for reading.
 bool FileExists(const char* path);
 
-/// Makes `content` the file at `path`. It is written beside and then takes the old file's place,
-/// so that a failure leaves the old file as it was. kFileLocked when there is no way to write
-/// there, kWriteFailed when the bytes do not all arrive.
+/// Makes `content` the file at `path`, or where a link at `path` leads. It is written beside and
+/// then takes the old file's place, so that a failure leaves the old file as it was. A file of
+/// several names is written in place, and so, with a line in the trace log, is one whose folder
+/// takes no other file. kFileLocked when there is no way to write there, kWriteFailed when the
+/// bytes do not all arrive.
 [[nodiscard]] error_code WriteWholeFile(const char* path, std::span<const uint8_t> content);
 
 } // namespace tessarin

@@ -62,10 +62,11 @@ public:
     virtual ~CAccousticHMM();
 
     /// Reads n-gram statistics of the phonemes: pairs of a key (one to three labels) and a number.
-    /// `normalise` says that the numbers are counts. False when the tables would be too large.
+    /// `normalise` says that the numbers are counts. False, with no statistics in force, when the
+    /// tables would be too large or the text fails to read in the middle.
     virtual bool ReadTrigrams(std::istream& text, bool normalise);
     /// Reads duration limits: pairs of labels and milliseconds. False, with no limit in force, when
-    /// a label is unknown.
+    /// a label is unknown or the text fails to read in the middle.
     virtual bool ReadConstraints(std::istream& text);
     virtual void ClearConstraints();
     /// Reads a model image and moves `*cursor` and `*remaining` past it. On false `errorText`,

@@ -3,6 +3,7 @@
 
 #include "base/flog.h"
 #include "model/accoustic_hmm.h"
+#include "model/whole_text.h"
 
 namespace tessarin {
 namespace {
@@ -11,6 +12,30 @@ constexpr int64_t kObservationMs = 10;
 
 /// What the self-loop of a phoneme past its limit is worth.
 constexpr float kPastLimitFactor = 1e-7f;
+
+/// Reads labels and their limits. False when a label is unknown.
+bool ReadLimits(std::istream& text, CAccousticHMM& model, std::vector<uint32_t>& limits) {
+    bool allKnown = true;
+    std::string labelString;
+    std::vector<uint16_t> phonemes;
+    while (text >> labelString) {
+        phonemes.clear();
+        if (!model.LabelsToIndices(labelString.c_str(), phonemes)) {
+            // Kept: the number is left to be taken for a label string; the load has failed anyway.
+            allKnown = false;
+            continue;
+        }
+        int32_t milliseconds = 0;
+        if (!(text >> milliseconds)) {
+            break;
+        }
+        const int64_t perState = milliseconds / (model.numStates * kObservationMs);
+        for (const uint16_t phoneme : phonemes) {
+            limits[phoneme] = static_cast<uint32_t>(std::max<int64_t>(perState, 0));
+        }
+    }
+    return allKnown;
+}
 
 } // namespace
 
@@ -27,32 +52,16 @@ void CAccousticHMM::SetConstraints(std::span<const uint32_t> limits) {
 
 bool CAccousticHMM::ReadConstraints(std::istream& text) {
     flog scope("CAccousticHMM::ReadConstraints");
+    ClearConstraints();
     std::vector<uint32_t> limits(static_cast<size_t>(numModels));
     bool allKnown = true;
-    std::string labelString;
-    std::vector<uint16_t> phonemes;
-    while (text >> labelString) {
-        phonemes.clear();
-        if (!LabelsToIndices(labelString.c_str(), phonemes)) {
-            // Kept: the number is left to be taken for a label string; the load has failed anyway.
-            allKnown = false;
-            continue;
-        }
-        int32_t milliseconds = 0;
-        if (!(text >> milliseconds)) {
-            break;
-        }
-        const int64_t perState = milliseconds / (numStates * kObservationMs);
-        for (const uint16_t phoneme : phonemes) {
-            limits[phoneme] = static_cast<uint32_t>(std::max<int64_t>(perState, 0));
-        }
+    const bool isWhole =
+        ReadsWhole(text, [&](std::istream& whole) { allKnown = ReadLimits(whole, *this, limits); });
+    if (!isWhole || !allKnown) {
+        return false;
     }
-    if (allKnown) {
-        SetConstraints(limits);
-    } else {
-        ClearConstraints();
-    }
-    return allKnown;
+    SetConstraints(limits);
+    return true;
 }
 
 uint32_t CAccousticHMM::LimitOf(int32_t phoneme) const {

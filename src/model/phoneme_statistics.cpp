@@ -5,6 +5,7 @@
 
 #include "base/flog.h"
 #include "model/accoustic_hmm.h"
+#include "model/whole_text.h"
 
 namespace tessarin {
 namespace {
@@ -56,7 +57,7 @@ void phoneme_statistics::NormaliseCounts() {
 }
 
 /// Only the trigrams count; the bigrams say which of them to use, and both bigrams and unigrams
-/// are summed up anew.
+/// are summed up again.
 void phoneme_statistics::NormaliseTrigramCounts() {
     for (size_t a = 0; a < numPhonemes; ++a) {
         double sumOfFirst = 0.0;
@@ -148,7 +149,9 @@ bool CAccousticHMM::ReadTrigrams(std::istream& text, bool normalise) {
         return false;
     }
     phoneme_statistics statistics(static_cast<size_t>(numModels));
-    ReadEntries(text, *this, statistics);
+    if (!ReadsWhole(text, [&](std::istream& whole) { ReadEntries(whole, *this, statistics); })) {
+        return false;
+    }
     if (normalise) {
         statistics.NormaliseCounts();
     } else if (statistics.isVersion1) {

@@ -59,28 +59,6 @@ TEST(Articulator, OpensAnOpeningVowelBehindAShortSilence) {
     }
 }
 
-TEST(Articulator, TheReachGoesByTheLargestAttackAndTheStartOfAPhoneme) {
-    // b lingers for 200 ms by its rule, but only while its start is less than 50 ms ago.
-    ruled_articulator articulator("framerate 100\nb .5 50 200\n");
-    EXPECT_THAT(Starts(articulator.Frames({{"b", 60, 100}})),
-                testing::ElementsAre(60, 70, 80, 90, 100));
-    EXPECT_THAT(Starts(articulator.Frames({{"b", 30, 100}})).back(), 90);
-}
-
-TEST(Articulator, OffsetsShiftPhonemesAndMayPutThemOutOfOrder) {
-    const std::string text = std::string(kSimpleRules) + "offset b -60\n";
-    ruled_articulator articulator(text);
-    const auto frames =
-        articulator.Frames({{"x", 0, 96}, {"a", 96, 120}, {"x", 120, 200}, {"b", 200, 300}});
-    // b is heard from 140 on, in place of the silence that stands ahead of it.
-    EXPECT_THAT(Weights(frames[14]),
-                testing::ElementsAre(testing::Pair("a", testing::FloatNear(1.0f / 3, 1e-6f)),
-                                     testing::Pair("b", testing::FloatNear(2.0f / 3, 1e-6f))));
-
-    ruled_articulator shifted(std::string(kSimpleRules) + "global_offset 30\n");
-    EXPECT_EQ(shifted.Frames({{"a", 0, 20}}).front().start, 30);
-}
-
 TEST(Articulator, AVowelWithoutARuleGetsOneOfZerosAndALeadInOfNoLength) {
     ruled_articulator articulator("framerate 100\nx .5 50 50\n");
     EXPECT_THAT(Starts(articulator.Frames({{"AA", 0, 20}})), testing::ElementsAre(0, 10, 20));

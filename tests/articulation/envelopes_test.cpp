@@ -216,15 +216,6 @@ TEST(CommonKeyTimes, AreThoseOfThePlainMethod) {
     }
 }
 
-TEST(CommonKeyTimes, LieOnMultiplesOfTheFrameRate) {
-    envelopes_by_label lists;
-    lists[phoneme_label("b")].emplace_back(40, 120, "b").points = {{40, 80, 1.0f}, {80, 120, 0.0f}};
-    lists[phoneme_label("s")].emplace_back(190, 240, "s").points = {{190, 240, 0.5f}};
-    EXPECT_THAT(Shown(GiveCommonKeyTimes(lists, 30.0f)),
-                testing::ElementsAre("b[40,120] 40-60:0.5 60-80:1 80-120:0", "b[240,273] 240-273:0",
-                                     "s[190,240] 190-240:0.5", "s[60,120] 60-93:0 93-120:0"));
-}
-
 TEST(CommonKeyTimes, StayDefinedForRatesThatNoOneHas) {
     envelopes_by_label lists;
     lists[phoneme_label("b")].emplace_back(INT32_MIN, INT32_MAX, "b").points = {

@@ -3,7 +3,6 @@
 #include <cmath>
 #include <limits>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +11,7 @@
 
 #include "host_stream.h"
 #include "memory_stream.h"
+#include "support/recording_sink.h"
 
 namespace tessarin {
 namespace {
@@ -22,23 +22,11 @@ using test::HostStream;
 using test::Int16Bytes;
 using test::MemoryStream;
 using test::MonoStream;
+using test::recording_sink;
 using testing::Each;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
-
-/// Notes what it is told, and cancels at one of the calls.
-struct Sink final : ProgressSink {
-    void SetStatus(const char*) override {}
-    bool OnProgress(uint32_t now, uint32_t all) override {
-        done.push_back(now);
-        total = all;
-        return cancelAt && done.size() >= *cancelAt;
-    }
-
-    std::vector<uint32_t> done;
-    uint32_t total = 0;
-    std::optional<size_t> cancelAt;
-};
+using testing::Pair;
 
 /// A source with the samples of `content`, in any readable format.
 std::unique_ptr<CPCMDataSource> Source(PCMFormat format, bytes content) {
@@ -182,21 +170,20 @@ TEST(PcmDataSource, CopiesAreIndependent) {
 TEST(PcmDataSource, LoadsAChainInTheBlocksOfTheFrontEnd) {
     const auto stream = MonoStream(16000, Ramp(1000));
     CPCMDataSource source;
-    Sink sink;
+    recording_sink sink;
     ASSERT_EQ(source.LoadFromPCMStream(stream.get(), &sink), 0);
     EXPECT_THAT(Samples(source), ElementsAreArray(Ramp(1000)));
-    EXPECT_THAT(sink.done, ElementsAre(352, 512, 672, 832, 992, 1000));
-    EXPECT_EQ(sink.total, 1000u);
+    EXPECT_THAT(sink.calls, ElementsAre(Pair(352, 1000), Pair(512, 1000), Pair(672, 1000),
+                                        Pair(832, 1000), Pair(992, 1000), Pair(1000, 1000)));
 }
 
 TEST(PcmDataSource, LoadsAHostStreamBlockAfterBlock) {
     HostStream host(Format(16000, 16, 1), Int16Bytes(Ramp(5000)));
     CPCMDataSource source;
-    Sink sink;
+    recording_sink sink;
     ASSERT_EQ(source.LoadFromQuibStream(&host, &sink), 0);
     EXPECT_THAT(Samples(source), ElementsAreArray(Ramp(5000)));
-    EXPECT_THAT(sink.done, ElementsAre(4128, 8256, 10000));
-    EXPECT_EQ(sink.total, 10000u);
+    EXPECT_THAT(sink.calls, ElementsAre(Pair(4128, 10000), Pair(8256, 10000), Pair(10000, 10000)));
 }
 
 TEST(PcmDataSource, StreamsThatPromiseTooMuchLeaveZeros) {
@@ -230,8 +217,7 @@ TEST(PcmDataSource, LoadsThatDoNotFinishGiveAnEmptySource) {
         EXPECT_EQ(source.WriteSamplesFloat(nullptr, 0, 0), 2);
     };
     CPCMDataSource source;
-    Sink sink;
-    sink.cancelAt = 2;
+    recording_sink sink(1);
     const auto stream = MonoStream(16000, Ramp(1000));
     expectEmpty(source, source.LoadFromPCMStream(stream.get(), &sink));
     EXPECT_EQ(stream->reads, 2);

@@ -177,22 +177,6 @@ TEST(WavRdrStream, Stereo24BitsConvertTheFirstHalfOfABlock) {
     EXPECT_THAT(block, ElementsAre(0xFF, 1, 0xFF, 2, 0x55, 0x55, 0x55, 0x55));
 }
 
-TEST(WavRdrStream, StreamedSizesMeanTheRestOfTheFile) {
-    for (const uint32_t size : {0u, 0xFFFFFFFFu}) {
-        SCOPED_TRACE(size);
-        ByteBuilder content;
-        content.Text("RIFF").U32(size).Text("WAVE");
-        content.Bytes(RiffChunk("fmt ", PcmFormat(16000, 16, 1)));
-        content.Text("data").U32(size).Bytes(Sequence(7));
-        opened_wav wav(content.Take());
-        ASSERT_EQ(wav.code, 0);
-        EXPECT_EQ(wav.stream.GetByteLength(), 7u);
-        EXPECT_EQ(wav.stream.GetNumSamples(), 3u);
-        wav.Read(10, 20);
-        EXPECT_EQ(wav.frames, 3u);
-    }
-}
-
 TEST(WavRdrStream, DataBeyondTheEndOfTheFileIsAShortLastBlock) {
     for (const uint16_t bits : {uint16_t{16}, uint16_t{24}}) {
         SCOPED_TRACE(bits);

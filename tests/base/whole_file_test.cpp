@@ -6,6 +6,7 @@
 #include <string>
 
 #include "support/byte_builder.h"
+#include "support/logged_lines.h"
 #include "support/temp_file.h"
 
 namespace tessarin {
@@ -74,15 +75,53 @@ TEST(WriteWholeFile, ReplacesAFileAndLeavesNothingBeside) {
 TEST(WriteWholeFile, KeepsRightsAndLinks) {
     const Folder folder;
     const std::string path = folder.File("words");
-    const std::string link = folder.File("link");
     ASSERT_EQ(WriteWholeFile(path.c_str(), {}), 0);
     const auto rights = fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read;
     fs::permissions(path, rights);
-    fs::create_symlink("words", link);
-    ASSERT_EQ(WriteWholeFile(link.c_str(), kContent), 0);
-    EXPECT_TRUE(fs::is_symlink(link));
+    fs::create_symlink("words", folder.File("link"));
+    fs::create_symlink(folder.File("link"), folder.File("link to link"));
+    ASSERT_EQ(WriteWholeFile(folder.File("link to link").c_str(), kContent), 0);
+    EXPECT_TRUE(fs::is_symlink(folder.File("link to link")));
+    EXPECT_TRUE(fs::is_symlink(folder.File("link")));
     EXPECT_EQ(fs::file_size(path), kContent.size());
     EXPECT_EQ(fs::status(path).permissions(), rights);
+
+    fs::create_hard_link(path, folder.File("other name"));
+    const bytes longer(1000, 7);
+    for (const bytes& content : {longer, kContent}) {
+        ASSERT_EQ(WriteWholeFile(path.c_str(), content), 0);
+        EXPECT_EQ(fs::file_size(folder.File("other name")), content.size());
+        EXPECT_EQ(folder.NumFiles(), 4);
+    }
+}
+
+TEST(WriteWholeFile, MakesTheFileThatALinkAsksFor) {
+    const Folder folder;
+    fs::create_symlink("words", folder.File("link"));
+    ASSERT_EQ(WriteWholeFile(folder.File("link").c_str(), kContent), 0);
+    EXPECT_TRUE(fs::is_symlink(folder.File("link")));
+    EXPECT_EQ(fs::file_size(folder.File("words")), kContent.size());
+
+    fs::create_symlink("no/words", folder.File("nowhere"));
+    fs::create_symlink("circle", folder.File("circle"));
+    for (const char* link : {"nowhere", "circle"}) {
+        EXPECT_EQ(WriteWholeFile(folder.File(link).c_str(), kContent), 9);
+        EXPECT_TRUE(fs::is_symlink(folder.File(link)));
+    }
+}
+
+TEST(WriteWholeFile, WritesInPlaceWhereNothingCanStandBeside) {
+    const Folder folder;
+    // No file can be called after one of the longest name.
+    const std::string path = folder.File(std::string(255, 'w').c_str());
+    for (const bytes& content : {bytes(1000, 7), kContent}) {
+        const bool isNew = !fs::exists(path);
+        const auto lines =
+            test::LoggedLines([&] { EXPECT_EQ(WriteWholeFile(path.c_str(), content), 0); });
+        EXPECT_EQ(lines.size(), isNew ? 0u : 1u);
+        EXPECT_EQ(fs::file_size(path), content.size());
+        EXPECT_EQ(folder.NumFiles(), 1);
+    }
 }
 
 TEST(WriteWholeFile, AnswersNineWhereNoFileCanBe) {

@@ -9,6 +9,8 @@
 
 #include "commands/plain_warp.h"
 #include "commands/time_warp.h"
+#include "features/analysed_speech.h"
+#include "features/scripted_pcm_stream.h"
 #include "recognition/fixtures.h"
 #include "support/byte_builder.h"
 #include "support/signals.h"
@@ -106,6 +108,14 @@ TEST(FeatureStream, LeavesOutWhatIsNotAboveTheFloor) {
 }
 
 TEST(FeatureStream, HandsOnTheCodeOfAFailedRead) {
+    test::ScriptedPcmStream pcm(test::Speechlike(8000));
+    test::analysis wide;
+    wide.descriptor.numFeatures = 38;
+    CSpectralStream spectral;
+    ASSERT_EQ(spectral.Init2(&pcm, 1, &wide.descriptor), kNoError);
+    EXPECT_EQ(CFeatureStream().Record(spectral, kFeatures, 0.0f), kInvalidArgument);
+    EXPECT_FALSE(spectral.HasStarted());
+
     test::list_stream source = RandomStream(4, 1);
     source.failAt = 2;
     CFeatureStream stream;

@@ -41,13 +41,6 @@ TEST(FrameDistance, IsTheRootOfTheSquaresUpToTheCount) {
     EXPECT_EQ(FrameDistance(a, b, -2), 0.0f);
 }
 
-TEST(TimeWarp, GivesTheCostAStepInMeanDistances) {
-    // The path runs down the diagonal: two steps, cost 1 + 1 + 2, mean distance 27 / 9.
-    const time_warp warp = Warped({{1, 5, 5}, {2, 1, 5}, {3, 3, 2}});
-    EXPECT_EQ(warp.Rows(), 3u);
-    EXPECT_EQ(warp.Distance(2), 4.0f / (2.0f * 3.0f));
-}
-
 // Few levels make ties, and these decide how long the path is.
 TEST(TimeWarp, AgreesWithTheWholeTable) {
     test::Noise noise(5);

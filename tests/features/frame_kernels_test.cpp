@@ -7,7 +7,6 @@
 
 #include "features/decibel_power.h"
 #include "features/half_complex_fft.h"
-#include "features/hamming_window.h"
 #include "features/power_spectrum.h"
 #include "support/signals.h"
 
@@ -38,16 +37,6 @@ TEST(DecibelPower, NeverGoesBelowSilence) {
     float previous = 7.0f;
     EXPECT_EQ(DecibelPower({}, previous), 0.0f);
     EXPECT_EQ(previous, 7.0f);
-}
-
-TEST(HammingWindow, RunsFromFourToFortySixFortySixths) {
-    std::vector<float> window(513);
-    HammingWindow(window);
-    EXPECT_NEAR(window.front(), 4.0 / 46, 1e-6);
-    EXPECT_NEAR(window[256], 1.0, 1e-6);
-    for (size_t i = 0; i < window.size(); ++i) {
-        ASSERT_NEAR(window[i], window[512 - i], 1e-6) << i;
-    }
 }
 
 std::vector<float> Spectrum(std::vector<float> samples, float* power) {

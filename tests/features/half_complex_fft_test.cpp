@@ -109,12 +109,6 @@ TEST(ForwardHalfComplexFFT, RoundsAsThePlainRecurrenceDoes) {
     }
 }
 
-TEST(ForwardHalfComplexFFT, PutsAConstantInBinZeroAlone) {
-    std::vector<float> expected(64, 0.0f);
-    expected[0] = 64 * 3.0f;
-    EXPECT_EQ(Transformed(std::vector<float>(64, 3.0f)), expected);
-}
-
 TEST(ForwardHalfComplexFFT, LeavesOtherSizesAlone) {
     const std::vector<float> x = {1, 2, 3, 4, 5, 6};
     for (uint32_t n : {0u, 1u, 3u, 6u}) {

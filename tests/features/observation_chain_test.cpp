@@ -4,57 +4,38 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <memory>
 #include <numbers>
 #include <vector>
 
-#include "features/spectral_stream.h"
-#include "features/test_descriptors.h"
+#include "audio/host_stream.h"
+#include "audio/memory_stream.h"
+#include "features/analysed_speech.h"
 #include "support/riff_builder.h"
-#include "support/signals.h"
 #include "support/temp_file.h"
 
 namespace tessarin {
 namespace {
 
 /// A host that delivers a tone of 16 bits on the first of its channels.
-class HostTone final : public IQuibPCMStream {
-public:
-    HostTone(uint32_t rateHz, uint16_t numChannels, double hz = 500)
-        : rate(rateHz), channels(numChannels) {
+struct HostTone final : test::HostStream {
+    HostTone(uint32_t rateHz, uint16_t channels, double hz = 500)
+        : HostStream({rateHz, 16, channels}, Samples(rateHz, channels, hz)) {}
+    error_code Start() override {
+        HostStream::Start();
+        return startCode;
+    }
+    static test::bytes Samples(uint32_t rateHz, uint16_t channels, double hz) {
+        std::vector<int16_t> samples;
         for (const float sample : test::Sine(rateHz, hz, rateHz, 8000)) {
             samples.push_back(static_cast<int16_t>(sample));
-            samples.insert(samples.end(), numChannels - 1u, int16_t{0});
+            samples.insert(samples.end(), channels - 1u, int16_t{0});
         }
-    }
-
-    void GetFormat(PCMFormat* out) override { *out = {rate, 16, channels}; }
-    uint32_t GetSize() override { return static_cast<uint32_t>(samples.size() * 2); }
-    int32_t Read(void* buffer, int32_t bytes) override {
-        const size_t count = std::min(static_cast<size_t>(bytes) / 2, samples.size() - place);
-        std::memcpy(buffer, samples.data() + place, count * 2);
-        place += count;
-        return static_cast<int32_t>(count * 2);
-    }
-    error_code Start() override {
-        place = 0;
-        return startCode;
+        return test::Int16Bytes(samples);
     }
 
     error_code startCode = kNoError;
-
-private:
-    uint32_t rate;
-    uint16_t channels;
-    std::vector<int16_t> samples;
-    size_t place = 0;
-};
-
-struct analysis {
-    CSpectralFeatureDescriptor descriptor;
-    analysis() { test::SetMelBands(descriptor, 24); }
 };
 
 TEST(ObservationChain, FitsAnyAudioToTheModel) {
@@ -64,7 +45,7 @@ TEST(ObservationChain, FitsAnyAudioToTheModel) {
     };
     for (const audio& each : {audio{16000, 1}, audio{8000, 1}, audio{44100, 2}, audio{48000, 3}}) {
         SCOPED_TRACE(each.rateHz);
-        analysis model;
+        test::analysis model;
         HostTone host(each.rateHz, each.channels);
         std::unique_ptr<CSpectralStream> stream;
         ASSERT_EQ(OpenObservationChain(&host, model.descriptor, stream), kNoError);
@@ -90,7 +71,7 @@ TEST(ObservationChain, FitsAnyAudioToTheModel) {
 }
 
 TEST(ObservationChain, CutsOffAtFourFifthsOfTheBand) {
-    const analysis model;
+    const test::analysis model;
     const auto energyOf = [&](double hz) {
         HostTone host(48000, 1, hz);
         std::unique_ptr<CSpectralStream> stream;
@@ -106,11 +87,11 @@ TEST(ObservationChain, CutsOffAtFourFifthsOfTheBand) {
 }
 
 TEST(ObservationChain, Emphasizes) {
-    analysis flat;
-    analysis emphasized;
+    test::analysis flat;
+    test::analysis emphasized;
     emphasized.descriptor.preEmphasis = 0.97f;
     HostTone host(16000, 1);
-    const auto energyOf = [&](const analysis& model) {
+    const auto energyOf = [&](const test::analysis& model) {
         std::unique_ptr<CSpectralStream> stream;
         EXPECT_EQ(OpenObservationChain(&host, model.descriptor, stream), kNoError);
         std::vector<float> features(15);
@@ -128,7 +109,7 @@ TEST(ObservationChain, RefusesARateThatIsNone) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const float infinity = std::numeric_limits<float>::infinity();
     for (const float rate : {0.0f, -16000.0f, nan, -infinity, 0.5f}) {
-        analysis model;
+        test::analysis model;
         model.descriptor.sampleRate = rate;
         HostTone host(16000, 1);
         std::unique_ptr<CSpectralStream> stream;
@@ -136,7 +117,7 @@ TEST(ObservationChain, RefusesARateThatIsNone) {
         EXPECT_EQ(stream, nullptr);
     }
     for (const float rate : {1e9f, infinity}) {
-        analysis model;
+        test::analysis model;
         model.descriptor.sampleRate = rate;
         HostTone host(16000, 1);
         std::unique_ptr<CSpectralStream> stream;
@@ -146,7 +127,7 @@ TEST(ObservationChain, RefusesARateThatIsNone) {
 }
 
 TEST(ObservationChain, OpensWhatCannotBeAnalysedAndAnswersWhenItIsRead) {
-    analysis model;
+    test::analysis model;
     model.descriptor.windowSize = 500;
     HostTone host(16000, 1);
     std::unique_ptr<CSpectralStream> stream;
@@ -160,14 +141,14 @@ TEST(ObservationChain, HasNoObservationsOfAudioThatAFileOnlyClaims) {
     test::bytes content = test::WavFile(16000, 1, std::vector<int16_t>(800, 100));
     content[42] = content[43] = 0x7F; // the size of the data is 2 GB
     const test::TempFile file(content, ".wav");
-    analysis model;
+    test::analysis model;
     std::unique_ptr<CSpectralStream> stream;
     ASSERT_EQ(OpenObservationChain(file.Path(), model.descriptor, stream), kNoError);
     EXPECT_EQ(stream->GetNumObservations(), 5u);
 }
 
 TEST(ObservationChain, PassesTheCodeOfAnInputThatDoesNotOpen) {
-    analysis model;
+    test::analysis model;
     std::unique_ptr<CSpectralStream> stream;
     EXPECT_EQ(OpenObservationChain("no such file.wav", model.descriptor, stream), kFileNotFound);
     EXPECT_EQ(OpenObservationChain(static_cast<IQuibPCMStream*>(nullptr), model.descriptor, stream),

@@ -14,7 +14,10 @@
 #include <gtest/gtest.h>
 
 #include "audio/files/pcm_data_source.h"
+#include "audio/host_stream.h"
+#include "audio/memory_stream.h"
 #include "base/allocation.h"
+#include "support/recording_sink.h"
 #include "support/signals.h"
 
 namespace tessarin {
@@ -23,6 +26,7 @@ namespace {
 using testing::Each;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
+using testing::Pair;
 
 /// What the display is defined to show, in double precision by the direct sum.
 struct plain_display {
@@ -57,25 +61,7 @@ std::vector<int16_t> Rounded(const std::vector<float>& x) {
 
 std::unique_ptr<CPCMDataSource> Recording(const std::vector<int16_t>& samples,
                                           uint16_t channels = 1) {
-    struct MemoryHost final : IQuibPCMStream {
-        void GetFormat(PCMFormat* out) override { *out = format; }
-        uint32_t GetSize() override { return static_cast<uint32_t>(content.size() * 2); }
-        int32_t Read(void* buffer, int32_t bytes) override {
-            const size_t count = std::min(static_cast<size_t>(bytes) / 2, content.size() - next);
-            std::copy_n(content.begin() + static_cast<std::ptrdiff_t>(next), count,
-                        static_cast<int16_t*>(buffer));
-            next += count;
-            return static_cast<int32_t>(2 * count);
-        }
-        error_code Start() override { return kNoError; }
-
-        PCMFormat format{16000, 16, 1};
-        std::vector<int16_t> content;
-        size_t next = 0;
-    };
-    MemoryHost host;
-    host.format.channels = channels;
-    host.content = samples;
+    test::HostStream host({16000, 16, channels}, test::Int16Bytes(samples));
     auto source = std::make_unique<CPCMDataSource>();
     EXPECT_EQ(source->LoadFromQuibStream(&host, nullptr), 0);
     return source;
@@ -210,25 +196,14 @@ TEST(SpectralDataSource, MeanSpectrumGrowsWithTheLengthOfTheRecording) {
 }
 
 TEST(SpectralDataSource, MeanSpectrumTellsWhatItDoesAndCanBeCancelled) {
-    struct Sink final : ProgressSink {
-        void SetStatus(const char* text) override { status = text; }
-        bool OnProgress(uint32_t done, uint32_t total) override {
-            calls.push_back(done);
-            EXPECT_EQ(total, 10u);
-            return calls.size() == stopAt;
-        }
-        std::string status;
-        std::vector<uint32_t> calls;
-        size_t stopAt = 0;
-    };
     CSpectralDataSource source;
     const auto recording = Recording(std::vector<int16_t>(10, 500));
     std::vector<int16_t> out(8);
-    Sink sink;
+    test::recording_sink sink;
     EXPECT_EQ(source.ComputeMeanSpectrum(8, out.data(), recording.get(), &sink), 0);
-    EXPECT_EQ(sink.status, "Analyzing audio...");
-    EXPECT_THAT(sink.calls, ElementsAre(8, 10, 10));
-    sink.stopAt = 4;
+    EXPECT_THAT(sink.phases, ElementsAre("Analyzing audio..."));
+    EXPECT_THAT(sink.calls, ElementsAre(Pair(8, 10), Pair(10, 10), Pair(10, 10)));
+    sink.cancelAt = 3;
     EXPECT_EQ(source.ComputeMeanSpectrum(8, out.data(), recording.get(), &sink), 5);
     EXPECT_THAT(out, Each(0));
 

@@ -1,4 +1,3 @@
-#include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -7,6 +6,7 @@
 #include "features/analysed_speech.h"
 #include "features/scripted_pcm_stream.h"
 #include "features/spectral_stream.h"
+#include "support/recording_sink.h"
 
 namespace tessarin {
 namespace {
@@ -18,6 +18,7 @@ using test::ReadAll;
 using test::ScriptedPcmStream;
 using test::Speechlike;
 using ::testing::ElementsAre;
+using ::testing::Key;
 
 TEST(SpectralFloor, SubtractsAFloorThatTheHostGives) {
     analysis model;
@@ -75,19 +76,6 @@ TEST(SpectralFloor, LearnsAFloorWhenTheGivenOneHasTheWrongWidth) {
     EXPECT_NEAR(reduced[0][0], plain[0][0] - plain[9][0] / 10, 1e-3);
 }
 
-class RecordingSink final : public ProgressSink {
-public:
-    void SetStatus(const char* text) override { texts.emplace_back(text); }
-    bool OnProgress(uint32_t done, uint32_t) override {
-        steps.push_back(done);
-        return steps.size() > cancelAfter;
-    }
-
-    std::vector<std::string> texts;
-    std::vector<uint32_t> steps;
-    size_t cancelAfter = 1000;
-};
-
 TEST(SpectralMean, LeavesTheObservationsAsTheyAre) {
     for (const int32_t features : {15, 39}) {
         analysis model;
@@ -99,21 +87,20 @@ TEST(SpectralMean, LeavesTheObservationsAsTheyAre) {
         const observations plain = ReadAll(stream, features);
 
         model.descriptor.flags = kCalcSpectralMean;
-        RecordingSink sink;
+        test::recording_sink sink;
         pcm.Start();
         ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
         stream.SetProgressSink(&sink);
         EXPECT_EQ(ReadAll(stream, features), plain);
-        EXPECT_THAT(sink.texts, ElementsAre("Calculating Spectral Mean...", "Recognizing..."));
-        EXPECT_THAT(sink.steps, ElementsAre(0u, 1000u, 2000u));
+        EXPECT_THAT(sink.phases, ElementsAre("Calculating Spectral Mean...", "Recognizing..."));
+        EXPECT_THAT(sink.calls, ElementsAre(Key(0u), Key(1000u), Key(2000u)));
     }
 }
 
 TEST(SpectralMean, CanBeCancelled) {
     analysis model;
     model.descriptor.flags = kCalcSpectralMean;
-    RecordingSink sink;
-    sink.cancelAfter = 1;
+    test::recording_sink sink(1);
     ScriptedPcmStream pcm(Speechlike(160 * 1500));
     CSpectralStream stream;
     ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
@@ -121,7 +108,7 @@ TEST(SpectralMean, CanBeCancelled) {
     std::vector<float> features(15);
     float energy = 0;
     EXPECT_EQ(stream.GetObservation(features.data(), &energy), kUserCancelled);
-    EXPECT_EQ(sink.steps.back(), 1000u);
+    EXPECT_EQ(sink.calls.back().first, 1000u);
 }
 
 } // namespace

@@ -15,7 +15,6 @@
 
 #include "features/analysed_speech.h"
 #include "features/scripted_pcm_stream.h"
-#include "features/stream_without_type_information.h"
 #include "support/signals.h"
 
 namespace tessarin {
@@ -110,22 +109,6 @@ TEST(SpectralStream, FindsNothingInSilence) {
     EXPECT_EQ(energy, 0.5f);
 }
 
-TEST(SpectralStream, ReadsPastTheEndAsSilence) {
-    analysis model;
-    const std::vector<float> audio = Speechlike(400);
-    std::vector<float> padded = audio;
-    padded.resize(16000, 0.0f);
-    ScriptedPcmStream pcm(audio);
-    ScriptedPcmStream longer(padded);
-    CSpectralStream stream;
-    CSpectralStream reference;
-    ASSERT_EQ(stream.Init2(&pcm, 1, &model.descriptor), kNoError);
-    ASSERT_EQ(reference.Init2(&longer, 1, &model.descriptor), kNoError);
-    EXPECT_EQ(stream.GetNumObservations(), 2u);
-    reference.SetMaxObservations(2);
-    EXPECT_EQ(ReadAll(stream, 15), ReadAll(reference, 15));
-}
-
 TEST(SpectralStream, GivesTheSameVectorsAfterARestart) {
     for (const int32_t features : {15, 16, 39}) {
         SCOPED_TRACE(features);
@@ -193,13 +176,6 @@ TEST(SpectralStream, ForgetsTheAudioBeforeARestart) {
     stream.Restart();
     EXPECT_EQ(ReadAll(stream, 15), loud);
     EXPECT_EQ(pcm.starts, 2) << "the mean is taken again";
-}
-
-TEST(SpectralStream, IsKnownFromAHostsOwnStream) {
-    CSpectralStream stream;
-    EXPECT_EQ(CSpectralStream::Find(&stream), &stream);
-    const std::unique_ptr<IObservationStream> foreign = test::MakeStreamWithoutTypeInformation();
-    EXPECT_EQ(CSpectralStream::Find(foreign.get()), nullptr);
 }
 
 TEST(SpectralStream, LeavesOutWhatIsNotAsked) {

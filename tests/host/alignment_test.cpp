@@ -1,67 +1,31 @@
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "host/host_without_type_information.h"
+#include "host/shipped_data.h"
 #include "tessarin/tessarin.h"
 
 namespace {
 
-namespace fs = std::filesystem;
 using tessarin::CSyncMarker;
-
-std::string Content(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-fs::path DemoFile(const char* extension) {
-    for (const auto& entry : fs::directory_iterator(TESSARIN_SOURCE_DIR "/data/demo")) {
-        if (entry.path().extension() == extension) {
-            return entry.path();
-        }
-    }
-    return {};
-}
-
-class CancelAtOnce : public tessarin::ProgressSink {
-public:
-    virtual ~CancelAtOnce() = default;
-    void SetStatus(const char*) override {}
-    bool OnProgress(uint32_t, uint32_t) override { return true; }
-};
 
 /// The shipped model and lexicon, and the demo recording with its text.
 class Alignment : public testing::Test {
 protected:
     void SetUp() override {
-        const std::string image = Content(TESSARIN_SOURCE_DIR "/data/en-us.model");
-        ASSERT_EQ(CreateAccHMM(image.data(), static_cast<uint32_t>(image.size()), nullptr, &model),
-                  0);
         ASSERT_EQ(CreateTranscriberFromLexiconFile(TESSARIN_SOURCE_DIR "/data/en-us.lexicon",
                                                    &transcriber),
                   0);
         ASSERT_EQ(CreateSyncResultsCollection(tessarin::kPostProcessScores, &results), 0);
         ASSERT_EQ(CreateTextBasedRecognizer(&recognizer), 0);
-        OpenStream();
-        text = Content(DemoFile(".txt"));
     }
 
     void TearDown() override {
         DestroyTextBasedRecognizer(recognizer);
         DestroySyncResultsCollection(results);
         DestroyTranscriber(transcriber);
-        DestroyObservationStream(stream);
-        DestroyAccHMM(model);
-    }
-
-    void OpenStream() {
-        DestroyObservationStream(stream);
-        ASSERT_EQ(CreateObservationStreamFromAudioFile(DemoFile(".wav").c_str(), model, &stream),
-                  0);
     }
 
     std::vector<std::string> Words() {
@@ -74,16 +38,20 @@ protected:
         return words;
     }
 
-    tessarin::CAccousticHMM* model = nullptr;
-    tessarin::IObservationStream* stream = nullptr;
+    const shipped_model shipped;
+    tessarin::CAccousticHMM* const model = shipped.model;
     tessarin::IVisemixTranscriber* transcriber = nullptr;
     tessarin::ISyncResultsCollection* results = nullptr;
     tessarin::ITextBasedPhnRecognizer* recognizer = nullptr;
-    std::string text;
 };
 
 TEST_F(Alignment, PutsEveryWordOfTheTextInOrder) {
+    tessarin::IObservationStream* stream = nullptr;
+    ASSERT_EQ(CreateObservationStreamFromAudioFile(TESSARIN_SOURCE_DIR "/data/demo/echo-test.wav",
+                                                   model, &stream),
+              0);
     const double duration = stream->GetNumObservations() * 10.0;
+    const std::string text = DataFile("demo/echo-test.txt");
     ASSERT_EQ(
         recognizer->RecognizePhonemes(stream, model, text.c_str(), transcriber, nullptr, results),
         0);
@@ -107,45 +75,29 @@ TEST_F(Alignment, PutsEveryWordOfTheTextInOrder) {
         }
     }
     EXPECT_NEAR(reached, duration, 60.0) << "the phonemes cover the recording";
+    DestroyObservationStream(stream);
 }
 
-TEST_F(Alignment, SecondRunOnAFreshStreamGivesTheSame) {
-    ASSERT_EQ(
-        recognizer->RecognizePhonemes(stream, model, text.c_str(), transcriber, nullptr, results),
-        0);
-    const std::vector<CSyncMarker> first(results->begin(), results->end());
-    std::vector<int32_t> times;
-    for (const CSyncMarker& marker : first) {
-        times.push_back(marker.start);
-    }
+TEST_F(Alignment, TakesAHostWithoutTypeInformation) {
+    const plain_host host = MakePlainHost();
+    tessarin::ITextlessPhnRecognizer* textless = nullptr;
+    ASSERT_EQ(CreateTextlessPhnRecognizer(&textless), 0);
+    const auto recognize = [&](tessarin::ISyncResultsCollection* found) {
+        return textless->RecognizePhonemes(host.stream.get(), model, host.progress.get(), found);
+    };
+    const auto align = [&](tessarin::ISyncResultsCollection* found) {
+        return recognizer->RecognizePhonemes(host.stream.get(), model, "Hello", transcriber,
+                                             host.progress.get(), found);
+    };
+    EXPECT_EQ(recognize(host.collection.get()), 2) << "only the library's own are written to";
+    EXPECT_EQ(align(host.collection.get()), 2);
+    EXPECT_EQ(recognize(results), 0);
+    EXPECT_GT(results->size(), 0);
     results->clear();
-    OpenStream();
-    ASSERT_EQ(recognizer->AlignTranscription(stream, model, transcriber, nullptr, results), 0);
-    std::vector<int32_t> again;
-    for (const CSyncMarker* m = results->begin(); m != results->end(); ++m) {
-        again.push_back(m->start);
-    }
-    EXPECT_EQ(again, times);
-}
-
-TEST_F(Alignment, ForeignTextIsReportedAndNothingHangs) {
-    std::string longText;
-    for (int i = 0; i < 300; ++i) {
-        longText += "completely different words that nobody said here ";
-    }
-    EXPECT_EQ(recognizer->RecognizePhonemes(stream, model, longText.c_str(), transcriber, nullptr,
-                                            results),
-              8);
-}
-
-TEST_F(Alignment, CancelsWithFive) {
-    CancelAtOnce cancel;
-    EXPECT_EQ(
-        recognizer->RecognizePhonemes(stream, model, text.c_str(), transcriber, &cancel, results),
-        5);
-    EXPECT_EQ(results->size(), 0);
-    DestroyObservationStream(stream); // before the sink, which it may still know
-    stream = nullptr;
+    EXPECT_EQ(align(results), 8) << "nobody says it";
+    EXPECT_GT(results->size(), 0);
+    EXPECT_EQ(AddNoiseGate(host.stream.get(), -30, 0, 10, 0, 0), 6);
+    DestroyTextlessPhnRecognizer(textless);
 }
 
 } // namespace

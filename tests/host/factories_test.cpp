@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host/shipped_data.h"
 #include "tessarin/tessarin.h"
 
 namespace {
@@ -13,6 +14,7 @@ TEST(Factories, DestroyersTakeNull) {
     DestroySyncResultsCollection(nullptr);
     DestroyTextBasedRecognizer(nullptr);
     DestroyTranscriber(nullptr);
+    DestroyLexiconEditor(nullptr);
     DestroyPhonemeArticulator(nullptr);
     SUCCEED();
 }
@@ -41,6 +43,18 @@ TEST(Factories, ObservationStreamNeedsAModel) {
     auto* stream = reinterpret_cast<tessarin::IObservationStream*>(1);
     EXPECT_EQ(CreateObservationStreamFromAudioFile("x.wav", nullptr, &stream), 2);
     EXPECT_EQ(stream, nullptr);
+}
+
+TEST(Factories, CommandControllersNeedAModel) {
+    const shipped_model shipped;
+    auto* controller = reinterpret_cast<tessarin::IQuibCmdCtrl*>(1);
+    EXPECT_EQ(CreateQuibCmdCtrl(nullptr, shipped.model, 0.0f, nullptr), 1);
+    EXPECT_EQ(CreateQuibCmdCtrl(nullptr, nullptr, 0.0f, &controller), 2);
+    EXPECT_EQ(controller, nullptr);
+    auto* acoustic = reinterpret_cast<tessarin::IQuibAcousticCmdCtrl*>(1);
+    EXPECT_EQ(CreateQuibAcousticCmdCtrl(nullptr, shipped.model, 0.0f, nullptr), 1);
+    EXPECT_EQ(CreateQuibAcousticCmdCtrl(nullptr, nullptr, 0.0f, &acoustic), 2);
+    EXPECT_EQ(acoustic, nullptr);
 }
 
 TEST(Factories, TranscriberSpeaksWithoutALexicon) {

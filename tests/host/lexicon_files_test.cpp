@@ -49,21 +49,6 @@ TEST(LexiconFiles, TellHowOtherWordsAreSaid) {
     DestroyTranscriber(transcriber);
 }
 
-TEST(LexiconFiles, EditorsChangeWhatTheTranscriberSays) {
-    tessarin::ILexiconEditor* editor = nullptr;
-    ASSERT_EQ(CreateLexiconEditor(kLexicon, &editor), 0);
-    tessarin::IVisemixTranscriber* transcriber = editor->GetTranscriber();
-    editor->AddRecord("tessarin", "tEHsAHrIHn");
-    transcriber->Transcribe("Tessarin");
-    uint32_t count = 0;
-    const tessarin::CTxMarker* markers = transcriber->GetOutputMarkers(&count);
-    ASSERT_EQ(count, 1u);
-    EXPECT_STREQ(markers[0].groups[0].alternatives[0], "tEHsAHrIHn");
-    DestroyTranscriber(transcriber);
-    DestroyLexiconEditor(editor);
-    DestroyLexiconEditor(nullptr);
-}
-
 TEST(LexiconFiles, FailuresLeaveTheOutputNull) {
     auto* transcriber = reinterpret_cast<tessarin::IVisemixTranscriber*>(1);
     EXPECT_EQ(CreateTranscriberFromLexicon("TCIX", 4, &transcriber), 12);

@@ -61,29 +61,4 @@ TEST(RealtimeRecognition, HearsTheDemoRecordingAsItComes) {
     DestroyRealtimePhnRecognizer(recognizer);
 }
 
-TEST(NoiseGate, TakesStreamsThatTheLibraryMade) {
-    const shipped_model shipped;
-    EXPECT_EQ(AddNoiseGate(nullptr, -30, 0, 10, 0, 0), 6);
-    const auto silentFrames = [&](bool gated) {
-        tessarin::IObservationStream* stream = nullptr;
-        EXPECT_EQ(CreateObservationStreamFromAudioFile(
-                      TESSARIN_SOURCE_DIR "/data/demo/echo-test.wav", shipped.model, &stream),
-                  0);
-        if (gated) {
-            EXPECT_EQ(AddNoiseGate(stream, -35, 0, 10, 0, 0), 0);
-        }
-        stream->SetProcessingFlags(2);
-        float features[64];
-        float energy = 0;
-        int silent = 0;
-        for (uint32_t i = 0; i < stream->GetNumObservations(); ++i) {
-            EXPECT_EQ(stream->GetObservation(features, &energy), 0);
-            silent += energy < 1 ? 1 : 0;
-        }
-        DestroyObservationStream(stream);
-        return silent;
-    };
-    EXPECT_GT(silentFrames(true), silentFrames(false) + 50);
-}
-
 } // namespace

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <new>
 #include <span>
 #include <sstream>
 
@@ -122,6 +123,47 @@ TEST_F(LanguageConstraints, RefusesTablesOfMorePhonemesThanAnyLanguageHasAndLeav
     EXPECT_TRUE(model->trigrams.empty());
     EXPECT_TRUE(model->bigrams.empty());
     EXPECT_TRUE(model->unigrams.empty());
+}
+
+/// A text whose source fails after its last character: a disk, or memory for more of it.
+template <class Failure> class failing_text : public std::stringbuf {
+public:
+    using std::stringbuf::stringbuf;
+
+protected:
+    int_type underflow() override {
+        const int_type next = std::stringbuf::underflow();
+        return next != traits_type::eof() ? next : throw Failure("the source failed");
+    }
+};
+
+struct no_memory : std::bad_alloc {
+    explicit no_memory(const char*) {}
+};
+
+TEST_F(LanguageConstraints, ATextThatFailsInTheMiddleLeavesNothingInForce) {
+    for (const char* const text : {"", "x 1 xs", "x 90 s 9", "x 90 s 90 "}) {
+        SCOPED_TRACE(text);
+        for (const bool starves : {false, true}) {
+            ReadStatistics("x 1", true);
+            ASSERT_TRUE(ReadLimits("x 90"));
+            const auto reads = [&](auto&& read) {
+                failing_text<std::ios_base::failure> disk(text);
+                failing_text<no_memory> memory(text);
+                std::istream stream(starves ? static_cast<std::streambuf*>(&memory) : &disk);
+                if (starves) {
+                    EXPECT_THROW((void)read(stream), std::bad_alloc);
+                    return false;
+                }
+                return read(stream);
+            };
+            EXPECT_FALSE(reads([&](std::istream& s) { return model->ReadTrigrams(s, true); }));
+            EXPECT_FALSE(reads([&](std::istream& s) { return model->ReadConstraints(s); }));
+            EXPECT_TRUE(model->trigrams.empty());
+            EXPECT_TRUE(model->unigrams.empty());
+            EXPECT_EQ(model->GetPhoneLimitMs("x"), -1);
+        }
+    }
 }
 
 } // namespace

@@ -14,8 +14,8 @@
 #include "base/quib_allocator.h"
 #include "model/accoustic_hmm.h"
 #include "recognition/graph/state_rec.h"
+#include "support/recording_sink.h"
 #include "tessarin/observation_stream.h"
-#include "tessarin/progress_sink.h"
 #include "tessarin/transcriber.h"
 
 namespace tessarin::test {
@@ -127,20 +127,6 @@ public:
     size_t slowAt = SIZE_MAX;
     error_code failure = kFileNotFound;
     int readsBehindEnd = 0;
-};
-
-/// Remembers its calls, and cancels at one of them.
-class recording_sink final : public ProgressSink {
-public:
-    explicit recording_sink(size_t cancelledCall = SIZE_MAX) : cancelAt(cancelledCall) {}
-    void SetStatus(const char*) override {}
-    bool OnProgress(uint32_t done, uint32_t total) override {
-        calls.emplace_back(done, total);
-        return calls.size() > cancelAt;
-    }
-
-    std::vector<std::pair<uint32_t, uint32_t>> calls;
-    size_t cancelAt;
 };
 
 /// A graph put together by hand.

@@ -61,35 +61,5 @@ TEST(HypothesisTree, CompactingMovesAsManyBytesAsHypotheses) {
     EXPECT_EQ(tree.GetCount(), 0);
 }
 
-TEST(HypothesisTree, DroppingDeadEndsKeepsEveryLivePath) {
-    // Phones 1 and 2 begin; from 1 come 3 and the dead end 4; 3 and its child 5 are live.
-    CHmmHypothesisTree tree(8);
-    ASSERT_TRUE(tree.AddRoot(2, 0.2, 0));
-    ASSERT_TRUE(tree.AddRoot(1, 0.1, 0));
-    ASSERT_TRUE(tree.AddChild(tree[1], 1, 4, 0.4, 0));
-    ASSERT_TRUE(tree.AddChild(tree[1], 1, 3, 0.3, 0));
-    ASSERT_TRUE(tree.AddChild(tree[3], 3, 3, 0.35, 1));
-    ASSERT_TRUE(tree.AddChild(tree[3], 3, 5, 0.5, 0));
-    tree.SetFirstLive(4);
-    EXPECT_EQ(tree.DropDeadEnds(), 2);
-    ASSERT_EQ(tree.GetCount(), 4);
-    const uint16_t phones[] = {1, 3, 3, 5};
-    const int32_t parents[] = {-1, 0, 1, 1};
-    const int32_t ended[] = {-1, 0, 0, 1};
-    const double scores[] = {0.1, 0.3, 0.35, 0.5};
-    for (int32_t i = 0; i < 4; ++i) {
-        SCOPED_TRACE(i);
-        EXPECT_EQ(tree[i].phone, phones[i]);
-        EXPECT_EQ(tree[i].parent, parents[i]);
-        EXPECT_EQ(tree[i].ended, ended[i]);
-        EXPECT_EQ(tree[i].score, scores[i]);
-    }
-    EXPECT_EQ(tree.DropDeadEnds(), 0);
-
-    tree.SetFirstLive(4); // nothing is live
-    EXPECT_EQ(tree.DropDeadEnds(), 4);
-    EXPECT_EQ(tree.GetCount(), 0);
-}
-
 } // namespace
 } // namespace tessarin::test

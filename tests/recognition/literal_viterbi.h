@@ -167,7 +167,8 @@ inline literal_result LiteralViterbi(uint32_t beam, bool slideOnLoss, const CAcc
     }
     result.path[last] = static_cast<uint32_t>(e);
     for (int64_t t = last - 1; t >= 0; --t) {
-        result.path[t] = static_cast<uint32_t>(entered(t + 1, result.path[t + 1]));
+        const uint32_t next = result.path[t + 1];
+        result.path[t] = std::min(next, static_cast<uint32_t>(entered(t + 1, next)));
     }
     return result;
 }

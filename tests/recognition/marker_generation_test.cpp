@@ -5,6 +5,8 @@
 
 #include <cstdlib>
 
+#include "features/analysed_speech.h"
+#include "features/scripted_pcm_stream.h"
 #include "fixtures.h"
 #include "recognition/acc_phn_viterbi.h"
 
@@ -170,6 +172,31 @@ TEST_F(GeneratedMarkers, ComeFromWhicheverSearchTheRecognizerHas) {
     search.code = kRecognitionFailed;
     EXPECT_EQ(align(search, 0), kRecognitionFailed);
     EXPECT_EQ(results.GetSize(), 2);
+}
+
+TEST_F(GeneratedMarkers, LeaveTheSinkOnTheStreamAfterOtherCodesThanZeroAndEight) {
+    ScriptedPcmStream pcm(Speechlike(8000));
+    analysis mean;
+    mean.descriptor.flags |= kCalcSpectralMean;
+    for (const error_code code :
+         {kNoError, kRecognitionFailed, kUserCancelled, kFileNotFound, kNotAvailable}) {
+        SCOPED_TRACE(code);
+        CSpectralStream spectral;
+        ASSERT_EQ(spectral.Init2(&pcm, 1, &mean.descriptor), kNoError);
+        recording_sink sink;
+        scripted_search search;
+        search.code = code;
+        TArray<float> energies;
+        EXPECT_EQ(search.GenerateAlignment(*model, spectral, nullptr, 0, {0}, {}, &sink, false,
+                                           results, energies),
+                  code);
+        EXPECT_TRUE(sink.phases.empty()); // the search has read nothing
+        std::vector<float> features(kObservationScratch);
+        float energy = 0.0f;
+        EXPECT_EQ(spectral.GetObservation(features.data(), &energy), kNoError);
+        EXPECT_EQ(sink.phases.size(), code == kNoError || code == kRecognitionFailed ? 0u : 2u);
+        spectral.SetSource(nullptr);
+    }
 }
 
 } // namespace

@@ -8,6 +8,8 @@
 #include "features/scripted_pcm_stream.h"
 #include "fixtures.h"
 #include "recognition/free/free_viterbi.h"
+#include "recognition/live/heard_frames.h"
+#include "recognition/live/live_search.h"
 #include "recognition/textbased_phn_recognizer.h"
 #include "recognition/textless_phn_recognizer.h"
 #include "recognition/trellis/trellis_viterbi.h"
@@ -49,6 +51,11 @@ TEST(ObservationSource, RefusesWiderObservationsThanTheModelsInEverySearch) {
     EXPECT_EQ(TrellisViterbi({0, 0, 0, 0.0, file}, *model, logs, {0}, stream, nullptr, &path,
                              energies, nullptr),
               kInvalidArgument);
+
+    CCritSection lock;
+    heard_frames heard(lock);
+    live_search live(stream, 3, {*model, AllTransitions(*model)}, heard);
+    EXPECT_EQ(live.Open(), kInvalidArgument);
     EXPECT_FALSE(stream.HasStarted());
 }
 

@@ -1,5 +1,6 @@
 #include "recognition/sentences/sentence_viterbi.h"
 
+#include <chrono>
 #include <cmath>
 #include <string>
 #include <thread>
@@ -7,13 +8,16 @@
 
 #include <gmock/gmock.h>
 
+#include "features/test_descriptors.h"
 #include "fixtures.h"
 #include "literal_sentence_search.h"
 #include "recognition/graph/forward_graph.h"
 #include "recognition/graph/phone_durations.h"
 #include "recognition/graph/state_graph.h"
+#include "recognition/live/realtime_phn_recognizer.h"
 #include "recognition/textbased_phn_recognizer.h"
 #include "recognition/textless_phn_recognizer.h"
+#include "recognition/trellis/trellis_viterbi.h"
 #include "results/concrete_sync_marker_collection.h"
 #include "support/signals.h"
 
@@ -138,9 +142,10 @@ TEST_F(Sentences, BeginWithACutBeforeTheAudio) {
     EXPECT_LE(results[0].end, 540);
 }
 
-TEST_F(Sentences, AreSearchedByTwoThreadsInOneModel) {
+TEST_F(Sentences, AreSearchedInOneModelByTwoThreadsAsIsAllElse) {
     AddSentences(transcriber, {{"sAA", "t"}});
     Speak({0, 3, 2, 6, 0, 0}, 3);
+    SetMelBands(model->descriptor, 24);
     const auto run = [this](int32_t& starts) {
         list_stream mine = stream;
         list_stream free = stream;
@@ -158,6 +163,26 @@ TEST_F(Sentences, AreSearchedByTwoThreadsInOneModel) {
         EXPECT_TRUE(aligned == kNoError || aligned == kRecognitionFailed);
         CTextlessPhnRecognizer textless;
         EXPECT_EQ(textless.RecognizePhonemes(&free, model.get(), nullptr, &found), kNoError);
+
+        mine.next = 0;
+        hand_graph graph;
+        graph.AddChain({0, 3, 2, 6, 0, 0});
+        const log_state_graph logs = log_state_graph::FromProbabilities(graph.records.data(), 18);
+        TArray<uint32_t> path;
+        TArray<float> energies;
+        const std::string file;
+        EXPECT_EQ(TrellisViterbi({500, 500, 0, 0.0, file}, *model, logs, {0}, mine, nullptr, &path,
+                                 energies, nullptr),
+                  kNoError);
+
+        CRealtimePhnRecognizer live;
+        ASSERT_EQ(live.Init(16000, 16, 1, 0.0, model.get()), kNoError);
+        ASSERT_EQ(live.Start(), kNoError);
+        const std::vector<int16_t> silence(8000);
+        ASSERT_EQ(live.WriteBytes(silence.data(), 16000), kNoError);
+        while (!live.FlushResults(&found, 100)) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
     };
     int32_t first = 0;
     int32_t second = 0;

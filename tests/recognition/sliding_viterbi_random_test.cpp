@@ -165,19 +165,20 @@ TEST(SlidingViterbi, FindsTheBestOfAllPaths) {
 }
 
 TEST(SlidingViterbi, PathsNeverRunBackward) {
-    for (uint32_t seed = 0; seed < 500; ++seed) {
+    int lost = 0;
+    for (uint32_t seed = 0; seed < 3000; ++seed) {
         SCOPED_TRACE(seed);
         random_case each(seed);
         search_run run;
         Search(run, each.options, *each.model, each.graph, each.stream, each.startStates);
         EXPECT_TRUE(run.code == kNoError || run.code == kRecognitionFailed);
-        if (run.code == kNoError) {
-            EXPECT_TRUE(std::is_sorted(run.path.begin(), run.path.end()));
+        EXPECT_TRUE(std::is_sorted(run.path.begin(), run.path.end()));
+        if (!run.path.empty()) {
+            EXPECT_LT(run.path.back(), each.graph.records.size());
         }
-        for (const uint32_t state : run.path) {
-            ASSERT_LT(state, each.graph.records.size());
-        }
+        lost += run.code == kRecognitionFailed && !run.path.empty();
     }
+    EXPECT_GT(lost, 300);
 }
 
 } // namespace

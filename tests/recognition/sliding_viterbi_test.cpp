@@ -22,18 +22,6 @@ protected:
     search_run run;
 };
 
-TEST_F(ThreePhones, FollowTheLikelyStates) {
-    for (const size_t state : {3u, 3u, 4u, 5u, 5u, 6u, 7u, 8u}) {
-        stream.AddOnly(state, 9, 1, static_cast<float>(state));
-    }
-    Search(run, {500, false}, *model, graph, stream);
-    EXPECT_EQ(run.code, kNoError);
-    EXPECT_THAT(run.path, ElementsAre(0, 0, 1, 2, 2, 3, 4, 5));
-    EXPECT_EQ(run.score, 1.0);
-    EXPECT_THAT(std::vector<float>(run.energies.begin(), run.energies.end()),
-                ElementsAre(3, 3, 4, 5, 5, 6, 7, 8));
-}
-
 TEST_F(ThreePhones, AreScoredAtTheStartByTheirPhonesFirstState) {
     stream.AddOnly(3, 9, 1); // only the first state of AA is likely
     stream.AddOnly(5, 9, 1);
@@ -55,15 +43,6 @@ TEST_F(ThreePhones, EndInThePredecessorOfTheBestWhenTheChainIsNotFinished) {
     EXPECT_THAT(run.path, ElementsAre(0, 1, 2, 2));
 }
 
-TEST_F(ThreePhones, TakeTheLastOfEqualScoresWhenTheChainIsNotFinished) {
-    stream.AddOnly(3, 9, 1, 0, 1.0);
-    stream.AddOnly(3, 9, 1, 0, 1.0);
-    stream.AddOnly(3, 9, 1, 0, 1.0); // 0 0 0 and 0 0 1 and 0 1 1 and 0 1 2 are all the same
-    Search(run, {500, false}, *model, graph, stream);
-    EXPECT_EQ(run.code, kRecognitionFailed);
-    EXPECT_THAT(run.path, ElementsAre(0, 0, 1));
-}
-
 TEST_F(ThreePhones, GiveUpTheLastTwoObservationsWhenThePathIsLost) {
     for (const size_t state : {3u, 4u, 5u, 6u, 7u, 7u}) {
         stream.AddOnly(state, 9, 1);
@@ -76,18 +55,6 @@ TEST_F(ThreePhones, GiveUpTheLastTwoObservationsWhenThePathIsLost) {
     EXPECT_THAT(std::vector<uint32_t>(run.path.begin(), run.path.begin() + 4),
                 Each(testing::Le(5u)));
     EXPECT_EQ(stream.next, 7u);
-}
-
-TEST_F(ThreePhones, HaveNoPathWhenLostAtOnce) {
-    stream.AddOnly(3, 9, 1);
-    stream.Add(std::vector<double>(9, 0.0));
-    stream.AddOnly(3, 9, 3);
-    for (const bool slide : {false, true}) {
-        stream.next = 0;
-        Search(run, {500, slide}, *model, graph, stream);
-        EXPECT_EQ(run.code, kRecognitionFailed);
-        EXPECT_TRUE(run.path.empty());
-    }
 }
 
 TEST_F(ThreePhones, ReachNoEndInOneObservation) {
@@ -149,63 +116,6 @@ TEST_F(ThreePhones, LetTheHostEndASearchThatStaysLost) {
     EXPECT_THAT(sink.calls, Each(Pair(100, 102)));
 }
 
-TEST(SlidingViterbi, SlidesPastWhatItCannotReach) {
-    // A window of 6 states over 4 phones: states 0 to 2 die, and a sliding window finds its way on
-    // only where live states stay inside.
-    const auto model = MakeLikelihoodModel({"x", "AA", "s"});
-    hand_graph graph;
-    graph.AddChain({1, 2, 1, 2});
-    graph.Add(1, 0, {{4, 0.5f}, {12, 0.5f}});
-    graph.Add(1, 1, {{12, 0.5f}, {13, 0.5f}});
-    graph.Add(1, 2, {{13, 0.5f}, {14, 0.5f}});
-    list_stream stream;
-    stream.AddOnly(3, 9, 1, 0, 0.1);
-    stream.AddOnly(4, 9, 1, 0, 0.1);
-    for (const size_t state : {5u, 6u, 7u, 3u, 3u, 4u, 5u}) {
-        stream.AddOnly(state, 9, 1);
-    }
-    search_run run;
-    Search(run, {6, false}, *model, graph, stream);
-    EXPECT_EQ(run.code, kRecognitionFailed);
-    stream.next = 0;
-    search_run sliding;
-    Search(sliding, {16, true}, *model, graph, stream);
-    EXPECT_EQ(sliding.code, kNoError);
-    EXPECT_EQ(sliding.path.back(), 14u);
-}
-
-TEST(SlidingViterbi, PrefersTheEarliestArcOfEquals) {
-    const auto model = MakeLikelihoodModel({"x", "AA", "s"});
-    for (const bool silenceFirst : {false, true}) {
-        SCOPED_TRACE(silenceFirst);
-        hand_graph graph;
-        graph.AddChain({1, 1});
-        graph.records[3] = graph.records[0]; // two equal branches, both started
-        std::vector<state_arc> arcs = {{6, 0.5f}, {2, 0.25f}, {5, 0.25f}};
-        if (silenceFirst) {
-            std::swap(arcs[1], arcs[2]);
-        }
-        hand_graph branches;
-        for (uint32_t base : {0u, 3u}) {
-            branches.Add(1, 0, {{base, 0.5f}});
-            branches.Add(1, 1, {{base, 0.5f}, {base + 1, 0.5f}});
-            branches.Add(1, 2, {{base + 1, 0.5f}, {base + 2, 0.5f}});
-        }
-        branches.Add(2, 0, arcs);
-        branches.Add(2, 1, {{6, 0.5f}, {7, 0.5f}});
-        branches.Add(2, 2, {{7, 0.5f}, {8, 0.5f}});
-        list_stream stream;
-        for (const size_t state : {3u, 4u, 5u, 6u, 7u, 8u}) {
-            stream.AddOnly(state, 9, 1);
-        }
-        search_run run;
-        Search(run, {500, false}, *model, branches, stream, {0, 3});
-        EXPECT_EQ(run.code, kNoError);
-        const uint32_t base = silenceFirst ? 3 : 0;
-        EXPECT_THAT(run.path, ElementsAre(base, base + 1, base + 2, 6, 7, 8));
-    }
-}
-
 TEST(SlidingViterbi, FollowsArcsBeyondTheFirstHundreds) {
     // The last of 400 ways into the final phone is the only likely one.
     const auto model = MakeLikelihoodModel({"x", "AA", "s"});
@@ -232,44 +142,6 @@ TEST(SlidingViterbi, FollowsArcsBeyondTheFirstHundreds) {
     Search(run, {8000, false}, *model, graph, stream, starts);
     EXPECT_EQ(run.code, kNoError);
     EXPECT_THAT(run.path, ElementsAre(1197, 1198, 1199, 1200, 1201, 1202));
-}
-
-TEST(SlidingViterbi, EndsInTheLastWordRatherThanInAWorseSilence) {
-    const auto model = MakeLikelihoodModel({"x", "AA", "s"});
-    hand_graph graph;
-    graph.AddChain({1, 0});
-    list_stream stream;
-    for (const size_t state : {3u, 4u, 5u, 5u, 5u}) {
-        stream.AddOnly(state, 9, 1, 0, 0.01);
-    }
-    stream.AddOnly(5, 9, 1, 0, 0.01);
-    search_run run;
-    Search(run, {500, false}, *model, graph, stream);
-    EXPECT_EQ(run.code, kNoError);
-    EXPECT_THAT(run.path, ElementsAre(0, 1, 2, 2, 2, 2));
-    EXPECT_EQ(run.score, 1.0);
-}
-
-TEST(SlidingViterbi, PaysOnlyForSelfLoopsPastTheLimit) {
-    // With a limit of 3 a state is left rather than stayed in, even for an unlikely one.
-    const auto model = MakeLikelihoodModel({"x", "AA", "s"});
-    hand_graph graph;
-    graph.AddChain({1, 2});
-    list_stream stream;
-    stream.AddOnly(3, 9, 8, 0, 1e-4);
-    for (const size_t state : {4u, 5u, 6u, 7u, 8u}) {
-        stream.AddOnly(state, 9, 1, 0, 1e-4);
-    }
-    search_run unlimited;
-    Search(unlimited, {500, false}, *model, graph, stream);
-    EXPECT_EQ(std::count(unlimited.path.begin(), unlimited.path.end(), 0u), 8);
-
-    model->constraints = {0, 3, 0};
-    stream.next = 0;
-    search_run limited;
-    Search(limited, {500, false}, *model, graph, stream);
-    EXPECT_EQ(limited.code, kNoError);
-    EXPECT_LT(std::count(limited.path.begin(), limited.path.end(), 0u), 8);
 }
 
 } // namespace

@@ -254,19 +254,8 @@ TEST_F(Aligner, RetrySlidesPastAPronunciationThatWasNotSpoken) {
 }
 
 TEST_F(Aligner, RefusesWhatItCannotUse) {
-    class foreign_collection : public ISyncResultsCollection {
-        void set_flags(uint32_t) override {}
-        uint32_t get_flags() override { return 0; }
-        int32_t size() override { return 0; }
-        CSyncMarker* begin() override { return nullptr; }
-        CSyncMarker* end() override { return nullptr; }
-        void clear() override {}
-        void add_marker(const CSyncMarker&) override {}
-    } foreign;
     CAccousticHMM* const hmm = model.get();
     EXPECT_EQ(recognizer.RecognizePhonemes(&stream, hmm, "a", &transcriber, nullptr, nullptr),
-              kInvalidArgument);
-    EXPECT_EQ(recognizer.RecognizePhonemes(&stream, hmm, "a", &transcriber, nullptr, &foreign),
               kInvalidArgument);
     EXPECT_EQ(recognizer.RecognizePhonemes(&stream, hmm, "a", nullptr, nullptr, &results),
               kInvalidArgument);

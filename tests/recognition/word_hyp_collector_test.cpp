@@ -108,22 +108,6 @@ TEST(ChooseHypotheses, AgreesWithTryingAllChains) {
     }
 }
 
-// Kept: two places must have more than one observation between them.
-TEST(ChooseHypotheses, WantsAGapOfTwo) {
-    for (const uint32_t gap : {0u, 1u, 2u}) {
-        SCOPED_TRACE(gap);
-        std::vector<WordHypCollector> both;
-        both.reserve(2);
-        both.emplace_back(0, nullptr);
-        both.emplace_back(1, &both[0]);
-        both[0].Add(Place(20, 1.0));
-        both[1].Add(Place(30 + gap, 1.0));
-        std::vector<full_word_hypothesis> chosen;
-        EXPECT_EQ(ChooseHypotheses(both, nullptr, chosen), kNoError);
-        EXPECT_EQ(chosen.size(), gap == 2 ? 2u : 1u);
-    }
-}
-
 TEST(ChooseHypotheses, ReportsAndCanBeCancelled) {
     std::vector<WordHypCollector> none(3, WordHypCollector(0, nullptr));
     std::vector<full_word_hypothesis> chosen;

@@ -1,15 +1,10 @@
 #include "text/lexicon/cm_dict.h"
 
-#include "base/whole_file.h"
-#include "text/lexicon/lexicon_file.h"
-#include "text/transcriber.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cctype>
-#include <map>
 #include <random>
 #include <string>
 #include <vector>
@@ -63,14 +58,6 @@ TEST(LexiconText, Parts) {
     EXPECT_THAT(Variants(*dict, "\xC4"), ElementsAre("EH"));
     EXPECT_THAT(Variants(*dict, "\xE4"), IsEmpty()) << "only ASCII letters have no case";
     EXPECT_THAT(Variants(*dict, "last"), IsEmpty());
-}
-
-TEST(LexiconText, OnlyLettersFoldCase) {
-    const auto dict = Dict("A@[`{Z=k\n");
-    EXPECT_THAT(Variants(*dict, "a@[`{z"), ElementsAre("k"));
-    for (const char* other : {"A`[`{Z", "A@{`{Z", "A@[@{Z", "A@[`[Z", "\xC1@[`{Z"}) {
-        EXPECT_THAT(Variants(*dict, other), IsEmpty()) << other;
-    }
 }
 
 TEST(LexiconText, MayBeMissing) {
@@ -145,7 +132,7 @@ TEST(LexiconIndex, AgreesWithALinearScan) {
     };
     for (int round = 0; round < 300; ++round) {
         linear_lexicon plain;
-        for (size_t count = random() % 60; count > 0; --count) {
+        for (size_t count = round == 0 ? 8000 : random() % 60; count > 0; --count) {
             plain.entries.emplace_back(randomWord(), std::to_string(count));
         }
         const auto dict = Dict(plain.Text());
@@ -162,64 +149,6 @@ TEST(LexiconIndex, AgreesWithALinearScan) {
             }
         }
     }
-}
-
-/// The lexicon that the project ships, and where each of its words is found by reading it once.
-struct shipped_lexicon {
-    counted_ptr<CTranscriber> transcriber;
-    CCmDict* dict = nullptr;
-    std::map<std::string, size_t> firstEntries;
-
-    shipped_lexicon() {
-        uint32_t size = 0;
-        const auto file = ReadWholeFile(TESSARIN_SOURCE_DIR "/data/en-us.lexicon", &size, false);
-        EXPECT_EQ(LoadTranscriberAndDict(file.get(), size, transcriber, dict), 0);
-        for (size_t number = 0; number < dict->GetEntries().size(); ++number) {
-            firstEntries.try_emplace(Folded(WordOf(dict->GetEntries()[number])), number);
-        }
-    }
-    static std::string Folded(std::string_view word) {
-        return linear_lexicon::Folded(std::string(word));
-    }
-
-    /// Whether look-up and reading agree on all that a word has.
-    bool Agrees(std::string_view word) const {
-        const auto entries = dict->GetEntries();
-        const auto known = firstEntries.find(Folded(word));
-        size_t number = known != firstEntries.end() ? known->second : entries.size();
-        CPronunciationRec found;
-        for (int32_t index = 0;; ++index, ++number) {
-            const bool isThere =
-                number < entries.size() && Folded(WordOf(entries[number])) == Folded(word);
-            if (dict->GetPronunciation(word.data(), static_cast<uint16_t>(word.size()), index,
-                                       &found) != isThere) {
-                return false;
-            }
-            if (!isThere) {
-                return true;
-            }
-            if (found.word != entries[number].word) {
-                return false;
-            }
-        }
-    }
-};
-
-TEST(LexiconIndex, FindsEveryWordOfTheShippedLexiconWhereItStandsAndNoOther) {
-    const shipped_lexicon lexicon;
-    ASSERT_GT(lexicon.dict->GetEntries().size(), 130000u);
-    size_t numUnknown = 0;
-    for (const CPronunciationRec& entry : lexicon.dict->GetEntries()) {
-        const std::string_view word = WordOf(entry);
-        const std::string longer = std::string(word) + "'";
-        ASSERT_TRUE(lexicon.Agrees(word)) << word;
-        ASSERT_TRUE(lexicon.Agrees(shipped_lexicon::Folded(word))) << word;
-        for (const std::string_view other : {word.substr(1), std::string_view(longer)}) {
-            ASSERT_TRUE(lexicon.Agrees(other)) << other;
-            numUnknown += lexicon.firstEntries.contains(shipped_lexicon::Folded(other)) ? 0 : 1;
-        }
-    }
-    EXPECT_GT(numUnknown, 100000u);
 }
 
 } // namespace

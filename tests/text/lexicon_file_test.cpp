@@ -202,12 +202,6 @@ TEST(LexiconFile, RefusesACutAtEveryByte) {
     }
 }
 
-TEST(LexiconFile, RefusesALanguageOfANewerVersion) {
-    lexicon_image image;
-    image.section[4] = 5;
-    EXPECT_EQ(CodeOfBad(image.Take()), 21);
-}
-
 TEST(BinaryLexicon, RefusesSizesOffsetsAndCountsThatLie) {
     const lexicon_image image;
     const bytes lexicon = image.Lexicon();

@@ -9,6 +9,7 @@
 #include <clocale>
 #include <random>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -162,79 +163,28 @@ TEST(Transcriber, TracesItsOperations) {
         transcriber->GetInputChar(0);
     });
     const std::set<std::string> entered(lines.begin(), lines.end());
-    for (const char* operation : {"setTranscriberInfo",
-                                  "SetSpeakDict",
-                                  "Transcribe",
-                                  "SetInput",
-                                  "Translate",
-                                  "convert_word",
-                                  "convert_abbreviation",
-                                  "TranscribeWord",
-                                  "LookupWord",
-                                  "CheckPronunciationXML",
-                                  "CheckCutMarkerXML",
-                                  "CheckPauseXML",
-                                  "CheckSoundXML",
-                                  "convert_ascii",
-                                  "SpeakAsciiChar",
-                                  "convert_number",
-                                  "SpeakOrdinal",
-                                  "convert_money",
-                                  "SpeakCardinal",
-                                  "convert_email",
-                                  "convert_web",
-                                  "convert_url",
-                                  "SpellWord",
-                                  "getTranscriberInfo",
-                                  "GetOutputMarkers",
-                                  "GetTranscription",
-                                  "GenerateTimedMarkers",
-                                  "GetInfoString",
-                                  "GetInputChar",
-                                  "Release"}) {
-        EXPECT_TRUE(entered.contains(std::string("Enter: CTranscriber::") + operation))
-            << operation;
+    std::istringstream operations(
+        "setTranscriberInfo SetSpeakDict Transcribe SetInput Translate convert_word "
+        "convert_abbreviation TranscribeWord LookupWord CheckPronunciationXML "
+        "CheckCutMarkerXML CheckPauseXML CheckSoundXML convert_ascii SpeakAsciiChar "
+        "convert_number SpeakOrdinal convert_money SpeakCardinal convert_email "
+        "convert_web convert_url SpellWord getTranscriberInfo GetOutputMarkers "
+        "GetTranscription GenerateTimedMarkers GetInfoString GetInputChar Release");
+    for (std::string operation; operations >> operation;) {
+        EXPECT_TRUE(entered.contains("Enter: CTranscriber::" + operation)) << operation;
     }
 }
 
 TEST(Transcriber, TokensOfAnyTextAreInOrder) {
     std::mt19937 random(4);
-    const std::vector<std::string> pieces = {"<",
-                                             ">",
-                                             "cut",
-                                             "pron",
-                                             "aux",
-                                             "pause",
-                                             "laugh",
-                                             "<pron a=\"red\">",
-                                             "<cut ms=\"12\">",
-                                             "<auto-breath-detection>",
-                                             "{",
-                                             "}",
-                                             "[",
-                                             "]",
-                                             "http://",
-                                             "www",
-                                             "@",
-                                             ".",
-                                             "$",
-                                             "1",
-                                             "0",
-                                             "99",
-                                             ",",
-                                             "st",
-                                             "th",
-                                             "'",
-                                             "\"",
-                                             "a",
-                                             "bc",
-                                             "U.S.",
-                                             "Mr.",
-                                             " ",
-                                             "\n",
-                                             "-",
-                                             "%",
-                                             "="};
+    std::vector<std::string> pieces;
+    std::istringstream list(
+        "<;>;cut;pron;aux;pause;laugh;<pron a=\"red\">;<cut ms=\"12\">;"
+        "<auto-breath-detection>;{;};[;];http://;www;@;.;$;1;0;99;,;st;th;';\";a;bc;U.S.;"
+        "Mr.; ;\n;-;%;=;");
+    for (std::string piece; std::getline(list, piece, ';');) {
+        pieces.push_back(piece);
+    }
     const auto transcriber = EnglishTranscriber("RED=rEHd\nA=AH\nA=EY\n");
     testing::internal::CaptureStderr();
     for (int round = 0; round < 3000; ++round) {

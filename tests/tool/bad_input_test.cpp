@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/riff_builder.h"
 #include "tests/tool/run_tool.h"
 
 namespace {
@@ -48,8 +47,7 @@ TEST(BadInput, TextThatSaysNothingIsRefused) {
 TEST(BadInput, RecordingWithoutASampleIsRefused) {
     const ScratchFolder scratch;
     const std::string wav = scratch.Path("none.wav");
-    const auto bytes = tessarin::test::WavFile(16000, 1, {});
-    WriteFile(wav, std::string(bytes.begin(), bytes.end()));
+    WriteWav(wav, {});
     for (const std::string& command :
          {"align --text hello " + wav, "align --sentences --text hello " + wav, "recognize " + wav,
           "view " + wav, "cut -o " + scratch.Path("x.wav") + " " + wav,

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <filesystem>
 #include <map>
 #include <sstream>
 #include <string>
@@ -200,6 +201,42 @@ TEST(Outputs, TextGridsHaveNoGapsAndDoubleTheirQuotes) {
     EXPECT_THAT(grid, HasSubstr("text = \"so \"\"called\"\"\""));
     EXPECT_THAT(grid, HasSubstr("intervals: size = 2"));
     EXPECT_THAT(grid, HasSubstr("intervals: size = 3"));
+}
+
+TEST(Outputs, AreWrittenWhereNothingCanStandBesideAndKeepLinks) {
+    namespace fs = std::filesystem;
+    const ScratchFolder scratch;
+    // No file can be called after one of the longest name.
+    const std::string track = scratch.Path(std::string(251, 'w') + ".tsv");
+    const std::string lexicon = scratch.Path(std::string(247, 'w') + ".lexicon");
+    const std::string said = "written in place, since its folder takes no new file";
+    const auto animate = [](const std::string& path) {
+        const tool_run run = RunTool("animate - -o " + path, kMapa);
+        EXPECT_EQ(run.exitCode, 0) << run.errors;
+        return run.errors;
+    };
+    EXPECT_EQ(animate(track), "");
+    EXPECT_THAT(animate(track), HasSubstr(said));
+    WriteFile(lexicon, ReadFile(TESSARIN_SOURCE_DIR "/fuzz/corpus/lexicon_file/rules.lexicon"));
+    const tool_run add = RunTool("lexicon add " + lexicon + " CAT kAEt");
+    EXPECT_EQ(add.exitCode, 0);
+    EXPECT_THAT(add.errors, HasSubstr(said));
+    EXPECT_EQ(RunTool("lexicon find " + lexicon + " CAT").output, "CAT=kAEt\n");
+
+    fs::create_symlink("made.tsv", scratch.Path("link.tsv"));
+    EXPECT_EQ(animate(scratch.Path("link.tsv")), "");
+    EXPECT_TRUE(fs::is_symlink(scratch.Path("link.tsv")));
+    fs::create_hard_link(scratch.Path("made.tsv"), scratch.Path("twin.tsv"));
+    WriteFile(scratch.Path("made.tsv"), "old");
+    EXPECT_EQ(animate(scratch.Path("made.tsv")), "");
+    EXPECT_EQ(ReadFile(scratch.Path("twin.tsv")), ReadFile(track));
+
+    WriteFile(scratch.Path("timings"), kMapa);
+    const std::string toStdout =
+        "animate " + scratch.Path("timings") + " --format tsv -o /dev/stdout";
+    RunTool(toStdout + " | cat >" + scratch.Path("piped") + "; true");
+    EXPECT_EQ(ReadFile(scratch.Path("piped")), ReadFile(track)) << "a pipe";
+    EXPECT_EQ(RunTool(toStdout).output, ReadFile(track)) << "a file";
 }
 
 } // namespace

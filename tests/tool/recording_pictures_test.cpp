@@ -7,15 +7,12 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <png.h>
 
-#include "support/riff_builder.h"
 #include "tool/run_tool.h"
 
 namespace {
 
-using nlohmann::json;
 using testing::HasSubstr;
 
 constexpr int kRate = 16000;
@@ -65,14 +62,10 @@ std::vector<int16_t> Tones(const std::vector<double>& frequencies) {
     return samples;
 }
 
-std::string Bytes(const tessarin::test::bytes& content) {
-    return {content.begin(), content.end()};
-}
-
 TEST(Spectrogram, ShowsTonesAtTheirTimesAndFrequencies) {
     const ScratchFolder scratch;
     const std::string audio = scratch.Path("tones.wav");
-    WriteFile(audio, Bytes(tessarin::test::WavFile(kRate, 1, Tones({1000, 6000, 3000}))));
+    WriteWav(audio, Tones({1000, 6000, 3000}));
     const tool_run run = RunTool("spectrogram " + audio + " -o - --scale 100");
     ASSERT_EQ(run.exitCode, 0) << run.errors;
     const picture all = ReadPng(run.output);
@@ -93,7 +86,7 @@ TEST(Spectrogram, ShowsTonesAtTheirTimesAndFrequencies) {
 TEST(Spectrogram, DrawsTheBoundariesThatAreKnown) {
     const ScratchFolder scratch;
     const std::string audio = scratch.Path("tone.wav");
-    WriteFile(audio, Bytes(tessarin::test::WavFile(kRate, 1, Tones({2000}))));
+    WriteWav(audio, Tones({2000}));
     WriteFile(scratch.Path("known.json"),
               R"({"phonemes": [{"label": "AH", "start_ms": 200, "end_ms": 700}],
                   "words": [{"text": "Łódź", "start_ms": 200, "end_ms": 700}]})");
@@ -131,7 +124,7 @@ TEST(Cut, KeepsTheSamplesOfEveryChannel) {
     }
     const ScratchFolder scratch;
     const std::string audio = scratch.Path("both.wav");
-    WriteFile(audio, Bytes(tessarin::test::WavFile(kRate, 2, interleaved)));
+    WriteWav(audio, interleaved, kRate, 2);
     const std::string range = " --from 250 --to 500 -o ";
     ASSERT_EQ(RunTool("cut " + audio + range + scratch.Path("cut.wav")).exitCode, 0);
     const std::string cut = ReadFile(scratch.Path("cut.wav"));
@@ -155,33 +148,9 @@ TEST(Cut, TellsWhatCannotBe) {
     EXPECT_THAT(behind.errors, HasSubstr("lasts 21982 ms, so that nothing is left"));
     EXPECT_EQ(RunTool("cut " + DemoRecording() + " --from 500 --to 400" + to).exitCode, 1);
     EXPECT_EQ(RunTool("cut " + DemoRecording() + " --from -5" + to).exitCode, 1);
+    EXPECT_EQ(RunTool("recognize " + DemoRecording() + " --from 99999999").exitCode, 2);
     EXPECT_EQ(RunTool("cut no-such-file.wav" + to).exitCode, 2);
     EXPECT_FALSE(std::filesystem::exists(scratch.Path("cut.wav")));
-}
-
-TEST(Stretch, IsHeardAsIfItWereAFileOfItsOwn) {
-    const ScratchFolder scratch;
-    const std::string cut = scratch.Path("cut.wav");
-    const std::string range = " --from 1100 --to 3500";
-    ASSERT_EQ(RunTool("cut " + DemoRecording() + range + " -o " + cut).exitCode, 0);
-    for (const std::string command : {"recognize", "align"}) {
-        SCOPED_TRACE(command);
-        const std::string text = command == "align" ? " --text 'enter echo test.'" : "";
-        const json alone = json::parse(RunTool(command + " " + cut + text).output);
-        const json part =
-            json::parse(RunTool(command + " " + DemoRecording() + text + range).output);
-        ASSERT_EQ(part["phonemes"].size(), alone["phonemes"].size());
-        ASSERT_GT(part["phonemes"].size(), 5u);
-        for (const char* kind : {"phonemes", "words"}) {
-            for (size_t i = 0; i < part[kind].size(); ++i) {
-                EXPECT_EQ(part[kind][i]["start_ms"], alone[kind][i]["start_ms"].get<int>() + 1100);
-                EXPECT_EQ(part[kind][i]["end_ms"], alone[kind][i]["end_ms"].get<int>() + 1100);
-            }
-        }
-        EXPECT_GE(part["frames"][0]["start_ms"], 1066) << "frames keep the recording's time, too";
-        EXPECT_GT(part["duration_ms"], 3500) << "the duration is the recording's";
-    }
-    EXPECT_EQ(RunTool("recognize " + DemoRecording() + " --from 99999999").exitCode, 2);
 }
 
 } // namespace

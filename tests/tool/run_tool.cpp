@@ -1,26 +1,16 @@
 #include "tool/run_tool.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <iterator>
 
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "support/riff_builder.h"
+
 namespace fs = std::filesystem;
-
-namespace {
-
-std::string DemoFile(const char* extension) {
-    for (const auto& entry : fs::directory_iterator(TESSARIN_SOURCE_DIR "/data/demo")) {
-        if (entry.path().extension() == extension) {
-            return entry.path().string();
-        }
-    }
-    return {};
-}
-
-} // namespace
 
 tool_run RunTool(const std::string& arguments, const std::string& input) {
     const ScratchFolder scratch;
@@ -57,10 +47,23 @@ void WriteFile(const fs::path& path, const std::string& content) {
     std::ofstream(path, std::ios::binary) << content;
 }
 
+std::vector<int16_t> SamplesOf(const std::string& wav) {
+    constexpr size_t kHeaderSize = 44;
+    std::vector<int16_t> samples((wav.size() - kHeaderSize) / sizeof(int16_t));
+    std::memcpy(samples.data(), wav.data() + kHeaderSize, samples.size() * sizeof(int16_t));
+    return samples;
+}
+
+void WriteWav(const fs::path& path, const std::vector<int16_t>& samples, uint32_t rateHz,
+              uint16_t channels) {
+    const auto wav = tessarin::test::WavFile(rateHz, channels, samples);
+    WriteFile(path, {wav.begin(), wav.end()});
+}
+
 std::string DemoRecording() {
-    return DemoFile(".wav");
+    return TESSARIN_SOURCE_DIR "/data/demo/echo-test.wav";
 }
 
 std::string DemoText() {
-    return DemoFile(".txt");
+    return TESSARIN_SOURCE_DIR "/data/demo/echo-test.txt";
 }

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 struct tool_run {
     int exitCode = -1;
@@ -28,6 +30,12 @@ private:
 
 std::string ReadFile(const std::filesystem::path& path);
 void WriteFile(const std::filesystem::path& path, const std::string& content);
+
+/// Samples of a WAV file with a header of 44 bytes, such as the demo recording.
+std::vector<int16_t> SamplesOf(const std::string& wav);
+/// Writes a WAV file of interleaved samples.
+void WriteWav(const std::filesystem::path& path, const std::vector<int16_t>& samples,
+              uint32_t rateHz = 16000, uint16_t channels = 1);
 
 /// The demo recording, or the text that is said in it.
 std::string DemoRecording();

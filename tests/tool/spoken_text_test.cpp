@@ -94,19 +94,4 @@ TEST(SpokenText, RefusesWhatIsNoText) {
     EXPECT_EQ(RunTool("transcribe - --encoding latin", "a").exitCode, 1);
 }
 
-TEST(SpokenText, AlignedWordsLeadBackToTheUsersBytes) {
-    // The mark and the quote change nothing in what is said, but every offset behind it.
-    const std::string text = "\xEF\xBB\xBF“" + DemoText();
-    const ScratchFolder scratch;
-    WriteFile(scratch.Path("text.txt"), text);
-    const tool_run run =
-        RunTool("align -q " + DemoRecording() + " --text-file " + scratch.Path("text.txt"));
-    ASSERT_EQ(run.exitCode, 0) << run.errors;
-    const json words = json::parse(run.output)["words"];
-    ASSERT_GT(words.size(), 3u);
-    for (const json& word : words) {
-        EXPECT_EQ(text.substr(word["text_offset"], word["text_length"]), word["text"]);
-    }
-}
-
 } // namespace

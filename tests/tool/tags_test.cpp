@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -8,7 +7,6 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "support/riff_builder.h"
 #include "tool/run_tool.h"
 
 namespace {
@@ -125,13 +123,6 @@ using samples = std::vector<int16_t>;
 /// Sounds of the demo recording, to make others of.
 class DemoSounds {
 public:
-    DemoSounds() {
-        const std::string wave = ReadFile(DemoRecording());
-        constexpr size_t kHeaderSize = 44;
-        all.resize((wave.size() - kHeaderSize) / sizeof(int16_t));
-        std::memcpy(all.data(), wave.data() + kHeaderSize, all.size() * sizeof(int16_t));
-    }
-
     samples Between(int startMs, int endMs) const {
         return {all.begin() + startMs * kSamplesPerMs, all.begin() + endMs * kSamplesPerMs};
     }
@@ -146,12 +137,11 @@ public:
             made.insert(made.end(), sound.begin(), sound.end());
         }
         made.insert(made.end(), all.begin() + kInPause * kSamplesPerMs, all.end());
-        const auto file = tessarin::test::WavFile(16000, 1, made);
-        WriteFile(path, {file.begin(), file.end()});
+        WriteWav(path, made);
     }
 
 private:
-    samples all;
+    samples all = SamplesOf(ReadFile(DemoRecording()));
 };
 
 TEST(Tags, OfLaughsTheAudioChooses) {

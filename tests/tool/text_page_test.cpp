@@ -1,14 +1,10 @@
 #include <algorithm>
-#include <cstdint>
-#include <iterator>
-#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <utf8.h>
 
 #include "tool/run_tool.h"
 
@@ -66,12 +62,13 @@ std::string Said(const json& token) {
     return groups.empty() ? "()" : groups;
 }
 
-/// Reads all rows as one text, as `encode` writes it, and compares what is said of each.
-template <class Encode> void ExpectAsOnThePage(const std::vector<page_row>& rows, Encode encode) {
+TEST(DifficultText, IsSaidAsItsPageTells) {
+    const std::vector<page_row> rows = ReadRows();
+    ASSERT_GT(rows.size(), 70u);
     std::string text;
     std::vector<size_t> ends;
     for (const page_row& row : rows) {
-        text += encode(row.text + "\n");
+        text += row.text + "\n";
         ends.push_back(text.size());
     }
     const tool_run run = RunTool("transcribe - --format json", text);
@@ -87,51 +84,6 @@ template <class Encode> void ExpectAsOnThePage(const std::vector<page_row>& rows
     for (size_t i = 0; i < rows.size(); ++i) {
         EXPECT_EQ(said[i], rows[i].said) << rows[i].text;
     }
-}
-
-TEST(DifficultText, IsSaidAsItsPageTells) {
-    const std::vector<page_row> rows = ReadRows();
-    ASSERT_GT(rows.size(), 70u);
-    ExpectAsOnThePage(rows, [](const std::string& line) { return line; });
-}
-
-TEST(DifficultText, IsSaidAlikeInUtf16) {
-    ExpectAsOnThePage(ReadRows(), [](const std::string& line) {
-        std::string bytes;
-        for (const char16_t unit : utf8::utf8to16(line)) {
-            bytes += static_cast<char>(unit & 0xFF);
-            bytes += static_cast<char>(unit >> 8);
-        }
-        return bytes;
-    });
-}
-
-/// The byte of a character in code page 1252, or 0 where the page has none.
-char In1252(char32_t character) {
-    static const std::map<char32_t, uint8_t> kPlaced = {
-        {U'€', 0x80}, {U'…', 0x85}, {U'‘', 0x91}, {U'’', 0x92}, {U'“', 0x93},
-        {U'”', 0x94}, {U'–', 0x96}, {U'—', 0x97}, {U'™', 0x99},
-    };
-    const auto placed = kPlaced.find(character);
-    const char32_t byte = placed != kPlaced.end() ? placed->second : character;
-    return static_cast<char>(byte < 0x100 ? byte : 0);
-}
-
-TEST(DifficultText, IsSaidAlikeInCodePage1252) {
-    const auto encode = [](const std::string& line) {
-        std::string bytes;
-        for (const char32_t character : utf8::utf8to32(line)) {
-            bytes += In1252(character);
-        }
-        return bytes;
-    };
-    std::vector<page_row> rows = ReadRows();
-    const size_t all = rows.size();
-    std::erase_if(rows, [&](const page_row& row) {
-        return encode(row.text).find('\0') != std::string::npos;
-    });
-    EXPECT_EQ(rows.size(), all - 1) << "one row has names that the page cannot write";
-    ExpectAsOnThePage(rows, encode);
 }
 
 } // namespace

@@ -46,9 +46,13 @@ void Save(ILexiconEditor& editor, const lexicon_options& options) {
     CatchInterrupts();
     ProgressBar progress(options.quiet);
     progress.SetStatus("Saving");
+    const bool isReplaceable = IsReplaceable(path);
     const int32_t code = editor.Save(path.c_str(), &progress);
     if (code != tessarin::kNoError) {
         throw EngineFailure(path, code);
+    }
+    if (!isReplaceable) {
+        SayWrittenInPlace(path);
     }
 }
 

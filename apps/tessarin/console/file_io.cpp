@@ -15,6 +15,8 @@
 
 namespace {
 
+namespace fs = std::filesystem;
+
 std::string ReadStream(std::istream& stream) {
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
@@ -23,13 +25,57 @@ std::string WithReason(const std::string& what, int reason) {
     return reason == 0 ? what : what + ": " + std::generic_category().message(reason);
 }
 
+/// The file that `path` leads to, which stays where it is when it is a device or a pipe; where no
+/// file is yet, the place where its links end.
+fs::path TargetOf(fs::path path) {
+    constexpr int kMaxLinks = 40;
+    std::error_code failure;
+    if (fs::exists(path, failure)) {
+        const fs::path file =
+            fs::is_regular_file(path, failure) ? fs::canonical(path, failure) : "";
+        return failure || file.empty() ? path : file;
+    }
+    for (int links = 0; links < kMaxLinks && fs::is_symlink(path, failure); ++links) {
+        path = path.parent_path() / fs::read_symlink(path, failure); // an absolute one replaces all
+    }
+    return path;
+}
+
+fs::path Beside(const fs::path& target) {
+    return target.string() + ".part";
+}
+
+enum class replacement {
+    kBeside,     ///< a new file takes the place of the old one
+    kInPlace,    ///< what cannot be replaced: a pipe, a device, a file of several names
+    kLastResort, ///< a file whose folder takes no new one
+};
+
+replacement ReplacementOf(const fs::path& target) {
+    std::error_code failure;
+    const bool exists = fs::exists(target, failure);
+    if (exists &&
+        (!fs::is_regular_file(target, failure) || fs::hard_link_count(target, failure) > 1)) {
+        return replacement::kInPlace;
+    }
+    const fs::path beside = Beside(target);
+    const bool wasThere = fs::exists(beside, failure);
+    if (!std::ofstream(beside, std::ios::binary | std::ios::app)) {
+        return exists ? replacement::kLastResort : replacement::kInPlace;
+    }
+    if (!wasThere) {
+        fs::remove(beside, failure);
+    }
+    return replacement::kBeside;
+}
+
 } // namespace
 
 std::string ReadWholeFile(const std::string& path) {
     if (path == "-") {
         return ReadStream(std::cin);
     }
-    if (std::filesystem::is_directory(path)) {
+    if (fs::is_directory(path)) {
         throw Failure(kExitFailed, path + ": is a folder, not a file");
     }
     errno = 0;
@@ -82,29 +128,42 @@ void WriteOutput(const std::string& path, const std::string& content) {
         }
         return;
     }
-    namespace fs = std::filesystem;
-    std::error_code ignored;
-    // A pipe or a device cannot be replaced by a file; it is written as it stands.
-    const bool inPlace = fs::exists(path, ignored) && !fs::is_regular_file(path, ignored);
-    const std::string beside = inPlace ? path : path + ".part";
+    const fs::path target = TargetOf(path);
+    const replacement how = ReplacementOf(target);
+    const fs::path written = how == replacement::kBeside ? Beside(target) : target;
     errno = 0;
     {
-        std::ofstream file(beside, std::ios::binary | std::ios::trunc);
+        std::ofstream file(written, std::ios::binary | std::ios::trunc);
         file << content << std::flush;
         if (!file) {
             const int reason = errno;
-            if (!inPlace) {
-                fs::remove(beside, ignored);
+            if (how == replacement::kBeside) {
+                std::error_code ignored;
+                fs::remove(written, ignored);
             }
             throw Failure(kExitFailed, WithReason(path + ": cannot be written", reason));
         }
     }
-    if (!inPlace) {
+    if (how == replacement::kBeside) {
         std::error_code failure;
-        fs::rename(beside, path, failure);
+        fs::rename(written, target, failure);
         if (failure) {
-            fs::remove(beside, ignored);
+            std::error_code ignored;
+            fs::remove(written, ignored);
             throw Failure(kExitFailed, path + ": cannot be written: " + failure.message());
         }
     }
+    if (how == replacement::kLastResort) {
+        SayWrittenInPlace(path);
+    }
+}
+
+bool IsReplaceable(const std::string& path) {
+    return ReplacementOf(TargetOf(path)) != replacement::kLastResort;
+}
+
+void SayWrittenInPlace(const std::string& path) {
+    std::fprintf(stderr,
+                 "tessarin: %s: written in place, since its folder takes no new file beside it\n",
+                 path.c_str());
 }

@@ -346,9 +346,10 @@ error_code sliding_search::TraceBack(uint32_t endState, TArray<uint32_t>& path) 
     }
     for (uint32_t t = frames - 1; t > 0; --t) {
         path[static_cast<int32_t>(t)] = state;
-        // A state that was not computed leads to the window's first, so that the way back stays
-        // inside the graph and never runs forward.
-        state = backPointers.Predecessor(graph, t, state, beam, backPointers.WindowStart(t));
+        // After a loss the path may end in a state that was not computed. It leads to the window's
+        // first, or stays where it is below the window, so that no path returns to earlier phones.
+        state = std::min(
+            state, backPointers.Predecessor(graph, t, state, beam, backPointers.WindowStart(t)));
     }
     path[0] = state;
     return code;

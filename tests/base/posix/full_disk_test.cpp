@@ -1,7 +1,9 @@
 #include "base/whole_file.h"
 
 #include <filesystem>
+#include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -20,12 +22,20 @@ TEST(WriteWholeFile, KeepsTheOldFileWhenTheDiskIsFull) {
     const std::string path = std::string(folder.Path()) + "/words";
     const std::vector<uint8_t> old = {'o', 'l', 'd'};
     ASSERT_EQ(WriteWholeFile(path.c_str(), old), 0);
-    {
-        const test::process_limit limit(RLIMIT_FSIZE, 4096);
-        EXPECT_EQ(WriteWholeFile(path.c_str(), std::vector<uint8_t>(100000)), 17);
+    for (const ptrdiff_t names : {1, 2}) {
+        if (names == 2) { // written in place
+            fs::create_hard_link(path, path + " again");
+        }
+        {
+            const test::process_limit limit(RLIMIT_FSIZE, 4096);
+            EXPECT_EQ(WriteWholeFile(path.c_str(), std::vector<uint8_t>(100000)), 17);
+        }
+        uint32_t size = 0;
+        const auto read = ReadWholeFile(path.c_str(), &size, false);
+        EXPECT_EQ(std::vector<uint8_t>(read.get(), read.get() + size), old);
+        EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), fs::directory_iterator()),
+                  names);
     }
-    EXPECT_EQ(fs::file_size(path), old.size());
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), fs::directory_iterator()), 1);
 }
 
 TEST(WriteWholeFile, TellsThatADeviceTookNothing) {
@@ -34,6 +44,22 @@ TEST(WriteWholeFile, TellsThatADeviceTookNothing) {
     }
     EXPECT_EQ(WriteWholeFile("/dev/full", std::vector<uint8_t>(100000)), 17);
     EXPECT_EQ(WriteWholeFile("/dev/null", std::vector<uint8_t>(100000)), 0);
+}
+
+// Such as /dev/stdout, whose links end in a name that no folder has.
+TEST(WriteWholeFile, WritesToThePipeThatALinkLeadsTo) {
+    int ends[2] = {};
+    ASSERT_EQ(pipe(ends), 0);
+    const std::string path = "/proc/self/fd/" + std::to_string(ends[1]);
+    const std::vector<uint8_t> content = {'n', 'e', 'w'};
+    if (fs::exists(path)) {
+        ASSERT_EQ(WriteWholeFile(path.c_str(), content), 0); // or the read would wait
+        std::vector<uint8_t> read(3);
+        EXPECT_EQ(::read(ends[0], read.data(), read.size()), 3);
+        EXPECT_EQ(read, content);
+    }
+    close(ends[0]);
+    close(ends[1]);
 }
 
 TEST(ReadWholeFile, TakesNoPipe) {
