@@ -527,3 +527,5 @@ typedef struct tessarin_model_facts {
 
 /** What the model holds, or null without a model. */
 TESSARIN_API const tessarin_model_facts* tessarin_get_model_facts(const tessarin_model* model);
+
+#include "tessarin/tessarin_c_commands.h"

@@ -11,6 +11,7 @@ interpreter is free while a search runs.
 """
 
 from tessarin._audio import Audio
+from tessarin._commands import CommandMatch, Commands
 from tessarin._engine import (Engine, align, align_many, default_engine, find_sentences, recognize,
                               transcribe, version)
 from tessarin._errors import Cancelled, RecognitionFailed, TessarinError
@@ -19,8 +20,8 @@ from tessarin._results import Curve, Event, Frame, Phoneme, Result, Sentence, To
 from tessarin._shapes import Shapes, Switch
 
 __all__ = [
-    "Audio", "Cancelled", "Curve", "Engine", "Event", "Frame", "Live", "LiveStretch", "Phoneme",
-    "RecognitionFailed", "Result", "Sentence", "Shapes", "Switch", "TessarinError", "Token",
+    "Audio", "Cancelled", "CommandMatch", "Commands", "Curve", "Engine", "Event", "Frame", "Live",
+    "LiveStretch", "Phoneme", "RecognitionFailed", "Result", "Sentence", "Shapes", "Switch", "TessarinError", "Token",
     "Track", "Word", "align", "align_many", "default_engine", "find_sentences", "recognize",
     "transcribe", "version",
 ]
