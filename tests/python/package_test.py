@@ -164,6 +164,26 @@ class SpokenCommands(unittest.TestCase):
         self.assertEqual(commands.rank_utterance(), [])
 
 
+class Facts(unittest.TestCase):
+    def test_are_what_the_tool_shows(self) -> None:
+        def inspect(name: str) -> str:
+            return subprocess.run([TOOL, "inspect", str(DATA / name)], check=True,
+                                  capture_output=True).stdout.decode()
+
+        lexicon = tessarin.LexiconFacts.from_file(DATA / "en-us.lexicon")
+        self.assertIn(f"{lexicon.entry_count} of {lexicon.word_count} words",
+                      inspect("en-us.lexicon"))
+        self.assertEqual((lexicon.language, lexicon.code_page), (9, 1252))
+        model = tessarin.ModelFacts.from_file(DATA / "en-us.model")
+        self.assertIn(f"{len(model.labels)}: {' '.join(model.labels)}\n", inspect("en-us.model"))
+        self.assertEqual(model.rate_hz, 16000)
+        for facts, name in ((tessarin.LexiconFacts, "en-us.model"),
+                            (tessarin.ModelFacts, "en-us.lexicon")):
+            with self.assertRaises(tessarin.TessarinError) as caught:
+                facts.from_file(DATA / name)
+            self.assertEqual(caught.exception.code, 12)
+
+
 class Texts(unittest.TestCase):
     def test_places_are_characters_of_the_text(self) -> None:
         text = "Zoë — “is” 😀 in"

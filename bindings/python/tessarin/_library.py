@@ -117,6 +117,22 @@ class CommandMatch(Structure):
     _fields_ = [("score", c_double), ("name", c_char_p)]
 
 
+class ModelFacts(Structure):
+    _fields_ = [("version", c_int32), ("num_phonemes", c_int32), ("num_states", c_int32),
+                ("num_mixtures", c_int32), ("num_features", c_int32), ("num_cepstra", c_int32),
+                ("num_bands", c_int32), ("flags", c_uint32), ("window_size", c_int32),
+                ("window_overlap", c_int32), ("rate_hz", c_float), ("pre_emphasis", c_float),
+                ("labels", POINTER(c_char_p))]
+
+
+class LexiconFacts(Structure):
+    _fields_ = [("version", c_int32), ("rules_version", c_int32), ("language", c_uint32),
+                ("code_page", c_uint32), ("flags", c_uint32), ("entry_count", c_uint32),
+                ("word_count", c_uint32), ("rule_count", c_uint32), ("leaf_count", c_uint32),
+                ("has_tree", c_int32), ("name", c_char_p), ("locale", c_char_p),
+                ("comment", c_char_p), ("information", c_char_p)]
+
+
 WORD = 1
 TAG = 2
 CUT = 3
@@ -185,6 +201,10 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
                                          POINTER(SearchOptions), POINTER(Progress), _OUT]),
     "get_sentences": (POINTER(Sentence), [c_void_p, _COUNT]),
     "free_sentence_search": (None, [c_void_p]),
+    "get_model_facts": (POINTER(ModelFacts), [c_void_p]),
+    "create_lexicon_from_file": (c_int32, [c_char_p, _OUT]),
+    "get_lexicon_facts": (POINTER(LexiconFacts), [c_void_p]),
+    "free_lexicon": (None, [c_void_p]),
     "create_commands": (c_int32, [c_void_p, POINTER(CommandOptions), _OUT]),
     "add_command_text": (c_int32, [c_void_p, c_void_p, c_char_p, c_char_p]),
     "add_command_phonemes": (c_int32, [c_void_p, c_char_p, c_char_p]),
