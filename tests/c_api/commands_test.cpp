@@ -188,6 +188,8 @@ TEST_F(FlatCommands, HearSamplesLiveAtAnyRate) {
             const size_t pushed = Push(live);
             EXPECT_GT(pushed, rateHz / 2);
             EXPECT_LT(pushed, live.size());
+            const double endMs = static_cast<double>(pushed) * 1000 / rateHz;
+            EXPECT_NEAR(endMs, 640, 20) << "no utterance is heard at another rate";
             ASSERT_EQ(tessarin_rank_utterance(commands.get(), nullptr), 0);
             ASSERT_EQ(Ranking().size(), 2u);
             EXPECT_EQ(Ranking().front(), name);
