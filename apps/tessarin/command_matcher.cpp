@@ -1,129 +1,100 @@
 #include "apps/tessarin/command_matcher.h"
 
 #include "apps/tessarin/console/failure.h"
-#include "apps/tessarin/console/silenced_output.h"
+#include "apps/tessarin/console/file_io.h"
+#include "apps/tessarin/readers/live_audio.h"
 #include "apps/tessarin/readers/spoken_text.h"
 
 namespace {
 
-/// Energies are told in decibels, as live audio has them.
-constexpr uint32_t kDecibelEnergy = 2;
-
-std::string NameOf(const std::map<uint32_t, std::string>& names, uint32_t id) {
-    const auto found = names.find(id);
-    return found != names.end() ? found->second : "";
+void RequireDone(const std::string& source, int32_t code) {
+    if (code != TESSARIN_OK) {
+        throw EngineFailure(source, code);
+    }
 }
 
 } // namespace
 
-TextCommands::TextCommands(tessarin::CAccousticHMM& model, double floorDb) {
-    tessarin::IQuibCmdCtrl* made = nullptr;
-    const int32_t code = CreateQuibCmdCtrl(nullptr, &model, static_cast<float>(floorDb), &made);
-    if (code != tessarin::kNoError) {
-        throw EngineFailure("commands", code);
-    }
-    made->AddRef();
-    controller.reset(made);
+CommandMatcher::CommandMatcher(const tessarin_model& model, double floorDb) {
+    const tessarin_command_options options{sizeof options, kLiveRateHz,
+                                           static_cast<float>(floorDb)};
+    RequireDone("commands", tessarin_create_commands(&model, &options, tessarin::Out(commands)));
 }
 
-void TextCommands::Add(const std::vector<listed_command>& list,
-                       tessarin::IVisemixTranscriber& transcriber) {
+void CommandMatcher::Add(const std::vector<listed_command>& list, tessarin_language& language,
+                         tessarin::IVisemixTranscriber& transcriber) {
     for (const listed_command& command : list) {
-        uint32_t id = 0;
+        int32_t code = TESSARIN_OK;
         if (command.phonemes.empty()) {
             const SpokenText text(command.place, command.name, "auto", transcriber);
-            id = controller->AddCommandFromTranscriber(text.GetLocal().c_str(), &transcriber);
+            code = tessarin_add_command_text(commands.get(), &language, command.name.c_str(),
+                                             text.GetUtf8().c_str());
         } else {
-            id = controller->AddCommandFromPhonemes(command.phonemes.c_str());
+            code = tessarin_add_command_phonemes(commands.get(), command.name.c_str(),
+                                                 command.phonemes.c_str());
         }
-        if (id == 0) {
+        if (code == TESSARIN_INVALID_ARGUMENT) {
             throw Failure(kExitFailed,
                           command.place + ": cannot be said: " +
                               (command.phonemes.empty() ? command.name : command.phonemes));
         }
-        names[id] = command.name;
+        RequireDone(command.place, code);
     }
 }
 
-command_match TextCommands::Match(tessarin::IObservationStream& utterance,
-                                  tessarin::ProgressSink* progress) const {
-    const SilencedOutput silenced;
-    utterance.SetProcessingFlags(kDecibelEnergy);
-    double score = 0.0;
-    const uint32_t id = controller->RecognizeCommand(&utterance, progress, &score);
-    return {NameOf(names, id), score};
-}
-
-SampledCommands::SampledCommands(tessarin::CAccousticHMM& model, double floorDb) {
-    tessarin::IQuibAcousticCmdCtrl* made = nullptr;
+void CommandMatcher::Record(const std::string& name, const std::string& source,
+                            const tessarin_audio& sample) {
     const int32_t code =
-        CreateQuibAcousticCmdCtrl(nullptr, &model, static_cast<float>(floorDb), &made);
-    if (made != nullptr) {
-        made->AddRef();
-        controller.reset(made);
-    }
-    if (code != tessarin::kNoError) {
-        throw EngineFailure("commands", code);
-    }
-}
-
-void SampledCommands::Record(const std::string& name, const std::string& source,
-                             tessarin::IObservationStream& sample) {
-    sample.SetProcessingFlags(kDecibelEnergy);
-    Keep(controller->AddCommandFromStream(&sample), name, source);
-}
-
-void SampledCommands::Load(const command_sample& sample, const std::string& source) {
-    Keep(controller->AddCommandFromData(sample.data.data()), sample.name, source);
-}
-
-void SampledCommands::Keep(uint32_t id, const std::string& name, const std::string& source) {
-    if (id == 0) {
+        tessarin_add_command_sample(commands.get(), name.c_str(), &sample, nullptr);
+    if (code == TESSARIN_INVALID_ARGUMENT) {
         throw Failure(kExitFailed, source + ": cannot be used as a sample of \"" + name + "\"");
     }
-    names[id] = name;
+    RequireDone(source, code);
 }
 
-std::vector<command_sample> SampledCommands::Samples() const {
-    std::vector<command_sample> samples;
-    for (const auto& [id, name] : names) {
-        std::string data(controller->GetCommandData(id, nullptr), '\0');
-        controller->GetCommandData(id, data.data());
-        samples.push_back({name, std::move(data)});
+void CommandMatcher::LoadSamples(const std::string& path) {
+    const std::string content = ReadWholeFile(path);
+    const int32_t code =
+        tessarin_add_packed_command_samples(commands.get(), content.data(), content.size());
+    if (code == TESSARIN_INVALID_FILE) {
+        throw Failure(kExitFailed, path + ": is not a file of recorded commands, or is cut short");
     }
-    return samples;
+    RequireDone(path, code);
 }
 
-command_match SampledCommands::MatchOf(uint32_t id, float distance) const {
-    return {NameOf(names, id), static_cast<double>(distance)};
+std::string CommandMatcher::PackSamples() {
+    uint64_t size = 0;
+    const void* packed = nullptr;
+    RequireDone("commands", tessarin_pack_command_samples(commands.get(), &size, &packed));
+    return {static_cast<const char*>(packed), static_cast<size_t>(size)};
 }
 
-command_match SampledCommands::Match(tessarin::IObservationStream& utterance) const {
-    utterance.SetProcessingFlags(kDecibelEnergy);
-    float distance = 0.0f;
-    const uint32_t id = controller->RecognizeStream(&utterance, nullptr, &distance);
-    return MatchOf(id, distance);
+command_match CommandMatcher::Match(const std::string& source, const tessarin_audio& recording,
+                                    const tessarin_progress& progress) {
+    RequireDone(source, tessarin_rank_commands(commands.get(), &recording, nullptr, &progress));
+    return Best();
 }
 
-void SampledCommands::BeginUtterance(uint32_t rateHz) {
-    const tessarin::PCMFormat format{rateHz << 16, 16, 1};
-    const int32_t code = controller->BeginUtterance(&format);
-    if (code != tessarin::kNoError) {
-        throw EngineFailure("standard input", code);
+bool CommandMatcher::Hear(const std::string& samples) {
+    int32_t hasEnded = 0;
+    RequireDone("standard input",
+                tessarin_push_command_audio(
+                    commands.get(), reinterpret_cast<const int16_t*>(samples.data()),
+                    static_cast<uint32_t>(samples.size() / sizeof(int16_t)), &hasEnded));
+    return hasEnded == 0;
+}
+
+command_match CommandMatcher::MatchHeard(const tessarin_progress& progress) {
+    const int32_t code = tessarin_rank_utterance(commands.get(), &progress);
+    if (code != TESSARIN_CANCELLED) {
+        RequireDone("standard input", code);
     }
+    return Best();
 }
 
-bool SampledCommands::Hear(const void* data, uint32_t size) {
-    const int32_t code = controller->ProcessAudio(data, size);
-    if (code != tessarin::kNoError && code != tessarin::kOutOfRange) {
-        throw EngineFailure("standard input", code);
-    }
-    return code == tessarin::kNoError;
-}
-
-command_match SampledCommands::MatchHeard() {
-    const SilencedOutput silenced;
-    float distance = 0.0f;
-    const uint32_t id = controller->RecognizeLive(true, &distance);
-    return MatchOf(id, distance);
+command_match CommandMatcher::Best() const {
+    uint32_t count = 0;
+    const tessarin_command_match* const ranking =
+        tessarin_get_command_ranking(commands.get(), &count);
+    return count > 0 ? command_match{ranking->name, ranking->score} : command_match{};
 }

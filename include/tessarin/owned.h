@@ -58,6 +58,10 @@ using result_owner = std::unique_ptr<tessarin_result, destroyer<tessarin_free_re
 using track_owner = std::unique_ptr<tessarin_track, destroyer<tessarin_free_track>>;
 using shapes_owner = std::unique_ptr<tessarin_shapes, destroyer<tessarin_free_shapes>>;
 using switches_owner = std::unique_ptr<tessarin_switches, destroyer<tessarin_free_switches>>;
+using lexicon_owner = std::unique_ptr<tessarin_lexicon, destroyer<tessarin_free_lexicon>>;
+using commands_owner = std::unique_ptr<tessarin_commands, destroyer<tessarin_free_commands>>;
+using sentence_search_owner =
+    std::unique_ptr<tessarin_sentence_search, destroyer<tessarin_free_sentence_search>>;
 } // namespace flat
 
 /// Receives what a function writes through its last parameter, and hands it to `owner` at the end

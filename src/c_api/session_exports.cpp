@@ -1,6 +1,8 @@
 #include <cmath>
 
+#include "base/whole_file.h"
 #include "c_api/create.h"
+#include "session/lexicon_facts.h"
 #include "session/live_listener.h"
 #include "session/noise_gating.h"
 #include "session/search_run.h"
@@ -114,4 +116,27 @@ void tessarin_free_sentence_search(tessarin_sentence_search* search) {
 
 const tessarin_model_facts* tessarin_get_model_facts(const tessarin_model* model) {
     return model != nullptr ? &model->facts : nullptr;
+}
+
+int32_t tessarin_create_lexicon_from_file(const char* path, tessarin_lexicon** out) {
+    return Create(path != nullptr, out, [&](std::unique_ptr<tessarin_lexicon>& made) {
+        uint32_t size = 0;
+        const auto content = ReadWholeFile(path, &size, false);
+        return content == nullptr ? kFileNotFound : LookIntoLexicon(content.get(), size, made);
+    });
+}
+
+int32_t tessarin_create_lexicon_from_memory(const void* data, uint32_t size,
+                                            tessarin_lexicon** out) {
+    return Create(data != nullptr, out, [&](std::unique_ptr<tessarin_lexicon>& made) {
+        return LookIntoLexicon(data, size, made);
+    });
+}
+
+const tessarin_lexicon_facts* tessarin_get_lexicon_facts(const tessarin_lexicon* lexicon) {
+    return lexicon != nullptr ? &lexicon->facts : nullptr;
+}
+
+void tessarin_free_lexicon(tessarin_lexicon* lexicon) {
+    delete lexicon;
 }

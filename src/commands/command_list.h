@@ -51,6 +51,8 @@ public:
 
     Command** begin() { return commands.begin(); }
     Command** end() { return commands.end(); }
+    const Command* const* begin() const { return commands.begin(); }
+    const Command* const* end() const { return commands.end(); }
 
 private:
     Command** Place(uint32_t id) {

@@ -19,26 +19,22 @@ constexpr int64_t kMinFrames = 3;
 constexpr uint32_t kDataVersion = 0;
 constexpr uint32_t kVersionAndIdBytes = 8;
 
-/// The command that is nearest so far.
-struct nearest_command {
-    uint32_t id = 0;
-    float distance = std::numeric_limits<float>::max();
+/// What could not be compared has no distance, and is never the nearest.
+bool HasNoDistance(const command_score& each) {
+    return !(each.score < kNoWarpDistance);
+}
 
-    /// Of equals the first stays. What could not be compared is never the nearest.
-    void Offer(uint32_t candidate, float candidateDistance) {
-        if (candidateDistance < distance && candidateDistance < kNoWarpDistance) {
-            id = candidate;
-            distance = candidateDistance;
-        }
+/// The nearest command; of equals the first.
+uint32_t ReportNearest(const std::vector<command_score>& all, float* distance) {
+    command_score nearest{0, std::numeric_limits<float>::max()};
+    for (const command_score& each : all) {
+        nearest = !HasNoDistance(each) && each.score < nearest.score ? each : nearest;
     }
-
-    uint32_t Report(float* out) const {
-        if (out != nullptr) {
-            *out = distance;
-        }
-        return id;
+    if (distance != nullptr) {
+        *distance = static_cast<float>(nearest.score);
     }
-};
+    return nearest.id;
+}
 
 } // namespace
 
@@ -125,6 +121,37 @@ error_code CQuibAccousticCmdCtrl::ProcessAudio(const void* data, uint32_t size) 
     return Guarded([&] { return live.Process(data, size); });
 }
 
+/// Of all commands, those without a distance too.
+std::vector<command_score> CQuibAccousticCmdCtrl::Compare(const CFeatureStream& utterance) const {
+    std::vector<command_score> all;
+    for (const command* each : commands) {
+        float distance = kNoWarpDistance;
+        each->footprint.MatchStream(utterance, &distance);
+        all.push_back({each->id, distance});
+    }
+    return all;
+}
+
+bool CQuibAccousticCmdCtrl::HasHeardEnough(bool finished) {
+    if (finished) {
+        static_cast<void>(live.Finish());
+    }
+    return live.GetNumFeatures() >= kMinFrames;
+}
+
+/// Of all commands but those whose observations are of another width.
+std::vector<command_score> CQuibAccousticCmdCtrl::CompareLive() {
+    std::vector<command_score> all;
+    for (command* each : commands) {
+        float distance = kNoWarpDistance;
+        if (each->footprint.GetNumObservations() == 0 ||
+            each->footprint.MatchLive(live, &distance) == kNoError) {
+            all.push_back({each->id, distance});
+        }
+    }
+    return all;
+}
+
 uint32_t CQuibAccousticCmdCtrl::RecognizeStream(IObservationStream* stream, void*,
                                                 float* distance) {
     MaskFloatUnderflow();
@@ -135,17 +162,10 @@ uint32_t CQuibAccousticCmdCtrl::RecognizeStream(IObservationStream* stream, void
         }
         CFeatureStream utterance;
         const error_code code = utterance.Record(*stream, numFeatures, energyFloor);
-        if (code != kNoError || utterance.GetNumObservations() < kMinFrames) {
-            return code;
+        if (code == kNoError && utterance.GetNumObservations() >= kMinFrames) {
+            id = ReportNearest(Compare(utterance), distance);
         }
-        nearest_command nearest;
-        for (const command* each : commands) {
-            float candidate = kNoWarpDistance;
-            each->footprint.MatchStream(utterance, &candidate);
-            nearest.Offer(each->id, candidate);
-        }
-        id = nearest.Report(distance);
-        return kNoError;
+        return code;
     }));
     return id;
 }
@@ -153,28 +173,40 @@ uint32_t CQuibAccousticCmdCtrl::RecognizeStream(IObservationStream* stream, void
 uint32_t CQuibAccousticCmdCtrl::RecognizeLive(bool finished, float* distance) {
     MaskFloatUnderflow();
     uint32_t id = 0;
-    static_cast<void>(Guarded([&]() -> error_code {
-        if (finished) {
-            static_cast<void>(live.Finish());
+    static_cast<void>(Guarded([&] {
+        if (!HasHeardEnough(finished)) {
+            return;
         }
-        if (live.GetNumFeatures() < kMinFrames) {
-            return kNoError;
+        const std::vector<command_score> all = CompareLive();
+        for (const command_score& each : all) {
+            std::fprintf(stdout, "mdl %" PRIu32 " %g frames: %" PRIu32 "\n", each.id, each.score,
+                         commands.Find(each.id)->footprint.GetNumObservations());
         }
-        nearest_command nearest;
-        for (command* each : commands) {
-            float candidate = kNoWarpDistance;
-            const uint32_t frames = each->footprint.GetNumObservations();
-            if (frames > 0 && each->footprint.MatchLive(live, &candidate) != kNoError) {
-                continue;
-            }
-            nearest.Offer(each->id, candidate);
-            std::fprintf(stdout, "mdl %" PRIu32 " %g frames: %" PRIu32 "\n", each->id,
-                         static_cast<double>(candidate), frames);
-        }
-        id = nearest.Report(distance);
-        return kNoError;
+        id = ReportNearest(all, distance);
     }));
     return id;
+}
+
+error_code CQuibAccousticCmdCtrl::FindDistances(IObservationStream& stream,
+                                                std::vector<command_score>& out) {
+    MaskFloatUnderflow();
+    out.clear();
+    CFeatureStream utterance;
+    const error_code code = utterance.Record(stream, numFeatures, energyFloor);
+    if (code == kNoError && utterance.GetNumObservations() >= kMinFrames) {
+        out = Compare(utterance);
+        std::erase_if(out, HasNoDistance);
+    }
+    return code;
+}
+
+void CQuibAccousticCmdCtrl::FindLiveDistances(bool finished, std::vector<command_score>& out) {
+    MaskFloatUnderflow();
+    out.clear();
+    if (HasHeardEnough(finished)) {
+        out = CompareLive();
+        std::erase_if(out, HasNoDistance);
+    }
 }
 
 } // namespace tessarin

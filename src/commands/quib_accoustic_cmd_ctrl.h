@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "commands/audio_footprint.h"
 #include "commands/command_list.h"
+#include "commands/command_score.h"
 #include "features/buffer_feature_stream.h"
 #include "tessarin/acoustic_command_controller.h"
 
@@ -34,6 +36,14 @@ public:
     /// cannot be.
     virtual error_code InitFeatures(CAccousticHMM* model, float newEnergyFloor);
 
+    /// Replaces `out` by the distance of each command that can be compared with the utterance in
+    /// `stream`, in the order in which the commands were added; by nothing for an utterance that is
+    /// too short. Returns 0, or the code of a failed read.
+    [[nodiscard]] error_code FindDistances(IObservationStream& stream,
+                                           std::vector<command_score>& out);
+    /// The same for the live utterance as far as it was heard. `finished`: no more audio comes.
+    void FindLiveDistances(bool finished, std::vector<command_score>& out);
+
 private:
     struct command {
         virtual ~command() = default;
@@ -42,6 +52,10 @@ private:
         bool enabled = true;
         audio_footprint footprint;
     };
+
+    std::vector<command_score> Compare(const CFeatureStream& utterance) const;
+    bool HasHeardEnough(bool finished);
+    std::vector<command_score> CompareLive();
 
     int32_t references = 0;
     command_list<command> commands;

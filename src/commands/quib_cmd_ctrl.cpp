@@ -27,11 +27,6 @@ bool FitsGraph(const CAccousticHMM& model) {
 
 } // namespace
 
-struct CQuibCmdCtrl::best_command {
-    uint32_t id = 0;
-    double score = kImpossibleLog;
-};
-
 CQuibCmdCtrl::CQuibCmdCtrl(CAccousticHMM& acousticModel, float floor)
     : pool(kPoolBlockBytes), model(acousticModel), energyFloor(floor) {}
 
@@ -119,7 +114,14 @@ uint32_t CQuibCmdCtrl::RecognizeCommand(IObservationStream* stream, ProgressSink
         if (code != kNoError || utterance.GetNumObservations() < kMinFrames) {
             return code;
         }
-        const best_command best = FindBest(utterance, progress);
+        std::vector<command_score> scores;
+        // Kept: asked to stop, it goes on with the next command.
+        static_cast<void>(ScoreAll(utterance, progress, scores));
+        command_score best{0, kImpossibleLog};
+        for (const command_score& each : scores) {
+            std::fprintf(stdout, "mdl %" PRIu32 " %g\n", each.id, each.score);
+            best = each.score > best.score ? each : best;
+        }
         if (score != nullptr) {
             *score = best.score;
         }
@@ -129,9 +131,22 @@ uint32_t CQuibCmdCtrl::RecognizeCommand(IObservationStream* stream, ProgressSink
     return id;
 }
 
-CQuibCmdCtrl::best_command CQuibCmdCtrl::FindBest(CFeatureStream& utterance,
-                                                  ProgressSink* progress) {
-    best_command best;
+error_code CQuibCmdCtrl::ScoreCommands(IObservationStream& stream, ProgressSink* progress,
+                                       std::vector<command_score>& out) {
+    MaskFloatUnderflow();
+    out.clear();
+    CFeatureStream utterance;
+    const error_code code = utterance.Record(stream, model.descriptor.numFeatures, energyFloor);
+    return code == kNoError && utterance.GetNumObservations() >= kMinFrames
+               ? ScoreAll(utterance, progress, out)
+               : code;
+}
+
+/// Returns why the search of a command ended early, if one did; the others were searched all the
+/// same.
+error_code CQuibCmdCtrl::ScoreAll(CFeatureStream& utterance, ProgressSink* progress,
+                                  std::vector<command_score>& out) {
+    error_code ended = kNoError;
     CTextbasedPhnRecognizer recognizer;
     for (const command* each : commands) {
         if (!each->enabled) {
@@ -143,15 +158,13 @@ CQuibCmdCtrl::best_command CQuibCmdCtrl::FindBest(CFeatureStream& utterance,
         const error_code code =
             recognizer.ViterbiTrellis(model, each->graph, each->positions, {}, utterance, progress,
                                       nullptr, energies, &score);
-        if (code != kNoError) {
-            continue;
+        if (code == kNoError) {
+            out.push_back({each->id, score});
+        } else if (code == kUserCancelled || code == kOutOfMemory) {
+            ended = code;
         }
-        if (score > best.score) {
-            best = {each->id, score};
-        }
-        std::fprintf(stdout, "mdl %" PRIu32 " %g\n", each->id, score);
     }
-    return best;
+    return ended;
 }
 
 } // namespace tessarin

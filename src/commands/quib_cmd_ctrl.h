@@ -5,6 +5,7 @@
 
 #include "base/quib_allocator.h"
 #include "commands/command_list.h"
+#include "commands/command_score.h"
 #include "recognition/graph/log_state_graph.h"
 #include "tessarin/command_controller.h"
 
@@ -32,6 +33,12 @@ public:
                               double* score) override;
     virtual ~CQuibCmdCtrl() = default;
 
+    /// Replaces `out` by the score of each enabled command that was found in the utterance, in the
+    /// order in which the commands were added; by nothing for one that is too short. Returns 0; 5
+    /// when `progress` asked to stop; 1 without memory; or the code of a failed read.
+    [[nodiscard]] error_code ScoreCommands(IObservationStream& stream, ProgressSink* progress,
+                                           std::vector<command_score>& out);
+
 private:
     struct command {
         virtual ~command() = default;
@@ -42,10 +49,9 @@ private:
         std::vector<uint32_t> positions; // states in which the command can begin
     };
 
-    struct best_command;
-
     uint32_t AddCommand(CTxMarker* first, CTxMarker* last);
-    best_command FindBest(CFeatureStream& utterance, ProgressSink* progress);
+    [[nodiscard]] error_code ScoreAll(CFeatureStream& utterance, ProgressSink* progress,
+                                      std::vector<command_score>& out);
 
     int32_t references = 0;
     quib_allocator pool; // keeps the graphs of deleted commands until the end

@@ -112,6 +112,52 @@ static void CheckResult(const tessarin_result* result, const char* text) {
     Check(phonemes[0].label[0] != '\0', "phonemes have labels");
 }
 
+/* Which of two commands the first sentence of the recording is. */
+static void KnowCommands(const tessarin_model* model, tessarin_language* language,
+                         const tessarin_audio* audio) {
+    tessarin_commands* commands = NULL;
+    tessarin_search_options sentence = {0};
+    uint32_t count = 0;
+    const tessarin_command_match* ranking;
+    sentence.size = sizeof sentence;
+    sentence.to_ms = 2400;
+    Check(tessarin_create_commands(model, NULL, &commands) == TESSARIN_OK, "commands are made");
+    Check(tessarin_add_command_text(commands, language, "door", "Open the garage door.") ==
+                  TESSARIN_OK &&
+              tessarin_add_command_text(commands, language, "enter",
+                                        "You are about to enter an echo test.") == TESSARIN_OK,
+          "texts become commands");
+    Check(tessarin_rank_commands(commands, audio, &sentence, NULL) == TESSARIN_OK,
+          "commands are ranked");
+    ranking = tessarin_get_command_ranking(commands, &count);
+    Check(count == 2 && strcmp(ranking[0].name, "enter") == 0 &&
+              ranking[0].score > ranking[1].score,
+          "the command that is said comes first");
+    tessarin_free_commands(commands);
+}
+
+static void LookIntoLexicons(const char* data) {
+    char path[4096];
+    tessarin_lexicon* lexicon = NULL;
+    const tessarin_lexicon_facts* facts;
+    Check(tessarin_create_lexicon_from_file(Join(path, sizeof path, data, "/en-us.lexicon"),
+                                            &lexicon) == TESSARIN_OK,
+          "a lexicon is looked into");
+    facts = tessarin_get_lexicon_facts(lexicon);
+    Check(facts->language == 9 && facts->code_page == 1252, "it is of English");
+    Check(facts->entry_count > facts->word_count && facts->word_count > 50000,
+          "some words have several pronunciations");
+    Check(facts->has_tree ? facts->leaf_count > 0 : facts->rule_count > 0, "other words are said");
+    tessarin_free_lexicon(lexicon);
+    Check(tessarin_create_lexicon_from_file(Join(path, sizeof path, data, "/en-us.model"),
+                                            &lexicon) == TESSARIN_INVALID_FILE &&
+              lexicon == NULL,
+          "a model is not a lexicon");
+    Check(tessarin_create_lexicon_from_memory("TCID", 4, &lexicon) == TESSARIN_NEWER_VERSION &&
+              tessarin_get_lexicon_facts(NULL) == NULL,
+          "a lexicon that is cut short is refused");
+}
+
 int main(int argc, char** argv) {
     char path[4096];
     static char text[65536];
@@ -154,6 +200,8 @@ int main(int argc, char** argv) {
     Check(tessarin_create_alignment(model, NULL, audio, text, NULL, NULL, &result) ==
               TESSARIN_INVALID_ARGUMENT,
           "a missing language is told");
+    KnowCommands(model, language, audio);
+    LookIntoLexicons(argv[1]);
     tessarin_free_audio(audio);
     tessarin_free_language(language);
     tessarin_free_model(model);

@@ -113,6 +113,77 @@ class SameAsTheTool(unittest.TestCase):
                                      tool("align", path, "--text", TEXT, "--channel", name))
 
 
+class SpokenCommands(unittest.TestCase):
+    def test_texts_that_are_said(self) -> None:
+        said = "you are about to enter an echo test"
+        commands = tessarin.Commands()
+        commands.add_text("open the garage door")
+        commands.add_text("enter", said)
+        commands.add_phonemes("lights", "l AY t s, AO f")
+        ranking = commands.rank(WAV, to_ms=2400)
+        self.assertEqual(ranking[0].name, "enter")
+        self.assertEqual(sorted(match.name for match in ranking),
+                         ["enter", "lights", "open the garage door"])
+        self.assertGreater(ranking[0].score, ranking[1].score)
+        with tempfile.TemporaryDirectory() as folder:
+            names = os.path.join(folder, "commands.txt")
+            pathlib.Path(names).write_text(f"open the garage door\n{said}\n", encoding="utf-8")
+            run = subprocess.run([TOOL, "commands", names, WAV], check=True, capture_output=True)
+        row = run.stdout.decode().splitlines()[1].split("\t")
+        whole = commands.rank(WAV)[0]
+        self.assertEqual((whole.name, f"{whole.score:.6g}"), ("enter", row[2]))
+        with self.assertRaises(tessarin.Cancelled):
+            commands.rank(WAV, progress=lambda done, total: True)
+        for bad in (lambda: commands.add_phonemes("no", "QQ"), lambda: commands.add_text(""),
+                    lambda: commands.add_sample("no", WAV), lambda: commands.load_samples(WAV)):
+            self.assertRaises(tessarin.TessarinError, bad)
+
+    def test_samples_are_heard_live(self) -> None:
+        audio = tessarin.Audio.from_file(WAV)
+        commands = tessarin.Commands(rate=audio.rate)
+        commands.add_sample("enter", WAV, to_ms=2400)
+        commands.add_sample("rest", audio, from_ms=5000, to_ms=7000)
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "samples")
+            commands.save_samples(path)
+            commands = tessarin.Commands(rate=audio.rate)
+            commands.load_samples(path)
+        self.assertEqual(commands.rank(audio, to_ms=2400)[0],
+                         tessarin.CommandMatch("enter", 0.0))
+        live = list(audio.samples[:audio.rate * 24 // 10]) + [0] * audio.rate
+        for start in range(0, len(live), 320):
+            block = live[start:start + 320]
+            if start % 640 == 0:
+                pushed = commands.push([sample / 32768 for sample in block])
+            else:
+                pushed = commands.push(array.array("h", block))
+            if pushed:
+                break
+        self.assertTrue(pushed)
+        self.assertEqual(commands.rank_utterance()[0].name, "enter")
+        self.assertEqual(commands.rank_utterance(), [])
+
+
+class Facts(unittest.TestCase):
+    def test_are_what_the_tool_shows(self) -> None:
+        def inspect(name: str) -> str:
+            return subprocess.run([TOOL, "inspect", str(DATA / name)], check=True,
+                                  capture_output=True).stdout.decode()
+
+        lexicon = tessarin.LexiconFacts.from_file(DATA / "en-us.lexicon")
+        self.assertIn(f"{lexicon.entry_count} of {lexicon.word_count} words",
+                      inspect("en-us.lexicon"))
+        self.assertEqual((lexicon.language, lexicon.code_page), (9, 1252))
+        model = tessarin.ModelFacts.from_file(DATA / "en-us.model")
+        self.assertIn(f"{len(model.labels)}: {' '.join(model.labels)}\n", inspect("en-us.model"))
+        self.assertEqual(model.rate_hz, 16000)
+        for facts, name in ((tessarin.LexiconFacts, "en-us.model"),
+                            (tessarin.ModelFacts, "en-us.lexicon")):
+            with self.assertRaises(tessarin.TessarinError) as caught:
+                facts.from_file(DATA / name)
+            self.assertEqual(caught.exception.code, 12)
+
+
 class Texts(unittest.TestCase):
     def test_places_are_characters_of_the_text(self) -> None:
         text = "Zoë — “is” 😀 in"

@@ -49,6 +49,33 @@ TEST(Sentences, AnswerWhatGoesWrong) {
     EXPECT_EQ(ReadFile(file), "start_ms\tend_ms\tscore\ttext\n");
 }
 
+TEST(Sentences, HavePlacesInUtf16AndWordsFromStandardInput) {
+    const ScratchFolder scratch;
+    const std::string plain = scratch.Path("plain");
+    const std::string wide = scratch.Path("wide");
+    const std::string words = scratch.Path("words");
+    const std::string odd = "ECHO=SHSHSHSHSHSHSHSHSH\n";
+    std::string units = "\xFF\xFE";
+    for (const char letter : MixedText()) {
+        units += {letter, '\0'};
+    }
+    WriteFile(plain, MixedText());
+    WriteFile(wide, units);
+    WriteFile(words, odd);
+    const std::string search = "align " + DemoRecording() + " --sentences --text-file ";
+    const json narrow = json::parse(RunTool(search + plain).output)["sentences"];
+    const json other = json::parse(RunTool(search + wide).output)["sentences"];
+    ASSERT_EQ(other.size(), narrow.size());
+    for (size_t i = 0; i < narrow.size(); ++i) {
+        EXPECT_EQ(other[i]["text_offset"], 2 + 2 * narrow[i]["text_offset"].get<int>());
+        EXPECT_EQ(other[i]["text_length"], 2 * narrow[i]["text_length"].get<int>());
+        EXPECT_EQ(other[i]["text"], narrow[i]["text"]);
+    }
+    const tool_run streamed = RunTool(search + plain + " --words -", odd);
+    EXPECT_EQ(streamed.output, RunTool(search + plain + " --words " + words).output);
+    EXPECT_NE(json::parse(streamed.output)["sentences"], narrow);
+}
+
 TEST(Retry, FindsWhatAPlainSearchFinds) {
     const std::string arguments =
         "align " + DemoRecording() + " --text-file " + DemoText() + " --format tsv";

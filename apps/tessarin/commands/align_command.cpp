@@ -22,13 +22,13 @@ void RunAlign(const align_options& options) {
         throw Failure(kExitUsage, "align: the text is missing; give what is said with --text or "
                                   "--text-file, or use recognize, which needs none");
     }
-    const tessarin::model_owner model = LoadModel(options.recording.data);
     const tessarin::transcriber_owner transcriber = LoadTranscriber(options.recording.data);
     const SpokenText text = ReadText(options.text, *transcriber);
     if (options.areSentencesWanted) {
-        FindSentences(options.recording, options.sentences, *model, text, *transcriber);
+        FindSentences(options.recording, options.sentences, text, *transcriber);
         return;
     }
+    const tessarin::model_owner model = LoadModel(options.recording.data);
     AnimateRecording(options.recording, *model, &text,
                      SearchForText(text, *transcriber, options.sentences.beam, options.retry));
 }

@@ -1,7 +1,5 @@
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,13 +9,13 @@
 
 #include "apps/tessarin/command_matcher.h"
 #include "apps/tessarin/commands/commands.h"
+#include "apps/tessarin/commands/recording_command.h"
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/console/file_io.h"
 #include "apps/tessarin/console/progress_bar.h"
 #include "apps/tessarin/live_commands.h"
 #include "apps/tessarin/options/engine_data.h"
-#include "apps/tessarin/readers/live_audio.h"
-#include "apps/tessarin/readers/recording.h"
+#include "apps/tessarin/readers/recording_samples.h"
 
 namespace {
 
@@ -41,29 +39,6 @@ struct commands_options {
 
     bool AreSampled() const { return !records.empty() || !load.empty(); }
     double FloorDb() const { return floorDb.value_or(live ? kLiveFloorDb : 0.0); }
-};
-
-/// Live audio that has been kept.
-class MemoryStream final : public tessarin::IQuibPCMStream {
-public:
-    explicit MemoryStream(const std::string& samples) : content(samples) {}
-
-    void GetFormat(tessarin::PCMFormat* out) override { *out = {kLiveRateHz << 16, 16, 1}; }
-    uint32_t GetSize() override { return static_cast<uint32_t>(content.size()); }
-    int32_t Read(void* buffer, int32_t bytes) override {
-        const size_t size = std::min(static_cast<size_t>(bytes), content.size() - place);
-        std::memcpy(buffer, content.data() + place, size);
-        place += size;
-        return static_cast<int32_t>(size);
-    }
-    tessarin::error_code Start() override {
-        place = 0;
-        return tessarin::kNoError;
-    }
-
-private:
-    const std::string& content;
-    size_t place = 0;
 };
 
 /// Writes the rows that are found, each at once when they go to standard output.
@@ -121,10 +96,6 @@ private:
     std::string pending;
 };
 
-int ChannelNumber(const std::string& channel) {
-    return channel == "mix" ? 0 : std::stoi(channel);
-}
-
 /// Entries of --record without a name are recordings to be recognized: the option takes all words
 /// up to the next one.
 void PartRecords(commands_options& options) {
@@ -161,33 +132,35 @@ void RequireUsable(const commands_options& options) {
     }
 }
 
-void FillSamples(const commands_options& options, tessarin::CAccousticHMM& model,
-                 SampledCommands& commands) {
+tessarin::flat::audio_owner OpenAudio(const commands_options& options, const std::string& path) {
+    return FlatAudio(path, *LoadSamples(path, ChannelNumber(options.channel), nullptr));
+}
+
+void FillSamples(const commands_options& options, CommandMatcher& commands) {
     if (!options.load.empty()) {
-        for (const command_sample& sample : ReadCommandSamples(options.load)) {
-            commands.Load(sample, options.load);
-        }
+        commands.LoadSamples(options.load);
     }
     for (const std::string& record : options.records) {
         const size_t equals = record.find('=');
-        const std::string name = record.substr(0, equals);
         const std::string path = record.substr(equals + 1);
-        const opened_recording sample =
-            OpenRecording(path, ChannelNumber(options.channel), {}, model);
-        commands.Record(name, path, *sample.observations);
+        commands.Record(record.substr(0, equals), path, *OpenAudio(options, path));
     }
     if (!options.save.empty()) {
-        WriteCommandSamples(options.save, commands.Samples());
+        WriteOutput(options.save, commands.PackSamples());
     }
 }
 
-void MatchRecordings(const commands_options& options, tessarin::CAccousticHMM& model,
-                     RowWriter& rows, const std::vector<std::string>& recordings,
-                     const std::function<command_match(tessarin::IObservationStream&)>& match) {
-    for (const std::string& path : recordings) {
-        const opened_recording recording =
-            OpenRecording(path, ChannelNumber(options.channel), {}, model);
-        rows.Write(path, match(*recording.observations));
+void FillTexts(const commands_options& options, CommandMatcher& commands) {
+    const tessarin::transcriber_owner transcriber = LoadTranscriber(options.data);
+    const tessarin::flat::language_owner language = LoadFlatLanguage(options.data, *transcriber);
+    commands.Add(ReadCommandList(options.files.front()), *language, *transcriber);
+}
+
+void MatchRecordings(const commands_options& options, CommandMatcher& commands,
+                     const tessarin_progress& progress, RowWriter& rows) {
+    for (size_t i = options.AreSampled() ? 0 : 1; i < options.files.size(); ++i) {
+        const std::string& path = options.files[i];
+        rows.Write(path, commands.Match(path, *OpenAudio(options, path), progress));
         if (WasInterrupted()) {
             throw EngineFailure(path, tessarin::kUserCancelled);
         }
@@ -195,72 +168,40 @@ void MatchRecordings(const commands_options& options, tessarin::CAccousticHMM& m
 }
 
 /// Rows for what is heard on standard input; what is not a command is passed over.
-void MatchLive(const commands_options& options, SampledCommands& listener, RowWriter& rows,
-               const std::function<command_match(const live_utterance&)>& match) {
-    FollowUtterances(listener, options.rateHz, [&](const live_utterance& utterance) {
-        const command_match found = match(utterance);
+void MatchLive(const commands_options& options, CommandMatcher& commands,
+               const tessarin_progress& progress, RowWriter& rows) {
+    FollowUtterances(commands, options.rateHz, [&](int64_t endMs) {
+        const command_match found = commands.MatchHeard(progress);
         if (!found.name.empty()) {
-            rows.Write(std::to_string(utterance.endMs), found);
+            rows.Write(std::to_string(endMs), found);
         }
     });
-}
-
-void RunSampled(const commands_options& options, tessarin::CAccousticHMM& model) {
-    SampledCommands commands(model, options.FloorDb());
-    FillSamples(options, model, commands);
-    if (!options.live && options.files.empty()) {
-        return;
-    }
-    RowWriter rows(options, options.live ? "end_ms" : "audio", "distance");
-    if (options.live) {
-        MatchLive(options, commands, rows,
-                  [&](const live_utterance&) { return commands.MatchHeard(); });
-    } else {
-        MatchRecordings(
-            options, model, rows, options.files,
-            [&](tessarin::IObservationStream& utterance) { return commands.Match(utterance); });
-    }
-    rows.Finish();
-}
-
-void RunListed(const commands_options& options, tessarin::CAccousticHMM& model) {
-    TextCommands commands(model, options.FloorDb());
-    const tessarin::transcriber_owner transcriber = LoadTranscriber(options.data);
-    commands.Add(ReadCommandList(options.files.front()), *transcriber);
-    RowWriter rows(options, options.live ? "end_ms" : "audio", "score");
-    ProgressBar progress(options.quiet);
-    const auto match = [&](tessarin::IObservationStream& utterance) {
-        return commands.Match(utterance, &progress);
-    };
-    if (options.live) {
-        SampledCommands listener(model, options.FloorDb());
-        MatchLive(options, listener, rows, [&](const live_utterance& utterance) {
-            MemoryStream audio(utterance.samples);
-            tessarin::IObservationStream* stream = nullptr;
-            const int32_t code = CreateObservationStreamFromQuibStream(&audio, &model, &stream);
-            if (code != tessarin::kNoError) {
-                throw EngineFailure("standard input", code);
-            }
-            const tessarin::observations_owner observations(stream);
-            return match(*observations);
-        });
-    } else {
-        MatchRecordings(options, model, rows, {options.files.begin() + 1, options.files.end()},
-                        match);
-    }
-    rows.Finish();
 }
 
 void RunCommands(commands_options options) {
     PartRecords(options);
     RequireUsable(options);
     CatchInterrupts();
-    const tessarin::model_owner model = LoadModel(options.data);
+    const tessarin::flat::model_owner model = LoadFlatModel(options.data);
+    CommandMatcher commands(*model, options.FloorDb());
     if (options.AreSampled()) {
-        RunSampled(options, *model);
+        FillSamples(options, commands);
+        if (!options.live && options.files.empty()) {
+            return;
+        }
     } else {
-        RunListed(options, *model);
+        FillTexts(options, commands);
     }
+    RowWriter rows(options, options.live ? "end_ms" : "audio",
+                   options.AreSampled() ? "distance" : "score");
+    ProgressBar bar(options.quiet);
+    const tessarin_progress progress = bar.GetFlat();
+    if (options.live) {
+        MatchLive(options, commands, progress, rows);
+    } else {
+        MatchRecordings(options, commands, progress, rows);
+    }
+    rows.Finish();
 }
 
 } // namespace

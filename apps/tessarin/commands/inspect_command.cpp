@@ -76,7 +76,7 @@ void RunInspect(const std::string& path) {
     if (head == "mmhz") {
         ShowModel(path);
     } else if (LooksLikeLexicon(head)) {
-        std::fputs(DescribeLexicon(SummarizeLexicon(path)).c_str(), stdout);
+        std::fputs(DescribeLexicon(path).c_str(), stdout);
     } else if (ProbeRecording(path, &info)) {
         ShowRecording(info);
     } else {

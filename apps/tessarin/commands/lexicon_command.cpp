@@ -124,7 +124,7 @@ void RunBuild(const lexicon_options& options) {
 }
 
 void RunShow(const lexicon_options& options) {
-    std::fputs(DescribeLexicon(SummarizeLexicon(options.file)).c_str(), stdout);
+    std::fputs(DescribeLexicon(options.file).c_str(), stdout);
 }
 
 void RunFind(const lexicon_options& options) {

@@ -9,11 +9,19 @@
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/console/file_io.h"
 #include "apps/tessarin/console/progress_bar.h"
-#include "apps/tessarin/sentence_search.h"
+#include "apps/tessarin/options/engine_data.h"
+#include "apps/tessarin/readers/recording_samples.h"
 
 namespace {
 
 using json = nlohmann::ordered_json;
+
+/// A sentence in the user's spelling, and its place in the user's text.
+struct searched_sentence {
+    std::string text;
+    SpokenText::place place;
+    tessarin_sentence found; ///< its text and place are those in UTF-8
+};
 
 std::string ScoreText(double score) {
     char text[32];
@@ -28,11 +36,11 @@ std::string WriteJson(const std::string& audio, int64_t durationMs,
         json entry{{"text", each.text},
                    {"text_offset", each.place.offset},
                    {"text_length", each.place.length},
-                   {"found", each.found.has_value()}};
-        if (each.found) {
-            entry["start_ms"] = each.found->startMs;
-            entry["end_ms"] = each.found->endMs;
-            entry["score"] = std::stod(ScoreText(each.found->score));
+                   {"found", each.found.is_found != 0}};
+        if (each.found.is_found != 0) {
+            entry["start_ms"] = each.found.start_ms;
+            entry["end_ms"] = each.found.end_ms;
+            entry["score"] = std::stod(ScoreText(each.found.score));
         }
         list.push_back(std::move(entry));
     }
@@ -44,9 +52,9 @@ std::string WriteJson(const std::string& audio, int64_t durationMs,
 std::string WriteTsv(const std::vector<searched_sentence>& sentences) {
     std::string rows = "start_ms\tend_ms\tscore\ttext\n";
     for (const searched_sentence& each : sentences) {
-        if (each.found) {
-            rows += std::to_string(each.found->startMs) + "\t" + std::to_string(each.found->endMs) +
-                    "\t" + ScoreText(each.found->score);
+        if (each.found.is_found != 0) {
+            rows += std::to_string(each.found.start_ms) + "\t" + std::to_string(each.found.end_ms) +
+                    "\t" + ScoreText(each.found.score);
         } else {
             rows += "\t\tnot found";
         }
@@ -80,23 +88,51 @@ struct sentence_output {
     bool isTable = false;
 };
 
+float LeastScore(double wanted) {
+    constexpr float kSmallest = 1e-30f; // 0 stands for the usual score
+    return wanted == 0.0 ? kSmallest : static_cast<float>(wanted);
+}
+
+std::vector<searched_sentence> Search(const recording_options& options,
+                                      const sentence_options& search, const SpokenText& text,
+                                      const tessarin_audio& audio,
+                                      tessarin::IVisemixTranscriber& transcriber) {
+    const tessarin::flat::model_owner model = LoadFlatModel(options.data);
+    const tessarin::flat::language_owner language = LoadFlatLanguage(options.data, transcriber);
+    const tessarin_search_options range{sizeof range, search.beam, options.stretch.fromMs,
+                                        options.stretch.toMs, 0};
+    ProgressBar bar(options.quiet);
+    const tessarin_progress progress = bar.GetFlat();
+    tessarin::flat::sentence_search_owner found;
+    const int32_t code = tessarin_create_sentence_search(
+        model.get(), language.get(), &audio, text.GetUtf8().c_str(), LeastScore(search.leastScore),
+        &range, &progress, tessarin::Out(found));
+    if (code != TESSARIN_OK) {
+        throw EngineFailure(options.audio, code);
+    }
+    std::vector<searched_sentence> sentences;
+    uint32_t count = 0;
+    const tessarin_sentence* const all = tessarin_get_sentences(found.get(), &count);
+    for (uint32_t i = 0; i < count; ++i) {
+        sentences.push_back(
+            {all[i].text, text.FindOfUtf8(all[i].text_offset, all[i].text_length), all[i]});
+    }
+    return sentences;
+}
+
 } // namespace
 
 void FindSentences(const recording_options& options, const sentence_options& search,
-                   tessarin::CAccousticHMM& model, const SpokenText& text,
-                   tessarin::IVisemixTranscriber& transcriber) {
+                   const SpokenText& text, tessarin::IVisemixTranscriber& transcriber) {
     const sentence_output output(options.outputs);
     CatchInterrupts();
-    ProgressBar progress(options.quiet);
-    const int channel = options.channel == "mix" ? 0 : std::stoi(options.channel);
-    const auto open = [&](const recording_stretch& stretch) {
-        return OpenRecording(options.audio, channel, stretch, model);
-    };
-    recording_stretch stretch = options.stretch;
-    const int64_t durationMs = open(stretch).durationMs;
-    stretch.toMs = stretch.toMs == 0 ? static_cast<int>(durationMs) : stretch.toMs;
-    const std::vector<searched_sentence> sentences = SearchForSentences(
-        open, stretch, model, text, transcriber, search.beam, search.leastScore, progress);
+    const data_source_handle samples =
+        LoadSamples(options.audio, ChannelNumber(options.channel), nullptr);
+    FindStretch(options.audio, options.stretch, *samples); // says what is wrong with it
+    const tessarin::flat::audio_owner audio = FlatAudio(options.audio, *samples);
+    const auto durationMs = static_cast<int64_t>(samples->SamplesToMs(samples->GetNumSamples()));
+    const std::vector<searched_sentence> sentences =
+        Search(options, search, text, *audio, transcriber);
     WriteOutput(output.file, output.isTable ? WriteTsv(sentences)
                                             : WriteJson(options.audio, durationMs, sentences));
 }

@@ -12,5 +12,4 @@ struct sentence_options {
 /// Looks for the sentences of `text` in the recording and writes where they are, as JSON or TSV.
 /// Throws Failure.
 void FindSentences(const recording_options& options, const sentence_options& search,
-                   tessarin::CAccousticHMM& model, const SpokenText& text,
-                   tessarin::IVisemixTranscriber& transcriber);
+                   const SpokenText& text, tessarin::IVisemixTranscriber& transcriber);

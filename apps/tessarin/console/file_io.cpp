@@ -7,6 +7,8 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <map>
+#include <string>
 #include <system_error>
 
 #include <utf8.h>
@@ -72,8 +74,13 @@ replacement ReplacementOf(const fs::path& target) {
 } // namespace
 
 std::string ReadWholeFile(const std::string& path) {
+    // What a stream held is not there a second time, so it is kept.
+    static std::map<std::string, std::string> streams;
+    if (const auto read = streams.find(path); read != streams.end()) {
+        return read->second;
+    }
     if (path == "-") {
-        return ReadStream(std::cin);
+        return streams[path] = ReadStream(std::cin);
     }
     if (fs::is_directory(path)) {
         throw Failure(kExitFailed, path + ": is a folder, not a file");
@@ -87,7 +94,7 @@ std::string ReadWholeFile(const std::string& path) {
     if (size < 0) { // a pipe or a device
         file.close();
         std::ifstream stream(path, std::ios::binary);
-        return ReadStream(stream);
+        return streams[path] = ReadStream(stream);
     }
     std::string content(static_cast<size_t>(size), '\0');
     file.seekg(0);

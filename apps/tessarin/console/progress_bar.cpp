@@ -72,3 +72,11 @@ void ProgressBar::Erase() {
         drawn = false;
     }
 }
+
+tessarin_progress ProgressBar::GetFlat() {
+    return {this,
+            [](void* user, const char* text) { static_cast<ProgressBar*>(user)->SetStatus(text); },
+            [](void* user, uint32_t done, uint32_t total) {
+                return static_cast<ProgressBar*>(user)->OnProgress(done, total) ? 1 : 0;
+            }};
+}

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tessarin/progress_sink.h"
+#include "tessarin/tessarin_c.h"
 
 /// Turns Ctrl-C into a request that the work at hand ends itself.
 void CatchInterrupts();
@@ -21,6 +22,9 @@ public:
 
     void SetStatus(const char* text) override;
     bool OnProgress(uint32_t done, uint32_t total) override;
+
+    /// The bar for calls of the flat interface.
+    tessarin_progress GetFlat();
 
 private:
     void Erase();

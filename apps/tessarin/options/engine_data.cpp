@@ -39,6 +39,17 @@ tessarin::model_owner LoadModel(const data_options& options) {
     return LoadModelFile(DataPathOr(options.model, options, kModelName));
 }
 
+tessarin::flat::model_owner LoadFlatModel(const data_options& options) {
+    const std::string path = DataPathOr(options.model, options, kModelName);
+    tessarin::flat::model_owner model;
+    const int32_t code = tessarin_create_model_from_file(path.c_str(), tessarin::Out(model));
+    if (code != TESSARIN_OK) {
+        LoadModelFile(path); // says what is wrong with it
+        throw EngineFailure(path, code);
+    }
+    return model;
+}
+
 std::string HearingModelPath(const data_options& options) {
     std::string path = DataPathOr(options.model, options, kHearingModelName);
     return std::filesystem::exists(path) || !options.model.empty()

@@ -37,3 +37,9 @@ std::string HearingModelPath(const data_options& options);
 tessarin::model_owner LoadModel(const data_options& options);
 tessarin::model_owner LoadHearingModel(const data_options& options);
 tessarin::transcriber_owner LoadTranscriber(const data_options& options);
+
+/// The same for calls of the flat interface. `transcriber` is that of LoadTranscriber, which has
+/// warned of what the user's words say in vain.
+tessarin::flat::model_owner LoadFlatModel(const data_options& options);
+tessarin::flat::language_owner LoadFlatLanguage(const data_options& options,
+                                                tessarin::IVisemixTranscriber& transcriber);

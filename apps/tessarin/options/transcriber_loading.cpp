@@ -31,11 +31,16 @@ tessarin::transcriber_owner FromText(const std::string& path, const std::string&
     return tessarin::transcriber_owner(transcriber);
 }
 
+/// A word of the lexicon's code page as UTF-8.
+std::string Spelled(const std::string& word, IVisemixTranscriber& transcriber) {
+    const SpokenText text("word", word, "local", transcriber);
+    return text.GetUtf8(0, static_cast<int32_t>(word.size()));
+}
+
 /// The word with plain letters in place of those with accents: so a language that folds accents
 /// away looks it up.
 std::string WithoutAccents(const std::string& word, IVisemixTranscriber& transcriber) {
-    const SpokenText text("word", word, "local", transcriber);
-    const std::string spelled = text.GetUtf8(0, static_cast<int32_t>(word.size()));
+    const std::string spelled = Spelled(word, transcriber);
     std::string plain;
     for (auto at = spelled.begin(); at != spelled.end();) {
         const char32_t character = utf8::next(at, spelled.end());
@@ -54,8 +59,8 @@ bool IsAscii(const std::string& word) {
 
 /// The words that a user adds, in the lexicon's code page, in the order of preference. Those with
 /// accents are there without them too.
-std::vector<word_entry> ReadUserWords(const std::string& path, IVisemixTranscriber& transcriber) {
-    const SpokenText text = ReadSpokenText(path, ReadWholeFile(path), "auto", transcriber);
+std::vector<word_entry> ReadUserWords(const std::string& path, const SpokenText& text,
+                                      IVisemixTranscriber& transcriber) {
     std::vector<word_entry> entries = ReadWordList(path, text.GetLocal());
     std::vector<word_entry> plain;
     for (const word_entry& entry : entries) {
@@ -65,6 +70,12 @@ std::vector<word_entry> ReadUserWords(const std::string& path, IVisemixTranscrib
     }
     std::ranges::move(plain, std::back_inserter(entries));
     return entries;
+}
+
+/// The same, with a warning for a text that stops being UTF-8.
+std::vector<word_entry> ReadUserWords(const std::string& path, IVisemixTranscriber& transcriber) {
+    return ReadUserWords(path, ReadSpokenText(path, ReadWholeFile(path), "auto", transcriber),
+                         transcriber);
 }
 
 /// The engine takes all up to a `=` for a word, so that of prose it would make a lexicon of
@@ -176,21 +187,74 @@ tessarin::transcriber_owner FromTextWithWords(const std::string& path, const std
     return transcriber;
 }
 
+std::string ReadLexicon(const std::string& path) {
+    std::string content = ReadWholeFile(path);
+    RequireSize(path, content);
+    if (!LooksLikeLexicon(content)) {
+        RequireLexiconText(path, content);
+    }
+    return content;
+}
+
+/// All ways to say a word, separated by bars.
+struct user_word {
+    std::string word;
+    std::string phonemes;
+};
+
+/// Those with accents come first: each also sets the word without them, for which what the user
+/// says of that counts.
+std::vector<user_word> GroupByWord(std::span<const word_entry> entries) {
+    std::vector<user_word> words;
+    for (const word_entry& entry : entries) {
+        const std::string upper = InUpperCase(entry.word);
+        const auto known = std::ranges::find(words, upper, &user_word::word);
+        if (known == words.end()) {
+            words.push_back({upper, entry.phonemes});
+        } else {
+            known->phonemes += "|" + entry.phonemes;
+        }
+    }
+    std::ranges::stable_partition(words, [](const user_word& each) { return !IsAscii(each.word); });
+    return words;
+}
+
 } // namespace
 
 tessarin::transcriber_owner LoadTranscriber(const data_options& options) {
     const std::string path = DataPathOr(options.lexicon, options, kLexiconName);
-    const std::string content = ReadWholeFile(path);
-    RequireSize(path, content);
+    const std::string content = ReadLexicon(path);
     const bool isText = !LooksLikeLexicon(content);
-    if (isText) {
-        RequireLexiconText(path, content);
-    }
     if (options.words.empty()) {
         return isText ? FromText(path, content) : FromImage(path, content);
     }
     return isText ? FromTextWithWords(path, content, options.words)
                   : FromFileWithWords(path, options.words);
+}
+
+tessarin::flat::language_owner LoadFlatLanguage(const data_options& options,
+                                                IVisemixTranscriber& transcriber) {
+    const std::string path = DataPathOr(options.lexicon, options, kLexiconName);
+    const std::string content = ReadLexicon(path);
+    tessarin::flat::language_owner language;
+    int32_t code = tessarin_create_language_from_memory(
+        content.data(), static_cast<uint32_t>(content.size()), tessarin::Out(language));
+    if (code != TESSARIN_OK) {
+        throw EngineFailure(path, code);
+    }
+    if (options.words.empty()) {
+        return language;
+    }
+    const SpokenText text(options.words, ReadWholeFile(options.words), "auto", transcriber);
+    for (const auto& [word, phonemes] :
+         GroupByWord(ReadUserWords(options.words, text, transcriber))) {
+        const std::string spelled = Spelled(word, transcriber);
+        code = tessarin_set_word(language.get(), spelled.c_str(), phonemes.c_str());
+        if (code != TESSARIN_OK) {
+            throw EngineFailure(options.words + ": " + spelled, code);
+        }
+    }
+    return language;
 }
 
 void AddLexiconOptions(CLI::App& command, data_options* options) {

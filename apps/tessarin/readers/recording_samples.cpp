@@ -77,6 +77,19 @@ data_source_handle LoadSamples(const std::string& path, int channel,
     return std::move(channels[index]);
 }
 
+tessarin::flat::audio_owner FlatAudio(const std::string& path, IPCMDataSource& source) {
+    auto count = static_cast<uint32_t>(source.GetNumSamples());
+    std::vector<int16_t> samples(count);
+    if (count > 0) {
+        RequireDone(path, source.ReadSamplesInt16(samples.data(), 0, &count, 1));
+    }
+    tessarin::flat::audio_owner audio;
+    RequireDone(path, tessarin_create_audio_from_int16(samples.data(), count,
+                                                       source.GetSampleRate() >> 16,
+                                                       tessarin::Out(audio)));
+    return audio;
+}
+
 std::vector<data_source_handle> LoadChannels(const std::string& path) {
     RequireFile(path);
     recording_info info;

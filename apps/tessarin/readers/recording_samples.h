@@ -17,6 +17,9 @@ using data_source_handle =
 data_source_handle LoadSamples(const std::string& path, int channel,
                                tessarin::ProgressSink* progress);
 
+/// A copy of them for calls of the flat interface. Throws Failure, which names `path`.
+tessarin::flat::audio_owner FlatAudio(const std::string& path, tessarin::IPCMDataSource& source);
+
 /// All channels of a recording, one source for each. Throws Failure.
 std::vector<data_source_handle> LoadChannels(const std::string& path);
 

@@ -199,3 +199,25 @@ std::string SpokenText::GetUtf8(int32_t offset, int32_t length) const {
     }
     return text;
 }
+
+std::string SpokenText::GetUtf8() const {
+    std::string text;
+    for (size_t i = 0; i + 1 < characters.size(); ++i) {
+        AppendUtf8(characters[i].code, text);
+    }
+    return text;
+}
+
+SpokenText::place SpokenText::FindOfUtf8(int32_t offset, int32_t length) const {
+    const auto startAt = [this](int64_t wanted) {
+        int64_t at = 0;
+        size_t i = 0;
+        for (std::string one; i + 1 < characters.size() && at < wanted; ++i, one.clear()) {
+            AppendUtf8(characters[i].code, one);
+            at += static_cast<int64_t>(one.size());
+        }
+        return static_cast<int32_t>(characters[i].start);
+    };
+    const int32_t start = startAt(offset);
+    return {start, startAt(int64_t{offset} + length) - start};
+}

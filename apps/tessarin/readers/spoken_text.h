@@ -31,6 +31,11 @@ public:
     /// A stretch of the local text in the user's spelling, as UTF-8.
     std::string GetUtf8(int32_t offset, int32_t length) const;
 
+    /// All of the text as UTF-8.
+    std::string GetUtf8() const;
+    /// Where a stretch of that stands in the user's text.
+    place FindOfUtf8(int32_t offset, int32_t length) const;
+
 private:
     struct character {
         char32_t code;

@@ -11,16 +11,18 @@ interpreter is free while a search runs.
 """
 
 from tessarin._audio import Audio
+from tessarin._commands import CommandMatch, Commands
 from tessarin._engine import (Engine, align, align_many, default_engine, find_sentences, recognize,
                               transcribe, version)
 from tessarin._errors import Cancelled, RecognitionFailed, TessarinError
+from tessarin._facts import LexiconFacts, ModelFacts
 from tessarin._live import Live, LiveStretch
 from tessarin._results import Curve, Event, Frame, Phoneme, Result, Sentence, Token, Track, Word
 from tessarin._shapes import Shapes, Switch
 
 __all__ = [
-    "Audio", "Cancelled", "Curve", "Engine", "Event", "Frame", "Live", "LiveStretch", "Phoneme",
-    "RecognitionFailed", "Result", "Sentence", "Shapes", "Switch", "TessarinError", "Token",
+    "Audio", "Cancelled", "CommandMatch", "Commands", "Curve", "Engine", "Event", "Frame",
+    "LexiconFacts", "Live", "LiveStretch", "ModelFacts", "Phoneme", "RecognitionFailed", "Result", "Sentence", "Shapes", "Switch", "TessarinError", "Token",
     "Track", "Word", "align", "align_many", "default_engine", "find_sentences", "recognize",
     "transcribe", "version",
 ]

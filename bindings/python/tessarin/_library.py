@@ -9,7 +9,7 @@ import pathlib
 import sys
 import threading
 from ctypes import (CFUNCTYPE, POINTER, Structure, c_char, c_char_p, c_double, c_float, c_int16,
-                    c_int32, c_int64, c_uint32, c_void_p)
+                    c_int32, c_int64, c_uint32, c_uint64, c_void_p)
 from typing import Any, Iterator
 
 from tessarin._errors import Cancelled, TessarinError, CANCELLED
@@ -114,6 +114,30 @@ class Sentence(Structure):
                 ("text_length", c_int32)]
 
 
+class CommandOptions(Structure):
+    _fields_ = [("size", c_uint32), ("rate_hz", c_uint32), ("floor_db", c_float)]
+
+
+class CommandMatch(Structure):
+    _fields_ = [("score", c_double), ("name", c_char_p)]
+
+
+class ModelFacts(Structure):
+    _fields_ = [("version", c_int32), ("num_phonemes", c_int32), ("num_states", c_int32),
+                ("num_mixtures", c_int32), ("num_features", c_int32), ("num_cepstra", c_int32),
+                ("num_bands", c_int32), ("flags", c_uint32), ("window_size", c_int32),
+                ("window_overlap", c_int32), ("rate_hz", c_float), ("pre_emphasis", c_float),
+                ("labels", POINTER(c_char_p))]
+
+
+class LexiconFacts(Structure):
+    _fields_ = [("version", c_int32), ("rules_version", c_int32), ("language", c_uint32),
+                ("code_page", c_uint32), ("flags", c_uint32), ("entry_count", c_uint32),
+                ("word_count", c_uint32), ("rule_count", c_uint32), ("leaf_count", c_uint32),
+                ("has_tree", c_int32), ("name", c_char_p), ("locale", c_char_p),
+                ("comment", c_char_p), ("information", c_char_p)]
+
+
 WORD = 1
 TAG = 2
 CUT = 3
@@ -186,6 +210,21 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
                                          POINTER(SearchOptions), POINTER(Progress), _OUT]),
     "get_sentences": (POINTER(Sentence), [c_void_p, _COUNT]),
     "free_sentence_search": (None, [c_void_p]),
+    "get_model_facts": (POINTER(ModelFacts), [c_void_p]),
+    "create_lexicon_from_file": (c_int32, [c_char_p, _OUT]),
+    "get_lexicon_facts": (POINTER(LexiconFacts), [c_void_p]),
+    "free_lexicon": (None, [c_void_p]),
+    "create_commands": (c_int32, [c_void_p, POINTER(CommandOptions), _OUT]),
+    "add_command_text": (c_int32, [c_void_p, c_void_p, c_char_p, c_char_p]),
+    "add_command_phonemes": (c_int32, [c_void_p, c_char_p, c_char_p]),
+    "add_command_sample": (c_int32, [c_void_p, c_char_p, c_void_p, POINTER(SearchOptions)]),
+    "add_packed_command_samples": (c_int32, [c_void_p, c_char_p, c_uint64]),
+    "pack_command_samples": (c_int32, [c_void_p, POINTER(c_uint64), _OUT]),
+    "rank_commands": (c_int32, [c_void_p, c_void_p, POINTER(SearchOptions), POINTER(Progress)]),
+    "push_command_audio": (c_int32, [c_void_p, c_void_p, c_uint32, POINTER(c_int32)]),
+    "rank_utterance": (c_int32, [c_void_p, POINTER(Progress)]),
+    "get_command_ranking": (POINTER(CommandMatch), [c_void_p, _COUNT]),
+    "free_commands": (None, [c_void_p]),
 }
 
 

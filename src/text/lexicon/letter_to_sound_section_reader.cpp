@@ -166,6 +166,7 @@ error_code ReadSection(ByteCursor& cursor, CGraphemeToPhoneRules<char>& module) 
     }
     const std::span<const uint8_t> body = cursor.ReadBytes(static_cast<size_t>(size));
     module.loaded_block.assign(body.begin(), body.end());
+    module.section_version = version;
     return section_reader(module, version).Read() ? kNoError : kInvalidFile;
 }
 
@@ -209,6 +210,7 @@ void CGraphemeToPhoneRules<char>::Clear() {
     symbol_words = scale_words = nullptr;
     thousands_separator = decimal_point = '\0';
     flags = 0;
+    section_version = 0;
     letter_substitutions.clear();
     letter_classes.clear();
     loaded_block.clear();

@@ -106,6 +106,7 @@ public:
     char decimal_point = '\0';
     const char* const* scale_words = nullptr; ///< by scale_word
     uint16_t flags = 0;
+    int16_t section_version = 0; ///< of the section that was loaded
     std::map<char, const char*> letter_substitutions;
     std::map<std::string, std::set<char>> letter_classes; ///< by names such as `&xy&`
     trie<int, char> suffixes;                             ///< to their lengths

@@ -1,0 +1,82 @@
+"""What models and lexicons hold."""
+
+from __future__ import annotations
+
+import os
+from dataclasses import dataclass
+
+from tessarin._audio import Path
+from tessarin._library import Library
+
+
+@dataclass(frozen=True)
+class ModelFacts:
+    """What a model holds: `labels` of its phonemes, of `num_states` states with `num_mixtures` each;
+    observations of `num_features` values, from windows of `window_size` samples at `rate_hz`, of
+    which `window_overlap` are also in the next."""
+
+    version: int
+    labels: tuple[str, ...]
+    num_states: int
+    num_mixtures: int
+    num_features: int
+    num_cepstra: int
+    num_bands: int
+    flags: int
+    window_size: int
+    window_overlap: int
+    rate_hz: float
+    pre_emphasis: float
+
+    @classmethod
+    def from_file(cls, path: Path) -> ModelFacts:
+        """Raises TessarinError."""
+        library = Library.get()
+        name = os.fspath(path)
+        model = library.create("create_model_from_file", name, os.fsencode(path))
+        try:
+            raw = library.get_model_facts(model).contents
+            labels = tuple(raw.labels[i].decode("ascii") for i in range(raw.num_phonemes))
+            return cls(labels=labels, **{field: getattr(raw, field)
+                                         for field in cls.__dataclass_fields__ if field != "labels"})
+        finally:
+            library.free_model(model)
+
+
+@dataclass(frozen=True)
+class LexiconFacts:
+    """What a lexicon file says of itself and holds: `entry_count` pronunciations of `word_count`
+    words; other words go through a decision tree of `leaf_count` leaves, or else `rule_count`
+    rules. `language` is a primary language number, such as 9 for English."""
+
+    version: int
+    rules_version: int
+    language: int
+    code_page: int
+    flags: int
+    entry_count: int
+    word_count: int
+    rule_count: int
+    leaf_count: int
+    has_tree: bool
+    name: str
+    locale: str
+    comment: str
+    information: str
+
+    @classmethod
+    def from_file(cls, path: Path) -> LexiconFacts:
+        """Raises TessarinError, also for a text of words."""
+        library = Library.get()
+        name = os.fspath(path)
+        lexicon = library.create("create_lexicon_from_file", name, os.fsencode(path))
+        try:
+            raw = library.get_lexicon_facts(lexicon).contents
+            values = {field: getattr(raw, field) for field in cls.__dataclass_fields__}
+            values["has_tree"] = values["has_tree"] != 0
+            encoding = f"cp{raw.code_page}" if raw.code_page in (1250, 1251, 1252) else "latin-1"
+            return cls(**{field: value.decode(encoding, "replace")
+                          if isinstance(value, bytes) else value
+                          for field, value in values.items()})
+        finally:
+            library.free_lexicon(lexicon)

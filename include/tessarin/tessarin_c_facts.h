@@ -1,0 +1,62 @@
+#pragma once
+
+/** @file
+ * What models and lexicons hold. Part of tessarin_c.h.
+ */
+
+#include "tessarin/tessarin_c.h"
+
+/** What a model holds. */
+typedef struct tessarin_model_facts {
+    int32_t version;           /**< of its form */
+    int32_t num_phonemes;      /**< the number of `labels` */
+    int32_t num_states;        /**< of a phoneme */
+    int32_t num_mixtures;      /**< of a state */
+    int32_t num_features;      /**< values of an observation */
+    int32_t num_cepstra;       /**< that they are made from */
+    int32_t num_bands;         /**< of the filter bank */
+    uint32_t flags;            /**< of the analysis */
+    int32_t window_size;       /**< of an observation, in samples */
+    int32_t window_overlap;    /**< of one with the next, in samples */
+    float rate_hz;             /**< to which audio is brought */
+    float pre_emphasis;        /**< of the samples, 0 to 1 */
+    const char* const* labels; /**< of the phonemes */
+} tessarin_model_facts;
+
+/** What the model holds, or null without a model. */
+TESSARIN_API const tessarin_model_facts* tessarin_get_model_facts(const tessarin_model* model);
+
+typedef struct tessarin_lexicon tessarin_lexicon; /**< a lexicon file that was looked into */
+
+/** What a lexicon file says of itself and holds. */
+typedef struct tessarin_lexicon_facts {
+    int32_t version;         /**< of its form */
+    int32_t rules_version;   /**< of the form of its rules */
+    uint32_t language;       /**< primary language number: 9 English, 7 German, 12 French ... */
+    uint32_t code_page;      /**< of its words and rules; 0 when it is not known */
+    uint32_t flags;          /**< transcriber_info_flags of transcriber.h */
+    uint32_t entry_count;    /**< pronunciations */
+    uint32_t word_count;     /**< that these are of, without regard to the case of A to Z */
+    uint32_t rule_count;     /**< for words that are not in it; 0 with a tree */
+    uint32_t leaf_count;     /**< of the decision tree for such words; 0 without one */
+    int32_t has_tree;        /**< 1 when such words go through a decision tree, else 0 */
+    const char* name;        /**< of the language; these texts are empty when the file has none */
+    const char* locale;      /**< that it works under */
+    const char* comment;     /**< for people */
+    const char* information; /**< for programs */
+} tessarin_lexicon_facts;
+
+/** Looks into a lexicon file, also into one whose form tessarin_create_language_from_file does not
+   support. FILE_NOT_FOUND; INVALID_FILE, also for a text of words; NEWER_VERSION. */
+TESSARIN_API int32_t tessarin_create_lexicon_from_file(const char* path, tessarin_lexicon** out);
+
+/** The same from the `size` bytes at `data`. */
+TESSARIN_API int32_t tessarin_create_lexicon_from_memory(const void* data, uint32_t size,
+                                                         tessarin_lexicon** out);
+
+/** What the lexicon holds, or null without a lexicon. */
+TESSARIN_API const tessarin_lexicon_facts*
+tessarin_get_lexicon_facts(const tessarin_lexicon* lexicon);
+
+/** Null is allowed. */
+TESSARIN_API void tessarin_free_lexicon(tessarin_lexicon* lexicon);
