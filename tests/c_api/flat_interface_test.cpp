@@ -339,7 +339,7 @@ TEST_F(FlatInterface, MeasuresLoudness) {
     std::vector<float> measured(values);
     ASSERT_EQ(tessarin_measure_loudness(samples, numSamples, rateHz, measured.data(), &values),
               TESSARIN_OK);
-    const result_handle result = Align();
+    const result_owner result = Align();
     uint32_t count = 0;
     const float* const known = tessarin_get_loudness(result.get(), &count);
     EXPECT_EQ(std::vector<float>(known, known + count), measured);

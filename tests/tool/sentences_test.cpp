@@ -12,10 +12,15 @@ using nlohmann::json;
 using testing::HasSubstr;
 using testing::StartsWith;
 
+/// What the demo says, and what it does not.
+std::string MixedText() {
+    return ReadFile(DemoText()) + "\nThe children built a boat of paper by the river.\n";
+}
+
 TEST(Sentences, OfTheTextAreFoundOrNot) {
     const ScratchFolder scratch;
     const std::string text = scratch.Path("text");
-    WriteFile(text, ReadFile(DemoText()) + "\nThe children built a boat of paper by the river.\n");
+    WriteFile(text, MixedText());
     const std::string arguments = "align " + DemoRecording() + " --text-file " + text + " ";
     const tool_run run = RunTool(arguments + "--sentences");
     ASSERT_EQ(run.exitCode, 0) << run.errors;
