@@ -17,14 +17,19 @@ enum tessarin_sample_format {
 
 /** How live audio is followed. */
 typedef struct tessarin_live_options {
-    uint32_t size;      /**< of this struct, in bytes */
-    uint32_t rate_hz;   /**< 4000 to 50000; 0: 16000 */
-    uint32_t format;    /**< a tessarin_sample_format */
-    uint32_t channels;  /**< interleaved, to 1024, of which the first is heard; 0: 1 */
-    int32_t delay_ms;   /**< how long a sound is weighed before it is final, 20 to 10000; results
-                             lag by up to twice that; 0: 100 */
-    int32_t overlap_ms; /**< how much of the past is weighed again, to 10000 */
-    float frame_rate;   /**< frames a second, 1 to 1000; 0: that of the rules */
+    uint32_t size;         /**< of this struct, in bytes */
+    uint32_t rate_hz;      /**< 4000 to 50000; 0: 16000 */
+    uint32_t format;       /**< a tessarin_sample_format */
+    uint32_t channels;     /**< interleaved, to 1024, of which the first is heard; 0: 1 */
+    int32_t delay_ms;      /**< how long a sound is weighed before it is final, 20 to 10000; results
+                                lag by up to twice that; 0: 25 */
+    int32_t overlap_ms;    /**< how much of the past is weighed again, to 10000 */
+    float frame_rate;      /**< frames a second, 1 to 1000; 0: 30 */
+    int32_t look_ahead_ms; /**< how far ahead of a sound the mouth prepares for it, to 120, for
+                                which frames wait; 0: 20, and -1: not at all */
+    uint32_t strength_count;            /**< of the strengths */
+    const tessarin_strength* strengths; /**< how far parts of the mouth leave rest, multiplied in
+                                             their order; read at the creation alone */
 } tessarin_live_options;
 
 /** A sound of live audio. Times are milliseconds since the audio began. */

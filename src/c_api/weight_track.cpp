@@ -27,9 +27,6 @@ constexpr uint32_t kKnownFlags = kEngineFlags | TESSARIN_TRACK_CURVES | TESSARIN
 constexpr uint32_t kFirstSize = offsetof(tessarin_track_options, gains);
 constexpr uint32_t kSecondSize = offsetof(tessarin_track_options, strengths);
 constexpr float kMaxFrameRate = 1000.0f;
-constexpr float kMaxStrength = 4.0f;
-constexpr uint32_t kAllParts =
-    TESSARIN_VOWELS | TESSARIN_CONSONANTS | TESSARIN_LIPS | TESSARIN_TEETH;
 
 /// What the caller knows of the options; the rest has its defaults.
 error_code ReadOptions(const tessarin_track_options* given, tessarin_track_options& out) {
@@ -78,23 +75,6 @@ error_code FindRules(const tessarin_track_options& options, std::string_view& ou
         return kInvalidArgument;
     }
     out = {options.rules, static_cast<size_t>(options.rules_length)};
-    return kNoError;
-}
-
-error_code ReadStrength(const tessarin_track_options& options, mouth_strength& out) {
-    for (uint32_t i = 0; i < options.strength_count; ++i) {
-        const auto [parts, factor] = options.strengths[i];
-        if (!(factor >= 0.0f && factor <= kMaxStrength)) {
-            return kOutOfRange;
-        }
-        if (parts == 0 || (parts & ~kAllParts) != 0) {
-            return kInvalidArgument;
-        }
-        out.vowels *= (parts & TESSARIN_VOWELS) != 0 ? factor : 1.0f;
-        out.consonants *= (parts & TESSARIN_CONSONANTS) != 0 ? factor : 1.0f;
-        out.lips *= (parts & TESSARIN_LIPS) != 0 ? factor : 1.0f;
-        out.teeth *= (parts & TESSARIN_TEETH) != 0 ? factor : 1.0f;
-    }
     return kNoError;
 }
 
@@ -164,7 +144,7 @@ error_code Articulate(const tessarin_result& result, const tessarin_track_option
     error_code code = ReadRuleText(rules, read);
     frame_shaping shaping;
     if (code == kNoError) {
-        code = ReadStrength(options, shaping.strength);
+        code = ReadStrength({options.strengths, options.strength_count}, shaping.strength);
     }
     results_owner markers;
     if (code == kNoError) {

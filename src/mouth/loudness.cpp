@@ -46,12 +46,16 @@ size_t CountLoudnessSteps(size_t count, uint32_t rateHz) {
     return steps;
 }
 
+float MeasureLoudnessOf(std::span<const int16_t> samples) {
+    return std::round(Decibels(Power(samples)) * 10.0f) / 10.0f;
+}
+
 std::vector<float> MeasureLoudness(std::span<const int16_t> samples, uint32_t rateHz) {
     std::vector<float> steps(CountLoudnessSteps(samples.size(), rateHz));
     for (size_t i = 0; i < steps.size(); ++i) {
         const size_t begin = StepBegin(i, rateHz);
         const size_t end = std::min(StepBegin(i + 1, rateHz), samples.size());
-        steps[i] = std::round(Decibels(Power(samples.subspan(begin, end - begin))) * 10.0f) / 10.0f;
+        steps[i] = MeasureLoudnessOf(samples.subspan(begin, end - begin));
     }
     return steps;
 }

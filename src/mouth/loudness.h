@@ -13,9 +13,12 @@ inline constexpr float kSilenceDb = -100.0f; ///< and anything below
 /// How many steps `count` samples are; one that has only begun counts.
 size_t CountLoudnessSteps(size_t count, uint32_t rateHz);
 
-/// The loudness of each step of 10 ms: the mean square of the samples about their mean, in dB of
-/// full scale, from -100 to 0, in tenths, which texts hold without loss. Blocks that begin at whole
-/// steps may be measured one by one.
+/// The loudness of samples, of which there are some: their mean square about their mean, in dB of
+/// full scale, from -100 to 0, in tenths, which texts hold without loss.
+float MeasureLoudnessOf(std::span<const int16_t> samples);
+
+/// The loudness of each step of 10 ms. Blocks that begin at whole seconds may be measured one by
+/// one.
 std::vector<float> MeasureLoudness(std::span<const int16_t> samples, uint32_t rateHz);
 
 /// Loudness over time. Borrows the steps; beyond them there is silence.

@@ -4,6 +4,14 @@
 
 namespace tessarin {
 
+namespace {
+
+constexpr float kMaxStrength = 4.0f;
+constexpr uint32_t kAllParts =
+    TESSARIN_VOWELS | TESSARIN_CONSONANTS | TESSARIN_LIPS | TESSARIN_TEETH;
+
+} // namespace
+
 mouth_class ClassOf(std::string_view label) {
     if (label == "x") {
         return mouth_class::rest;
@@ -30,6 +38,22 @@ float mouth_strength::Of(mouth_class which) const {
     default:
         return 1.0f;
     }
+}
+
+error_code ReadStrength(std::span<const tessarin_strength> wanted, mouth_strength& out) {
+    for (const auto& [parts, factor] : wanted) {
+        if (!(factor >= 0.0f && factor <= kMaxStrength)) {
+            return kOutOfRange;
+        }
+        if (parts == 0 || (parts & ~kAllParts) != 0) {
+            return kInvalidArgument;
+        }
+        out.vowels *= (parts & TESSARIN_VOWELS) != 0 ? factor : 1.0f;
+        out.consonants *= (parts & TESSARIN_CONSONANTS) != 0 ? factor : 1.0f;
+        out.lips *= (parts & TESSARIN_LIPS) != 0 ? factor : 1.0f;
+        out.teeth *= (parts & TESSARIN_TEETH) != 0 ? factor : 1.0f;
+    }
+    return kNoError;
 }
 
 } // namespace tessarin

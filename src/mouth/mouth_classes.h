@@ -1,6 +1,10 @@
 #pragma once
 
+#include <span>
 #include <string_view>
+
+#include "tessarin/error_codes.h"
+#include "tessarin/tessarin_c.h"
 
 namespace tessarin {
 
@@ -19,5 +23,9 @@ struct mouth_strength {
 
     float Of(mouth_class which) const;
 };
+
+/// Multiplies what a host asks for, in its order. Returns 0, 3 for a factor that is not 0 to 4, or
+/// 2 for what is not a part of the mouth.
+error_code ReadStrength(std::span<const tessarin_strength> wanted, mouth_strength& out);
 
 } // namespace tessarin

@@ -81,12 +81,6 @@ private:
     size_t first = 0;
 };
 
-float ConsonantLevel(float phraseDb) {
-    return std::isnan(phraseDb)
-               ? 1.0f
-               : std::clamp(1.0f + (phraseDb - kSoftDb) * kLevelPerDb, kLeastLevel, 1.0f);
-}
-
 float DecibelsOfScore(float score) {
     return score > 0.0f ? 20.0f * std::log10(std::min(score, 100.0f) / 100.0f) : kSilenceDb;
 }
@@ -95,6 +89,12 @@ float DecibelsOfScore(float score) {
 
 float OpeningOf(float relativeDb) {
     return std::clamp(kUsualOpening + relativeDb * kOpeningPerDb, kLeastOpening, 1.0f);
+}
+
+float ConsonantLevelOf(float phraseDb) {
+    return std::isnan(phraseDb)
+               ? 1.0f
+               : std::clamp(1.0f + (phraseDb - kSoftDb) * kLevelPerDb, kLeastLevel, 1.0f);
 }
 
 VoiceLevels::VoiceLevels(std::span<const tessarin_phoneme> phonemes,
@@ -121,7 +121,8 @@ VoiceLevels::VoiceLevels(std::span<const tessarin_phoneme> phonemes,
                                                          : OpeningOf(0.0f));
             break;
         case mouth_class::consonant:
-            levels.push_back(ConsonantLevel(phrase.At((int64_t{each.start_ms} + each.end_ms) / 2)));
+            levels.push_back(
+                ConsonantLevelOf(phrase.At((int64_t{each.start_ms} + each.end_ms) / 2)));
             break;
         default:
             levels.push_back(1.0f);

@@ -12,6 +12,10 @@ namespace tessarin {
 /// How far a vowel opens the mouth that is so many dB louder than the voice usually is, 0 to 1.
 float OpeningOf(float relativeDb);
 
+/// The level by which a consonant is articulated in a phrase that is so many dB louder than the
+/// voice usually is, 0 to 1.
+float ConsonantLevelOf(float phraseDb);
+
 /// How loud each phoneme is against the voice that says it. A recording's own vowels say what is
 /// usual, so its level does not matter; a shout and a whisper show all the same.
 class VoiceLevels {

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstddef>
 #include <cstring>
 #include <limits>
 #include <thread>
 
+#include "mouth/mouth_classes.h"
 #include "session/audio_samples.h"
 
 namespace tessarin {
@@ -15,7 +17,12 @@ namespace {
 
 constexpr uint32_t kUsualRateHz = 16000;
 constexpr uint32_t kMaxChannels = 1024;
-constexpr int32_t kUsualDelayMs = 100;
+constexpr int32_t kUsualDelayMs = 25;
+constexpr int32_t kUsualLookAheadMs = 20;
+constexpr int32_t kMaxLookAheadMs = 120; // the furthest reach of the rules
+constexpr float kUsualFrameRate = 30.0f;
+/// The options of before, which ended with the frame rate.
+constexpr uint32_t kFirstSize = offsetof(tessarin_live_options, look_ahead_ms);
 constexpr int32_t kMinDelayMs = 20;
 constexpr int32_t kMaxDelayMs = 10000;
 constexpr float kMaxFrameRate = 1000.0f;
@@ -26,10 +33,10 @@ constexpr std::chrono::milliseconds kPause{2};
 bool IsInRange(const tessarin_live_options& options) {
     return options.rate_hz >= 4000 && options.rate_hz <= 50000 && options.channels >= 1 &&
            options.channels <= kMaxChannels && options.delay_ms >= kMinDelayMs &&
-           options.delay_ms <= kMaxDelayMs && options.overlap_ms >= 0 &&
-           options.overlap_ms <= kMaxDelayMs &&
-           (options.frame_rate == 0.0f ||
-            (options.frame_rate >= 1.0f && options.frame_rate <= kMaxFrameRate));
+           options.delay_ms <= kMaxDelayMs && options.look_ahead_ms >= 0 &&
+           options.look_ahead_ms <= kMaxLookAheadMs && options.overlap_ms >= 0 &&
+           options.overlap_ms <= kMaxDelayMs && options.frame_rate >= 1.0f &&
+           options.frame_rate <= kMaxFrameRate;
 }
 
 /// From one observation of `model` to the next.
@@ -54,21 +61,39 @@ error_code FindPeriod(CAccousticHMM& model, double& periodMs) {
 error_code LiveListener::Open(std::shared_ptr<CAccousticHMM> acousticModel,
                               const tessarin_live_options* given) {
     if (given != nullptr) {
-        if (given->size != sizeof options || given->format > TESSARIN_FLOAT) {
+        if ((given->size != kFirstSize && given->size != sizeof options) ||
+            given->format > TESSARIN_FLOAT) {
             return kInvalidArgument;
         }
-        options = *given;
+        std::memcpy(&options, given, given->size);
+        if (options.strength_count > 0 && options.strengths == nullptr) {
+            return kInvalidArgument;
+        }
     }
     options.rate_hz = options.rate_hz > 0 ? options.rate_hz : kUsualRateHz;
     options.channels = options.channels > 0 ? options.channels : 1;
     options.delay_ms = options.delay_ms != 0 ? options.delay_ms : kUsualDelayMs;
+    options.frame_rate = options.frame_rate != 0.0f ? options.frame_rate : kUsualFrameRate;
+    options.look_ahead_ms =
+        options.look_ahead_ms != 0 ? std::max(options.look_ahead_ms, -1) : kUsualLookAheadMs;
+    live_mouth_settings mouthSettings{options.frame_rate, options.look_ahead_ms, {}};
+    if (options.look_ahead_ms == -1) {
+        options.look_ahead_ms = mouthSettings.lookAheadMs = 0;
+    }
+    const error_code strengthCode =
+        ReadStrength({options.strengths, options.strength_count}, mouthSettings.strength);
+    options.strengths = nullptr; // they are the caller's
+    if (strengthCode != kNoError) {
+        return strengthCode;
+    }
     if (!IsInRange(options)) {
         return kOutOfRange;
     }
     model = std::move(acousticModel);
     error_code code = FindPeriod(*model, periodMs);
     if (code == kNoError) {
-        code = mouth.Open(options.frame_rate);
+        loudness.Open(options.rate_hz);
+        code = mouth.Open(mouthSettings, loudness);
     }
     return code == kNoError ? Start(options.format == TESSARIN_UINT8 ? 8 : 16) : code;
 }
@@ -107,9 +132,26 @@ error_code LiveListener::Push(const void* samples, uint32_t size) {
 error_code LiveListener::PushBytes(const void* bytes, size_t size) {
     const error_code code = recognizer->WriteBytes(bytes, static_cast<uint32_t>(size));
     if (code == kNoError) {
+        MeasureBytes(static_cast<const uint8_t*>(bytes), size);
         pushedBytes += size;
     }
     return code;
+}
+
+/// Measures the first channel. A block may end within a sample, as the recognizer takes it.
+void LiveListener::MeasureBytes(const uint8_t* bytes, size_t size) {
+    cutFrame.insert(cutFrame.end(), bytes, bytes + size);
+    const size_t count = cutFrame.size() / frameBytes;
+    const bool isByte = options.format == TESSARIN_UINT8;
+    heard.resize(count);
+    for (size_t i = 0; i < count; ++i) {
+        const uint8_t* const sample = cutFrame.data() + i * frameBytes;
+        heard[i] =
+            static_cast<int16_t>(isByte ? (sample[0] - 128) * 256 : sample[0] | sample[1] << 8);
+    }
+    cutFrame.erase(cutFrame.begin(),
+                   cutFrame.begin() + static_cast<std::ptrdiff_t>(count * frameBytes));
+    loudness.Push(heard);
 }
 
 error_code LiveListener::PushFloats(const char* bytes, size_t size) {

@@ -31,6 +31,7 @@ public:
 private:
     error_code Start(int32_t bits);
     error_code PushBytes(const void* bytes, size_t size);
+    void MeasureBytes(const uint8_t* bytes, size_t size);
     error_code PushFloats(const char* bytes, size_t size);
     error_code PushSilence(int64_t ms);
     bool Flush();
@@ -40,11 +41,14 @@ private:
     std::shared_ptr<CAccousticHMM> model; ///< outlives its recognizer
     realtime_recognizer_owner recognizer;
     results_owner results;
+    LiveLoudness loudness; ///< outlives the mouth
     LiveMouth mouth;
-    double periodMs = 0;         ///< from one observation to the next
-    size_t frameBytes = 0;       ///< of a sample of each channel, as the recognizer takes them
-    std::string cutFloat;        ///< the beginning of a sample whose end has not come
-    std::vector<int16_t> scaled; ///< room for a block of samples that came as floats
+    double periodMs = 0;           ///< from one observation to the next
+    size_t frameBytes = 0;         ///< of a sample of each channel, as the recognizer takes them
+    std::string cutFloat;          ///< the beginning of a sample whose end has not come
+    std::vector<int16_t> scaled;   ///< room for a block of samples that came as floats
+    std::vector<uint8_t> cutFrame; ///< the beginning of samples whose end has not come
+    std::vector<int16_t> heard;    ///< room for a block of the first channel
     std::atomic<uint64_t> pushedBytes = 0;
     std::atomic<bool> isFinished = false;
     int64_t lastFlushMs = 0; ///< length of the flush before, its tail included

@@ -3,13 +3,16 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <string>
+
+#include "articulation/rule_text.h"
+#include "base/text_copy.h"
+#include "mouth/natural_rules.h"
 
 namespace tessarin {
 
 namespace {
 
-/// How far before its beginning a sound shows in the mouth, by the rules that are built in.
-constexpr int64_t kLookAheadMs = 250;
 constexpr int64_t kMemoryMs = 2000;
 /// Frames of all common rates begin at multiples of this, so counting from there moves none.
 constexpr int64_t kBaseStepMs = 100000;
@@ -29,19 +32,32 @@ tessarin_live_phoneme PhonemeOf(const CSyncMarker& from, int64_t startMs, int64_
 
 } // namespace
 
-error_code LiveMouth::Open(float frameRate) {
-    IPhnMixtureArticulator* made = nullptr;
-    error_code code = CreatePhonemeArticulator(&made, 0);
-    articulator.reset(made);
+void RunningLevel::Hear(float db, int64_t ms) {
+    constexpr float kMaxStepDb = 20.0f; // what is not a vowel, but noise, moves it no further
+    constexpr int64_t kMemoryMs = 3000; // of vowels
+    heardMs = std::min(heardMs + ms, kMemoryMs);
+    const float step = std::clamp(db - usualDb, -kMaxStepDb, kMaxStepDb);
+    usualDb += step * static_cast<float>(ms) / static_cast<float>(heardMs);
+}
+
+error_code LiveMouth::Open(const live_mouth_settings& wanted, LiveLoudness& audioLoudness) {
+    settings = wanted;
+    loudness = &audioLoudness;
+    error_code code = CreatePhonemeArticulator(Out(articulator), 0);
+    if (code == kNoError) {
+        code = CreateSyncResultsCollection(0, Out(window));
+    }
     if (code != kNoError) {
         return code;
     }
-    ISyncResultsCollection* results = nullptr;
-    code = CreateSyncResultsCollection(0, &results);
-    window.reset(results);
-    if (code == kNoError && frameRate > 0.0f) {
-        articulator->SetFrameRate(frameRate);
-    }
+    const std::string rules = NaturalRulesWithin(settings.lookAheadMs);
+    code = articulator->LoadArticulatorRules(rules.data(), static_cast<int32_t>(rules.size()));
+    articulator->SetFrameRate(settings.frameRate);
+    articulator_rules read;
+    (void)ReadRuleText(rules, read);
+    shaping.strength = settings.strength;
+    shaping.closed = read.closed;
+    shaping.frame_rate = settings.frameRate;
     return code;
 }
 
@@ -64,7 +80,7 @@ void LiveMouth::Add(ISyncResultsCollection& flush, int64_t ms, int64_t tailMs) {
                 (last.marker.score * before + marker->score * added) / (before + added);
             last.endMs = endMs;
         } else {
-            recent.push_back({*marker, startMs, endMs, false});
+            recent.push_back({*marker, startMs, endMs, false, 0.0f});
         }
     }
     heardMs = std::min(heardMs + ms - tailMs, audioEndMs);
@@ -74,13 +90,16 @@ error_code LiveMouth::TakeFinal(bool atEnd, live_stretch& out) {
     out = {};
     out.startMs = takenMs;
     out.endMs = takenMs = heardMs;
+    loudness->CopyFrom(baseMs, levels);
+    HearVoice();
     for (spoken& each : recent) {
         if (!each.isTaken && (atEnd || &each != &recent.back())) {
             each.isTaken = true;
             out.phonemes.push_back(PhonemeOf(each.marker, each.startMs, each.endMs));
         }
     }
-    const error_code code = MakeFrames(atEnd ? heardMs : heardMs - kLookAheadMs, out.frames);
+    const error_code code =
+        MakeFrames(atEnd ? heardMs : heardMs - settings.lookAheadMs, out.frames);
     Forget();
     return code;
 }
@@ -89,13 +108,7 @@ error_code LiveMouth::MakeFrames(int64_t untilMs, std::vector<tessarin_live_fram
     if (untilMs <= framesUntilMs) {
         return kNoError;
     }
-    window->clear();
-    for (const spoken& each : recent) {
-        CSyncMarker marker = each.marker;
-        marker.start = static_cast<int32_t>(std::max(each.startMs - baseMs, -kBaseStepMs));
-        marker.end = static_cast<int32_t>(each.endMs - baseMs);
-        window->add_marker(marker);
-    }
+    FillWindow();
     const error_code code = articulator->GenerateArticulations2(
         window.get(), nullptr, static_cast<int32_t>(framesUntilMs - baseMs),
         static_cast<int32_t>(untilMs - baseMs));
@@ -103,14 +116,69 @@ error_code LiveMouth::MakeFrames(int64_t untilMs, std::vector<tessarin_live_fram
         return code;
     }
     const int64_t from = framesUntilMs;
-    for (const auto* frame = articulator->GetArticulationsBegin();
-         frame != articulator->GetArticulationsEnd(); ++frame) {
-        if (baseMs + frame->start >= from && baseMs + frame->end <= untilMs) {
-            out.push_back(FrameOf(*frame, baseMs));
-            framesUntilMs = baseMs + frame->end;
+    for (const articulation& frame : Shaped()) {
+        if (baseMs + frame.start >= from && baseMs + frame.end <= untilMs) {
+            out.push_back(FrameOf(frame, baseMs));
+            framesUntilMs = baseMs + frame.end;
         }
     }
     return kNoError;
+}
+
+/// Learns from vowels that have ended, and has sounds keep what they were against the voice.
+void LiveMouth::HearVoice() {
+    const LoudnessCurve curve(levels);
+    if (curve.IsEmpty()) {
+        return;
+    }
+    for (spoken& each : recent) {
+        if (each.isTaken || ClassOf(FieldText(each.marker.label)) != mouth_class::vowel) {
+            continue;
+        }
+        const float db = curve.Mean(each.startMs - baseMs, each.endMs - baseMs);
+        if (&each != &recent.back()) {
+            level.Hear(db, each.endMs - each.startMs);
+        }
+        each.db = db - level.GetUsualDb();
+    }
+}
+
+/// The sounds as the articulator takes them, each as loud as it is against the voice; consonants
+/// are as loud as the vowel before them.
+void LiveMouth::FillWindow() {
+    window->clear();
+    windowPhonemes.clear();
+    float phraseDb = 0.0f;
+    for (const spoken& each : recent) {
+        CSyncMarker marker = each.marker;
+        marker.start = static_cast<int32_t>(std::max(each.startMs - baseMs, -kBaseStepMs));
+        marker.end = static_cast<int32_t>(each.endMs - baseMs);
+        float share = 1.0f;
+        switch (ClassOf(FieldText(marker.label))) {
+        case mouth_class::vowel:
+            phraseDb = each.db;
+            share = OpeningOf(each.db);
+            break;
+        case mouth_class::consonant:
+            share = ConsonantLevelOf(phraseDb);
+            break;
+        default:
+            break;
+        }
+        marker.score = 100.0f * share;
+        window->add_marker(marker);
+        tessarin_phoneme& phoneme = windowPhonemes.emplace_back(
+            tessarin_phoneme{marker.start, marker.end, marker.score, {}});
+        std::memcpy(phoneme.label, marker.label, sizeof phoneme.label);
+    }
+}
+
+std::vector<articulation> LiveMouth::Shaped() {
+    std::vector<articulation> frames(articulator->GetArticulationsBegin(),
+                                     articulator->GetArticulationsEnd());
+    shaping.usual_db = level.GetUsualDb();
+    ShapeFrames(windowPhonemes, LoudnessCurve(levels), shaping, frames);
+    return frames;
 }
 
 void LiveMouth::Forget() {

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "mouth/loudness.h"
 #include "session/live_mouth.h"
 #include "tessarin/owned.h"
 
@@ -48,8 +49,9 @@ std::vector<std::string> Lines(const live_stretch& stretch) {
 }
 
 TEST(LiveMouth, ASoundOnTheBorderOfFlushesIsOne) {
+    LiveLoudness loudness;
     LiveMouth mouth;
-    ASSERT_EQ(mouth.Open(0), kNoError);
+    ASSERT_EQ(mouth.Open({}, loudness), kNoError);
     live_stretch stretch;
     // Times of a flush count from its first marker, wherever that stands.
     mouth.Add(*Flush({{"AA", 40, 140}, {"s", 140, 240, 20}}), 200, 0);
@@ -68,13 +70,63 @@ TEST(LiveMouth, ASoundOnTheBorderOfFlushesIsOne) {
     EXPECT_THAT(Lines(stretch), ElementsAre("x 500 600 50", "AA 600 700 50"));
 }
 
+TEST(LiveMouth, FollowsTheVoiceAtAnyLevel) {
+    const auto mostOpen = [](int16_t amplitude) {
+        LiveLoudness loudness;
+        loudness.Open(16000);
+        LiveMouth mouth;
+        EXPECT_EQ(mouth.Open({}, loudness), kNoError);
+        live_stretch stretch;
+        double most = 0;
+        for (int second = 0; second < 6; ++second) {
+            std::vector<int16_t> samples(16000);
+            for (size_t i = 0; i < samples.size(); ++i) {
+                samples[i] = i / 20 % 2 == 0 ? amplitude : static_cast<int16_t>(-amplitude);
+            }
+            loudness.Push(samples);
+            mouth.Add(*Flush({{"s", 0, 500}, {"AA", 500, 1000}}), 1000, 0);
+            EXPECT_EQ(mouth.TakeFinal(false, stretch), kNoError);
+            most = 0;
+            for (const tessarin_live_frame& frame : stretch.frames) {
+                const bool isOpen = std::string_view(frame.weights[0].label) == "AA";
+                most = std::max(most, isOpen ? static_cast<double>(frame.weights[0].weight) : 0.0);
+            }
+        }
+        return most;
+    };
+    EXPECT_NEAR(mostOpen(8000), 0.88, 0.05);
+    EXPECT_NEAR(mostOpen(250), 0.88, 0.05);
+}
+
+TEST(LiveLoudness, IsThatOfTheWholeWhateverTheBlocks) {
+    std::vector<int16_t> samples(30000);
+    uint32_t noise = 1;
+    for (int16_t& sample : samples) {
+        noise = noise * 1664525 + 1013904223;
+        sample = static_cast<int16_t>(noise >> 17);
+    }
+    LiveLoudness loudness;
+    loudness.Open(11025);
+    for (size_t at = 0; at < samples.size(); at += 37) {
+        loudness.Push(std::span(samples).subspan(at, std::min<size_t>(37, samples.size() - at)));
+    }
+    std::vector<float> whole = MeasureLoudness(samples, 11025);
+    std::vector<float> steps;
+    loudness.CopyFrom(0, steps);
+    whole.resize(steps.size()); // the last step is not complete
+    EXPECT_EQ(steps, whole);
+    loudness.CopyFrom(1000, steps);
+    EXPECT_EQ(steps, std::vector<float>(whole.begin() + 100, whole.end()));
+}
+
 TEST(LiveMouth, AfterWeeksFramesAreAsAfterMinutes) {
     constexpr int32_t kHourMs = 3'600'000;
     constexpr int64_t kWeeksMs = int64_t{600} * kHourMs; // more than 32 bits hold
     // What follows a silence, with times that count from its end.
     const auto hearAfter = [](int64_t silenceMs) {
+        LiveLoudness loudness;
         LiveMouth mouth;
-        EXPECT_EQ(mouth.Open(1), kNoError);
+        EXPECT_EQ(mouth.Open({1.0f, 20, {}}, loudness), kNoError);
         live_stretch stretch;
         while (mouth.GetHeardMs() < silenceMs) {
             const auto ms = std::min<int64_t>(kHourMs, silenceMs - mouth.GetHeardMs());

@@ -9,6 +9,7 @@
 #include "apps/tessarin/console/file_io.h"
 #include "apps/tessarin/console/progress_bar.h"
 #include "apps/tessarin/options/engine_data.h"
+#include "apps/tessarin/options/mouth_track.h"
 #include "apps/tessarin/readers/live_source.h"
 #include "apps/tessarin/writers/live_lines.h"
 #include "tessarin/tessarin_c.h"
@@ -24,7 +25,9 @@ constexpr int64_t kMostWaitingMs = 5000;
 struct live_options {
     std::string input = "-";
     std::string raw;
-    int delayMs = 100;
+    int delayMs = 25;
+    int lookAheadMs = 20;
+    std::vector<std::string> strengths;
     int overlapMs = 0;
     double fps = 0;
     double speed = 1;
@@ -77,6 +80,10 @@ LiveRun::LiveRun(const live_options& liveOptions, const tessarin_model& model,
     settings.delay_ms = options.delayMs;
     settings.overlap_ms = options.overlapMs;
     settings.frame_rate = static_cast<float>(options.fps);
+    settings.look_ahead_ms = options.lookAheadMs > 0 ? options.lookAheadMs : -1;
+    const std::vector<tessarin_strength> strengths = ReadStrengths(options.strengths);
+    settings.strengths = strengths.data();
+    settings.strength_count = static_cast<uint32_t>(strengths.size());
     tessarin_live* made = nullptr;
     const int32_t code = tessarin_create_live(&model, &settings, &made);
     live.reset(made);
@@ -187,7 +194,7 @@ void AddLiveCommand(CLI::App& app) {
     command
         ->add_option(
             "--delay", options->delayMs,
-            "Least delay from a sound to its result, in ms [100]; the largest is twice that")
+            "Least delay from a sound to its result, in ms [25]; the largest is twice that")
         ->check(CLI::Range(20, 10000))
         ->option_text("MS");
     command
@@ -195,6 +202,13 @@ void AddLiveCommand(CLI::App& app) {
                      "How much of the past each flush of the engine reports again, in ms [0]")
         ->check(CLI::Range(0, 10000))
         ->option_text("MS");
+    command
+        ->add_option("--look-ahead", options->lookAheadMs,
+                     "How far ahead of a sound the mouth prepares for it, in ms [20]; frames wait "
+                     "for so long")
+        ->check(CLI::Range(0, 120))
+        ->option_text("MS");
+    AddStrengthOption(*command, &options->strengths);
     command->add_option("--fps", options->fps, "Frames per second of the mouth track [30]")
         ->check(CLI::Range(1.0, 1000.0))
         ->option_text("N");

@@ -83,9 +83,7 @@ void ReadOptions(const track_options& options, library_options* out) {
     out->rules = options.rules.empty() ? "" : ReadWholeFile(options.rules);
     RequireSize(options.rules, out->rules);
     ReadGains(options, out);
-    for (const std::string& text : options.strengths) {
-        out->strengths.push_back(ReadStrength(text));
-    }
+    out->strengths = ReadStrengths(options.strengths);
     tessarin_track_options& flat = out->flat;
     flat.size = sizeof flat;
     flat.flags = TESSARIN_TRACK_CURVES;
@@ -166,6 +164,24 @@ void AddStretch(const std::string& stretch, const tessarin_track& track, timed_r
 
 } // namespace
 
+void AddStrengthOption(CLI::App& command, std::vector<std::string>* strengths) {
+    command
+        .add_option("--strength", *strengths,
+                    "How far the mouth leaves rest: subtle, normal, strong or a factor from 0 to "
+                    "4, lips and teeth excepted; or PART=FACTOR for vowels, consonants, lips or "
+                    "teeth; may be repeated [normal]")
+        ->allow_extra_args(false)
+        ->option_text("STRENGTH");
+}
+
+std::vector<tessarin_strength> ReadStrengths(const std::vector<std::string>& strengths) {
+    std::vector<tessarin_strength> read;
+    for (const std::string& text : strengths) {
+        read.push_back(ReadStrength(text));
+    }
+    return read;
+}
+
 void AddTrackOptions(CLI::App& command, track_options* options) {
     command.add_option("--rules", options->rules, "Articulation rules [built in]")
         ->option_text("FILE");
@@ -192,13 +208,7 @@ void AddTrackOptions(CLI::App& command, track_options* options) {
                     "PHONEMES=LEVEL, such as AEAH=0.2, or one level for all [0]; for a factor see "
                     "--strength")
         ->option_text("GAIN");
-    command
-        .add_option("--strength", options->strengths,
-                    "How far the mouth leaves rest: subtle, normal, strong or a factor from 0 to "
-                    "4, lips and teeth excepted; or PART=FACTOR for vowels, consonants, lips or "
-                    "teeth; may be repeated [normal]")
-        ->allow_extra_args(false)
-        ->option_text("STRENGTH");
+    AddStrengthOption(command, &options->strengths);
     command
         .add_flag("--plain", options->plain,
                   "Make the track as the articulator does by itself: loudness against full scale, "

@@ -22,6 +22,11 @@ struct track_options {
     std::string stretch; ///< FROM-TO or FROM-TO:SHAPES, in milliseconds
 };
 
+/// How far the mouth leaves rest.
+void AddStrengthOption(CLI::App& command, std::vector<std::string>* strengths);
+/// Throws Failure.
+std::vector<tessarin_strength> ReadStrengths(const std::vector<std::string>& strengths);
+
 void AddTrackOptions(CLI::App& command, track_options* options);
 
 /// Makes the mouth track of the phonemes of `result`, and adds it. Throws Failure.

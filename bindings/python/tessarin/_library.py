@@ -89,7 +89,8 @@ class GateOptions(Structure):
 class LiveOptions(Structure):
     _fields_ = [("size", c_uint32), ("rate_hz", c_uint32), ("format", c_uint32),
                 ("channels", c_uint32), ("delay_ms", c_int32), ("overlap_ms", c_int32),
-                ("frame_rate", c_float)]
+                ("frame_rate", c_float), ("look_ahead_ms", c_int32), ("strength_count", c_uint32),
+                ("strengths", POINTER(Strength))]
 
 
 class LivePhoneme(Structure):

@@ -5,13 +5,13 @@ from __future__ import annotations
 import ctypes
 import weakref
 from dataclasses import dataclass
-from typing import TYPE_CHECKING, Any, Sequence
+from typing import TYPE_CHECKING, Any, Mapping, Sequence
 
 from tessarin import _library
 from tessarin._arrays import numpy
 from tessarin._audio import sample_buffer
 from tessarin._library import Library
-from tessarin._results import Frame, Phoneme
+from tessarin._results import Frame, Phoneme, raw_strengths
 
 if TYPE_CHECKING:
     from tessarin._engine import Engine
@@ -41,18 +41,22 @@ class Live:
 
     A thread of the library does the search. One thread may push while another takes."""
 
-    def __init__(self, engine: Engine | None = None, *, rate: int = 16000, delay_ms: int = 100,
-                 overlap_ms: int = 0, fps: float | None = None) -> None:
+    def __init__(self, engine: Engine | None = None, *, rate: int = 16000, delay_ms: int = 25,
+                 overlap_ms: int = 0, fps: float | None = None, look_ahead_ms: int = 20,
+                 strength: float | Mapping[str, float] = 1.0) -> None:
         """Hears with the model of `engine`, or of the default one. A sound is weighed for
         `delay_ms` (20 to 10000), and results lag by up to twice that; `overlap_ms` of the past are
-        weighed again; `fps` is the number of frames a second (30). Raises TessarinError."""
+        weighed again; `fps` is the number of frames a second (30). The mouth prepares for a sound
+        `look_ahead_ms` (0 to 120) before it begins, for which frames wait; `strength` is that of
+        Result.track. Raises TessarinError."""
         if engine is None:
             from tessarin._engine import default_engine
             engine = default_engine()
         self._library = Library.get()
         # As floats, every block is of one format, whatever it comes as.
         options = _library.LiveOptions(ctypes.sizeof(_library.LiveOptions), rate, _library.FLOAT, 1,
-                                       delay_ms, overlap_ms, fps or 0)
+                                       delay_ms, overlap_ms, fps or 0, look_ahead_ms or -1)
+        options.strengths, options.strength_count = raw_strengths(strength)
         self._handle = self._library.create("create_live", "live audio", engine.model_for_hearing(),
                                             ctypes.byref(options))
         weakref.finalize(self, self._library.free_live, self._handle)

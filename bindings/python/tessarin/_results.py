@@ -163,6 +163,18 @@ def make_sentence(raw: _library.Sentence, places: TextPlaces) -> Sentence:
     return Sentence(raw.text.decode("utf-8"), *place, *found)
 
 
+def raw_strengths(strength: float | Mapping[str, float]) -> tuple[Any, int]:
+    """The library's array and its length. Raises ValueError for what is not a part."""
+    strengths = strength if isinstance(strength, Mapping) else {
+        "vowels": strength, "consonants": strength}
+    unknown = set(strengths) - set(_library.PARTS)
+    if unknown:
+        raise ValueError(f"not a part of the mouth: {', '.join(sorted(unknown))}; there are "
+                         f"{', '.join(_library.PARTS)}")
+    return (_library.Strength * len(strengths))(
+        *((_library.PARTS[part], factor) for part, factor in strengths.items())), len(strengths)
+
+
 class Result:
     """What a search found. Lists are in order of time."""
 
@@ -224,12 +236,6 @@ class Result:
         `{"AEAH": 0.2}`, or `{"": 0.1}` for all. With `curves` the track also has curves, whose keys
         `common_keys` puts at the same times. A phoneme is as strong as it is loud against the voice;
         in a `plain` track it is as strong as its score. Raises TessarinError."""
-        strengths = strength if isinstance(strength, Mapping) else {
-            "vowels": strength, "consonants": strength}
-        unknown = set(strengths) - set(_library.PARTS)
-        if unknown:
-            raise ValueError(f"not a part of the mouth: {', '.join(sorted(unknown))}; there are "
-                             f"{', '.join(_library.PARTS)}")
         options = _library.TrackOptions(
             size=ctypes.sizeof(_library.TrackOptions),
             flags=((_library.TRACK_SMOOTH if smooth else 0)
@@ -246,9 +252,7 @@ class Result:
             raw_gains = (_library.Gain * len(gains))(
                 *((phonemes.encode("ascii"), factor) for phonemes, factor in gains.items()))
             options.gains, options.gain_count = raw_gains, len(gains)
-        options.strengths = (_library.Strength * len(strengths))(
-            *((_library.PARTS[part], factor) for part, factor in strengths.items()))
-        options.strength_count = len(strengths)
+        options.strengths, options.strength_count = raw_strengths(strength)
         handle = self._library.create("create_track", "track", self._handle, ctypes.byref(options))
         try:
             frames = [Frame(raw.start_ms, raw.end_ms,
