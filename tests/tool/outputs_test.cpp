@@ -147,6 +147,37 @@ TEST(Outputs, SwitchesCloseTheLipsAndHold) {
     EXPECT_TRUE(isClosed) << "no hold suppresses closed lips";
 }
 
+TEST(Outputs, SwitchesEndWithTheRecordingNotWithItsLastFrame) {
+    const auto timings = [](int durationMs) {
+        return R"({"phonemes": [{"label": "AA", "start_ms": 0, "end_ms": 1003}], "duration_ms": )" +
+               std::to_string(durationMs) + "}";
+    };
+    for (const std::string fps : {"24", "30", "60"}) {
+        SCOPED_TRACE(fps);
+        const auto write = [&](const std::string& format, int durationMs) {
+            return Animate("--fps " + fps + " --format switches-" + format, timings(durationMs));
+        };
+        EXPECT_THAT(write("tsv", 1003), testing::EndsWith("\n1.003\tX\n"));
+        EXPECT_THAT(write("xml", 1003),
+                    AllOf(HasSubstr("<duration>1.003</duration>"), HasSubstr("end=\"1.003\"")));
+        const json document = json::parse(write("json", 1003));
+        EXPECT_EQ(document["metadata"]["duration"], 1.003);
+        EXPECT_EQ(document["mouthCues"].back()["end"], 1.003);
+
+        double before = 0.0;
+        for (const auto& row : ReadTable(write("tsv", 1000), '\t')) {
+            EXPECT_TRUE(std::stod(row[0]) > before || row[0] == "0.00") << row[0];
+            before = std::stod(row[0]);
+        }
+        EXPECT_EQ(before, 1.0);
+    }
+    // A length that the phonemes contradict is not believed.
+    EXPECT_THAT(Animate("--format switches-tsv", R"({"phonemes": [
+        {"label": "AA", "start_ms": 0, "end_ms": 500}, {"label": "m", "start_ms": 500,
+        "end_ms": 900}], "duration_ms": 100})"),
+                HasSubstr("\tA\n"));
+}
+
 TEST(Outputs, ControlsReachTheTrack) {
     const auto track = [](const std::string& options) { return json::parse(Animate(options)); };
     const json plain = track("");
