@@ -18,12 +18,12 @@
 #include "recognition/graph/forward_graph.h"
 #include "recognition/graph/log_state_graph.h"
 #include "recognition/graph/state_graph.h"
+#include "recognition/literal_free_search.h"
 #include "recognition/sentences/sentence_viterbi.h"
 #include "recognition/sentences/word_spans.h"
 #include "recognition/trellis/trellis_viterbi.h"
 #include "results/concrete_sync_marker_collection.h"
 #include "tessarin/observation_stream.h"
-#include "recognition/literal_free_search.h"
 
 using namespace tessarin;
 

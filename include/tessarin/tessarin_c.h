@@ -320,7 +320,8 @@ TESSARIN_API int32_t tessarin_create_result_from_phonemes(const tessarin_phoneme
                                                           uint32_t count, tessarin_result** out);
 
 /** The loudness of the audio of a result: for each 10 ms the mean square of the samples about their
-   mean, in dB of full scale, -100 to 0, in tenths. Null when it is not known; `*count` receives how many. */
+   mean, in dB of full scale, -100 to 0, in tenths. Null when it is not known; `*count` receives how
+   many. */
 TESSARIN_API const float* tessarin_get_loudness(const tessarin_result* result, uint32_t* count);
 
 /** Gives a result of timings from elsewhere the loudness of its audio, from its beginning, `count`

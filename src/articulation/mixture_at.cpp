@@ -1,7 +1,6 @@
 #include "articulation/mixture_at.h"
 
 #include <algorithm>
-#include <ranges>
 
 namespace tessarin {
 namespace {
@@ -36,10 +35,11 @@ void Contribute(const sounding_phoneme& phoneme, int32_t t, const mixture_settin
 
 /// Mixes in the phonemes on one side, nearest first, as far as the first dominant one. A sound
 /// shows through its nearest occurrence alone. `reaches(phoneme)` tells whether it shows at `t`.
-template <class Side, class Reaches>
-void ContributeSide(const Side& nearestFirst, int32_t t, const mixture_settings& settings,
+template <class Iterator, class Reaches>
+void ContributeSide(Iterator nearest, Iterator end, int32_t t, const mixture_settings& settings,
                     Reaches reaches, phoneme_mixture& mixture) {
-    for (const sounding_phoneme* phoneme : nearestFirst) {
+    for (; nearest != end; ++nearest) {
+        const sounding_phoneme* const phoneme = *nearest;
         if (phoneme->rule == nullptr) {
             continue;
         }
@@ -97,13 +97,13 @@ void MixtureAt(int32_t t, const neighbourhood& around, const mixture_settings& s
         const auto lingers = [&](const sounding_phoneme& phoneme) {
             return t <= int64_t{phoneme.end} + phoneme.rule->release;
         };
-        ContributeSide(std::views::reverse(around.before), t, settings, lingers, mixture);
+        ContributeSide(around.before.rbegin(), around.before.rend(), t, settings, lingers, mixture);
     }
     if (takesAfter) {
         const auto isPrepared = [&](const sounding_phoneme& phoneme) {
             return t >= int64_t{phoneme.start} - phoneme.rule->attack;
         };
-        ContributeSide(around.after, t, settings, isPrepared, mixture);
+        ContributeSide(around.after.begin(), around.after.end(), t, settings, isPrepared, mixture);
     }
     KeepStrongest(settings.max_contributions, previous, mixture);
     mixture.Normalize();

@@ -147,6 +147,37 @@ TEST(Outputs, SwitchesCloseTheLipsAndHold) {
     EXPECT_TRUE(isClosed) << "no hold suppresses closed lips";
 }
 
+TEST(Outputs, SwitchesEndWithTheRecordingNotWithItsLastFrame) {
+    const auto timings = [](int durationMs) {
+        return R"({"phonemes": [{"label": "AA", "start_ms": 0, "end_ms": 1003}], "duration_ms": )" +
+               std::to_string(durationMs) + "}";
+    };
+    for (const std::string fps : {"24", "30", "60"}) {
+        SCOPED_TRACE(fps);
+        const auto write = [&](const std::string& format, int durationMs) {
+            return Animate("--fps " + fps + " --format switches-" + format, timings(durationMs));
+        };
+        EXPECT_THAT(write("tsv", 1003), testing::EndsWith("\n1.003\tX\n"));
+        EXPECT_THAT(write("xml", 1003),
+                    AllOf(HasSubstr("<duration>1.003</duration>"), HasSubstr("end=\"1.003\"")));
+        const json document = json::parse(write("json", 1003));
+        EXPECT_EQ(document["metadata"]["duration"], 1.003);
+        EXPECT_EQ(document["mouthCues"].back()["end"], 1.003);
+
+        double before = 0.0;
+        for (const auto& row : ReadTable(write("tsv", 1000), '\t')) {
+            EXPECT_TRUE(std::stod(row[0]) > before || row[0] == "0.00") << row[0];
+            before = std::stod(row[0]);
+        }
+        EXPECT_EQ(before, 1.0);
+    }
+    // A length that the phonemes contradict is not believed.
+    EXPECT_THAT(Animate("--format switches-tsv", R"({"phonemes": [
+        {"label": "AA", "start_ms": 0, "end_ms": 500}, {"label": "m", "start_ms": 500,
+        "end_ms": 900}], "duration_ms": 100})"),
+                HasSubstr("\tA\n"));
+}
+
 TEST(Outputs, ControlsReachTheTrack) {
     const auto track = [](const std::string& options) { return json::parse(Animate(options)); };
     const json plain = track("");
@@ -187,11 +218,95 @@ TEST(Outputs, CaptionsEndWithSentencesAndPauses) {
     const std::string rows = "start_ms\tend_ms\ttype\ttext\n"
                              "0\t300\tphoneme\tAH\n"
                              "0\t300\tword\tone\n300\t600\tword\tR&D\n1400\t1600\tword\tthree\n";
-    EXPECT_EQ(Animate("--format srt", rows), "1\n00:00:00,000 --> 00:00:00,600\none R&D\n\n"
+    EXPECT_EQ(Animate("--format srt", rows), "1\n00:00:00,000 --> 00:00:01,000\none R&D\n\n"
                                              "2\n00:00:01,400 --> 00:00:01,600\nthree\n");
     EXPECT_EQ(Animate("--format vtt", rows),
-              "WEBVTT\n\n00:00:00.000 --> 00:00:00.600\none <00:00:00.300>R&amp;D\n\n"
+              "WEBVTT\n\n00:00:00.000 --> 00:00:01.000\none <00:00:00.300>R&amp;D\n\n"
               "00:00:01.400 --> 00:00:01.600\nthree\n");
+}
+
+struct caption_line {
+    std::string times;
+    std::string text;
+};
+
+std::vector<caption_line> ReadSrt(const std::string& srt) {
+    std::vector<caption_line> captions;
+    std::istringstream lines(srt);
+    for (std::string number, empty; std::getline(lines, number); std::getline(lines, empty)) {
+        captions.emplace_back();
+        std::getline(lines, captions.back().times);
+        std::getline(lines, captions.back().text);
+    }
+    return captions;
+}
+
+/// The lines of a text whose words are 300 ms long and follow each other.
+std::vector<std::string> CaptionsOf(const std::string& text) {
+    std::string rows = "start_ms\tend_ms\ttype\ttext\n0\t300\tphoneme\tAH\n";
+    std::istringstream words(text);
+    int ms = 0;
+    for (std::string word; words >> word; ms += 300) {
+        rows += std::to_string(ms) + "\t" + std::to_string(ms + 300) + "\tword\t" + word + "\n";
+    }
+    std::vector<std::string> lines;
+    for (const caption_line& each : ReadSrt(Animate("--format srt", rows))) {
+        lines.push_back(each.text);
+    }
+    return lines;
+}
+
+TEST(Outputs, CaptionsBreakWhereASpeakerWould) {
+    const std::vector<std::vector<std::string>> cases = {
+        // no word is left alone, and lines are about even
+        {"The quick brown fox jumped", "over the lazy sleepy dog."},
+        {"If you want to come with us tomorrow,", "tell her before she goes to bed."},
+        {"He told me about a house", "which nobody had seen for many years."},
+        // a title's full stop ends nothing, and its name follows on the line
+        {"We will never hear anything again", "of Mr. Featherstonehaugh Cholmondeley."},
+        // sentences stay apart unless one is too short to read
+        {"Come over here now.", "Do not be afraid."},
+        {"Oh no! Wait for me."},
+        // curled apostrophes, and letters of several bytes
+        {"Nobody in this whole town believes", "they\xE2\x80\x99re even older than that."},
+        {"\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9 \xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9"
+         " \xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9 \xC3\xA9\xC3\xA9\xC3\xA9"},
+        {std::string(50, 'a'), "is longer than any line."},
+    };
+    for (const std::vector<std::string>& lines : cases) {
+        std::string text;
+        for (const std::string& line : lines) {
+            text += line + " ";
+        }
+        EXPECT_EQ(CaptionsOf(text), lines);
+    }
+}
+
+TEST(Outputs, ShortCaptionsStayWhileNothingFollows) {
+    const std::string rows = "start_ms\tend_ms\ttype\ttext\n0\t9000\tphoneme\tAH\n"
+                             "0\t300\tword\tone\n1400\t1600\tword\ttwo\n"
+                             "2300\t9000\tword\tthree\n9650\t9700\tword\tfour\n";
+    std::vector<std::string> times;
+    for (const caption_line& each : ReadSrt(Animate("--format srt", rows))) {
+        times.push_back(each.times);
+    }
+    EXPECT_THAT(times,
+                ElementsAre("00:00:00,000 --> 00:00:01,000", "00:00:01,400 --> 00:00:02,300",
+                            "00:00:02,300 --> 00:00:09,000", "00:00:09,650 --> 00:00:09,700"));
+}
+
+TEST(Outputs, CaptionsOfATextHaveItsMarks) {
+    const tool_run run =
+        RunTool("align " TESSARIN_SOURCE_DIR "/data/demo/echo-test.wav --format srt"
+                " --text-file -",
+                "You are - about to enter an echo-test; in this mode everything "
+                "you say will be repeated back.");
+    std::vector<std::string> lines;
+    for (const caption_line& each : ReadSrt(run.output)) {
+        lines.push_back(each.text);
+    }
+    EXPECT_EQ(lines.front().substr(0, 9), "You are -") << run.errors;
+    EXPECT_THAT(lines, testing::Contains(HasSubstr("an echo-test;")));
 }
 
 TEST(Outputs, TextGridsHaveNoGapsAndDoubleTheirQuotes) {

@@ -1,68 +1,78 @@
 #include <algorithm>
 #include <cstdio>
+#include <map>
 
+#include "apps/tessarin/writers/caption_breaks.h"
 #include "apps/tessarin/writers/markup.h"
 #include "apps/tessarin/writers/output_formats.h"
 
 namespace {
 
-constexpr size_t kLongestCaption = 42; ///< characters of a line that is read at a glance
-constexpr int32_t kPauseMs = 600;      ///< begins a new caption
-constexpr int32_t kLongestCaptionMs = 6000;
+using marks_by_place = std::map<int64_t, const timed_span*>;
 
-struct caption_word {
-    int32_t startMs;
-    int32_t endMs;
-    std::string text; ///< with the punctuation after it
-    bool endsSentence = false;
-};
-
-using caption = std::vector<caption_word>;
-
-bool EndsSentence(const std::string& punctuation) {
-    return punctuation.find_first_of(".!?") != std::string::npos;
+bool IsDash(const std::string& mark) {
+    return mark == "-" || mark == "\xE2\x80\x93" || mark == "\xE2\x80\x94";
 }
 
-/// The words, each with the punctuation that stands right after it in the text.
+/// Adds the marks right after a word that ends at `place`, or a dash between blanks, and returns
+/// where they end.
+int64_t AddPunctuation(const marks_by_place& marks, int64_t place, caption_word* word) {
+    auto mark = marks.find(place);
+    for (; mark != marks.end(); mark = marks.find(place)) {
+        word->punctuation += mark->second->text;
+        place += mark->second->textLength;
+    }
+    const auto apart = marks.find(place + 1);
+    if (apart == marks.end() || !IsDash(apart->second->text)) {
+        return place;
+    }
+    word->punctuation += " " + apart->second->text;
+    return place + 1 + apart->second->textLength;
+}
+
+/// Timings from elsewhere often have the marks within their words.
+caption_word SplitWord(const timed_span& word) {
+    const size_t letters = word.text.find_last_not_of(".,;:!?\")]") + 1;
+    return {word.startMs, std::max(word.endMs, word.startMs), word.text.substr(0, letters),
+            word.text.substr(letters)};
+}
+
 std::vector<caption_word> ReadWords(const timed_result& result) {
-    std::vector<caption_word> words;
-    for (const timed_span& word : result.words) {
-        caption_word entry{word.startMs, std::max(word.endMs, word.startMs), word.text};
-        int32_t next = word.textOffset + word.textLength;
-        for (const timed_span& event : result.events) {
-            const bool isPunctuation = event.type == tessarin::kPunctuationMarker;
-            if (isPunctuation && event.textLength > 0 && event.textOffset == next) {
-                entry.text += event.text;
-                entry.endsSentence = entry.endsSentence || EndsSentence(event.text);
-                next += event.textLength;
-            }
+    marks_by_place marks;
+    for (const timed_span& event : result.events) {
+        if (event.type == tessarin::kPunctuationMarker && event.textLength > 0) {
+            marks.emplace(event.textOffset, &event);
         }
-        words.push_back(std::move(entry));
+    }
+    std::vector<caption_word> words;
+    int64_t place = 0;
+    for (const timed_span& word : result.words) {
+        if (!words.empty() && words.back().punctuation == "-") {
+            words.back().isHyphenated = word.textOffset == place;
+        }
+        words.push_back(SplitWord(word));
+        place = AddPunctuation(marks, int64_t{word.textOffset} + word.textLength, &words.back());
     }
     return words;
 }
 
-size_t LengthOf(const caption& words) {
-    size_t length = 0;
-    for (const caption_word& word : words) {
-        length += word.text.size() + 1;
-    }
-    return length;
-}
+struct caption_time {
+    int32_t startMs;
+    int32_t endMs;
+};
 
-std::vector<caption> MakeCaptions(const timed_result& result) {
-    std::vector<caption> captions;
-    for (caption_word& word : ReadWords(result)) {
-        const bool goesOn = !captions.empty() && !captions.back().back().endsSentence &&
-                            word.startMs - captions.back().back().endMs < kPauseMs &&
-                            word.endMs - captions.back().front().startMs <= kLongestCaptionMs &&
-                            LengthOf(captions.back()) + word.text.size() <= kLongestCaption;
-        if (!goesOn) {
-            captions.emplace_back();
-        }
-        captions.back().push_back(std::move(word));
+/// A short caption stays until it can have been read, if nothing follows it before.
+std::vector<caption_time> TimesOf(const std::vector<caption>& captions, int64_t durationMs) {
+    std::vector<caption_time> times;
+    for (size_t i = 0; i < captions.size(); ++i) {
+        const int32_t startMs = captions[i].front().startMs;
+        const int32_t endMs = captions[i].back().endMs;
+        const int64_t roomMs =
+            i + 1 < captions.size() ? captions[i + 1].front().startMs : durationMs;
+        const int64_t readMs = std::min(int64_t{startMs} + kShortestCaptionMs, roomMs);
+        times.push_back({startMs, static_cast<int32_t>(std::max<int64_t>(endMs, readMs))});
     }
-    return captions;
+    return times;
 }
 
 std::string TimeOf(int32_t ms, char separator) {
@@ -79,16 +89,26 @@ std::string OnOneLine(std::string text) {
     return text;
 }
 
+std::string TextOf(const caption_word& word) {
+    return OnOneLine(word.word + word.punctuation);
+}
+
+std::string BlankAfter(const caption_word& word, const caption& line) {
+    return &word == &line.back() || word.isHyphenated ? "" : " ";
+}
+
 } // namespace
 
 std::string WriteWebVtt(const timed_result& result) {
+    const std::vector<caption_word> words = ReadWords(result);
+    const std::vector<caption> captions = BreakIntoCaptions(words, result.durationMs);
+    const std::vector<caption_time> times = TimesOf(captions, result.durationMs);
     std::string text = "WEBVTT\n";
-    for (const caption& words : MakeCaptions(result)) {
-        text += "\n" + TimeOf(words.front().startMs, '.') + " --> " +
-                TimeOf(words.back().endMs, '.') + "\n";
-        for (const caption_word& word : words) {
-            text += &word == &words.front() ? "" : " <" + TimeOf(word.startMs, '.') + ">";
-            text += EscapeMarkup(OnOneLine(word.text));
+    for (size_t i = 0; i < captions.size(); ++i) {
+        text += "\n" + TimeOf(times[i].startMs, '.') + " --> " + TimeOf(times[i].endMs, '.') + "\n";
+        for (const caption_word& word : captions[i]) {
+            text += &word == &captions[i].front() ? "" : "<" + TimeOf(word.startMs, '.') + ">";
+            text += EscapeMarkup(TextOf(word)) + BlankAfter(word, captions[i]);
         }
         text += "\n";
     }
@@ -96,15 +116,15 @@ std::string WriteWebVtt(const timed_result& result) {
 }
 
 std::string WriteSrt(const timed_result& result) {
+    const std::vector<caption_word> words = ReadWords(result);
+    const std::vector<caption> captions = BreakIntoCaptions(words, result.durationMs);
+    const std::vector<caption_time> times = TimesOf(captions, result.durationMs);
     std::string text;
-    int number = 0;
-    for (const caption& words : MakeCaptions(result)) {
-        text += (number > 0 ? "\n" : "") + std::to_string(number + 1) + "\n" +
-                TimeOf(words.front().startMs, ',') + " --> " + TimeOf(words.back().endMs, ',') +
-                "\n";
-        ++number;
-        for (const caption_word& word : words) {
-            text += (&word == &words.front() ? "" : " ") + OnOneLine(word.text);
+    for (size_t i = 0; i < captions.size(); ++i) {
+        text += (i > 0 ? "\n" : "") + std::to_string(i + 1) + "\n" + TimeOf(times[i].startMs, ',') +
+                " --> " + TimeOf(times[i].endMs, ',') + "\n";
+        for (const caption_word& word : captions[i]) {
+            text += TextOf(word) + BlankAfter(word, captions[i]);
         }
         text += "\n";
     }

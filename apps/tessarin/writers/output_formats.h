@@ -19,7 +19,7 @@ std::string WriteTsv(const timed_result& result);
 /// A Praat TextGrid with the tiers `words` and `phones`, both without gaps.
 std::string WriteTextGrid(const timed_result& result);
 
-/// Captions of a few words each, as WebVTT with the time of every word, and as SRT.
+/// Captions of one line each, as WebVTT with the time of every word, and as SRT.
 std::string WriteWebVtt(const timed_result& result);
 std::string WriteSrt(const timed_result& result);
 
