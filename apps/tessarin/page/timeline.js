@@ -22,10 +22,12 @@ function clockText(ms, digits = 3) {
 }
 
 // Heights in pixels from the top, for a canvas of that height.
-function layOut(height, hasWords) {
+function layOut(height, hasWords, hasMouths) {
     const row = height < 360 ? 24 : 30;
     const wordRow = hasWords ? row : 0;
-    const rest = height - 22 - wordRow - row - 3 * 6;
+    const mouthRow = hasMouths ? clamp(Math.round(height * 0.13), 38, 64) : 0;
+    const mouthGap = hasMouths ? 6 : 0;
+    const rest = height - 22 - wordRow - row - 3 * 6 - mouthRow - mouthGap;
     const wave = Math.round(rest * 0.2);
     const spectrum = Math.round(rest * 0.42);
     let y = 0;
@@ -40,16 +42,19 @@ function layOut(height, hasWords) {
         spectrum: lane(spectrum, 6),
         words: lane(wordRow, hasWords ? 3 : 0),
         phonemes: lane(row, 9),
-        curves: lane(height - y, 0),
+        curves: lane(height - y - mouthRow - mouthGap, mouthGap),
+        mouths: lane(mouthRow, 0),
     };
 }
 
 class Timeline {
-    constructor(still, moving, recording, findings) {
+    constructor(still, moving, recording, shown) {
         this.still = still;
         this.moving = moving;
         this.recording = recording;
-        this.findings = findings;
+        this.shown = shown;
+        this.findings = shown.findings;
+        this.mouths = new MouthStrip(shown);
         this.spectrogram = new Spectrogram(recording);
         this.durationMs = Math.max(recording.durationMs, 1);
         this.fromMs = 0;
@@ -88,7 +93,8 @@ class Timeline {
         this.width = width;
         this.height = height;
         this.density = density;
-        this.lanes = layOut(height, this.findings.words.length > 0);
+        this.lanes = layOut(height, this.findings.words.length > 0,
+            this.findings.frames.length > 0);
         this.budgetMs = FIRST_BUDGET_MS;
         this.setView(this.fromMs, this.pxPerMs);
     }
@@ -156,6 +162,7 @@ class Timeline {
         this.drawSpectrum(context, lanes.spectrum);
         this.drawBoundaries(context, this.findings.phonemes, lanes.wave, lanes.spectrum);
         this.drawCurves(context, lanes.curves);
+        this.mouths.draw(context, this, lanes.mouths);
         if (lanes.words.height > 0) {
             this.drawEvents(context, lanes.words);
         }
@@ -310,7 +317,7 @@ class Timeline {
         context.rect(0, lane.y, this.width, lane.height);
         context.clip();
         const to = this.fromMs + this.visibleMs;
-        const curves = this.findings.curvesBetween(this.fromMs, to);
+        const curves = this.shown.curvesBetween(this.fromMs, to);
         // Rest lies behind the sounds.
         const isRest = ({ label }) => label === "x";
         const sounds = curves.filter((curve) => !isRest(curve));
@@ -389,8 +396,13 @@ class Timeline {
             context.fillRect(left + width - 1.5, 0, 1.5, this.height);
             context.globalAlpha = 1;
         }
-        this.outlineAt(context, this.findings.words, cursorMs, this.lanes.words);
-        this.outlineAt(context, this.findings.phonemes, cursorMs, this.lanes.phonemes);
+        const { words, phonemes, frames } = this.findings;
+        this.outline(context, words[indexAt(words, cursorMs)], this.lanes.words);
+        this.outline(context, phonemes[indexAt(phonemes, cursorMs)], this.lanes.phonemes);
+        if (frames.length > 0) {
+            this.outline(context, this.mouths.cellAt(cursorMs, this, this.lanes.mouths),
+                this.lanes.mouths);
+        }
         const x = this.xOf(cursorMs);
         context.fillStyle = this.theme.cursor;
         context.fillRect(x - 0.75, 0, 1.5, this.height);
@@ -401,13 +413,12 @@ class Timeline {
         context.fill();
     }
 
-    outlineAt(context, spans, ms, lane) {
-        const index = indexAt(spans, ms);
-        if (index < 0) {
+    outline(context, span, lane) {
+        if (!span) {
             return;
         }
-        const left = this.xOf(spans[index].start_ms);
-        const width = Math.max(2, this.xOf(spans[index].end_ms) - left);
+        const left = this.xOf(span.start_ms);
+        const width = Math.max(2, this.xOf(span.end_ms) - left);
         context.strokeStyle = this.theme.cursor;
         context.lineWidth = 1.5;
         context.beginPath();
