@@ -178,6 +178,60 @@ test("a mouth is said in words", async () => {
     assert.equal(await page.locator("#mouthWords").textContent(), "lips closed");
 });
 
+// What a button saves.
+async function saved(name) {
+    const [download] = await Promise.all([
+        page.waitForEvent("download"),
+        page.getByRole("button", { name, exact: true }).click(),
+    ]);
+    return {
+        name: download.suggestedFilename(), text: readFileSync(await download.path(), "utf8"),
+    };
+}
+
+function assertNearTable(actual, expected) {
+    const [rows, wanted] = [actual, expected].map((text) =>
+        text.trim().split("\n").map((line) => line.split(",")));
+    assert.equal(rows.length, wanted.length);
+    assert.deepEqual(rows[0], wanted[0]);
+    rows.slice(1).forEach((row, i) => row.forEach((cell, k) =>
+        assertNear(Number(cell), Number(wanted[i + 1][k]), 4e-4, `row ${i}, ${rows[0][k]}`)));
+}
+
+test("what is shown and saved is what the tool writes, in every set", async () => {
+    const written = (format) =>
+        runTool("align", demoWav, "--text-file", demoText, "--format", format, "-q");
+    const sets = [["Phonemes", "csv"], ["Visemes", "visemes"], ["Blend shapes", "arkit"]];
+    for (const [button, format] of sets) {
+        await page.getByRole("button", { name: button, exact: true }).click();
+        assertNearTable((await saved("Save as CSV")).text, written(format));
+    }
+    await page.getByRole("button", { name: "Switches", exact: true }).click();
+    const { name, text } = await saved("Save as CSV");
+    assert.equal(name, "echo-test.switches.csv");
+    const rows = text.trim().split("\n").slice(1).map((line) => line.split(","));
+    const wanted = written("switches-tsv").trim().split("\n").slice(0, -1)
+        .map((line) => line.split("\t"));
+    assert.deepEqual(rows.map(([ms, , shape]) => [(Number(ms) / 1000).toFixed(2), shape]),
+        wanted.map(([seconds, shape]) => [seconds, shape]));
+    const [from, to] = rows.find(([, , shape]) => shape === "A");
+    await seek(page, (Number(from) + Number(to)) / 2);
+    assertSameGap(await drawnGap(), await expectedGap({ m: 1 }));
+    assert.equal(await page.locator("#mouthWords").textContent(), "lips closed");
+    const switches = JSON.parse((await saved("Save as JSON")).text);
+    assert.deepEqual(switches.switches.map(({ shape }) => shape), rows.map(([, , shape]) => shape));
+
+    await page.getByRole("button", { name: "Phonemes", exact: true }).click();
+    await setStrength(0.7);
+    const again = scratch("again.json");
+    writeFileSync(again, (await saved("Save as JSON")).text);
+    const { frames, phonemes } = JSON.parse(readFileSync(again, "utf8"));
+    assert.deepEqual(frames, await page.evaluate(() => window.tessarin.shown.frames));
+    assert.deepEqual(phonemes, result.phonemes);
+    assert.equal(JSON.parse(runTool("animate", again)).frames.length, frames.length);
+    await setStrength(1);
+});
+
 // The row of small mouths as it is drawn.
 function stripPixels() {
     return page.evaluate(() => {
@@ -217,6 +271,7 @@ test("the mouths under the timeline stand at their times at every place, zoom an
             const widthPx = (cell.end_ms - cell.start_ms) * (await view(page)).pxPerMs;
             assert.ok(widthPx >= 60 && widthPx < 240, `${widthPx} pixels at ${pxPerMs}`);
         }
+        await show(0, 0.2);
     });
 
 // How fast the position moves, by the clock of the page.

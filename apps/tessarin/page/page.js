@@ -34,7 +34,7 @@ class Page {
             "frameTime", "mouthWords", "weights", "weightRow"];
         this.readout = new Readout(this.shown,
             Object.fromEntries(names.map((name) => [name, byId(name)])),
-            (label) => this.timeline.colourOf(label));
+            (label) => this.timeline.colourOfShown(label));
         this.transcript = new Transcript(byId("transcript"), this.findings, (word) => {
             this.player.seek(word.start_ms);
             this.showCursor();
@@ -128,6 +128,9 @@ class Page {
             all: () => timeline.setView(0, 0),
             loop: () => this.setLoops(!this.loops),
             strength: () => this.setStrength(Number(value)),
+            shapes: () => this.setShapes(value),
+            csv: () => this.save("csv", "text/csv", shownCsv(this.shown)),
+            json: () => this.save("json", "application/json", shownJson(this.shown)),
             selectWord: () => this.selectSpan(this.findings.words, player.positionMs),
             clear: () => this.clearSelection(),
             help: () => byId("help").showModal(),
@@ -217,6 +220,18 @@ class Page {
         this.showState();
     }
 
+    setShapes(name) {
+        this.shown.setShapes(name);
+        this.timeline.waitsForDraw = true;
+        this.showState();
+    }
+
+    // Under the name of the recording, with what it holds.
+    save(ending, type, text) {
+        const name = document.title.replace(/\.[^.]*$/, "");
+        saveFile(`${name}.${this.shown.set?.name ?? "phonemes"}.${ending}`, type, text);
+    }
+
     dragOverview(event) {
         if (event.buttons !== 1 && event.type !== "pointerdown") {
             return;
@@ -245,6 +260,7 @@ class Page {
             button.setAttribute("aria-pressed", String(isIt));
         }
         this.showStrength();
+        this.showShapes();
         const { selection } = timeline;
         byId("selection").hidden = !selection;
         byId("selectionText").textContent = selection
@@ -261,6 +277,13 @@ class Page {
         byId("strengthNumber").textContent = strength.toFixed(2);
         for (const button of document.querySelectorAll("button[data-action=strength]")) {
             button.setAttribute("aria-pressed", String(Number(button.value) === strength));
+        }
+    }
+
+    showShapes() {
+        for (const button of document.querySelectorAll("button[data-action=shapes]")) {
+            const isIt = button.value === (this.shown.set?.name ?? "");
+            button.setAttribute("aria-pressed", String(isIt));
         }
     }
 

@@ -26,9 +26,11 @@ class Readout {
         const word = words[indexAt(words, ms)];
         const phoneme = phonemes[indexAt(phonemes, ms)];
         const index = this.findings.frameIndexAt(ms);
-        const frame = this.mouth.mouthFrames[index];
+        const frame = this.mouth.frames[index];
+        const mouth = this.mouth.mouthFrames[index];
         this.elements.time.textContent = clockText(ms);
-        const key = [word?.start_ms, phoneme?.start_ms, index, this.mouth.strength].join();
+        const key = [word?.start_ms, phoneme?.start_ms, index, this.mouth.strength,
+            this.mouth.set?.name].join();
         if (key === this.shown) {
             return;
         }
@@ -41,7 +43,7 @@ class Readout {
         elements.score.textContent = strengthText(phoneme);
         elements.frame.textContent = frame ? String(index) : "–";
         elements.frameTime.textContent = spanText(frame);
-        elements.mouthWords.textContent = frame ? mouthInWords(frame.weights) : "";
+        elements.mouthWords.textContent = frame ? mouthInWords(mouth.weights) : "";
         elements.mouthWords.hidden = !frame;
         this.showWeights(frame?.weights ?? {});
     }
@@ -49,6 +51,7 @@ class Readout {
     // The same row serves as many weights as there are, so that the page does not jump.
     showWeights(weights) {
         const list = this.elements.weights;
+        list.classList.toggle("long", Object.keys(weights).some((label) => label.length > 4));
         const entries = Object.entries(weights);
         while (list.children.length < entries.length) {
             list.append(this.elements.weightRow.content.cloneNode(true));

@@ -66,19 +66,68 @@ function curvesOfFrames(frames) {
 class Shown {
     constructor(findings) {
         this.findings = findings;
-        this.setStrength(NORMAL_STRENGTH);
+        this.sets = SHAPE_SETS.map((set) => new ShapeSet(set));
+        this.strength = NORMAL_STRENGTH;
+        this.set = null; // phonemes
+        this.update();
     }
 
     setStrength(strength) {
         this.strength = strength;
-        this.mouthFrames = this.findings.frames.map(
+        this.update();
+    }
+
+    // Shows the set of this name; phonemes where there is none.
+    setShapes(name) {
+        this.set = this.sets.find((set) => set.name === name) ?? null;
+        this.update();
+    }
+
+    update() {
+        const { set, strength } = this;
+        const sounds = this.findings.frames.map(
             (frame) => ({ ...frame, weights: strengthened(frame.weights, strength) }));
-        const known = strength === NORMAL_STRENGTH ? this.findings.curves : [];
-        const curves = known.length > 0 ? known : curvesOfFrames(this.mouthFrames);
-        this.curves = curves.map(({ label, keys }) => ({
+        this.frames = sounds;
+        this.mouthFrames = sounds;
+        this.switches = null;
+        if (set?.name === "switches") {
+            this.showSwitches(shapesOfFrames(set, sounds));
+        } else if (set) {
+            this.frames = sounds.map((frame) => (
+                { ...frame, weights: roundedWeights(Object.entries(set.mix(frame.weights))) }));
+        }
+        const known = !set && strength === NORMAL_STRENGTH ? this.findings.curves : [];
+        this.rawCurves = known.length > 0 ? known : curvesOfFrames(this.frames);
+        this.curves = this.rawCurves.map(({ label, keys }) => ({
             label, keys, fromMs: keys[0][0], toMs: keys.at(-1)[0],
             top: keys.reduce((top, key) => (key[1] > top[1] ? key : top)),
         }));
+    }
+
+    // One shape in each frame, and the mouth as its drawing.
+    showSwitches(shapes) {
+        const withWeights = (weightsOf) => this.frames.map(
+            (frame, i) => ({ ...frame, weights: weightsOf(shapes[i]) }));
+        this.mouthFrames = withWeights((shape) => ({ [SWITCH_MOUTHS[shape]]: 1 }));
+        this.frames = withWeights((shape) => ({ [shape]: 1 }));
+        this.switches = [];
+        this.frames.forEach(({ start_ms, end_ms }, i) => {
+            const last = this.switches.at(-1);
+            if (last?.label === shapes[i]) {
+                last.end_ms = end_ms;
+            } else {
+                this.switches.push({ start_ms, end_ms, label: shapes[i] });
+            }
+        });
+    }
+
+    // The kind of sounds that a label of what is shown has its colour from.
+    classOf(label) {
+        return (this.set ? this.set.classes : CLASS_OF_LABEL)[label] ?? "rest";
+    }
+
+    get restLabel() {
+        return this.set ? this.set.rest : "x";
     }
 
     // The curves that may show between two times.
@@ -96,7 +145,7 @@ class Shown {
         const index = this.findings.frameIndexAt(ms);
         const here = centreOf(frames[index]);
         const other = frames[index + (ms < here ? -1 : 1)];
-        if (!other || ms === here) {
+        if (!other || ms === here || this.switches) {
             return frames[index].weights;
         }
         const share = Math.min(1, (ms - here) / (centreOf(other) - here));

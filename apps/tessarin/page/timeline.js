@@ -83,6 +83,10 @@ class Timeline {
         return this.theme[CLASS_OF_LABEL[label] ?? "rest"];
     }
 
+    colourOfShown(label) {
+        return this.theme[this.shown.classOf(label)];
+    }
+
     resize() {
         const { width, height } = this.still.getBoundingClientRect();
         const density = window.devicePixelRatio || 1;
@@ -161,7 +165,14 @@ class Timeline {
         this.drawWave(context, lanes.wave);
         this.drawSpectrum(context, lanes.spectrum);
         this.drawBoundaries(context, this.findings.phonemes, lanes.wave, lanes.spectrum);
-        this.drawCurves(context, lanes.curves);
+        if (this.shown.switches) {
+            this.drawSpans(context, this.shown.switches, lanes.curves, 15, ({ label }) => ({
+                text: label, colour: this.colourOfShown(label),
+                fill: label === this.shown.restLabel ? 0.1 : 0.28,
+            }));
+        } else {
+            this.drawCurves(context, lanes.curves);
+        }
         this.mouths.draw(context, this, lanes.mouths);
         if (lanes.words.height > 0) {
             this.drawEvents(context, lanes.words);
@@ -319,7 +330,7 @@ class Timeline {
         const to = this.fromMs + this.visibleMs;
         const curves = this.shown.curvesBetween(this.fromMs, to);
         // Rest lies behind the sounds.
-        const isRest = ({ label }) => label === "x";
+        const isRest = ({ label }) => label === this.shown.restLabel;
         const sounds = curves.filter((curve) => !isRest(curve));
         for (const curve of [...curves.filter(isRest), ...sounds]) {
             this.drawCurve(context, curve, lane);
@@ -333,8 +344,8 @@ class Timeline {
     }
 
     drawCurve(context, { label, keys, fromMs, toMs, top }, lane) {
-        const isRest = label === "x";
-        const colour = this.colourOf(label);
+        const isRest = label === this.shown.restLabel;
+        const colour = this.colourOfShown(label);
         const base = this.yOf(0, lane);
         if ((toMs - fromMs) * this.pxPerMs < NARROW_PX) {
             context.fillStyle = colour;
@@ -369,15 +380,16 @@ class Timeline {
         const labels = curves.filter((curve) => isWide(curve) && curve.top[1] > 0.12)
             .map(({ label, top: [ms, weight] }) => {
                 const y = Math.max(lane.y + 12, this.yOf(weight, lane) - 2);
-                return { label, weight, x: this.xOf(ms), y };
+                const half = context.measureText(label).width / 2 + 2;
+                return { label, weight, x: this.xOf(ms), y, half };
             });
         const placed = [];
         for (const each of labels.sort((a, b) => b.weight - a.weight)) {
-            const isFree = placed.every(({ x, y }) =>
-                Math.abs(x - each.x) > 18 || Math.abs(y - each.y) > 12);
+            const isFree = placed.every(({ x, y, half }) =>
+                Math.abs(x - each.x) > half + each.half || Math.abs(y - each.y) > 12);
             if (isFree) {
                 placed.push(each);
-                context.fillStyle = this.colourOf(each.label);
+                context.fillStyle = this.colourOfShown(each.label);
                 context.fillText(each.label, each.x, each.y);
             }
         }
