@@ -128,6 +128,152 @@ test("lips close for p, b and m and open for open vowels", async () => {
     assert.ok(meanClosed < 10 && meanOpen > 3 * meanClosed, `${meanClosed} ${meanOpen}`);
 });
 
+async function setStrength(value) {
+    await page.getByRole("slider", { name: "Mouth strength" }).fill(String(value));
+    await drawn(page);
+}
+
+test("a strength moves all but lips and teeth, as the tool's own does", async () => {
+    for (const strength of [0.5, 1.4]) {
+        const args = ["--text-file", demoText, "--strength", String(strength), "-q"];
+        const { frames } = JSON.parse(runTool("align", demoWav, ...args));
+        await setStrength(strength);
+        const shown = await page.evaluate(() => window.tessarin.shown.mouthFrames);
+        assert.equal(shown.length, frames.length);
+        let compared = 0;
+        for (let i = 0; i < frames.length; ++i) {
+            // Of a frame without rest the tool knows how much there was before it was scaled to 1,
+            // and of ten weights it drops one.
+            const before = result.frames[i].weights;
+            if ("x" in before && Object.keys(before).length < 10) {
+                ++compared;
+                for (const label of Object.keys({ ...frames[i].weights, ...shown[i].weights })) {
+                    assertNear(shown[i].weights[label] ?? 0, frames[i].weights[label] ?? 0, 3e-4,
+                        `${label} of frame ${i} at ${strength}`);
+                }
+            }
+        }
+        assert.ok(compared > frames.length / 3, `${compared} frames`);
+        const index = result.frames.findIndex(({ weights }) => weights.AE > 0.5 && weights.x > 0.1);
+        await seek(page, middleOf(result.frames[index]));
+        assertSameGap(await drawnGap(), await expectedGap(frames[index].weights));
+        const row = page.locator("#weights li[data-label=AE]:visible .value");
+        assertNear(Number(await row.textContent()), frames[index].weights.AE, 3e-4);
+    }
+    await page.getByRole("button", { name: "normal", exact: true }).click();
+    assert.deepEqual(await page.evaluate(() => window.tessarin.shown.mouthFrames), result.frames);
+});
+
+test("a mouth is said in words", async () => {
+    const words = await page.evaluate(() => [
+        { x: 1 }, { m: 0.85, AE: 0.15 }, { m: 0.5, x: 0.5 }, { f: 0.6, AA: 0.4 }, { AA: 1 },
+        { AA: 0.5, x: 0.5 }, { UW: 1 }, { IY: 1 }, { TH: 0.8, x: 0.2 },
+    ].map(mouthInWords));
+    assert.deepEqual(words, [
+        "at rest", "lips closed", "0 % open", "teeth on the lip", "100 % open", "50 % open",
+        "25 % open, rounded", "35 % open, spread", "29 % open, tongue between the teeth",
+    ]);
+    const closed = result.frames.find(({ weights }) => weights.b >= 0.85);
+    await seek(page, middleOf(closed));
+    assert.equal(await page.locator("#mouthWords").textContent(), "lips closed");
+});
+
+// What a button saves.
+async function saved(name) {
+    const [download] = await Promise.all([
+        page.waitForEvent("download"),
+        page.getByRole("button", { name, exact: true }).click(),
+    ]);
+    return {
+        name: download.suggestedFilename(), text: readFileSync(await download.path(), "utf8"),
+    };
+}
+
+function assertNearTable(actual, expected) {
+    const [rows, wanted] = [actual, expected].map((text) =>
+        text.trim().split("\n").map((line) => line.split(",")));
+    assert.equal(rows.length, wanted.length);
+    assert.deepEqual(rows[0], wanted[0]);
+    rows.slice(1).forEach((row, i) => row.forEach((cell, k) =>
+        assertNear(Number(cell), Number(wanted[i + 1][k]), 4e-4, `row ${i}, ${rows[0][k]}`)));
+}
+
+test("what is shown and saved is what the tool writes, in every set", async () => {
+    const written = (format) =>
+        runTool("align", demoWav, "--text-file", demoText, "--format", format, "-q");
+    const sets = [["Phonemes", "csv"], ["Visemes", "visemes"], ["Blend shapes", "arkit"]];
+    for (const [button, format] of sets) {
+        await page.getByRole("button", { name: button, exact: true }).click();
+        assertNearTable((await saved("Save as CSV")).text, written(format));
+    }
+    await page.getByRole("button", { name: "Switches", exact: true }).click();
+    const { name, text } = await saved("Save as CSV");
+    assert.equal(name, "echo-test.switches.csv");
+    const rows = text.trim().split("\n").slice(1).map((line) => line.split(","));
+    const wanted = written("switches-tsv").trim().split("\n").slice(0, -1)
+        .map((line) => line.split("\t"));
+    assert.deepEqual(rows.map(([ms, , shape]) => [(Number(ms) / 1000).toFixed(2), shape]),
+        wanted.map(([seconds, shape]) => [seconds, shape]));
+    const [from, to] = rows.find(([, , shape]) => shape === "A");
+    await seek(page, (Number(from) + Number(to)) / 2);
+    assertSameGap(await drawnGap(), await expectedGap({ m: 1 }));
+    assert.equal(await page.locator("#mouthWords").textContent(), "lips closed");
+    const switches = JSON.parse((await saved("Save as JSON")).text);
+    assert.deepEqual(switches.switches.map(({ shape }) => shape), rows.map(([, , shape]) => shape));
+
+    await page.getByRole("button", { name: "Phonemes", exact: true }).click();
+    await setStrength(0.7);
+    const again = scratch("again.json");
+    writeFileSync(again, (await saved("Save as JSON")).text);
+    const { frames, phonemes } = JSON.parse(readFileSync(again, "utf8"));
+    assert.deepEqual(frames, await page.evaluate(() => window.tessarin.shown.frames));
+    assert.deepEqual(phonemes, result.phonemes);
+    assert.equal(JSON.parse(runTool("animate", again)).frames.length, frames.length);
+    await setStrength(1);
+});
+
+// The row of small mouths as it is drawn.
+function stripPixels() {
+    return page.evaluate(() => {
+        const { timeline } = window.tessarin;
+        timeline.waitsForDraw = true;
+        timeline.draw(0);
+        const { y, height } = timeline.lanes.mouths;
+        const { data } = timeline.still.getContext("2d")
+            .getImageData(0, y, timeline.still.width, height);
+        return { width: timeline.still.width, pixels: [...new Uint32Array(data.buffer)] };
+    });
+}
+
+test("the mouths under the timeline stand at their times at every place, zoom and strength",
+    async () => {
+        const show = (fromMs, pxPerMs) => page.evaluate(([from, scale]) =>
+            window.tessarin.timeline.setView(from, scale), [fromMs, pxPerMs]);
+        await show(1000, 0.25);
+        const { width, pixels } = await stripPixels();
+        await show(1400, 0.25); // 100 pixels on
+        const moved = await stripPixels();
+        const differing = moved.pixels.filter((pixel, i) =>
+            i % width < width - 100 && pixel !== pixels[i + 100]);
+        assert.ok(differing.length < pixels.length / 200, `${differing.length} pixels differ`);
+        await setStrength(0.5);
+        assert.notDeepEqual((await stripPixels()).pixels, moved.pixels);
+        await setStrength(1);
+        // Each shows the frame in the middle of its place, at the highest zoom every frame.
+        for (const pxPerMs of [0.02, 0.25, 4]) {
+            await show(2000, pxPerMs);
+            const { frame, next, ...cell } = await page.evaluate(() => {
+                const { timeline } = window.tessarin;
+                return timeline.mouths.cellAt(5050, timeline, timeline.lanes.mouths);
+            });
+            assert.ok(cell.start_ms <= 5050 && cell.end_ms > 5050 && next.start_ms === cell.end_ms);
+            assertNear(middleOf(frame), middleOf(cell), 20, "middle");
+            const widthPx = (cell.end_ms - cell.start_ms) * (await view(page)).pxPerMs;
+            assert.ok(widthPx >= 60 && widthPx < 240, `${widthPx} pixels at ${pxPerMs}`);
+        }
+        await show(0, 0.2);
+    });
+
 // How fast the position moves, by the clock of the page.
 function measuredSpeed(ms) {
     return page.evaluate(async (wait) => {

@@ -66,6 +66,16 @@ std::string MouthShapes::GetRestName() const {
     return tessarin_get_shape_name(shapes.get(), tessarin_get_rest_shape(shapes.get()));
 }
 
+std::vector<std::string> MouthShapes::GetClosedNames() const {
+    std::vector<std::string> names;
+    for (uint32_t i = 0; i < tessarin_get_shape_count(shapes.get()); ++i) {
+        if (tessarin_is_closed_shape(shapes.get(), i) != 0) {
+            names.emplace_back(tessarin_get_shape_name(shapes.get(), i));
+        }
+    }
+    return names;
+}
+
 std::vector<std::vector<double>> MouthShapes::Mix(const std::vector<mouth_frame>& frames) const {
     std::vector<std::vector<double>> rows;
     for (const tessarin_frame& frame : FlatFrames(frames)) {

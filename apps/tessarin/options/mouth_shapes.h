@@ -20,6 +20,7 @@ public:
     std::string GetSet() const;
     std::vector<std::string> GetNames() const;
     std::string GetRestName() const;
+    std::vector<std::string> GetClosedNames() const;
 
     /// The weight of each shape in each of the frames, 0 to 1, a row for each frame.
     std::vector<std::vector<double>> Mix(const std::vector<mouth_frame>& frames) const;

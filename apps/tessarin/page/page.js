@@ -12,8 +12,9 @@ class Page {
         this.recording = new Recording(joined(decodeBase64(chunks.map((c) => c.textContent))));
         chunks.forEach((chunk) => chunk.remove());
         this.findings = new Findings(result);
+        this.shown = new Shown(this.findings);
         this.player = new Player(byId("audio"), this.recording);
-        this.timeline = new Timeline(byId("still"), byId("moving"), this.recording, this.findings);
+        this.timeline = new Timeline(byId("still"), byId("moving"), this.recording, this.shown);
         this.overview = new Overview(byId("overview"), this.timeline);
         this.mouth = new Mouth(byId("mouth"));
         this.loops = false;
@@ -30,10 +31,10 @@ class Page {
 
     makeReadout() {
         const names = ["time", "word", "wordTime", "phoneme", "phonemeTime", "score", "frame",
-            "frameTime", "weights", "weightRow"];
-        this.readout = new Readout(this.findings,
+            "frameTime", "mouthWords", "weights", "weightRow"];
+        this.readout = new Readout(this.shown,
             Object.fromEntries(names.map((name) => [name, byId(name)])),
-            (label) => this.timeline.colourOf(label));
+            (label) => this.timeline.colourOfShown(label));
         this.transcript = new Transcript(byId("transcript"), this.findings, (word) => {
             this.player.seek(word.start_ms);
             this.showCursor();
@@ -81,6 +82,10 @@ class Page {
             this.overview.resize();
             this.readout.shown = "";
         });
+        byId("strength").addEventListener("input",
+            () => this.setStrength(Number(byId("strength").value)));
+        // Else the arrows would move it in place of the cursor.
+        byId("strength").addEventListener("pointerup", () => byId("strength").blur());
         document.addEventListener("keydown", (event) => this.pressKey(event));
         for (const button of document.querySelectorAll("button[data-action]")) {
             button.addEventListener("click", (event) => {
@@ -95,7 +100,8 @@ class Page {
 
     pressKey(event) {
         const isTyping = event.target.closest?.("dialog, button:focus-visible");
-        if (event.ctrlKey || event.metaKey || event.altKey ||
+        const isSliding = event.target === byId("strength") && event.key !== " ";
+        if (isSliding || event.ctrlKey || event.metaKey || event.altKey ||
             (isTyping && [" ", "Enter", "Escape"].includes(event.key))) {
             return;
         }
@@ -121,6 +127,10 @@ class Page {
             zoom: () => timeline.zoom(Number(value), middle),
             all: () => timeline.setView(0, 0),
             loop: () => this.setLoops(!this.loops),
+            strength: () => this.setStrength(Number(value)),
+            shapes: () => this.setShapes(value),
+            csv: () => this.save("csv", "text/csv", shownCsv(this.shown)),
+            json: () => this.save("json", "application/json", shownJson(this.shown)),
             selectWord: () => this.selectSpan(this.findings.words, player.positionMs),
             clear: () => this.clearSelection(),
             help: () => byId("help").showModal(),
@@ -204,6 +214,24 @@ class Page {
         this.showState();
     }
 
+    setStrength(strength) {
+        this.shown.setStrength(strength);
+        this.timeline.waitsForDraw = true;
+        this.showState();
+    }
+
+    setShapes(name) {
+        this.shown.setShapes(name);
+        this.timeline.waitsForDraw = true;
+        this.showState();
+    }
+
+    // Under the name of the recording, with what it holds.
+    save(ending, type, text) {
+        const name = document.title.replace(/\.[^.]*$/, "");
+        saveFile(`${name}.${this.shown.set?.name ?? "phonemes"}.${ending}`, type, text);
+    }
+
     dragOverview(event) {
         if (event.buttons !== 1 && event.type !== "pointerdown") {
             return;
@@ -231,6 +259,8 @@ class Page {
             const isIt = Number(button.value) === player.audio.playbackRate;
             button.setAttribute("aria-pressed", String(isIt));
         }
+        this.showStrength();
+        this.showShapes();
         const { selection } = timeline;
         byId("selection").hidden = !selection;
         byId("selectionText").textContent = selection
@@ -239,6 +269,22 @@ class Page {
         slider.setAttribute("aria-valuemax", String(Math.round(this.recording.durationMs)));
         slider.setAttribute("aria-valuenow", String(Math.round(player.positionMs)));
         slider.setAttribute("aria-valuetext", this.readout.describe(player.positionMs));
+    }
+
+    showStrength() {
+        const { strength } = this.shown;
+        byId("strength").value = strength;
+        byId("strengthNumber").textContent = strength.toFixed(2);
+        for (const button of document.querySelectorAll("button[data-action=strength]")) {
+            button.setAttribute("aria-pressed", String(Number(button.value) === strength));
+        }
+    }
+
+    showShapes() {
+        for (const button of document.querySelectorAll("button[data-action=shapes]")) {
+            const isIt = button.value === (this.shown.set?.name ?? "");
+            button.setAttribute("aria-pressed", String(isIt));
+        }
     }
 
     // Turns the page under a cursor that runs off its right edge.
@@ -264,7 +310,7 @@ class Page {
         for (const draw of [
             () => this.timeline.draw(ms),
             () => this.overview.draw(ms),
-            () => this.mouth.show(this.findings.weightsAt(ms)),
+            () => this.mouth.show(this.shown.mouthAt(ms)),
             () => this.readout.show(ms),
             () => this.transcript.show(ms),
         ]) {

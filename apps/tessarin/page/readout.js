@@ -12,8 +12,9 @@ function strengthText(phoneme) {
 }
 
 class Readout {
-    constructor(findings, elements, colourOf) {
-        this.findings = findings;
+    constructor(shown, elements, colourOf) {
+        this.mouth = shown;
+        this.findings = shown.findings;
         this.elements = elements;
         this.colourOf = colourOf;
         this.shown = "";
@@ -21,13 +22,15 @@ class Readout {
     }
 
     show(ms) {
-        const { words, phonemes, frames } = this.findings;
+        const { words, phonemes } = this.findings;
         const word = words[indexAt(words, ms)];
         const phoneme = phonemes[indexAt(phonemes, ms)];
         const index = this.findings.frameIndexAt(ms);
-        const frame = frames[index];
+        const frame = this.mouth.frames[index];
+        const mouth = this.mouth.mouthFrames[index];
         this.elements.time.textContent = clockText(ms);
-        const key = [word?.start_ms, phoneme?.start_ms, index].join();
+        const key = [word?.start_ms, phoneme?.start_ms, index, this.mouth.strength,
+            this.mouth.set?.name].join();
         if (key === this.shown) {
             return;
         }
@@ -40,12 +43,15 @@ class Readout {
         elements.score.textContent = strengthText(phoneme);
         elements.frame.textContent = frame ? String(index) : "–";
         elements.frameTime.textContent = spanText(frame);
+        elements.mouthWords.textContent = frame ? mouthInWords(mouth.weights) : "";
+        elements.mouthWords.hidden = !frame;
         this.showWeights(frame?.weights ?? {});
     }
 
     // The same row serves as many weights as there are, so that the page does not jump.
     showWeights(weights) {
         const list = this.elements.weights;
+        list.classList.toggle("long", Object.keys(weights).some((label) => label.length > 4));
         const entries = Object.entries(weights);
         while (list.children.length < entries.length) {
             list.append(this.elements.weightRow.content.cloneNode(true));
@@ -70,8 +76,10 @@ class Readout {
         const { words, phonemes } = this.findings;
         const word = words[indexAt(words, ms)]?.text;
         const phoneme = phonemes[indexAt(phonemes, ms)]?.label;
+        const frame = this.mouth.mouthFrames[this.findings.frameIndexAt(ms)];
         return [`${(ms / 1000).toFixed(3)} seconds`, word && `word ${word}`,
-            phoneme && (phoneme === "x" ? "silence" : `phoneme ${phoneme}`)]
+            phoneme && (phoneme === "x" ? "silence" : `phoneme ${phoneme}`),
+            frame && mouthInWords(frame.weights)]
             .filter(Boolean).join(", ");
     }
 }

@@ -108,67 +108,10 @@ class Findings {
         this.phonemes = placed(result.phonemes);
         this.events = placed(result.events);
         this.frames = placed(result.frames);
-        const curves = result.curves?.length ? result.curves : curvesOfFrames(this.frames);
-        this.curves = curves.map(({ label, keys }) => ({
-            label, keys, fromMs: keys[0][0], toMs: keys.at(-1)[0],
-            top: keys.reduce((top, key) => (key[1] > top[1] ? key : top)),
-        }));
-    }
-
-    // The curves that may show between two times.
-    curvesBetween(fromMs, toMs) {
-        return this.curves.filter((curve) => curve.toMs >= fromMs && curve.fromMs <= toMs);
+        this.curves = result.curves ?? [];
     }
 
     frameIndexAt(ms) {
         return Math.max(0, Math.min(this.frames.length - 1, lastBefore(this.frames, ms)));
     }
-
-    // The weights at a time: those of a frame hold in its middle, and change evenly in between.
-    weightsAt(ms) {
-        if (this.frames.length === 0) {
-            return {};
-        }
-        const index = this.frameIndexAt(ms);
-        const here = centreOf(this.frames[index]);
-        const other = this.frames[index + (ms < here ? -1 : 1)];
-        if (!other || ms === here) {
-            return this.frames[index].weights;
-        }
-        const share = Math.min(1, (ms - here) / (centreOf(other) - here));
-        return blended(this.frames[index].weights, other.weights, share);
-    }
-}
-
-function centreOf(span) {
-    return (span.start_ms + span.end_ms) / 2;
-}
-
-function blended(from, to, share) {
-    const weights = {};
-    for (const label of new Set([...Object.keys(from), ...Object.keys(to)])) {
-        weights[label] = (1 - share) * (from[label] ?? 0) + share * (to[label] ?? 0);
-    }
-    return weights;
-}
-
-// For timings without curves: a curve for each run of frames in which a phoneme has weight.
-function curvesOfFrames(frames) {
-    const curves = [];
-    const open = new Map();
-    for (const frame of frames) {
-        for (const [label, curve] of open) {
-            curve.keys.push([centreOf(frame), frame.weights[label] ?? 0]);
-            if (!(label in frame.weights)) {
-                open.delete(label);
-            }
-        }
-        for (const label of Object.keys(frame.weights)) {
-            if (!open.has(label)) {
-                open.set(label, { label, keys: [[centreOf(frame), frame.weights[label]]] });
-                curves.push(open.get(label));
-            }
-        }
-    }
-    return curves;
 }

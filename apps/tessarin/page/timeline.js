@@ -22,10 +22,12 @@ function clockText(ms, digits = 3) {
 }
 
 // Heights in pixels from the top, for a canvas of that height.
-function layOut(height, hasWords) {
+function layOut(height, hasWords, hasMouths) {
     const row = height < 360 ? 24 : 30;
     const wordRow = hasWords ? row : 0;
-    const rest = height - 22 - wordRow - row - 3 * 6;
+    const mouthRow = hasMouths ? clamp(Math.round(height * 0.13), 38, 64) : 0;
+    const mouthGap = hasMouths ? 6 : 0;
+    const rest = height - 22 - wordRow - row - 3 * 6 - mouthRow - mouthGap;
     const wave = Math.round(rest * 0.2);
     const spectrum = Math.round(rest * 0.42);
     let y = 0;
@@ -40,16 +42,19 @@ function layOut(height, hasWords) {
         spectrum: lane(spectrum, 6),
         words: lane(wordRow, hasWords ? 3 : 0),
         phonemes: lane(row, 9),
-        curves: lane(height - y, 0),
+        curves: lane(height - y - mouthRow - mouthGap, mouthGap),
+        mouths: lane(mouthRow, 0),
     };
 }
 
 class Timeline {
-    constructor(still, moving, recording, findings) {
+    constructor(still, moving, recording, shown) {
         this.still = still;
         this.moving = moving;
         this.recording = recording;
-        this.findings = findings;
+        this.shown = shown;
+        this.findings = shown.findings;
+        this.mouths = new MouthStrip(shown);
         this.spectrogram = new Spectrogram(recording);
         this.durationMs = Math.max(recording.durationMs, 1);
         this.fromMs = 0;
@@ -78,6 +83,10 @@ class Timeline {
         return this.theme[CLASS_OF_LABEL[label] ?? "rest"];
     }
 
+    colourOfShown(label) {
+        return this.theme[this.shown.classOf(label)];
+    }
+
     resize() {
         const { width, height } = this.still.getBoundingClientRect();
         const density = window.devicePixelRatio || 1;
@@ -88,7 +97,8 @@ class Timeline {
         this.width = width;
         this.height = height;
         this.density = density;
-        this.lanes = layOut(height, this.findings.words.length > 0);
+        this.lanes = layOut(height, this.findings.words.length > 0,
+            this.findings.frames.length > 0);
         this.budgetMs = FIRST_BUDGET_MS;
         this.setView(this.fromMs, this.pxPerMs);
     }
@@ -155,7 +165,15 @@ class Timeline {
         this.drawWave(context, lanes.wave);
         this.drawSpectrum(context, lanes.spectrum);
         this.drawBoundaries(context, this.findings.phonemes, lanes.wave, lanes.spectrum);
-        this.drawCurves(context, lanes.curves);
+        if (this.shown.switches) {
+            this.drawSpans(context, this.shown.switches, lanes.curves, 15, ({ label }) => ({
+                text: label, colour: this.colourOfShown(label),
+                fill: label === this.shown.restLabel ? 0.1 : 0.28,
+            }));
+        } else {
+            this.drawCurves(context, lanes.curves);
+        }
+        this.mouths.draw(context, this, lanes.mouths);
         if (lanes.words.height > 0) {
             this.drawEvents(context, lanes.words);
         }
@@ -310,9 +328,9 @@ class Timeline {
         context.rect(0, lane.y, this.width, lane.height);
         context.clip();
         const to = this.fromMs + this.visibleMs;
-        const curves = this.findings.curvesBetween(this.fromMs, to);
+        const curves = this.shown.curvesBetween(this.fromMs, to);
         // Rest lies behind the sounds.
-        const isRest = ({ label }) => label === "x";
+        const isRest = ({ label }) => label === this.shown.restLabel;
         const sounds = curves.filter((curve) => !isRest(curve));
         for (const curve of [...curves.filter(isRest), ...sounds]) {
             this.drawCurve(context, curve, lane);
@@ -326,8 +344,8 @@ class Timeline {
     }
 
     drawCurve(context, { label, keys, fromMs, toMs, top }, lane) {
-        const isRest = label === "x";
-        const colour = this.colourOf(label);
+        const isRest = label === this.shown.restLabel;
+        const colour = this.colourOfShown(label);
         const base = this.yOf(0, lane);
         if ((toMs - fromMs) * this.pxPerMs < NARROW_PX) {
             context.fillStyle = colour;
@@ -362,15 +380,16 @@ class Timeline {
         const labels = curves.filter((curve) => isWide(curve) && curve.top[1] > 0.12)
             .map(({ label, top: [ms, weight] }) => {
                 const y = Math.max(lane.y + 12, this.yOf(weight, lane) - 2);
-                return { label, weight, x: this.xOf(ms), y };
+                const half = context.measureText(label).width / 2 + 2;
+                return { label, weight, x: this.xOf(ms), y, half };
             });
         const placed = [];
         for (const each of labels.sort((a, b) => b.weight - a.weight)) {
-            const isFree = placed.every(({ x, y }) =>
-                Math.abs(x - each.x) > 18 || Math.abs(y - each.y) > 12);
+            const isFree = placed.every(({ x, y, half }) =>
+                Math.abs(x - each.x) > half + each.half || Math.abs(y - each.y) > 12);
             if (isFree) {
                 placed.push(each);
-                context.fillStyle = this.colourOf(each.label);
+                context.fillStyle = this.colourOfShown(each.label);
                 context.fillText(each.label, each.x, each.y);
             }
         }
@@ -389,8 +408,13 @@ class Timeline {
             context.fillRect(left + width - 1.5, 0, 1.5, this.height);
             context.globalAlpha = 1;
         }
-        this.outlineAt(context, this.findings.words, cursorMs, this.lanes.words);
-        this.outlineAt(context, this.findings.phonemes, cursorMs, this.lanes.phonemes);
+        const { words, phonemes, frames } = this.findings;
+        this.outline(context, words[indexAt(words, cursorMs)], this.lanes.words);
+        this.outline(context, phonemes[indexAt(phonemes, cursorMs)], this.lanes.phonemes);
+        if (frames.length > 0) {
+            this.outline(context, this.mouths.cellAt(cursorMs, this, this.lanes.mouths),
+                this.lanes.mouths);
+        }
         const x = this.xOf(cursorMs);
         context.fillStyle = this.theme.cursor;
         context.fillRect(x - 0.75, 0, 1.5, this.height);
@@ -401,13 +425,12 @@ class Timeline {
         context.fill();
     }
 
-    outlineAt(context, spans, ms, lane) {
-        const index = indexAt(spans, ms);
-        if (index < 0) {
+    outline(context, span, lane) {
+        if (!span) {
             return;
         }
-        const left = this.xOf(spans[index].start_ms);
-        const width = Math.max(2, this.xOf(spans[index].end_ms) - left);
+        const left = this.xOf(span.start_ms);
+        const width = Math.max(2, this.xOf(span.end_ms) - left);
         context.strokeStyle = this.theme.cursor;
         context.lineWidth = 1.5;
         context.beginPath();

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "apps/tessarin/console/failure.h"
+#include "apps/tessarin/options/mouth_shapes.h"
 #include "apps/tessarin/writers/markup.h"
 #include "apps/tessarin/writers/output_formats.h"
 
@@ -63,9 +64,44 @@ std::string AudioElements(const page_audio& audio) {
     return elements;
 }
 
+/// The shapes of a set, and what each of `phonemes` shows of them.
+json DescribeShapes(const MouthShapes& shapes, const std::vector<std::string>& phonemes) {
+    const std::vector<std::string> names = shapes.GetNames();
+    json shown = json::object();
+    for (const std::string& label : phonemes) {
+        const std::vector<double> row = shapes.Mix({{0, 1, {{label, 1.0f}}}}).front();
+        json parts = json::object();
+        for (size_t i = 0; i < row.size(); ++i) {
+            if (row[i] > 0.0) {
+                parts[names[i]] = row[i];
+            }
+        }
+        shown[label] = std::move(parts);
+    }
+    return {{"set", shapes.GetSet()},
+            {"shapes", names},
+            {"closed", shapes.GetClosedNames()},
+            {"rest", shapes.GetRestName()},
+            {"phonemes", std::move(shown)}};
+}
+
+std::string ShapeSets() {
+    std::vector<std::string> phonemes;
+    const json mouth = json::parse(kViewSources.shapes);
+    for (const auto& [label, parts] : mouth.at("phonemes").items()) {
+        phonemes.push_back(label);
+    }
+    json sets = json::array();
+    for (const char* set : {"visemes", "arkit", "switches"}) {
+        sets.push_back(DescribeShapes(MouthShapes::BuiltIn(set), phonemes));
+    }
+    return sets.dump();
+}
+
 /// The script of the page, with the data that it shares with the tool.
 std::string Script() {
-    return std::string("const MOUTH = ") + kViewSources.shapes + ";\n" + kViewSources.script;
+    return std::string("const MOUTH = ") + kViewSources.shapes +
+           ";\nconst SHAPE_SETS = " + ShapeSets() + ";\n" + kViewSources.script;
 }
 
 /// `page` with its places filled. What is filled in is not looked at for places again.
