@@ -115,7 +115,7 @@ def main() -> int:
     parser.add_argument("--literal", action="store_true", help="without the reader of scripts")
     parser.add_argument("--show", action="store_true", help="list the failures that may be seen")
     options = parser.parse_args()
-    can_choose = hasattr(tessarin, "SCRIPT_KINDS")
+    can_choose = hasattr(tessarin, "SCRIPT_FORMATS")
     plain = {"literal": True} if can_choose else {}
     engine = make_engine(plain)
     counts = {True: [0, 0], False: [0, 0]}

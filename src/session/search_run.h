@@ -24,6 +24,7 @@ struct tessarin_result {
     tessarin::results_owner markers;
     std::vector<tessarin_phoneme> phonemes;
     std::vector<tessarin_span> words;
+    std::vector<uint32_t> wordFlags; ///< of each word
     std::vector<tessarin_span> events;
     std::vector<std::unique_ptr<std::string>> texts; ///< of the spans
     mutable std::mutex lock;                         ///< over the markers
@@ -54,6 +55,7 @@ error_code Align(const search_input& input, tessarin_language& language, const c
 error_code Recognize(const search_input& input, std::unique_ptr<tessarin_result>& out);
 
 error_code Transcribe(tessarin_language& language, const char* text,
+                      const tessarin_script_options* options,
                       std::unique_ptr<tessarin_transcript>& out);
 
 } // namespace tessarin

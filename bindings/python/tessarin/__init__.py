@@ -11,7 +11,7 @@ interpreter is free while a search runs.
 """
 
 from tessarin._audio import Audio
-from tessarin._engine import (Engine, align, align_many, default_engine, find_sentences, recognize,
+from tessarin._engine import (SCRIPT_FORMATS, Engine, align, align_many, default_engine, find_sentences, recognize,
                               transcribe, version)
 from tessarin._errors import Cancelled, RecognitionFailed, TessarinError
 from tessarin._live import Live, LiveStretch
@@ -20,7 +20,7 @@ from tessarin._shapes import Shapes, Switch
 
 __all__ = [
     "Audio", "Cancelled", "Curve", "Engine", "Event", "Frame", "Live", "LiveStretch", "Phoneme",
-    "RecognitionFailed", "Result", "Sentence", "Shapes", "Switch", "TessarinError", "Token",
+    "RecognitionFailed", "Result", "SCRIPT_FORMATS", "Sentence", "Shapes", "Switch", "TessarinError", "Token",
     "Track", "Word", "align", "align_many", "default_engine", "find_sentences", "recognize",
     "transcribe", "version",
 ]

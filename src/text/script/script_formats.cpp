@@ -1,0 +1,376 @@
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <optional>
+
+#include "text/script/script_layout.h"
+#include "text/script/script_table.h"
+
+namespace tessarin {
+
+namespace {
+
+constexpr std::string_view kArrow = "-->";
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+
+std::string_view In(std::string_view text, const script_line& line) {
+    return text.substr(line.start, line.end - line.start);
+}
+
+bool IsLower(char letter) {
+    return letter >= 'a' && letter <= 'z';
+}
+
+/// Milliseconds of hh:mm:ss,mmm or mm:ss.mmm at the beginning of a text.
+std::optional<int32_t> ReadClock(std::string_view text) {
+    int64_t ms = 0;
+    int64_t field = 0;
+    size_t at = 0;
+    size_t numFields = 0;
+    for (; at < text.size() && at < 12; ++at) {
+        if (text[at] >= '0' && text[at] <= '9') {
+            field = field * 10 + (text[at] - '0');
+        } else if (text[at] == ':' || text[at] == ',' || text[at] == '.') {
+            ms = ms * 60 + field;
+            field = 0;
+            ++numFields;
+            if (text[at] != ':') {
+                ++at;
+                break;
+            }
+        } else {
+            return std::nullopt;
+        }
+    }
+    int64_t thousandths = 0;
+    size_t digits = 0;
+    for (; digits < 3 && at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at, ++digits) {
+        thousandths = thousandths * 10 + (text[at] - '0');
+    }
+    if (numFields < 2 || digits < 3) {
+        return std::nullopt;
+    }
+    const int64_t all = ms * 1000 + thousandths;
+    return all <= INT32_MAX ? std::optional(static_cast<int32_t>(all)) : std::nullopt;
+}
+
+struct time_range {
+    int32_t startMs;
+    int32_t endMs;
+};
+
+/// The times of a line of subtitles.
+std::optional<time_range> ReadTimes(std::string_view line) {
+    const size_t arrow = line.find(kArrow);
+    if (arrow == std::string_view::npos) {
+        return std::nullopt;
+    }
+    std::string_view after = line.substr(arrow + kArrow.size());
+    after.remove_prefix(std::min(after.find_first_not_of(" \t"), after.size()));
+    const std::optional<int32_t> start = ReadClock(line.substr(0, arrow));
+    const std::optional<int32_t> end = ReadClock(after);
+    return start && end ? std::optional<time_range>{{*start, *end}} : std::nullopt;
+}
+
+/// A text or a number of a TextGrid; all else in such a file is for people.
+struct grid_value {
+    bool isText;
+    size_t start; ///< of a text, without its quotes
+    size_t end;
+    double number;
+};
+
+class GridScanner {
+public:
+    explicit GridScanner(std::string_view grid) : text(grid) {}
+
+    std::optional<grid_value> Next() {
+        while (at < text.size()) {
+            if (text[at] == '"') {
+                return ReadText();
+            }
+            const size_t end = std::min(text.find_first_of(" \t\r\n\"", at), text.size());
+            grid_value value{false, at, end, 0.0};
+            const char* const last = text.data() + end;
+            const auto [stop, error] = std::from_chars(text.data() + at, last, value.number);
+            at = std::max(end, at + 1);
+            if (error == std::errc() && stop == last && std::isfinite(value.number)) {
+                return value;
+            }
+        }
+        return std::nullopt;
+    }
+
+    std::optional<grid_value> NextOf(bool isText) {
+        const std::optional<grid_value> value = Next();
+        return value && value->isText == isText ? value : std::nullopt;
+    }
+
+private:
+    std::optional<grid_value> ReadText() {
+        const size_t start = ++at;
+        while (at < text.size()) {
+            if (text[at++] != '"') {
+                continue;
+            }
+            if (at >= text.size() || text[at] != '"') {
+                return grid_value{true, start, at - 1, 0.0};
+            }
+            ++at; // a quote within the text
+        }
+        return std::nullopt;
+    }
+
+    std::string_view text;
+    size_t at = 0;
+};
+
+struct grid_tier {
+    std::string name;
+    std::vector<script_region> regions;
+};
+
+int32_t MsOf(double seconds) {
+    return static_cast<int32_t>(std::lround(std::clamp(seconds, 0.0, 2147483.0) * 1000.0));
+}
+
+/// Reads a tier of intervals, or skips one of points; false at the end of what can be read.
+bool ReadTier(GridScanner& scanner, std::string_view text, grid_tier& tier) {
+    const auto kind = scanner.NextOf(true);
+    const auto name = scanner.NextOf(true);
+    const auto from = scanner.NextOf(false);
+    const auto to = scanner.NextOf(false);
+    const auto count = scanner.NextOf(false);
+    if (!kind || !name || !from || !to || !count) {
+        return false;
+    }
+    const bool hasIntervals = text.substr(kind->start, kind->end - kind->start) == "IntervalTier";
+    tier.name = InLowerCase(text.substr(name->start, name->end - name->start));
+    for (double i = 0; i < count->number; ++i) {
+        const auto start = scanner.NextOf(false);
+        const auto end = hasIntervals ? scanner.NextOf(false) : start;
+        const auto label = scanner.NextOf(true);
+        if (!start || !end || !label) {
+            return false;
+        }
+        if (hasIntervals && label->end > label->start) {
+            tier.regions.push_back({static_cast<uint32_t>(label->start),
+                                    static_cast<uint32_t>(label->end),
+                                    true,
+                                    {},
+                                    0,
+                                    MsOf(start->number),
+                                    MsOf(end->number)});
+        }
+    }
+    return true;
+}
+
+/// Screenplays: only what stands below a name is said.
+class FountainLayout {
+public:
+    FountainLayout(std::string_view wholeText, const ScriptTable& words, script_layout& layout)
+        : text(wholeText), table(words), out(layout) {}
+
+    void Run() {
+        bool isAfterGap = true;
+        for (size_t at = SkipTitlePage(); at < text.size();) {
+            if (text.substr(at).starts_with("/*")) {
+                const size_t close = std::min(text.find("*/", at), text.size() - 2);
+                AddEvent(script_event_kind::kNote, at, close + 2);
+                at = close + 2;
+                continue;
+            }
+            const script_line line = ReadScriptLine(text, at, text.size());
+            AddLine(line, isAfterGap);
+            isAfterGap = line.IsEmpty();
+            at = line.next;
+        }
+        Flush();
+    }
+
+private:
+    size_t SkipTitlePage() const {
+        const size_t start = text.starts_with(kUtf8Mark) ? kUtf8Mark.size() : 0;
+        const script_line first = ReadScriptLine(text, start, text.size());
+        const std::string_view key = In(text, first).substr(0, In(text, first).find(':'));
+        if (!table.Has("title-page", key)) {
+            return start;
+        }
+        size_t at = start;
+        while (at < text.size()) {
+            const script_line line = ReadScriptLine(text, at, text.size());
+            at = line.next;
+            if (line.IsEmpty()) {
+                break;
+            }
+        }
+        return at;
+    }
+
+    void AddLine(const script_line& line, bool isAfterGap) {
+        const std::string_view content = In(text, line);
+        if (line.IsEmpty()) {
+            Flush();
+            isDialogue = false;
+            return;
+        }
+        if (isDialogue) {
+            AddSpeech(line.start, line.end);
+            return;
+        }
+        const bool isForced = content[0] == '@' && content.size() > 1;
+        const size_t length = isForced     ? std::min(content.find('('), content.size())
+                              : isAfterGap ? CueNameLength(content, table)
+                                           : 0;
+        const bool isHeading = IsSceneHeading(content, table) || IsTransition(content, table) ||
+                               content[0] == '#' || content[0] == '=' || content[0] == '>' ||
+                               (content.size() > 1 && content[0] == '.' && content[1] != '.');
+        if (isHeading) {
+            AddEvent(script_event_kind::kHeading, line.start, line.end);
+        } else if (length > 0 && line.next < text.size() &&
+                   !ReadScriptLine(text, line.next, text.size()).IsEmpty()) {
+            const size_t from = isForced ? 1 : 0;
+            speaker = FindOrAddSpeaker(content.substr(from, length - from), out);
+            AddEvent(script_event_kind::kSpeaker, line.start, line.end, speaker);
+            isDialogue = true;
+        } else {
+            AddEvent(script_event_kind::kDirection, line.start, line.end);
+        }
+    }
+
+    void AddSpeech(size_t from, size_t to) {
+        if (!isOpen) {
+            open = {static_cast<uint32_t>(from), 0, true, {}, speaker};
+            isOpen = true;
+        }
+        open.end = static_cast<uint32_t>(to);
+    }
+
+    void AddEvent(script_event_kind kind, size_t from, size_t to, uint32_t whose = 0) {
+        Flush();
+        out.regions.push_back(
+            {static_cast<uint32_t>(from), static_cast<uint32_t>(to), false, kind, whose});
+    }
+
+    void Flush() {
+        if (isOpen) {
+            out.regions.push_back(open);
+            isOpen = false;
+        }
+    }
+
+    std::string_view text;
+    const ScriptTable& table;
+    script_layout& out;
+    script_region open{};
+    bool isOpen = false;
+    bool isDialogue = false;
+    uint32_t speaker = 0;
+};
+
+/// Whether a name in capitals stands below a gap and above a line.
+bool HasCue(std::string_view text, const ScriptTable& table) {
+    bool isAfterGap = true;
+    for (size_t at = 0; at < text.size();) {
+        const script_line line = ReadScriptLine(text, at, text.size());
+        const std::string_view content = In(text, line);
+        if (isAfterGap && line.next < text.size() && !IsSceneHeading(content, table) &&
+            CueNameLength(content, table) > 0) {
+            const script_line next = ReadScriptLine(text, line.next, text.size());
+            if (std::ranges::any_of(In(text, next), IsLower)) {
+                return true;
+            }
+        }
+        isAfterGap = line.IsEmpty();
+        at = line.next;
+    }
+    return false;
+}
+
+} // namespace
+
+script_format FindScriptFormat(std::string_view text, const ScriptTable& table) {
+    constexpr size_t kFewLines = 12;
+    const std::string_view body =
+        text.starts_with(kUtf8Mark) ? text.substr(kUtf8Mark.size()) : text;
+    if (body.starts_with("WEBVTT")) {
+        return script_format::kWebVtt;
+    }
+    if (body.starts_with("File type = \"ooTextFile\"")) {
+        return script_format::kTextGrid;
+    }
+    size_t at = 0;
+    for (size_t i = 0; i < kFewLines && at < body.size(); ++i) {
+        const script_line line = ReadScriptLine(body, at, body.size());
+        if (ReadTimes(In(body, line))) {
+            return script_format::kSubRip;
+        }
+        if (IsSceneHeading(In(body, line), table)) {
+            return HasCue(body.substr(line.next), table) ? script_format::kFountain
+                                                         : script_format::kPlain;
+        }
+        at = line.next;
+    }
+    return script_format::kPlain;
+}
+
+void LayOutFountain(std::string_view text, const ScriptTable& table, script_layout& out) {
+    FountainLayout(text, table, out).Run();
+}
+
+void LayOutSubtitles(std::string_view text, const ScriptTable& table, script_layout& out) {
+    for (size_t at = 0; at < text.size();) {
+        const script_line line = ReadScriptLine(text, at, text.size());
+        const std::optional<time_range> times = ReadTimes(In(text, line));
+        at = line.next;
+        if (!times) {
+            continue;
+        }
+        size_t end = at;
+        while (end < text.size()) {
+            const script_line next = ReadScriptLine(text, end, text.size());
+            if (next.IsEmpty()) {
+                break;
+            }
+            end = next.next;
+        }
+        const size_t first = out.regions.size();
+        LayOutPlain(text, at, end, table, out);
+        for (size_t i = first; i < out.regions.size(); ++i) {
+            out.regions[i].startMs = times->startMs;
+            out.regions[i].endMs = times->endMs;
+        }
+        at = end;
+    }
+}
+
+void LayOutTextGrid(std::string_view text, const ScriptTable& table, script_layout& out) {
+    GridScanner scanner(text);
+    scanner.NextOf(true); // ooTextFile
+    scanner.NextOf(true); // TextGrid
+    for (int i = 0; i < 3; ++i) {
+        scanner.NextOf(false); // its times, and how many tiers
+    }
+    std::vector<grid_tier> tiers;
+    for (bool hasMore = true; hasMore;) {
+        hasMore = ReadTier(scanner, text, tiers.emplace_back());
+    }
+    const auto holds = [&](const grid_tier& tier, std::string_view section) {
+        return !tier.regions.empty() &&
+               std::ranges::any_of(table.Keys(section), [&](std::string_view part) {
+                   return tier.name.find(part) != std::string::npos;
+               });
+    };
+    auto best = std::ranges::find_if(tiers, [&](const grid_tier& t) { return holds(t, "tiers"); });
+    if (best == tiers.end()) {
+        best = std::ranges::find_if(tiers, [&](const grid_tier& tier) {
+            return !tier.regions.empty() && !holds(tier, "sound-tiers");
+        });
+    }
+    if (best != tiers.end()) {
+        out.regions = std::move(best->regions);
+    }
+}
+
+} // namespace tessarin
