@@ -63,7 +63,7 @@ InlineReader::maybe_match InlineReader::MatchFixed(size_t i) const {
         tokens.IsWord(end) || tokens.Is(end, '/')) {
         return std::nullopt;
     }
-    const std::string_view spoken = table.Get("fixed", tokens.Text(i, end));
+    const std::string_view spoken = table.Get(script_section::kFixed, tokens.Text(i, end));
     return spoken.empty() ? std::nullopt : maybe_match{{std::string(spoken), end}};
 }
 
@@ -104,7 +104,8 @@ InlineReader::maybe_match InlineReader::MatchDigitGroups(size_t i) const {
     if (!isDate) {
         return std::nullopt;
     }
-    std::string spoken(table.Get("month-numbers", std::to_string(ValueOf(tokens.Text(i + 2)))));
+    std::string spoken(
+        table.Get(script_section::kMonthNumbers, std::to_string(ValueOf(tokens.Text(i + 2)))));
     const uint32_t day = ValueOf(tokens.Text(i + 4));
     if (spoken.empty() || day == 0 || day > 31) {
         return std::nullopt;
@@ -125,8 +126,8 @@ InlineReader::maybe_match InlineReader::MatchSlashDate(size_t i) const {
         (table.Word("date-order") == "dmy" && ValueOf(tokens.Text(i + 2)) <= 12) ||
         ValueOf(tokens.Text(i)) > 12;
     const std::string_view day = tokens.Text(dayFirst ? i : i + 2);
-    const std::string_view month =
-        table.Get("month-numbers", std::to_string(ValueOf(tokens.Text(dayFirst ? i + 2 : i))));
+    const std::string_view month = table.Get(
+        script_section::kMonthNumbers, std::to_string(ValueOf(tokens.Text(dayFirst ? i + 2 : i))));
     if (month.empty() || ValueOf(day) == 0 || ValueOf(day) > 31) {
         return std::nullopt;
     }
@@ -145,8 +146,8 @@ InlineReader::maybe_match InlineReader::MatchTime(size_t i) const {
     match found{numbers.Cardinal(hour), i + 3};
     const bool hasSeconds = tokens.Is(i + 3, ':') && tokens.NumDigits(i + 4) == 2;
     const size_t next = tokens.SkipBlank(i + 3);
-    const bool hasHalf = table.Has("day-halves", tokens.Text(next)) ||
-                         table.Has("day-halves", tokens.Text(next, next + 3));
+    const bool hasHalf = table.Has(script_section::kDayHalves, tokens.Text(next)) ||
+                         table.Has(script_section::kDayHalves, tokens.Text(next, next + 3));
     if (minute != "00" || hasSeconds) {
         AddWords(minute.starts_with('0') ? numbers.Digits(minute) : numbers.Cardinal(minute),
                  found.spoken);
@@ -179,8 +180,8 @@ InlineReader::maybe_match InlineReader::MatchVersion(size_t i) const {
 
 bool InlineReader::IsMonthBefore(size_t i) const {
     const size_t word = tokens.WordBefore(i, 2);
-    return word + 1 <= i && tokens.IsCapitalised(word) && table.Has("months", tokens.Text(word)) &&
-           i - word <= 3;
+    return word + 1 <= i && tokens.IsCapitalised(word) &&
+           table.Has(script_section::kMonths, tokens.Text(word)) && i - word <= 3;
 }
 
 /// 5 in Nov. 5 or 5 Nov, or the days from one to another.
@@ -203,7 +204,7 @@ InlineReader::maybe_match InlineReader::MatchDayOfMonth(size_t i) const {
         return found;
     }
     const bool isMonthNext = tokens.IsBlank(i + 1) && tokens.IsCapitalised(i + 2) &&
-                             table.Has("months", tokens.Text(i + 2)) &&
+                             table.Has(script_section::kMonths, tokens.Text(i + 2)) &&
                              (tokens.Text(i + 2).size() <= 4 || tokens.IsDigits(i + 4));
     if (!isMonthNext) {
         return std::nullopt;
@@ -232,7 +233,7 @@ InlineReader::written_number InlineReader::ReadNumber(size_t i) const {
 std::string InlineReader::SayDecimals(std::string_view digits) const {
     std::string spoken;
     for (size_t i = 0; i < digits.size(); ++i) {
-        AddWords(table.Get("cardinals", digits.substr(i, 1)), spoken);
+        AddWords(table.Get(script_section::kCardinals, digits.substr(i, 1)), spoken);
     }
     return spoken;
 }
@@ -246,13 +247,13 @@ std::string InlineReader::SayNumber(const written_number& number) const {
     return spoken;
 }
 
-bool InlineReader::IsWordBefore(std::string_view section, size_t i, size_t reach) const {
+bool InlineReader::IsWordBefore(script_section section, size_t i, size_t reach) const {
     const size_t word = tokens.WordBefore(i, reach);
     return word < tokens.GetCount() && table.Has(section, tokens.Text(word));
 }
 
 /// Whether one of the last words of the line is in a section.
-bool InlineReader::IsWordNear(std::string_view section, size_t i, size_t numWords) const {
+bool InlineReader::IsWordNear(script_section section, size_t i, size_t numWords) const {
     for (; numWords > 0; --numWords) {
         i = tokens.WordBefore(i);
         if (i == tokens.GetCount()) {
@@ -271,8 +272,8 @@ std::string InlineReader::SayPlain(size_t i) const {
     const size_t next = tokens.SkipBlank(i + 1);
     const bool isGlued =
         i > 0 && (tokens.IsWord(i - 1) || (tokens.Is(i - 1, '-') && i > 1 && tokens.IsWord(i - 2)));
-    if (digits.size() == 4 && next > i + 1 && table.Has("hours", tokens.Text(next)) &&
-        digits.ends_with("00")) {
+    if (digits.size() == 4 && next > i + 1 &&
+        table.Has(script_section::kHours, tokens.Text(next)) && digits.ends_with("00")) {
         std::string spoken = digits.starts_with('0') ? numbers.Digits(digits.substr(0, 2))
                                                      : numbers.Cardinal(digits.substr(0, 2));
         AddWords(table.Word("hundred"), spoken);
@@ -288,25 +289,25 @@ std::string InlineReader::SayPlain(size_t i) const {
         return numbers.Digits(digits);
     }
     if (digits.size() > 2) {
-        if (IsWordNear("digit-contexts", i, 3)) {
+        if (IsWordNear(script_section::kDigitContexts, i, 3)) {
             return numbers.Digits(digits);
         }
     }
-    if (isGlued || IsWordBefore("pair-contexts", i, 2)) {
+    if (isGlued || IsWordBefore(script_section::kPairContexts, i, 2)) {
         return numbers.Pairs(digits);
     }
     if (digits.size() >= 5 && !digits.ends_with("00") &&
-        (IsWordNear("numbered", i, 2) || (i > 0 && tokens.Is(i - 1, '#')))) {
+        (IsWordNear(script_section::kNumbered, i, 2) || (i > 0 && tokens.Is(i - 1, '#')))) {
         return numbers.Digits(digits);
     }
     const uint32_t value = ValueOf(digits);
     const bool isEra =
-        next > i + 1 && table.Has("eras", tokens.Text(next)) &&
+        next > i + 1 && table.Has(script_section::kEras, tokens.Text(next)) &&
         (tokens.At(next).end - tokens.At(next).start > 1 || tokens.Is(next + 1, '.'));
-    const bool isYear =
-        digits.size() == 4 &&
-        ((value >= 1100 && value < 2100) ||
-         (value < 3000 && (IsWordBefore("year-contexts", i, 1) || IsWordNear("year-words", i, 2))));
+    const bool isYear = digits.size() == 4 &&
+                        ((value >= 1100 && value < 2100) ||
+                         (value < 3000 && (IsWordBefore(script_section::kYearContexts, i, 1) ||
+                                           IsWordNear(script_section::kYearWords, i, 2))));
     if (isYear) {
         return numbers.Year(digits);
     }
@@ -314,7 +315,7 @@ std::string InlineReader::SayPlain(size_t i) const {
 }
 
 std::string InlineReader::SayFraction(std::string_view over, std::string_view under) const {
-    const ScriptTable::fields* const names = table.Find("fractions", under);
+    const ScriptTable::fields* const names = table.Find(script_section::kFractions, under);
     if (names == nullptr || names->size() < 2) {
         return "";
     }
@@ -330,7 +331,7 @@ InlineReader::maybe_match InlineReader::MatchFraction(const written_number& numb
         std::string spoken = SayNumber(number);
         AddWords(table.Word("and"), spoken);
         if (over == "1") {
-            const std::string_view part = table.Get("fractions", under);
+            const std::string_view part = table.Get(script_section::kFractions, under);
             AddWords(table.Word("article"), spoken);
             AddWords(part, spoken);
         } else {
@@ -346,7 +347,7 @@ InlineReader::maybe_match InlineReader::MatchFraction(const written_number& numb
         const std::string_view under = tokens.Text(at + 1);
         std::string part;
         if (number.IsPlain() && number.whole.size() >= 2 && under.size() >= 2 &&
-            IsWordNear("over-contexts", at - 1, 2)) {
+            IsWordNear(script_section::kOverContexts, at - 1, 2)) {
             part = numbers.Pairs(number.whole);
             AddWords(table.Word("over"), part);
             AddWords(numbers.Cardinal(under), part);
@@ -364,7 +365,7 @@ InlineReader::maybe_match InlineReader::MatchFraction(const written_number& numb
     if (number.decimals.empty() && tokens.IsBlank(at) && tokens.IsDigits(at + 1) &&
         tokens.Is(at + 2, '/') && tokens.IsDigits(at + 3) &&
         ValueOf(tokens.Text(at + 1)) < ValueOf(tokens.Text(at + 3)) &&
-        table.Find("fractions", tokens.Text(at + 3)) != nullptr) {
+        table.Find(script_section::kFractions, tokens.Text(at + 3)) != nullptr) {
         return match{mixed(tokens.Text(at + 1), tokens.Text(at + 3)), at + 4};
     }
     return std::nullopt;
@@ -394,7 +395,7 @@ InlineReader::maybe_match InlineReader::MatchWithLetters(const written_number& n
         return std::nullopt;
     }
     const std::string lower = InLowerCase(tokens.Text(word));
-    if (number.decimals.empty() && table.Has("ordinal-endings", lower)) {
+    if (number.decimals.empty() && table.Has(script_section::kOrdinalEndings, lower)) {
         return match{numbers.Ordinal(number.whole), word + 1};
     }
     if (number.decimals.empty() && lower == "s") {
@@ -402,10 +403,12 @@ InlineReader::maybe_match InlineReader::MatchWithLetters(const written_number& n
                                                          : numbers.Pairs(number.whole)),
                      word + 1};
     }
-    const std::string_view power = table.Get("amounts", lower);
+    const std::string_view power = table.Get(script_section::kAmounts, lower);
     if (tokens.Text(word) == "M" || (!number.decimals.empty() && !power.empty() &&
                                      tokens.IsAllCapitals(word) && tokens.Text(word) == "B")) {
-        return match{SayNumber(number) + " " + std::string(table.Get("scales", power)), word + 1};
+        return match{SayNumber(number) + " " +
+                         std::string(table.Get(script_section::kScales, power)),
+                     word + 1};
     }
     return std::nullopt;
 }
@@ -417,6 +420,11 @@ InlineReader::maybe_match InlineReader::MatchQuantity(size_t i) const {
             // The unit alone: the fraction has been said.
             const std::string one = SayNumber({number.whole, "1", found->end, false});
             return match{found->spoken + counted->spoken.substr(one.size()), counted->end};
+        }
+        if (tokens.Is(found->end, '"') && !isQuoteOpen) {
+            AddWords(table.Word(IsAdjective(i, found->end + 1) ? "inch" : "inch-mark"),
+                     found->spoken);
+            ++found->end;
         }
         return found;
     }
@@ -432,8 +440,9 @@ InlineReader::maybe_match InlineReader::MatchQuantity(size_t i) const {
     const size_t at = number.end;
     match found{number.IsPlain() ? SayPlain(i) : SayNumber(number), at};
     const auto isNumberAt = [&](size_t place) {
-        return tokens.IsDigits(place) || (table.Find("currencies", tokens.Text(place)) != nullptr &&
-                                          tokens.IsDigits(place + 1));
+        return tokens.IsDigits(place) ||
+               (table.Find(script_section::kCurrencies, tokens.Text(place)) != nullptr &&
+                tokens.IsDigits(place + 1));
     };
     const bool isRange =
         (tokens.Is(at, '-') || tokens.Is(at, kEnDash) || tokens.Is(at, ':')) && isNumberAt(at + 1);

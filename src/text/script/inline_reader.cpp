@@ -84,7 +84,7 @@ size_t InlineReader::ReadPunctuation(size_t i) {
     if (!IsPause(code)) {
         if (code == '(' || code == ')' || code == '/') {
             PassOn(",", i, end);
-        } else if (!table.Has("silent", tokens.Text(i)) && code != '"') {
+        } else if (!table.Has(script_section::kSilent, tokens.Text(i)) && code != '"') {
             if (code > 0x7F && !(code >= 0xFE00 && code <= 0xFE0F)) {
                 out.AddUnsaid(PlaceOf(i, end));
             }
@@ -131,17 +131,21 @@ size_t InlineReader::AddEvent(script_event_kind kind, size_t first, size_t end) 
     return end;
 }
 
-/// The token of the closing sign, at most `reach` tokens on; 0 without one.
-size_t InlineReader::FindClosing(size_t i, char32_t closing, size_t reach, bool withinLine) const {
+/// The token of the closing sign, at most `reach` tokens on; 0 without one. What has been looked
+/// through in vain is not looked through again, so that many opening signs cost no more than one.
+size_t InlineReader::FindClosing(size_t i, char32_t closing, size_t reach, bool withinLine) {
     const size_t limit = std::min(tokens.GetCount(), i + reach);
-    for (size_t at = i + 1; at < limit; ++at) {
+    const bool isRepeated = lastSearch.closing == closing && lastSearch.withinLine == withinLine;
+    size_t at = isRepeated ? std::max(i + 1, lastSearch.end) : i + 1;
+    for (; at < limit; ++at) {
         if (tokens.Is(at, closing)) {
             return at;
         }
         if (withinLine && tokens.At(at).kind == script_token_kind::kBreak) {
-            return 0;
+            break;
         }
     }
+    lastSearch = {closing, withinLine, at};
     return 0;
 }
 
@@ -179,14 +183,15 @@ bool InlineReader::LooksLikeDirection(size_t first, size_t end) const {
         return true;
     }
     const std::string lower = InLowerCase(tokens.Text(word));
-    if (table.Has("not-directions", lower)) {
+    if (table.Has(script_section::kNotDirections, lower)) {
         return false;
     }
-    if (tokens.IsAllCapitals(word) || table.Has("directions", lower)) {
+    if (tokens.IsAllCapitals(word) || table.Has(script_section::kDirections, lower)) {
         return true;
     }
     for (size_t length = 1; length <= 4 && length + 2 <= lower.size(); ++length) {
-        if (table.Find("directions", "-" + lower.substr(lower.size() - length)) != nullptr) {
+        if (table.Find(script_section::kDirections, "-" + lower.substr(lower.size() - length)) !=
+            nullptr) {
             return true;
         }
     }
@@ -249,7 +254,7 @@ size_t InlineReader::ReadTag(size_t i) {
     if (lower == "v" && tokens.IsBlank(name + 1)) {
         return AddEvent(script_event_kind::kSpeaker, i, close + 1);
     }
-    if (!table.Has("tags", lower) && !tokens.Text(i, close).starts_with("<auto-")) {
+    if (!table.Has(script_section::kTags, lower) && !tokens.Text(i, close).starts_with("<auto-")) {
         return close + 1;
     }
     PassOn(std::string(" ").append(tokens.Text(i, close + 1)), i, close + 1);

@@ -64,7 +64,7 @@ private:
     size_t ReadBracket(size_t i, char32_t closing);
     size_t ReadStars(size_t i);
     size_t ReadTag(size_t i);
-    size_t FindClosing(size_t i, char32_t closing, size_t reach, bool withinLine) const;
+    size_t FindClosing(size_t i, char32_t closing, size_t reach, bool withinLine);
     bool LooksLikeDirection(size_t first, size_t end) const;
     bool IsSentenceStart(size_t i) const;
     bool IsSentenceEnd(size_t i) const;
@@ -89,8 +89,8 @@ private:
     std::string SayFraction(std::string_view over, std::string_view under) const;
     std::string SayDecimals(std::string_view digits) const;
     bool IsMonthBefore(size_t i) const;
-    bool IsWordBefore(std::string_view section, size_t i, size_t reach) const;
-    bool IsWordNear(std::string_view section, size_t i, size_t numWords) const;
+    bool IsWordBefore(script_section section, size_t i, size_t reach) const;
+    bool IsWordNear(script_section section, size_t i, size_t numWords) const;
 
     // What a number counts.
     maybe_match MatchMoney(size_t i) const;
@@ -129,7 +129,13 @@ private:
     ScriptReading& out;
     bool hasLowerCase = false; ///< the line
     bool isQuoteOpen = false;
-    bool dashesAreTurns = false;      ///< at the beginning of a line, of speakers
+    bool dashesAreTurns = false; ///< at the beginning of a line, of speakers
+    struct closing_search {
+        char32_t closing = 0;
+        bool withinLine = false;
+        size_t end = 0; ///< up to which there is none
+    };
+    closing_search lastSearch;        ///< that found nothing
     size_t emphasisEnd = 0;           ///< the token of the closing star
     size_t lastPausePlace = SIZE_MAX; ///< the token behind the last pause
 };

@@ -13,18 +13,18 @@ InlineReader::maybe_match InlineReader::MatchSign(size_t i) const {
     if (isJoint) {
         return match{"", i + 1}; // one word, without a pause
     }
-    const std::string_view name = table.Get("symbols", tokens.Text(i));
+    const std::string_view name = table.Get(script_section::kSymbols, tokens.Text(i));
     if (name.empty()) {
         return std::nullopt;
     }
     const size_t next = tokens.SkipBlank(i + 1);
     if (code == '<' || code == '>') {
-        const bool compares =
-            tokens.IsDigits(next) || table.Find("currencies", tokens.Text(next)) != nullptr;
+        const bool compares = tokens.IsDigits(next) ||
+                              table.Find(script_section::kCurrencies, tokens.Text(next)) != nullptr;
         return compares ? maybe_match{{std::string(name), i + 1}} : match{"", i + 1};
     }
     if (code == '~' && !tokens.IsDigits(next) &&
-        table.Find("currencies", tokens.Text(next)) == nullptr) {
+        table.Find(script_section::kCurrencies, tokens.Text(next)) == nullptr) {
         return match{"", i + 1};
     }
     if (code == '=' && (tokens.Is(i + 1, '=') || (i > 0 && tokens.Is(i - 1, '=')))) {
@@ -44,7 +44,7 @@ InlineReader::maybe_match InlineReader::MatchSignBeforeNumber(size_t i) const {
         return money;
     }
     const bool isAfterHalf = code == '-' && isDigitNext && i >= 4 && tokens.Is(i - 1, '.') &&
-                             table.Has("day-halves", tokens.Text(i - 4, i - 1));
+                             table.Has(script_section::kDayHalves, tokens.Text(i - 4, i - 1));
     if (isAfterHalf) {
         return match{std::string(table.Word("to")), i + 1};
     }

@@ -47,7 +47,7 @@ const ScriptTable::fields* InlineReader::FindUnit(size_t from, size_t& end, bool
         const size_t scale = tokens.SkipBlank(from + 1);
         if (tokens.IsWord(scale) && tokens.Text(scale).size() == 1) {
             const std::string key = "°" + InLowerCase(tokens.Text(scale));
-            if (const ScriptTable::fields* const found = table.Find("units", key)) {
+            if (const ScriptTable::fields* const found = table.Find(script_section::kUnits, key)) {
                 end = scale + 1;
                 return found;
             }
@@ -58,14 +58,15 @@ const ScriptTable::fields* InlineReader::FindUnit(size_t from, size_t& end, bool
     }
     if (tokens.Is(from + 1, '/') && tokens.IsWord(from + 2)) {
         if (const ScriptTable::fields* const found =
-                table.Find("units", tokens.Text(from, from + 3))) {
+                table.Find(script_section::kUnits, tokens.Text(from, from + 3))) {
             end = from + 3;
             return found;
         }
     }
     const std::string_view text = tokens.Text(from);
-    const ScriptTable::fields* const found =
-        text.size() > 1 ? table.FindAnyCase("units", text) : table.Find("units", text);
+    const ScriptTable::fields* const found = text.size() > 1
+                                                 ? table.FindAnyCase(script_section::kUnits, text)
+                                                 : table.Find(script_section::kUnits, text);
     if (found == nullptr || found->empty()) {
         return nullptr;
     }
@@ -87,10 +88,10 @@ InlineReader::maybe_match InlineReader::MatchCounted(size_t i, const written_num
         return std::nullopt;
     }
     std::string prefix;
-    if (const std::string_view power = table.Get("unit-prefixes", tokens.Text(at));
+    if (const std::string_view power = table.Get(script_section::kUnitPrefixes, tokens.Text(at));
         !power.empty()) {
         const size_t unit = tokens.SkipBlank(tokens.Is(at + 1, '.') ? at + 2 : at + 1);
-        if (table.Has("units", tokens.Text(unit))) {
+        if (table.Has(script_section::kUnits, tokens.Text(unit))) {
             prefix = power;
             at = unit;
         }
@@ -99,7 +100,7 @@ InlineReader::maybe_match InlineReader::MatchCounted(size_t i, const written_num
     const ScriptTable::fields* unit = FindUnit(at, end, isGlued);
     if (unit == nullptr &&
         (isGlued || tokens.At(at).kind == script_token_kind::kSymbol || tokens.IsAllCapitals(at))) {
-        unit = table.FindAnyCase("currencies", tokens.Text(at));
+        unit = table.FindAnyCase(script_section::kCurrencies, tokens.Text(at));
         end = at + 1;
     }
     if (unit == nullptr || unit->empty()) {
@@ -109,7 +110,7 @@ InlineReader::maybe_match InlineReader::MatchCounted(size_t i, const written_num
     const bool isAfterHours = tokens.Text(at) == "m" && isGlued && i >= 2 &&
                               tokens.IsBlank(i - 1) && tokens.Text(i - 2) == "h";
     if (isAfterHours) {
-        unit = table.Find("units", "min");
+        unit = table.Find(script_section::kUnits, "min");
     }
     for (const auto& [sign, word] :
          {std::pair{U'\u00B2', "square"}, std::pair{U'\u00B3', "cubic"}}) {
@@ -153,7 +154,8 @@ InlineReader::maybe_match InlineReader::MatchFeetAndInches(const written_number&
 /// A currency's sign before an amount.
 InlineReader::maybe_match InlineReader::MatchMoney(size_t i) const {
     const size_t first = tokens.SkipBlank(i + 1);
-    const ScriptTable::fields* const names = table.Find("currencies", tokens.Text(i));
+    const ScriptTable::fields* const names =
+        table.Find(script_section::kCurrencies, tokens.Text(i));
     if (names == nullptr || names->empty() || !tokens.IsDigits(first)) {
         return std::nullopt;
     }
@@ -162,12 +164,13 @@ InlineReader::maybe_match InlineReader::MatchMoney(size_t i) const {
         return number.IsOne() || IsAdjective(i, end) ? OneOf(*names) : SeveralOf(*names);
     };
     size_t scale = number.end;
-    std::string_view power = tokens.IsWord(scale) ? table.Get("amounts", tokens.Text(scale)) : "";
-    std::string_view scaleWord = table.Get("scales", power);
+    std::string_view power =
+        tokens.IsWord(scale) ? table.Get(script_section::kAmounts, tokens.Text(scale)) : "";
+    std::string_view scaleWord = table.Get(script_section::kScales, power);
     if (scaleWord.empty() && tokens.IsBlank(scale) && tokens.IsWord(scale + 1)) {
-        for (const std::string_view each : table.Keys("scales")) {
-            if (InLowerCase(tokens.Text(scale + 1)) == table.Get("scales", each)) {
-                scaleWord = table.Get("scales", each);
+        for (const std::string_view each : table.Keys(script_section::kScales)) {
+            if (InLowerCase(tokens.Text(scale + 1)) == table.Get(script_section::kScales, each)) {
+                scaleWord = table.Get(script_section::kScales, each);
                 ++scale;
                 break;
             }

@@ -96,8 +96,9 @@ InlineReader::maybe_match InlineReader::MatchAddress(size_t i) const {
     const std::string first = InLowerCase(tokens.Text(i));
     const bool isLink = (first == "http" || first == "https") && tokens.Is(i + 1, ':') &&
                         tokens.Is(i + 2, '/') && tokens.Is(i + 3, '/');
-    const bool isSite = hasStop && (first == "www" || (tokens.Is(i + 1, '.') && end == i + 3 &&
-                                                       table.Find("domains", tokens.Text(i + 2))));
+    const bool isSite =
+        hasStop && (first == "www" || (tokens.Is(i + 1, '.') && end == i + 3 &&
+                                       table.Find(script_section::kDomains, tokens.Text(i + 2))));
     if (!isLink && !isSite && !(hasAt && hasStop)) {
         return std::nullopt;
     }
@@ -141,7 +142,7 @@ InlineReader::maybe_match InlineReader::MatchDottedLetters(size_t i) const {
         end += 2;
     }
     const std::string_view known =
-        count >= 1 ? table.Get("abbreviations", tokens.Text(i, end - 1)) : "";
+        count >= 1 ? table.Get(script_section::kAbbreviations, tokens.Text(i, end - 1)) : "";
     if (count >= 2) {
         return match{known.empty() ? spoken : std::string(known),
                      end - 1 == StopEnd(end - 1) ? end - 1 : end};
@@ -154,7 +155,8 @@ InlineReader::maybe_match InlineReader::MatchDottedLetters(size_t i) const {
 
 /// Saint or street: by whether the name stands behind or before.
 InlineReader::maybe_match InlineReader::MatchNeighbour(size_t i) const {
-    const ScriptTable::fields* const names = table.FindAnyCase("neighbours", tokens.Text(i));
+    const ScriptTable::fields* const names =
+        table.FindAnyCase(script_section::kNeighbours, tokens.Text(i));
     if (names == nullptr || names->size() < 2 || !tokens.Is(i + 1, '.')) {
         return std::nullopt;
     }
@@ -176,8 +178,8 @@ InlineReader::maybe_match InlineReader::MatchCalendar(size_t i) const {
     if (!tokens.IsCapitalised(i) || text.size() > 5) {
         return std::nullopt;
     }
-    const std::string_view month = table.Get("months", text);
-    const std::string_view name = month.empty() ? table.Get("days", text) : month;
+    const std::string_view month = table.Get(script_section::kMonths, text);
+    const std::string_view name = month.empty() ? table.Get(script_section::kDays, text) : month;
     if (name.empty() || InLowerCase(text) == name) {
         return std::nullopt;
     }
@@ -203,12 +205,13 @@ InlineReader::maybe_match InlineReader::MatchAbbreviation(size_t i) const {
     const ScriptTable::fields* entry = nullptr;
     if (tokens.Is(i + 1, '/')) {
         end = tokens.IsWord(i + 2) ? i + 3 : i + 2;
-        entry = table.Find("abbreviations", InLowerCase(tokens.Text(i, end)));
+        entry = table.Find(script_section::kAbbreviations, InLowerCase(tokens.Text(i, end)));
         if (entry == nullptr) {
             end = i + 1;
         }
     }
-    entry = entry != nullptr ? entry : table.FindAnyCase("abbreviations", tokens.Text(i));
+    entry = entry != nullptr ? entry
+                             : table.FindAnyCase(script_section::kAbbreviations, tokens.Text(i));
     if (entry == nullptr || entry->empty()) {
         return std::nullopt;
     }
@@ -240,12 +243,13 @@ InlineReader::maybe_match InlineReader::MatchRoman(size_t i) const {
     if (!isJoined || !tokens.IsCapitalised(before)) {
         return std::nullopt;
     }
-    if (table.Has("roman", tokens.Text(before))) {
+    if (table.Has(script_section::kRoman, tokens.Text(before))) {
         return match{numbers.Cardinal(std::to_string(value)), i + 1};
     }
     const size_t title = tokens.WordBefore(before, 1);
-    const bool isRuler = table.Has("regnal", tokens.Text(before)) ||
-                         (title < tokens.GetCount() && table.Has("regnal", tokens.Text(title)));
+    const bool isRuler =
+        table.Has(script_section::kRegnal, tokens.Text(before)) ||
+        (title < tokens.GetCount() && table.Has(script_section::kRegnal, tokens.Text(title)));
     if (isRuler && before + 2 == i) {
         std::string spoken(table.Word("the"));
         AddWords(numbers.Ordinal(std::to_string(value)), spoken);
@@ -286,8 +290,8 @@ InlineReader::maybe_match InlineReader::MatchStutter(size_t i) const {
 
 /// A day, or a half of the day, joined to the next: from one to the other.
 InlineReader::maybe_match InlineReader::MatchJoint(size_t i) const {
-    const bool isHalf = table.Has("day-halves", tokens.Text(i));
-    const bool isDay = table.Has("days", tokens.Text(i)) && tokens.IsCapitalised(i);
+    const bool isHalf = table.Has(script_section::kDayHalves, tokens.Text(i));
+    const bool isDay = table.Has(script_section::kDays, tokens.Text(i)) && tokens.IsCapitalised(i);
     if (!isHalf && !isDay) {
         return std::nullopt;
     }
@@ -328,12 +332,12 @@ InlineReader::maybe_match InlineReader::MatchCapitals(size_t i) const {
         ending.clear();
     }
     const std::string lower = InLowerCase(stem);
-    if (table.Find("acronyms", stem) != nullptr) {
+    if (table.Find(script_section::kAcronyms, stem) != nullptr) {
         return match{std::string(text), i + 1};
     }
     const bool hasVowel = std::ranges::any_of(stem, IsVowel);
-    const bool isSound = table.Find("sounds", lower) != nullptr;
-    const bool isListed = table.Find("letters", stem) != nullptr;
+    const bool isSound = table.Find(script_section::kSounds, lower) != nullptr;
+    const bool isListed = table.Find(script_section::kLetters, stem) != nullptr;
     const bool isUnknown = isKnown && !IsKnown(stem);
     const bool isShort = stem.size() <= 3 || (stem.size() <= 5 && !hasVowel);
     if (stem.find('\'') == std::string_view::npos && !isSound && stem.size() <= 6 &&
@@ -359,7 +363,7 @@ InlineReader::maybe_match InlineReader::MatchWithoutVowel(size_t i) const {
         text.size() >= 2 && text.size() <= 5 && std::ranges::all_of(text, [](char letter) {
             return letter >= 'a' && letter <= 'z' && !IsVowel(letter);
         });
-    if (!isKnown || !isMadeOfLetters || IsKnown(text) || table.Has("sounds", text)) {
+    if (!isKnown || !isMadeOfLetters || IsKnown(text) || table.Has(script_section::kSounds, text)) {
         return std::nullopt;
     }
     return match{Spelled(text), i + 1};
@@ -399,7 +403,7 @@ InlineReader::maybe_match InlineReader::MatchDrawl(size_t i) const {
         return word;
     };
     const auto isUsuallyDoubled = [&](const auto& run) {
-        return run.second && table.Has("doubled", std::string_view(&run.first, 1));
+        return run.second && table.Has(script_section::kDoubled, std::string_view(&run.first, 1));
     };
     std::string spoken = build(std::ranges::any_of(runs, isUsuallyDoubled) ? 1 : 0);
     for (size_t doubled = 0; doubled < size_t{1} << numLong; ++doubled) {

@@ -41,7 +41,7 @@ std::string NumberWords::Cardinal(std::string_view digits) const {
         const size_t end = digits.size() - after;
         const std::string_view three =
             digits.substr(end > 3 ? end - 3 : 0, std::min<size_t>(end, 3));
-        const std::string_view scale = table.Get("scales", std::to_string(after));
+        const std::string_view scale = table.Get(script_section::kScales, std::to_string(after));
         if (group > 1 && scale.empty()) {
             return Digits(digits);
         }
@@ -68,10 +68,10 @@ std::string NumberWords::BelowThousand(std::string_view digits) const {
 
 /// One or two digits of which the first is not zero, or a single zero.
 std::string NumberWords::TwoDigits(std::string_view digits) const {
-    std::string words(table.Get("cardinals", digits));
+    std::string words(table.Get(script_section::kCardinals, digits));
     if (words.empty()) {
-        words = table.Get("cardinals", std::string(digits.substr(0, 1)) + "0");
-        AddWords(table.Get("cardinals", digits.substr(1)), words);
+        words = table.Get(script_section::kCardinals, std::string(digits.substr(0, 1)) + "0");
+        AddWords(table.Get(script_section::kCardinals, digits.substr(1)), words);
     }
     return words;
 }
@@ -84,7 +84,8 @@ std::string NumberWords::Digits(std::string_view digits) const {
     std::string words;
     for (size_t i = 0; i < digits.size(); ++i) {
         const bool isInnerZero = digits[i] == '0' && digits.size() > 1;
-        AddWords(isInnerZero ? table.Word("oh") : table.Get("cardinals", digits.substr(i, 1)),
+        AddWords(isInnerZero ? table.Word("oh")
+                             : table.Get(script_section::kCardinals, digits.substr(i, 1)),
                  words);
     }
     return words;
@@ -117,12 +118,12 @@ std::string NumberWords::Year(std::string_view digits) const {
 }
 
 std::string NumberWords::MakeOrdinal(std::string words) const {
-    const std::string_view ordinal = table.Get("ordinals", LastOf(words));
+    const std::string_view ordinal = table.Get(script_section::kOrdinals, LastOf(words));
     return ordinal.empty() ? words : WithLast(words, ordinal);
 }
 
 std::string NumberWords::MakePlural(std::string words) const {
-    const std::string_view plural = table.Get("plurals", LastOf(words));
+    const std::string_view plural = table.Get(script_section::kPlurals, LastOf(words));
     return plural.empty() ? words + "s" : WithLast(words, plural);
 }
 

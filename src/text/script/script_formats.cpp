@@ -194,7 +194,7 @@ private:
         const size_t start = text.starts_with(kUtf8Mark) ? kUtf8Mark.size() : 0;
         const script_line first = ReadScriptLine(text, start, text.size());
         const std::string_view key = In(text, first).substr(0, In(text, first).find(':'));
-        if (!table.Has("title-page", key)) {
+        if (!table.Has(script_section::kTitlePage, key)) {
             return start;
         }
         size_t at = start;
@@ -356,16 +356,17 @@ void LayOutTextGrid(std::string_view text, const ScriptTable& table, script_layo
     for (bool hasMore = true; hasMore;) {
         hasMore = ReadTier(scanner, text, tiers.emplace_back());
     }
-    const auto holds = [&](const grid_tier& tier, std::string_view section) {
+    const auto holds = [&](const grid_tier& tier, script_section section) {
         return !tier.regions.empty() &&
                std::ranges::any_of(table.Keys(section), [&](std::string_view part) {
                    return tier.name.find(part) != std::string::npos;
                });
     };
-    auto best = std::ranges::find_if(tiers, [&](const grid_tier& t) { return holds(t, "tiers"); });
+    auto best = std::ranges::find_if(
+        tiers, [&](const grid_tier& t) { return holds(t, script_section::kTiers); });
     if (best == tiers.end()) {
         best = std::ranges::find_if(tiers, [&](const grid_tier& tier) {
-            return !tier.regions.empty() && !holds(tier, "sound-tiers");
+            return !tier.regions.empty() && !holds(tier, script_section::kSoundTiers);
         });
     }
     if (best != tiers.end()) {

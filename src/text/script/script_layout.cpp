@@ -85,7 +85,7 @@ bool IsLabel(std::string_view name, const ScriptTable& table) {
     while (word.ends_with('.')) {
         word.remove_suffix(1);
     }
-    return table.Has("labels", word) || table.Has("labels", name);
+    return table.Has(script_section::kLabels, word) || table.Has(script_section::kLabels, name);
 }
 
 /// Skips remarks in parentheses or brackets, and blanks.
@@ -158,7 +158,7 @@ bool IsStageLine(std::string_view line, const ScriptTable& table) {
     while (word.ends_with('.')) {
         word.remove_suffix(1);
     }
-    if (word.empty() || !IsUpper(word[0]) || !table.Has("stage", word)) {
+    if (word.empty() || !IsUpper(word[0]) || !table.Has(script_section::kStage, word)) {
         return false;
     }
     std::string_view rest = line.substr(word.size());
@@ -303,8 +303,8 @@ script_line ReadScriptLine(std::string_view text, size_t at, size_t limit) {
 
 bool IsSceneHeading(std::string_view line, const ScriptTable& table) {
     const std::string_view first = FirstWord(line);
-    return line.size() > first.size() && HasOnlyCapitals(first) && table.Has("headings", first) &&
-           std::ranges::none_of(line, IsLower);
+    return line.size() > first.size() && HasOnlyCapitals(first) &&
+           table.Has(script_section::kHeadings, first) && std::ranges::none_of(line, IsLower);
 }
 
 bool IsTransition(std::string_view line, const ScriptTable& table) {
@@ -313,7 +313,7 @@ bool IsTransition(std::string_view line, const ScriptTable& table) {
     }
     const size_t lastBlank = line.rfind(' ');
     return lastBlank != std::string_view::npos &&
-           table.Has("transitions", line.substr(lastBlank + 1));
+           table.Has(script_section::kTransitions, line.substr(lastBlank + 1));
 }
 
 size_t CueNameLength(std::string_view line, const ScriptTable& table) {

@@ -1,12 +1,29 @@
 #include "text/script/script_table.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "text/script/built_in_script.h"
 
 namespace tessarin {
 
 namespace {
+
+/// In the order of script_section.
+constexpr std::string_view kSectionNames[] = {
+    "words",          "cardinals",     "scales",        "ordinals",      "ordinal-endings",
+    "plurals",        "fractions",     "fixed",         "currencies",    "amounts",
+    "units",          "unit-prefixes", "symbols",       "silent",        "abbreviations",
+    "neighbours",     "months",        "month-numbers", "days",          "day-halves",
+    "letters",        "acronyms",      "roman",         "regnal",        "digit-contexts",
+    "pair-contexts",  "year-contexts", "hours",         "sounds",        "domains",
+    "headings",       "transitions",   "stage",         "labels",        "directions",
+    "not-directions", "tags",          "eras",          "numbered",      "title-page",
+    "tiers",          "sound-tiers",   "year-words",    "over-contexts", "doubled",
+};
+static_assert(std::size(kSectionNames) == static_cast<size_t>(script_section::kCount));
+
+constexpr size_t kLongestKey = 32;
 
 std::vector<std::string> SplitAtTabs(std::string_view line) {
     std::vector<std::string> parts;
@@ -37,11 +54,16 @@ size_t ScriptTable::Add(std::string_view text) {
             continue;
         }
         if (line.size() > 2 && line.starts_with('[') && line.ends_with(']')) {
-            section = &all[std::string(line.substr(1, line.size() - 2))];
+            const auto* const name =
+                std::ranges::find(kSectionNames, line.substr(1, line.size() - 2));
+            if (name == std::end(kSectionNames)) {
+                return number;
+            }
+            section = &all[static_cast<size_t>(name - kSectionNames)];
             continue;
         }
         std::vector<std::string> parts = SplitAtTabs(line);
-        if (section == nullptr || parts.empty()) {
+        if (section == nullptr || parts.empty() || parts.front().size() > kLongestKey) {
             return number;
         }
         (*section)[parts.front()] = {parts.begin() + 1, parts.end()};
@@ -50,34 +72,31 @@ size_t ScriptTable::Add(std::string_view text) {
     return 0;
 }
 
-const ScriptTable::fields* ScriptTable::Find(std::string_view section, std::string_view key) const {
-    const auto entries = sections.find(section);
-    if (entries == sections.end()) {
-        return nullptr;
-    }
-    const auto entry = entries->second.find(key);
-    return entry != entries->second.end() ? &entry->second : nullptr;
+const ScriptTable::fields* ScriptTable::Find(script_section section, std::string_view key) const {
+    const section_entries& entries = sections[static_cast<size_t>(section)];
+    const auto entry = key.size() <= kLongestKey ? entries.find(key) : entries.end();
+    return entry != entries.end() ? &entry->second : nullptr;
 }
 
-const ScriptTable::fields* ScriptTable::FindAnyCase(std::string_view section,
+const ScriptTable::fields* ScriptTable::FindAnyCase(script_section section,
                                                     std::string_view key) const {
     const fields* const exact = Find(section, key);
-    return exact != nullptr ? exact : Find(section, InLowerCase(key));
+    const auto isCapital = [](char letter) { return letter >= 'A' && letter <= 'Z'; };
+    return exact != nullptr || key.size() > kLongestKey || std::ranges::none_of(key, isCapital)
+               ? exact
+               : Find(section, InLowerCase(key));
 }
 
-std::string_view ScriptTable::Get(std::string_view section, std::string_view key) const {
+std::string_view ScriptTable::Get(script_section section, std::string_view key) const {
     const fields* const found = FindAnyCase(section, key);
     return found != nullptr && !found->empty() ? std::string_view(found->front())
                                                : std::string_view();
 }
 
-std::vector<std::string_view> ScriptTable::Keys(std::string_view section) const {
+std::vector<std::string_view> ScriptTable::Keys(script_section section) const {
     std::vector<std::string_view> keys;
-    const auto entries = sections.find(section);
-    if (entries != sections.end()) {
-        for (const auto& [key, value] : entries->second) {
-            keys.emplace_back(key);
-        }
+    for (const auto& [key, value] : sections[static_cast<size_t>(section)]) {
+        keys.emplace_back(key);
     }
     return keys;
 }

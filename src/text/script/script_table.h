@@ -1,14 +1,65 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace tessarin {
+
+/// The lists, by what they are for; data/en-us.script describes each.
+enum class script_section : uint8_t {
+    kWords,
+    kCardinals,
+    kScales,
+    kOrdinals,
+    kOrdinalEndings,
+    kPlurals,
+    kFractions,
+    kFixed,
+    kCurrencies,
+    kAmounts,
+    kUnits,
+    kUnitPrefixes,
+    kSymbols,
+    kSilent,
+    kAbbreviations,
+    kNeighbours,
+    kMonths,
+    kMonthNumbers,
+    kDays,
+    kDayHalves,
+    kLetters,
+    kAcronyms,
+    kRoman,
+    kRegnal,
+    kDigitContexts,
+    kPairContexts,
+    kYearContexts,
+    kHours,
+    kSounds,
+    kDomains,
+    kHeadings,
+    kTransitions,
+    kStage,
+    kLabels,
+    kDirections,
+    kNotDirections,
+    kTags,
+    kEras,
+    kNumbered,
+    kTitlePage,
+    kTiers,
+    kSoundTiers,
+    kYearWords,
+    kOverContexts,
+    kDoubled,
+    kCount
+};
 
 /// What a language has in lists: its number words, units, abbreviations and the marks of its
 /// scripts. Texts of sections in brackets and of lines whose fields are separated by tabs, the
@@ -22,22 +73,26 @@ public:
     size_t Add(std::string_view text);
 
     /// The fields of a key as it is written, or null.
-    const fields* Find(std::string_view section, std::string_view key) const;
+    const fields* Find(script_section section, std::string_view key) const;
     /// Likewise, or of the key in lower case.
-    const fields* FindAnyCase(std::string_view section, std::string_view key) const;
-    bool Has(std::string_view section, std::string_view key) const {
+    const fields* FindAnyCase(script_section section, std::string_view key) const;
+    bool Has(script_section section, std::string_view key) const {
         return FindAnyCase(section, key) != nullptr;
     }
     /// The first field of a key; empty when there is none.
-    std::string_view Get(std::string_view section, std::string_view key) const;
+    std::string_view Get(script_section section, std::string_view key) const;
     /// A word that the rules need by name.
-    std::string_view Word(std::string_view name) const { return Get("words", name); }
-    /// The keys of a section, in order.
-    std::vector<std::string_view> Keys(std::string_view section) const;
+    std::string_view Word(std::string_view name) const { return Get(script_section::kWords, name); }
+    /// The keys of a section, in no order.
+    std::vector<std::string_view> Keys(script_section section) const;
 
 private:
-    using section_entries = std::map<std::string, fields, std::less<>>;
-    std::map<std::string, section_entries, std::less<>> sections;
+    struct key_hash {
+        using is_transparent = void;
+        size_t operator()(std::string_view key) const { return std::hash<std::string_view>{}(key); }
+    };
+    using section_entries = std::unordered_map<std::string, fields, key_hash, std::equal_to<>>;
+    std::array<section_entries, static_cast<size_t>(script_section::kCount)> sections;
 };
 
 /// The table of data/en-us.script.
