@@ -19,6 +19,12 @@ std::string InUpperCase(std::string_view word) {
     return upper;
 }
 
+/// The language of the built-in table. A text of words alone has the built-in English rules.
+bool IsEnglish(const TranscriberInfo& info) {
+    constexpr uint32_t kEnglish = 9;
+    return info.language == kEnglish || info.language == 0;
+}
+
 } // namespace
 
 error_code ReadScriptOptions(const tessarin_script_options* given, text_reading& out) {
@@ -75,7 +81,7 @@ void SpokenLanguage::Read(const char* text, const text_reading& how) {
     const LocaleUse use(info);
     code = RefusingBadUtf8([&] {
         spanText =
-            how.isLiteral
+            how.isLiteral || (!IsEnglish(info) && !how.hasOwnTable)
                 ? std::make_unique<SpanText>(text, info)
                 : std::make_unique<SpanText>(text, ReadScriptFor(borrowed.Get(), text, how), info);
         borrowed.Get()->Transcribe(spanText->GetLocal().c_str());

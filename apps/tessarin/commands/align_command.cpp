@@ -24,7 +24,7 @@ void RunAlign(const align_options& options) {
     }
     const tessarin::model_owner model = LoadModel(options.recording.data);
     const tessarin::transcriber_owner transcriber = LoadTranscriber(options.recording.data);
-    const SpokenText text = ReadText(options.text, *transcriber);
+    const SpokenText text = ReadText(options.text, options.recording.data, *transcriber);
     if (options.areSentencesWanted) {
         FindSentences(options.recording, options.sentences, *model, text, *transcriber);
         return;
