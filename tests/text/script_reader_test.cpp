@@ -130,7 +130,10 @@ TEST(ScriptReader, SaysWhatNumbersCount) {
          "forty five degree angle"},
         {"50% of 3.5 %", "fifty percent of three point five percent"},
         {"$9/mo. or 10-km runs", "nine dollars per month or ten kilometer runs"},
-        {"\"I have 3\" he said", "i have three he said"},
+        {"\"I have 3\" he said, 'and 6' or 1 in 10", "i have three he said and six or one in ten"},
+        {"5 ft 2 in tall, $1-2 million, $5-10, 20%-30%",
+         "five feet two inches tall one to two million dollars five to ten dollars twenty percent "
+         "to thirty percent"},
     });
 }
 

@@ -8,8 +8,6 @@ namespace tessarin {
 
 namespace {
 
-constexpr char32_t kEnDash = 0x2013;
-
 /// The value of up to nine digits; more count as a large one.
 uint32_t ValueOf(std::string_view digits) {
     uint32_t value = 0;
@@ -98,8 +96,9 @@ InlineReader::maybe_match InlineReader::MatchDigitGroups(size_t i) const {
         const bool isRound = digits.size() == 3 && digits.ends_with("00") && digits[0] != '0';
         return match{isRound ? numbers.Cardinal(digits) : numbers.Digits(digits), i + 1};
     }
-    const bool isDate = digits.size() == 4 && tokens.Is(i + 1, '-') &&
-                        tokens.NumDigits(i + 2) == 2 && tokens.Is(i + 3, '-') &&
+    const char32_t joint = tokens.Is(i + 1, '/') ? U'/' : U'-';
+    const bool isDate = digits.size() == 4 && tokens.Is(i + 1, joint) &&
+                        tokens.NumDigits(i + 2) == 2 && tokens.Is(i + 3, joint) &&
                         tokens.NumDigits(i + 4) == 2;
     if (!isDate) {
         return std::nullopt;
@@ -293,7 +292,11 @@ std::string InlineReader::SayPlain(size_t i) const {
             return numbers.Digits(digits);
         }
     }
-    if (isGlued || IsWordBefore(script_section::kPairContexts, i, 2)) {
+    // A name with its number: Boeing 747.
+    const size_t name = tokens.WordBefore(i, 1);
+    const bool isOfName = digits.size() == 3 && !digits.ends_with("00") && name < i &&
+                          name + 2 == i && tokens.IsCapitalised(name) && !IsSentenceStart(name);
+    if (isGlued || isOfName || IsWordBefore(script_section::kPairContexts, i, 2)) {
         return numbers.Pairs(digits);
     }
     if (digits.size() >= 5 && !digits.ends_with("00") &&

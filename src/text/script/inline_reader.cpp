@@ -8,7 +8,7 @@ namespace {
 
 bool IsPause(char32_t code) {
     return code == '.' || code == ',' || code == '?' || code == '!' || code == ';' || code == ':' ||
-           code == '-' || code == kLongDash || code == 0x2013 || code == kEllipsis;
+           code == '-' || code == kLongDash || code == kEnDash || code == kEllipsis;
 }
 
 bool IsQuoteSign(char32_t code) {
@@ -34,6 +34,7 @@ void InlineReader::Read() {
 void InlineReader::StartLine(size_t i) {
     hasLowerCase = false;
     isQuoteOpen = false;
+    isSingleQuoteOpen = false;
     for (; i < tokens.GetCount() && tokens.At(i).kind != script_token_kind::kBreak; ++i) {
         hasLowerCase = hasLowerCase || (tokens.IsWord(i) && !tokens.IsAllCapitals(i));
     }
@@ -78,7 +79,11 @@ size_t InlineReader::ReadPunctuation(size_t i) {
     const char32_t code = tokens.At(i).code;
     size_t end = i + 1;
     if (IsQuoteSign(code)) {
-        isQuoteOpen = code == '"' ? !isQuoteOpen : isQuoteOpen;
+        if (code == '"') {
+            isQuoteOpen = !isQuoteOpen;
+        } else {
+            isSingleQuoteOpen = i == 0 || tokens.IsGap(i - 1);
+        }
         return end;
     }
     if (!IsPause(code)) {
@@ -98,7 +103,7 @@ size_t InlineReader::ReadPunctuation(size_t i) {
     const size_t next = tokens.SkipBlank(end);
     if (trailsOff) {
         PassOn(tokens.IsWord(next) && !tokens.IsCapitalised(next) ? "," : ".", i, end);
-    } else if (code == kLongDash || code == 0x2013 || code == '-') {
+    } else if (code == kLongDash || code == kEnDash || code == '-') {
         PassOn("-", i, end);
     } else if (lastPausePlace != i) {
         PassOn(tokens.Text(i), i, end);
@@ -204,8 +209,10 @@ size_t InlineReader::ReadParenthesis(size_t i) {
     if (close == 0 || (close == i + 2 && MatchDigitGroups(i + 1))) {
         return 0;
     }
+    // Between words, what is long is a thought of the speaker's.
+    constexpr size_t kLongestDirection = 14;
     const bool standsApart = IsSentenceStart(i) || IsSentenceEnd(close + 1);
-    return standsApart || LooksLikeDirection(i + 1, close)
+    return standsApart || (close - i <= kLongestDirection && LooksLikeDirection(i + 1, close))
                ? AddEvent(script_event_kind::kDirection, i, close + 1)
                : 0;
 }

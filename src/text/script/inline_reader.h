@@ -97,6 +97,8 @@ private:
     maybe_match MatchCounted(size_t i, const written_number& number) const;
     maybe_match MatchFeetAndInches(const written_number& number) const;
     const ScriptTable::fields* FindUnit(size_t from, size_t& end, bool isGlued) const;
+    std::string_view FindScale(size_t& end) const;
+    std::string SayHundredths(const written_number& number, const ScriptTable::fields& names) const;
     size_t SkipUnitStop(size_t i) const;
     size_t AddPer(size_t end, std::string& spoken) const;
     bool IsAdjective(size_t i, size_t end) const;
@@ -129,6 +131,7 @@ private:
     ScriptReading& out;
     bool hasLowerCase = false; ///< the line
     bool isQuoteOpen = false;
+    bool isSingleQuoteOpen = false;
     bool dashesAreTurns = false; ///< at the beginning of a line, of speakers
     struct closing_search {
         char32_t closing = 0;

@@ -43,6 +43,9 @@ InlineReader::maybe_match InlineReader::MatchSignBeforeNumber(size_t i) const {
     if (maybe_match money = MatchMoney(i)) {
         return money;
     }
+    if (code == '-' && i > 0 && (tokens.Is(i - 1, '%') || tokens.Is(i - 1, 0xB0)) && isDigitNext) {
+        return match{std::string(table.Word("to")), i + 1};
+    }
     const bool isAfterHalf = code == '-' && isDigitNext && i >= 4 && tokens.Is(i - 1, '.') &&
                              table.Has(script_section::kDayHalves, tokens.Text(i - 4, i - 1));
     if (isAfterHalf) {

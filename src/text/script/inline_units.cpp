@@ -71,10 +71,16 @@ const ScriptTable::fields* InlineReader::FindUnit(size_t from, size_t& end, bool
         return nullptr;
     }
     const std::string_view rule = found->size() > 2 ? std::string_view((*found)[2]) : "";
-    if ((rule == "stop" && !tokens.Is(from + 1, '.')) || (rule == "never-spaced" && !isGlued)) {
+    // After feet, inches are clear without their stop.
+    const size_t before = from >= 5 ? tokens.WordBefore(from, 4) : tokens.GetCount();
+    const bool isClear =
+        before < tokens.GetCount() && before + 4 >= from &&
+        table.Get(script_section::kUnits, tokens.Text(before)) == table.Word("foot");
+    const bool hasStop = tokens.Is(from + 1, '.');
+    if ((rule == "stop" && !hasStop && !isClear) || (rule == "never-spaced" && !isGlued)) {
         return nullptr;
     }
-    end = rule == "stop" && !IsSentenceEnd(from + 2) ? from + 2 : from + 1;
+    end = rule == "stop" && hasStop && !IsSentenceEnd(from + 2) ? from + 2 : from + 1;
     return found;
 }
 
@@ -131,7 +137,7 @@ InlineReader::maybe_match InlineReader::MatchCounted(size_t i, const written_num
 InlineReader::maybe_match InlineReader::MatchFeetAndInches(const written_number& number) const {
     const size_t at = number.end;
     const bool isInches = tokens.Is(at, '"') && !isQuoteOpen;
-    const bool isFeet = tokens.Is(at, '\'') && !tokens.IsWord(at + 1);
+    const bool isFeet = tokens.Is(at, '\'') && !tokens.IsWord(at + 1) && !isSingleQuoteOpen;
     if (!isInches && !isFeet) {
         return std::nullopt;
     }
@@ -151,7 +157,46 @@ InlineReader::maybe_match InlineReader::MatchFeetAndInches(const written_number&
     return found;
 }
 
-/// A currency's sign before an amount.
+/// The word for a power of ten behind an amount, as in $5M and $1.2 billion; `end` becomes the
+/// token behind it.
+std::string_view InlineReader::FindScale(size_t& end) const {
+    if (tokens.IsWord(end)) {
+        const std::string_view power = table.Get(script_section::kAmounts, tokens.Text(end));
+        const std::string_view scale = table.Get(script_section::kScales, power);
+        end += scale.empty() ? 0 : 1;
+        return scale;
+    }
+    if (!tokens.IsBlank(end) || !tokens.IsWord(end + 1)) {
+        return "";
+    }
+    const std::string word = InLowerCase(tokens.Text(end + 1));
+    for (const std::string_view power : table.Keys(script_section::kScales)) {
+        const std::string_view scale = table.Get(script_section::kScales, power);
+        if (word == scale) {
+            end += 2;
+            return scale;
+        }
+    }
+    return "";
+}
+
+/// An amount with two decimals: so many of the whole, and so many of its hundredths.
+std::string InlineReader::SayHundredths(const written_number& number,
+                                        const ScriptTable::fields& names) const {
+    std::string spoken;
+    if (number.whole != "0") {
+        spoken = numbers.Cardinal(number.whole);
+        AddWords(number.whole == "1" ? OneOf(names) : SeveralOf(names), spoken);
+    }
+    if (number.decimals != "00" || spoken.empty()) {
+        AddWords(spoken.empty() ? "" : table.Word("and"), spoken);
+        AddWords(numbers.Cardinal(number.decimals), spoken);
+        AddWords(number.decimals == "01" ? names[2] : names[3], spoken);
+    }
+    return spoken;
+}
+
+/// A currency's sign before an amount, or before a range of them.
 InlineReader::maybe_match InlineReader::MatchMoney(size_t i) const {
     const size_t first = tokens.SkipBlank(i + 1);
     const ScriptTable::fields* const names =
@@ -160,39 +205,24 @@ InlineReader::maybe_match InlineReader::MatchMoney(size_t i) const {
         return std::nullopt;
     }
     const written_number number = ReadNumber(first);
-    const auto inWhole = [&](size_t end) {
-        return number.IsOne() || IsAdjective(i, end) ? OneOf(*names) : SeveralOf(*names);
-    };
-    size_t scale = number.end;
-    std::string_view power =
-        tokens.IsWord(scale) ? table.Get(script_section::kAmounts, tokens.Text(scale)) : "";
-    std::string_view scaleWord = table.Get(script_section::kScales, power);
-    if (scaleWord.empty() && tokens.IsBlank(scale) && tokens.IsWord(scale + 1)) {
-        for (const std::string_view each : table.Keys(script_section::kScales)) {
-            if (InLowerCase(tokens.Text(scale + 1)) == table.Get(script_section::kScales, each)) {
-                scaleWord = table.Get(script_section::kScales, each);
-                ++scale;
-                break;
-            }
-        }
-    }
     match found{SayNumber(number), number.end};
-    if (!scaleWord.empty()) {
-        AddWords(scaleWord, found.spoken);
-        AddWords(IsAdjective(i, scale + 1) ? OneOf(*names) : SeveralOf(*names), found.spoken);
-        found.end = scale + 1;
-    } else if (number.decimals.size() == 2 && names->size() >= 4) {
-        found.spoken = number.whole == "0" ? "" : numbers.Cardinal(number.whole);
-        if (number.whole != "0") {
-            AddWords(number.whole == "1" ? OneOf(*names) : SeveralOf(*names), found.spoken);
-        }
-        if (number.decimals != "00") {
-            AddWords(found.spoken.empty() ? "" : table.Word("and"), found.spoken);
-            AddWords(numbers.Cardinal(number.decimals), found.spoken);
-            AddWords(number.decimals == "01" ? (*names)[2] : (*names)[3], found.spoken);
-        }
+    const bool isRange = (tokens.Is(number.end, '-') || tokens.Is(number.end, kEnDash)) &&
+                         tokens.IsDigits(number.end + 1);
+    if (isRange) {
+        const written_number upper = ReadNumber(number.end + 1);
+        AddWords(table.Word("to"), found.spoken);
+        AddWords(SayNumber(upper), found.spoken);
+        found.end = upper.end;
+    }
+    const std::string_view scale = FindScale(found.end);
+    const bool hasHundredths = number.decimals.size() == 2 && names->size() >= 4;
+    if (scale.empty() && !isRange && hasHundredths) {
+        found.spoken = SayHundredths(number, *names);
     } else {
-        AddWords(number.decimals.empty() ? inWhole(number.end) : SeveralOf(*names), found.spoken);
+        const bool isOne = scale.empty() && !isRange && number.IsOne();
+        AddWords(scale, found.spoken);
+        AddWords(isOne || IsAdjective(i, found.end) ? OneOf(*names) : SeveralOf(*names),
+                 found.spoken);
     }
     found.end = AddPer(found.end, found.spoken);
     return found;

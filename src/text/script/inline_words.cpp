@@ -192,7 +192,7 @@ InlineReader::maybe_match InlineReader::MatchCalendar(size_t i) const {
         return std::nullopt;
     }
     match found{std::string(name), hasStop ? i + 2 : i + 1};
-    if ((tokens.Is(found.end, '-') || tokens.Is(found.end, 0x2013)) &&
+    if ((tokens.Is(found.end, '-') || tokens.Is(found.end, kEnDash)) &&
         tokens.IsCapitalised(found.end + 1)) {
         AddWords(table.Word("to"), found.spoken);
         ++found.end;
@@ -295,7 +295,7 @@ InlineReader::maybe_match InlineReader::MatchJoint(size_t i) const {
     if (!isHalf && !isDay) {
         return std::nullopt;
     }
-    const bool isJoined = (tokens.Is(i + 1, '-') || tokens.Is(i + 1, 0x2013)) &&
+    const bool isJoined = (tokens.Is(i + 1, '-') || tokens.Is(i + 1, kEnDash)) &&
                           (tokens.IsDigits(i + 2) || tokens.IsCapitalised(i + 2));
     const bool isTime =
         isHalf && i > 0 && (tokens.IsDigits(i - 1) || (i > 1 && tokens.IsDigits(i - 2)));
@@ -373,6 +373,9 @@ InlineReader::maybe_match InlineReader::MatchWithoutVowel(size_t i) const {
 InlineReader::maybe_match InlineReader::MatchDrawl(size_t i) const {
     constexpr size_t kMostRuns = 4;
     const std::string lower = InLowerCase(tokens.Text(i));
+    if (table.Has(script_section::kSounds, lower)) {
+        return std::nullopt;
+    }
     std::vector<std::pair<char, bool>> runs; ///< letters, and whether they are drawn out
     for (size_t at = 0; at < lower.size();) {
         const size_t end = std::min(lower.find_first_not_of(lower[at], at), lower.size());

@@ -36,6 +36,7 @@ struct script_token {
 
 // Characters that each stand for all of their kind.
 inline constexpr char32_t kLongDash = U'\u2014'; ///< not the plain one, which joins words
+inline constexpr char32_t kEnDash = U'\u2013';   ///< between numbers, from one to the other
 inline constexpr char32_t kEllipsis = U'\u2026';
 
 /// A text cut into tokens without gaps. The text must outlive them; its bytes may be any.
