@@ -1,6 +1,7 @@
 #include "text/script/number_words.h"
 
 #include <algorithm>
+#include <charconv>
 
 #include "text/script/script_table.h"
 
@@ -24,6 +25,14 @@ std::string_view LastOf(std::string_view words) {
 }
 
 } // namespace
+
+uint32_t ValueOf(std::string_view digits) {
+    uint32_t value = UINT32_MAX;
+    if (digits.size() <= 9) {
+        std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    }
+    return value;
+}
 
 void AddWords(std::string_view words, std::string& to) {
     if (!words.empty()) {

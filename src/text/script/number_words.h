@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -34,6 +35,9 @@ private:
 
     const ScriptTable& table;
 };
+
+/// The value of up to nine digits; more count as the largest.
+uint32_t ValueOf(std::string_view digits);
 
 /// Adds words to others, with a blank between.
 void AddWords(std::string_view words, std::string& to);
