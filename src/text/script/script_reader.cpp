@@ -11,10 +11,21 @@ void AddCut(int32_t ms, uint32_t offset, ScriptReading& out) {
     out.AddText(" <cut " + std::to_string(ms) + ">", {offset, 0});
 }
 
-/// The pause between two subtitles divides them where it is wide enough to be one.
-bool IsWidePause(const script_region& before, const script_region& after) {
-    constexpr int32_t kWidePauseMs = 300;
-    return before.endMs >= 0 && after.startMs - before.endMs >= kWidePauseMs;
+/// Divides the text before a subtitle: in the middle of a pause, or, where it is long, on both
+/// sides of it, as others may speak between. Times of subtitles are not exact, so they keep a
+/// distance.
+void AddCuts(int32_t endMs, const script_region& next, ScriptReading& out) {
+    constexpr int32_t kShortestPauseMs = 300;
+    constexpr int32_t kLongPauseMs = 1000;
+    constexpr int32_t kLongestDistanceMs = 500;
+    const int32_t pauseMs = next.startMs - endMs;
+    if (pauseMs >= kLongPauseMs) {
+        const int32_t distanceMs = std::min(pauseMs / 4, kLongestDistanceMs);
+        AddCut(endMs + distanceMs, next.start, out);
+        AddCut(next.startMs - distanceMs, next.start, out);
+    } else if (pauseMs >= kShortestPauseMs) {
+        AddCut(endMs + pauseMs / 2, next.start, out);
+    }
 }
 
 } // namespace
@@ -24,7 +35,7 @@ ScriptReading ReadScript(std::string_view text, const ScriptTable& table,
     const script_layout layout = LayOutScript(text, options.format, table);
     const std::string wanted = SpeakerName(options.speaker);
     ScriptReading out;
-    const script_region* last = nullptr;
+    int32_t lastEndMs = 0;
     for (const script_region& region : layout.regions) {
         const std::string& speaker = layout.speakers[region.speaker];
         if (!wanted.empty() && speaker != wanted) {
@@ -36,15 +47,15 @@ ScriptReading ReadScript(std::string_view text, const ScriptTable& table,
             continue;
         }
         if (region.startMs >= 0) {
-            if (options.hasCueTimes && last != nullptr && IsWidePause(*last, region)) {
-                AddCut(last->endMs + (region.startMs - last->endMs) / 2, region.start, out);
+            if (options.hasCueTimes) {
+                AddCuts(lastEndMs, region, out);
             }
             out.AddCue({place, region.startMs, region.endMs});
         }
         const ScriptTokens tokens(text, region.start, region.end);
         InlineReader(tokens, table, isKnown, out).Read();
         out.EndRegion();
-        last = &region;
+        lastEndMs = std::max(lastEndMs, region.endMs);
     }
     return out;
 }
