@@ -131,6 +131,8 @@ TEST(ScriptReader, SaysWhatNumbersCount) {
         {"50% of 3.5 %", "fifty percent of three point five percent"},
         {"$9/mo. or 10-km runs", "nine dollars per month or ten kilometer runs"},
         {"\"I have 3\" he said, 'and 6' or 1 in 10", "i have three he said and six or one in ten"},
+        {"an 80 lb dog, Mon-Wed", "an eighty pound dog monday to wednesday"},
+        {"Look: it's so. Here: 5", "look it's so here five"},
         {"5 ft 2 in tall, $1-2 million, $5-10, 20%-30%",
          "five feet two inches tall one to two million dollars five to ten dollars twenty percent "
          "to thirty percent"},
@@ -186,9 +188,9 @@ TEST(ScriptReader, MarksStressAndDrawl) {
     EXPECT_EQ(flags("I will NEVER stop, *you* know, nooo"), "0010102");
     EXPECT_EQ(flags("ALL OF IT IS LOUD"), "00000"); // a line of capitals stresses no word
     ExpectSaid({
-        {"Nooooo Goooooal Pleeease Sweeet helloooo", "no goal please sweet hello"},
+        {"Nooooo Goooooal Pleeease Sweeet helloooo Boooom", "no goal please sweet hello boom"},
         {"Shhhh! Grrrr", "sh gr"},
-        {"Y-you, I-I, S-stop", "y you i i sss stop"},
+        {"Y-you, I-I, S-stop, N-no", "yh you i i sce stop nnn no"},
     });
 }
 

@@ -98,6 +98,11 @@ InlineReader::maybe_match InlineReader::MatchTime(size_t i) const {
                  found.spoken);
         found.end = i + 5;
     }
+    if ((tokens.Is(found.end, '-') || tokens.Is(found.end, kEnDash)) &&
+        tokens.IsDigits(found.end + 1)) {
+        AddWords(table.Word("to"), found.spoken);
+        ++found.end;
+    }
     return found;
 }
 

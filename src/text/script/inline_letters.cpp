@@ -53,11 +53,16 @@ InlineReader::maybe_match InlineReader::MatchStutter(size_t i) const {
     }
     const std::string start = InLowerCase(tokens.Text(next).substr(0, text.size()));
     const bool isSpelling = tokens.IsAllCapitals(next) && tokens.Text(next).size() <= text.size();
-    if (start != InLowerCase(text) || isSpelling || IsVowel(text[0])) {
+    const bool isName = tokens.IsCapitalised(next) && !IsSentenceStart(i); // on D-Day
+    const std::string lower = InLowerCase(text);
+    if (start != lower || isSpelling || isName || (IsVowel(text[0]) && lower != "y")) {
         return std::nullopt;
     }
-    const std::string letter(1, InLowerCase(text)[0]);
-    return match{text.size() == 1 ? letter + letter + letter : std::string(text), i + 1};
+    if (text.size() > 1) {
+        return match{std::string(text), i + 1};
+    }
+    const std::string_view sound = table.Get(script_section::kStutters, lower);
+    return match{sound.empty() ? lower + lower + lower : std::string(sound), i + 1};
 }
 
 /// Letters for the letters of an abbreviation in capitals; other capitals are stress.
@@ -159,12 +164,14 @@ InlineReader::maybe_match InlineReader::MatchDrawl(size_t i) const {
         return run.second && table.Has(script_section::kDoubled, std::string_view(&run.first, 1));
     };
     std::string spoken = build(std::ranges::any_of(runs, isUsuallyDoubled) ? 1 : 0);
-    for (size_t doubled = 0; doubled < size_t{1} << numLong; ++doubled) {
+    const std::string_view listed = table.Get(script_section::kDrawn, build(0));
+    for (size_t doubled = 0; listed.empty() && doubled < size_t{1} << numLong; ++doubled) {
         if (const std::string word = build(doubled); word.size() > 1 && IsKnown(word)) {
             spoken = word;
             break;
         }
     }
+    spoken = listed.empty() ? spoken : listed;
     if (spoken.size() == 1) {
         spoken = std::string(3, spoken[0]); // a letter alone would be said by its name
     }

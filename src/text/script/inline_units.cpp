@@ -17,7 +17,7 @@ std::string_view SeveralOf(const ScriptTable::fields& names) {
 /// Whether what is counted stands before what it says more of: a $3M contract.
 bool InlineReader::IsAdjective(size_t i, size_t end) const {
     const size_t word = tokens.WordBefore(i, 1);
-    return word < tokens.GetCount() && InLowerCase(tokens.Text(word)) == table.Word("article") &&
+    return word < tokens.GetCount() && table.Has(script_section::kArticles, tokens.Text(word)) &&
            tokens.IsBlank(end) && tokens.IsWord(end + 1) && tokens.Text(end + 1) != "x";
 }
 

@@ -207,10 +207,14 @@ InlineReader::maybe_match InlineReader::MatchJoint(size_t i) const {
                           (tokens.IsDigits(i + 2) || tokens.IsCapitalised(i + 2));
     const bool isTime =
         isHalf && i > 0 && (tokens.IsDigits(i - 1) || (i > 1 && tokens.IsDigits(i - 2)));
-    if (!isTime && !(isDay && isJoined)) {
+    const bool isSecond = isDay && i >= 2 && (tokens.Is(i - 1, '-') || tokens.Is(i - 1, kEnDash)) &&
+                          table.Has(script_section::kDays, tokens.Text(i - 2));
+    if (!isTime && !isSecond && !(isDay && isJoined)) {
         return std::nullopt;
     }
-    match found{isHalf ? Spelled(tokens.Text(i)) : std::string(tokens.Text(i)), i + 1};
+    match found{isHalf ? Spelled(tokens.Text(i))
+                       : std::string(table.Get(script_section::kDays, tokens.Text(i))),
+                i + 1};
     if (isJoined) {
         AddWords(table.Word("to"), found.spoken);
         ++found.end;

@@ -20,6 +20,7 @@ constexpr std::string_view kSectionNames[] = {
     "headings",       "transitions",   "stage",         "labels",        "directions",
     "not-directions", "tags",          "eras",          "numbered",      "title-page",
     "tiers",          "sound-tiers",   "year-words",    "over-contexts", "doubled",
+    "articles",       "drawn",         "stutters",
 };
 static_assert(std::size(kSectionNames) == static_cast<size_t>(script_section::kCount));
 

@@ -58,6 +58,9 @@ enum class script_section : uint8_t {
     kYearWords,
     kOverContexts,
     kDoubled,
+    kArticles,
+    kDrawn,
+    kStutters,
     kCount
 };
 
