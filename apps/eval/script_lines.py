@@ -2,7 +2,7 @@
 """Measures how many lines that people write are read as a person would say them.
 
     PYTHONPATH=bindings/python TESSARIN_LIBRARY=build/dev/libtessarin.so \
-        apps/eval/script_lines.py [--literal] [--show] [TABLE]
+        apps/eval/script_lines.py [--literal] [--show] [--least PERCENT] [TABLE]
 
 TABLE has a line, a tab and its readings; without one it is tests/text/script_lines.tsv. A line is
 right when what it says can be what one of its readings says, phoneme by phoneme, pauses left out.
@@ -114,6 +114,8 @@ def main() -> int:
     parser.add_argument("table", nargs="?", default=ROOT / "tests/text/script_lines.tsv")
     parser.add_argument("--literal", action="store_true", help="without the reader of scripts")
     parser.add_argument("--show", action="store_true", help="list the failures that may be seen")
+    parser.add_argument("--least", type=float, default=0.0, metavar="PERCENT",
+                        help="fail when fewer are right")
     options = parser.parse_args()
     can_choose = hasattr(tessarin, "SCRIPT_FORMATS")
     plain = {"literal": True} if can_choose else {}
@@ -136,7 +138,7 @@ def main() -> int:
         print(f"{name}: {right} of {count} lines right, {100 * right / count:.1f} %")
     right, count = (sum(each) for each in zip(*counts.values()))
     print(f"all: {right} of {count} lines right, {100 * right / count:.1f} %")
-    return 0
+    return 0 if 100 * right >= options.least * count else 1
 
 
 if __name__ == "__main__":
