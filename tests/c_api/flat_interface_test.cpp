@@ -316,7 +316,7 @@ TEST_F(FlatInterface, AnAlignedScriptHasItsWordsAndEventsAtTheirPlaces) {
     EXPECT_EQ(tessarin_get_word_flags(nullptr, 0), 0u);
 }
 
-TEST_F(FlatInterface, AScriptTellsWhatItsPartsStandFor) {
+TEST_F(FlatInterface, AScriptReportsWhatItsPartsStandFor) {
     tessarin_script* script = nullptr;
     const char* const written = "1\n00:00:01,000 --> 00:00:02,000\nPaid $5 \U0001F644 (sighs)";
     ASSERT_EQ(tessarin_create_script(language.get(), written, nullptr, &script), TESSARIN_OK);
