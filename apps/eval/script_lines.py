@@ -72,7 +72,7 @@ class Sounds:
         return (0, -1, 0)
 
     def step(self, state: tuple[int, int, int]) -> list[tuple[str | None, tuple[int, int, int]]]:
-        """The next phonemes, or None for what takes none, and the states behind them."""
+        """The next phonemes, or None for what takes none, and the states after them."""
         group, alternative, place = state
         if group == len(self._groups):
             return []

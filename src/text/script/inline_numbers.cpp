@@ -170,7 +170,7 @@ std::string InlineReader::SayFraction(std::string_view over, std::string_view un
     return spoken;
 }
 
-/// What stands behind a number over a slash or as a sign of its own: a part, or a share of a whole.
+/// What stands after a number over a slash or as a sign of its own: a part, or a share of a whole.
 InlineReader::maybe_match InlineReader::MatchFraction(const written_number& number) const {
     size_t at = number.end;
     const auto mixed = [&](std::string_view over, std::string_view under) {

@@ -32,7 +32,7 @@ public:
 private:
     struct match {
         std::string spoken;
-        size_t end; ///< the token behind it
+        size_t end; ///< the token after it
         uint32_t flags = 0;
     };
     using maybe_match = std::optional<match>;
@@ -58,7 +58,7 @@ private:
         return {tokens.At(first).start, tokens.At(end - 1).end - tokens.At(first).start};
     }
 
-    // Marks within a line: they give the token behind them, or 0.
+    // Marks within a line: they give the token after them, or 0.
     size_t ReadMark(size_t i);
     size_t ReadParenthesis(size_t i);
     size_t ReadBracket(size_t i, char32_t closing);
@@ -140,7 +140,7 @@ private:
     };
     closing_search lastSearch;        ///< that found nothing
     size_t emphasisEnd = 0;           ///< the token of the closing star
-    size_t lastPausePlace = SIZE_MAX; ///< the token behind the last pause
+    size_t lastPausePlace = SIZE_MAX; ///< the token after the last pause
 };
 
 } // namespace tessarin

@@ -33,7 +33,7 @@ InlineReader::maybe_match InlineReader::MatchSign(size_t i) const {
     return match{std::string(name), i + 1};
 }
 
-/// Signs that belong to the number behind them.
+/// Signs that belong to the number after them.
 InlineReader::maybe_match InlineReader::MatchSignBeforeNumber(size_t i) const {
     const char32_t code = tokens.At(i).code;
     const bool isDigitNext = tokens.IsDigits(i + 1);

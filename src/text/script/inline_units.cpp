@@ -21,7 +21,7 @@ bool InlineReader::IsAdjective(size_t i, size_t end) const {
            tokens.IsBlank(end) && tokens.IsWord(end + 1) && tokens.Text(end + 1) != "x";
 }
 
-/// A stop behind a unit belongs to it where the sentence goes on.
+/// A stop after a unit belongs to it where the sentence goes on.
 size_t InlineReader::SkipUnitStop(size_t i) const {
     const size_t next = tokens.SkipBlank(i + 1);
     const bool goesOn = (tokens.IsWord(next) && !tokens.IsCapitalised(next)) ||
@@ -29,7 +29,7 @@ size_t InlineReader::SkipUnitStop(size_t i) const {
     return tokens.Is(i, '.') && goesOn ? i + 1 : i;
 }
 
-/// A slash and a unit or a word behind: so much for each.
+/// A slash and a unit or a word after a number: so much for each.
 size_t InlineReader::AddPer(size_t end, std::string& spoken) const {
     if (!tokens.Is(end, '/') || !tokens.IsWord(end + 1)) {
         return end;
@@ -41,7 +41,7 @@ size_t InlineReader::AddPer(size_t end, std::string& spoken) const {
     return SkipUnitStop(unit != nullptr ? unitEnd : end + 2);
 }
 
-/// The unit at `from`, written to its number or not; `end` becomes the token behind.
+/// The unit at `from`, written to its number or not; `end` becomes the token after it.
 const ScriptTable::fields* InlineReader::FindUnit(size_t from, size_t& end, bool isGlued) const {
     if (tokens.Is(from, 0xB0)) { // degrees, of a scale or not
         const size_t scale = tokens.SkipBlank(from + 1);
@@ -84,7 +84,7 @@ const ScriptTable::fields* InlineReader::FindUnit(size_t from, size_t& end, bool
     return found;
 }
 
-/// A number with what it counts: a unit, a currency behind it, a power of a unit.
+/// A number with what it counts: a unit, a currency after it, a power of a unit.
 InlineReader::maybe_match InlineReader::MatchCounted(size_t i, const written_number& number) const {
     size_t at = number.end;
     const bool isHyphened = tokens.Is(at, '-') && tokens.IsWord(at + 1);
@@ -157,8 +157,8 @@ InlineReader::maybe_match InlineReader::MatchFeetAndInches(const written_number&
     return found;
 }
 
-/// The word for a power of ten behind an amount, as in $5M and $1.2 billion; `end` becomes the
-/// token behind it.
+/// The word for a power of ten after an amount, as in $5M and $1.2 billion; `end` becomes the
+/// token after it.
 std::string_view InlineReader::FindScale(size_t& end) const {
     if (tokens.IsWord(end)) {
         const std::string_view power = table.Get(script_section::kAmounts, tokens.Text(end));

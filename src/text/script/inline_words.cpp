@@ -86,12 +86,12 @@ InlineReader::maybe_match InlineReader::MatchAddress(size_t i) const {
     return found;
 }
 
-/// The token behind the stop at `i`, or `i` where the stop ends a line, too, and is a pause.
+/// The token after the stop at `i`, or `i` where the stop ends a line, too, and is a pause.
 size_t InlineReader::StopEnd(size_t i) const {
     return IsSentenceEnd(i + 1) ? i : i + 1;
 }
 
-/// Saint or street: by whether the name stands behind or before.
+/// Saint or street: by whether the name stands after or before.
 InlineReader::maybe_match InlineReader::MatchNeighbour(size_t i) const {
     const ScriptTable::fields* const names =
         table.FindAnyCase(script_section::kNeighbours, tokens.Text(i));
@@ -168,7 +168,7 @@ InlineReader::maybe_match InlineReader::MatchAbbreviation(size_t i) const {
     return match{entry->front(), hasStop && StopEnd(end) != end ? end + 1 : end};
 }
 
-/// A Roman numeral behind a word that has such, as a number, or behind a ruler's name, as an
+/// A Roman numeral after a word that has such, as a number, or after a ruler's name, as an
 /// ordinal.
 InlineReader::maybe_match InlineReader::MatchRoman(size_t i) const {
     const uint32_t value = tokens.IsAllCapitals(i) ? RomanValue(tokens.Text(i)) : 0;

@@ -49,7 +49,7 @@ bool IsMarkOfName(char letter) {
            letter == '&' || letter == '/';
 }
 
-/// The stretch at the beginning of a line that may be a name, without the blanks behind it.
+/// The stretch at the beginning of a line that may be a name, without the blanks after it.
 size_t NameLength(std::string_view line) {
     size_t length = 0;
     while (length < line.size() && length <= kLongestName &&
@@ -106,8 +106,8 @@ size_t SkipRemarks(std::string_view line, size_t at) {
 
 struct name_before {
     size_t start;    ///< of the name
-    size_t nameEnd;  ///< behind it
-    size_t speechAt; ///< behind the mark that ends the name
+    size_t nameEnd;  ///< after it
+    size_t speechAt; ///< after the mark that ends the name
 };
 
 /// NAME: or NAME (how): at the beginning of a line.
@@ -320,9 +320,9 @@ size_t CueNameLength(std::string_view line, const ScriptTable& table) {
     constexpr int kMostWords = 5;
     const size_t length = NameLength(line);
     const std::string_view name = line.substr(0, length);
-    size_t behind = length > 0 ? SkipRemarks(line, length) : 0;
-    behind += behind < line.size() && line[behind] == '^' ? 1 : 0;
-    const bool isName = length > 0 && behind >= line.size() && HasOnlyCapitals(name) &&
+    size_t after = length > 0 ? SkipRemarks(line, length) : 0;
+    after += after < line.size() && line[after] == '^' ? 1 : 0;
+    const bool isName = length > 0 && after >= line.size() && HasOnlyCapitals(name) &&
                         !name.ends_with('.') && std::ranges::count(name, ' ') < kMostWords;
     return isName && !IsLabel(name, table) ? length : 0;
 }

@@ -91,8 +91,8 @@ private:
     std::vector<script_token> tokens; ///< the last is an end
 };
 
-/// The character at `text[at]`, where `at` moves on behind it; U+FFFD, of one byte, where the bytes
-/// are not UTF-8.
+/// The character at `text[at]`, where `at` moves on to the next; U+FFFD, of one byte, where the
+/// bytes are not UTF-8.
 char32_t NextCharacter(std::string_view text, size_t& at);
 
 bool IsScriptLetter(char32_t code);
