@@ -146,10 +146,10 @@ enum tessarin_span_kind {
     TESSARIN_TAG = 2, /**< text in brackets, or a tag */
     TESSARIN_CUT = 3, /**< a tag that divides the text */
     TESSARIN_PUNCTUATION = 4,
-    TESSARIN_SPEAKER = 5,   /**< the name before a line */
-    TESSARIN_DIRECTION = 6, /**< how or where a line is said, in parentheses or by itself */
-    TESSARIN_ACTION = 7,    /**< between stars */
-    TESSARIN_HEADING = 8    /**< of a scene */
+    TESSARIN_SPEAKER = 6,   /**< the name before a line */
+    TESSARIN_DIRECTION = 7, /**< how or where a line is said, in parentheses or by itself */
+    TESSARIN_ACTION = 8,    /**< between stars */
+    TESSARIN_HEADING = 9    /**< of a scene */
 };
 
 /** Flags of a word. */

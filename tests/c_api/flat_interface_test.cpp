@@ -271,7 +271,7 @@ TEST_F(FlatInterface, AScriptIsReadUnlessItIsLiteral) {
               TESSARIN_OK);
     const transcript_handle owner(transcript);
     EXPECT_THAT(Tokens(transcript),
-                ElementsAre("5 0 JOE:", "1 5 In", "1 8 1905", "6 13 (beat)", "1 23 Zoë"));
+                ElementsAre("6 0 JOE:", "1 5 In", "1 8 1905", "7 13 (beat)", "1 23 Zoë"));
 
     options.speaker = "MARY";
     ASSERT_EQ(tessarin_create_script_transcript(language.get(), written, &options, &transcript),
