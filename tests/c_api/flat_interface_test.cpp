@@ -234,19 +234,19 @@ TEST_F(FlatInterface, AScriptIsReadUnlessItIsLiteral) {
     tessarin_transcript* transcript = nullptr;
     ASSERT_EQ(tessarin_create_script_transcript(language.get(), written, &options, &transcript),
               TESSARIN_OK);
-    const transcript_handle owner(transcript);
+    const transcript_owner owner(transcript);
     EXPECT_THAT(Tokens(transcript),
                 ElementsAre("6 0 JOE:", "1 5 In", "1 8 1905", "7 13 (beat)", "1 23 Zoë"));
 
     options.speaker = "MARY";
     ASSERT_EQ(tessarin_create_script_transcript(language.get(), written, &options, &transcript),
               TESSARIN_OK);
-    EXPECT_THAT(Tokens(transcript_handle(transcript).get()), ElementsAre());
+    EXPECT_THAT(Tokens(transcript_owner(transcript).get()), ElementsAre());
 
     options.flags = TESSARIN_SCRIPT_LITERAL;
     ASSERT_EQ(tessarin_create_script_transcript(language.get(), written, &options, &transcript),
               TESSARIN_OK);
-    EXPECT_EQ(Tokens(transcript_handle(transcript).get()).front(), "1 0 JOE");
+    EXPECT_EQ(Tokens(transcript_owner(transcript).get()).front(), "1 0 JOE");
 
     const auto codeOf = [&](uint32_t size, uint32_t flags, uint32_t format, const char* table) {
         const tessarin_script_options bad{size, flags, format, nullptr, table};
@@ -263,7 +263,7 @@ TEST_F(FlatInterface, AScriptIsReadUnlessItIsLiteral) {
 TEST_F(FlatInterface, AnAlignedScriptHasItsWordsAndEventsAtTheirPlaces) {
     std::string script = "ALLISON (V.O.): " + text;
     script.replace(script.find("everything"), 10, "EVERYTHING");
-    const result_handle result = Align(nullptr, script);
+    const result_owner result = Align(nullptr, script);
     EXPECT_EQ(Lines(result.get()).size(), Lines(Align().get()).size());
     uint32_t count = 0;
     const tessarin_span* events = tessarin_get_events(result.get(), &count);
@@ -285,7 +285,7 @@ TEST_F(FlatInterface, AScriptReportsWhatItsPartsStandFor) {
     tessarin_script* script = nullptr;
     const char* const written = "1\n00:00:01,000 --> 00:00:02,000\nPaid $5 \U0001F644 (sighs)";
     ASSERT_EQ(tessarin_create_script(language.get(), written, nullptr, &script), TESSARIN_OK);
-    const std::unique_ptr<tessarin_script, freer<tessarin_free_script>> owner(script);
+    const std::unique_ptr<tessarin_script, tessarin::destroyer<tessarin_free_script>> owner(script);
     uint32_t count = 0;
     const tessarin_script_part* words = tessarin_get_script_words(script, &count);
     ASSERT_EQ(count, 2u);

@@ -91,26 +91,6 @@ void RequireTable(const std::string& path, const std::string& table) {
     }
 }
 
-SpokenText ReadAsScript(const std::string& source, std::string bytes, const text_options& options,
-                        const data_options& data, tessarin::IVisemixTranscriber& transcriber) {
-    const std::string table = ReadTable(options, data, transcriber);
-    RequireTable(options.table, table);
-    tessarin_script_options script{};
-    script.size = sizeof script;
-    script.flags = options.hasCueTimes ? TESSARIN_SCRIPT_CUE_TIMES : 0;
-    script.format = FormOf(options);
-    script.speaker = options.speaker.c_str();
-    script.table = table.c_str();
-    const std::string path = DataPathOr(data.lexicon, data, kLexiconName);
-    tessarin_language* opened = nullptr;
-    const int32_t code = tessarin_create_language_from_file(path.c_str(), &opened);
-    const tessarin::flat::language_owner language(opened);
-    if (code != tessarin::kNoError) {
-        throw EngineFailure(path, code);
-    }
-    return {source, std::move(bytes), options.encoding, transcriber, {&script, opened}};
-}
-
 /// The number of a language that the built-in table is for.
 bool IsEnglish(tessarin::IVisemixTranscriber& transcriber) {
     constexpr uint32_t kEnglish = 9;
@@ -119,7 +99,40 @@ bool IsEnglish(tessarin::IVisemixTranscriber& transcriber) {
     return info.language == kEnglish || info.language == 0;
 }
 
+bool IsScript(const text_options& options, tessarin::IVisemixTranscriber& transcriber) {
+    return !options.isLiteral && (IsEnglish(transcriber) || !options.table.empty());
+}
+
+SpokenText ReadAsScript(const std::string& source, std::string bytes, const text_options& options,
+                        const data_options& data, tessarin::IVisemixTranscriber& transcriber) {
+    const ScriptOptions script(options, data, transcriber);
+    const std::string path = DataPathOr(data.lexicon, data, kLexiconName);
+    tessarin_language* opened = nullptr;
+    const int32_t code = tessarin_create_language_from_file(path.c_str(), &opened);
+    const tessarin::flat::language_owner language(opened);
+    if (code != tessarin::kNoError) {
+        throw EngineFailure(path, code);
+    }
+    return {source, std::move(bytes), options.encoding, transcriber, {&script.GetFlat(), opened}};
+}
+
 } // namespace
+
+ScriptOptions::ScriptOptions(const text_options& options, const data_options& data,
+                             tessarin::IVisemixTranscriber& transcriber)
+    : speaker(options.speaker) {
+    flat.size = sizeof flat;
+    if (!IsScript(options, transcriber)) {
+        flat.flags = TESSARIN_SCRIPT_LITERAL;
+        return;
+    }
+    table = ReadTable(options, data, transcriber);
+    RequireTable(options.table, table);
+    flat.flags = options.hasCueTimes ? TESSARIN_SCRIPT_CUE_TIMES : 0;
+    flat.format = FormOf(options);
+    flat.speaker = speaker.c_str();
+    flat.table = table.c_str();
+}
 
 void AddTextOptions(CLI::App& command, text_options* options) {
     auto* text = command.add_option("-t,--text", options->text, "What is said");
@@ -171,7 +184,7 @@ SpokenText ReadText(const text_options& options, const data_options& data,
     if (options.encoding == "auto") {
         WarnOfBadUtf8(source, bytes, transcriber);
     }
-    const bool isScript = !options.isLiteral && (IsEnglish(transcriber) || !options.table.empty());
+    const bool isScript = IsScript(options, transcriber);
     if (!isScript && !options.speaker.empty()) {
         throw Failure(kExitUsage, options.isLiteral
                                       ? "--speaker: a text that is --literal has no roles"

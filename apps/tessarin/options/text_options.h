@@ -22,6 +22,23 @@ struct text_options {
     bool IsGiven() const { return text || file; }
 };
 
+/// How the library is to read the text. Keeps what its options borrow.
+class ScriptOptions {
+public:
+    /// Throws Failure for a table that does not read.
+    ScriptOptions(const text_options& options, const data_options& data,
+                  tessarin::IVisemixTranscriber& transcriber);
+    ScriptOptions(const ScriptOptions&) = delete;
+    ScriptOptions& operator=(const ScriptOptions&) = delete;
+
+    const tessarin_script_options& GetFlat() const { return flat; }
+
+private:
+    std::string speaker;
+    std::string table;
+    tessarin_script_options flat{};
+};
+
 /// Adds --text and --text-file, of which only one may be given, --encoding, and how a script is
 /// read.
 void AddTextOptions(CLI::App& command, text_options* options);
