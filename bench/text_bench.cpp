@@ -3,11 +3,13 @@
 #include "base/whole_file.h"
 #include "text/lexicon/cm_dict.h"
 #include "text/lexicon/lexicon_file.h"
+#include "text/script/script_reader.h"
 #include "text/transcriber.h"
 
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
+#include <fstream>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -107,5 +109,24 @@ void TranscribeText(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * count);
 }
 BENCHMARK(TranscribeText)->Unit(benchmark::kMicrosecond);
+
+/// A megabyte of lines as people write them.
+void ReadScriptText(benchmark::State& state) {
+    constexpr size_t kSize = 1 << 20;
+    std::ifstream lines(TESSARIN_SOURCE_DIR "/tests/text/script_lines.tsv");
+    std::string once;
+    for (std::string line; std::getline(lines, line);) {
+        once += line.substr(0, line.find('\t')) + "\n";
+    }
+    std::string text;
+    while (text.size() < kSize) {
+        text += once;
+    }
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(ReadScript(text, BuiltInEnglishScript(), {}, {}));
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(text.size()));
+}
+BENCHMARK(ReadScriptText)->Unit(benchmark::kMillisecond);
 
 } // namespace

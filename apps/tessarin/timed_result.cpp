@@ -12,6 +12,12 @@ timed_span SpanOf(const CSyncMarker& marker, const SpokenText* text) {
                     marker.text_offset, marker.text_length};
     if (text != nullptr) {
         const SpokenText::place original = text->FindOriginal(span.textOffset, span.textLength);
+        if (const auto part = text->FindPart(span.textOffset, span.textLength)) {
+            span.flags = part->flags;
+            span.type = part->kind >= TESSARIN_SPEAKER
+                            ? kScriptSpan + static_cast<uint32_t>(part->kind)
+                            : span.type;
+        }
         span.text = text->GetUtf8(span.textOffset, span.textLength);
         span.textOffset = original.offset;
         span.textLength = original.length;
@@ -56,6 +62,14 @@ const char* SpanTypeName(uint32_t type) {
         return "word";
     case tessarin::kPunctuationMarker:
         return "punctuation";
+    case kScriptSpan + TESSARIN_SPEAKER:
+        return "speaker";
+    case kScriptSpan + TESSARIN_DIRECTION:
+        return "direction";
+    case kScriptSpan + TESSARIN_ACTION:
+        return "action";
+    case kScriptSpan + TESSARIN_HEADING:
+        return "heading";
     default:
         return "tag";
     }

@@ -17,14 +17,18 @@ struct timed_phoneme {
     float score;
 };
 
-/// A word or a text event: punctuation, a bracket comment or a tag.
+/// The type of an event of a script is this and a tessarin_span_kind.
+inline constexpr uint32_t kScriptSpan = 200;
+
+/// A word or a text event: punctuation, a bracket comment, a tag, or what of a script is not said.
 struct timed_span {
-    uint32_t type; ///< a tessarin::sync_marker_type
+    uint32_t type; ///< a tessarin::sync_marker_type, or kScriptSpan and more
     std::string text;
     int32_t startMs;
     int32_t endMs;
     int32_t textOffset; ///< in bytes of the user's text
     int32_t textLength;
+    uint32_t flags = 0; ///< of a word: tessarin_word_flags
 };
 
 struct mouth_frame {
@@ -63,5 +67,5 @@ void CollectMarkers(tessarin::ISyncResultsCollection& results, const SpokenText*
 
 mouth_frame CopyFrame(const tessarin_frame& frame);
 
-/// The name of a span's type in the outputs: word, punctuation or tag.
+/// The name of a span's type in the outputs: word, punctuation, tag, or the part of a script.
 const char* SpanTypeName(uint32_t type);

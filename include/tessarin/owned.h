@@ -53,6 +53,7 @@ namespace flat {
 using model_owner = std::unique_ptr<tessarin_model, destroyer<tessarin_free_model>>;
 using language_owner = std::unique_ptr<tessarin_language, destroyer<tessarin_free_language>>;
 using audio_owner = std::unique_ptr<tessarin_audio, destroyer<tessarin_free_audio>>;
+using script_owner = std::unique_ptr<tessarin_script, destroyer<tessarin_free_script>>;
 using transcript_owner = std::unique_ptr<tessarin_transcript, destroyer<tessarin_free_transcript>>;
 using result_owner = std::unique_ptr<tessarin_result, destroyer<tessarin_free_result>>;
 using track_owner = std::unique_ptr<tessarin_track, destroyer<tessarin_free_track>>;

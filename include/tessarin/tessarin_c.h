@@ -67,6 +67,34 @@ enum tessarin_search_flags {
     TESSARIN_SEARCH_RETRY = 1
 };
 
+/** The form of a script. */
+enum tessarin_script_format {
+    TESSARIN_AUTO_SCRIPT = 0,     /**< found out by its marks */
+    TESSARIN_PLAIN_SCRIPT = 1,    /**< lines as people write them */
+    TESSARIN_FOUNTAIN_SCRIPT = 2, /**< a screenplay: only dialogue is said */
+    TESSARIN_SUBRIP_SCRIPT = 3,   /**< subtitles, .srt */
+    TESSARIN_WEBVTT_SCRIPT = 4,   /**< subtitles, .vtt */
+    TESSARIN_TEXTGRID_SCRIPT = 5  /**< the words or the text of a Praat TextGrid */
+};
+
+/** Flags of tessarin_script_options. */
+enum tessarin_script_flags {
+    /** The text is read as it stands, as the classes read it: numbers as numbers, no roles. */
+    TESSARIN_SCRIPT_LITERAL = 1,
+    /** The times of subtitles divide the text where there is a pause between two. */
+    TESSARIN_SCRIPT_CUE_TIMES = 2
+};
+
+/** How a text is read. People write 1905, Dr. and (sighs), and names before lines: what is said of
+   that is found out, and what is not said becomes events. */
+typedef struct tessarin_script_options {
+    uint32_t size;       /**< of this struct, in bytes */
+    uint32_t flags;      /**< tessarin_script_flags */
+    uint32_t format;     /**< a tessarin_script_format */
+    const char* speaker; /**< whose lines are said; null or empty: everybody's */
+    const char* table;   /**< entries in the form of data/en-us.script, on top of its own; null */
+} tessarin_script_options;
+
 /** How audio is searched. */
 typedef struct tessarin_search_options {
     uint32_t size;      /**< of this struct, in bytes */
@@ -75,6 +103,8 @@ typedef struct tessarin_search_options {
     int32_t to_ms;      /**< 0: to its end */
     uint32_t flags;     /**< tessarin_search_flags; not in the struct of 16 bytes, which is taken,
                              too */
+    const tessarin_script_options* script; /**< how the text is read; null gives the defaults; not
+                                                in the struct of 20 bytes, which is taken, too */
 } tessarin_search_options;
 
 /** Flags of tessarin_track_options. */
@@ -136,7 +166,17 @@ enum tessarin_span_kind {
     TESSARIN_WORD = 1,
     TESSARIN_TAG = 2, /**< text in brackets, or a tag */
     TESSARIN_CUT = 3, /**< a tag that divides the text */
-    TESSARIN_PUNCTUATION = 4
+    TESSARIN_PUNCTUATION = 4,
+    TESSARIN_SPEAKER = 6,   /**< the name before a line */
+    TESSARIN_DIRECTION = 7, /**< how or where a line is said, in parentheses or by itself */
+    TESSARIN_ACTION = 8,    /**< between stars */
+    TESSARIN_HEADING = 9    /**< of a scene */
+};
+
+/** Flags of a word. */
+enum tessarin_word_flags {
+    TESSARIN_WORD_EMPHASIS = 1, /**< written in capitals or between stars */
+    TESSARIN_WORD_DRAWL = 2     /**< drawn out: with a letter three times or more */
 };
 
 /** A word or an event of a text that was aligned. */
@@ -275,9 +315,16 @@ TESSARIN_API uint32_t tessarin_get_audio_rate_hz(const tessarin_audio* audio);
 /** Null is allowed. */
 TESSARIN_API void tessarin_free_audio(tessarin_audio* audio);
 
-/** Tells how a text is said. INVALID_UTF8. */
+/** Reports how a text is said. INVALID_UTF8. */
 TESSARIN_API int32_t tessarin_create_transcript(tessarin_language* language, const char* text,
                                                 tessarin_transcript** out);
+
+/** The same with options, which may be null. INVALID_ARGUMENT for an option that does not exist;
+   INVALID_FILE for a table that does not read; INVALID_UTF8. */
+TESSARIN_API int32_t tessarin_create_script_transcript(tessarin_language* language,
+                                                       const char* text,
+                                                       const tessarin_script_options* options,
+                                                       tessarin_transcript** out);
 
 /** The tokens in order, or null when there are none; `*count` receives how many. */
 TESSARIN_API const tessarin_token*
@@ -285,6 +332,51 @@ tessarin_get_transcript_tokens(const tessarin_transcript* transcript, uint32_t* 
 
 /** Null is allowed. */
 TESSARIN_API void tessarin_free_transcript(tessarin_transcript* transcript);
+
+typedef struct tessarin_script tessarin_script; /**< what is said of a text */
+
+/** A stretch of a script, and what it is. */
+typedef struct tessarin_script_part {
+    int32_t kind;        /**< a tessarin_span_kind */
+    int32_t text_offset; /**< place in the text that was given */
+    int32_t text_length; /**< in bytes */
+    uint32_t flags;      /**< of a word: tessarin_word_flags */
+    int32_t start_ms;    /**< of a subtitle; -1 otherwise */
+    int32_t end_ms;      /**< of a subtitle; -1 otherwise */
+    const char* spoken;  /**< the words that are said for it; empty for events */
+} tessarin_script_part;
+
+/** Reads a text without transcribing it. `language` may be null; with one, words are told from
+   letters and sounds by its lexicon. LITERAL is not an option of it. INVALID_ARGUMENT; INVALID_FILE
+   for a table that does not read; INVALID_UTF8. */
+TESSARIN_API int32_t tessarin_create_script(tessarin_language* language, const char* text,
+                                            const tessarin_script_options* options,
+                                            tessarin_script** out);
+
+/** The words to be said, with pauses and tags, in UTF-8: a text for a transcriber. */
+TESSARIN_API const char* tessarin_get_script_text(const tessarin_script* script);
+
+/** The words, or null when there are none; `*count` receives how many. */
+TESSARIN_API const tessarin_script_part* tessarin_get_script_words(const tessarin_script* script,
+                                                                   uint32_t* count);
+/** What is not said, likewise. */
+TESSARIN_API const tessarin_script_part* tessarin_get_script_events(const tessarin_script* script,
+                                                                    uint32_t* count);
+/** The lines of subtitles with their times, likewise; their kind is 0. */
+TESSARIN_API const tessarin_script_part* tessarin_get_script_cues(const tessarin_script* script,
+                                                                  uint32_t* count);
+/** The characters that have no name and are not said, likewise; their kind is 0. */
+TESSARIN_API const tessarin_script_part* tessarin_get_script_unsaid(const tessarin_script* script,
+                                                                    uint32_t* count);
+
+/** What a stretch of the text of tessarin_get_script_text stands for, with its place in the text
+   that was given. The `spoken` of `*out` lives as long as the script. OUT_OF_RANGE for a stretch
+   that is not in it. */
+TESSARIN_API int32_t tessarin_find_script_part(const tessarin_script* script, int32_t offset,
+                                               int32_t length, tessarin_script_part* out);
+
+/** Null is allowed. */
+TESSARIN_API void tessarin_free_script(tessarin_script* script);
 
 /** Finds when each phoneme and word of `text` was spoken. `options` and `progress` may be null.
    RECOGNITION_FAILED when the search loses the text: `*out` then holds what was found before, and
@@ -309,7 +401,9 @@ TESSARIN_API const tessarin_phoneme* tessarin_get_phonemes(const tessarin_result
 /** The words, likewise. */
 TESSARIN_API const tessarin_span* tessarin_get_words(const tessarin_result* result,
                                                      uint32_t* count);
-/** The punctuation and tags, likewise. */
+/** The tessarin_word_flags of word number `word`, from 0; 0 beyond the last. */
+TESSARIN_API uint32_t tessarin_get_word_flags(const tessarin_result* result, uint32_t word);
+/** The punctuation, tags and events of the script, likewise. */
 TESSARIN_API const tessarin_span* tessarin_get_events(const tessarin_result* result,
                                                       uint32_t* count);
 

@@ -33,7 +33,8 @@ static_assert(+TESSARIN_TRACK_SMOOTH == +kSmoothFrames &&
               +TESSARIN_TRACK_EXCESS_LEVEL == +kExcessLevel);
 static_assert(sizeof(tessarin_phoneme) == 20 && sizeof(tessarin_span) == 32 &&
               sizeof(tessarin_token) == 32 && sizeof(tessarin_frame) == 92 &&
-              sizeof(tessarin_search_options) == 20 && sizeof(tessarin_track_options) == 64);
+              sizeof(tessarin_search_options) == 32 && sizeof(tessarin_script_options) == 32 &&
+              sizeof(tessarin_script_part) == 32 && sizeof(tessarin_track_options) == 64);
 
 namespace {
 
@@ -188,9 +189,15 @@ void tessarin_free_audio(tessarin_audio* audio) {
 
 int32_t tessarin_create_transcript(tessarin_language* language, const char* text,
                                    tessarin_transcript** out) {
+    return tessarin_create_script_transcript(language, text, nullptr, out);
+}
+
+int32_t tessarin_create_script_transcript(tessarin_language* language, const char* text,
+                                          const tessarin_script_options* options,
+                                          tessarin_transcript** out) {
     return Create(language != nullptr && text != nullptr, out,
                   [&](std::unique_ptr<tessarin_transcript>& made) {
-                      return Transcribe(*language, text, made);
+                      return Transcribe(*language, text, options, made);
                   });
 }
 
@@ -229,6 +236,10 @@ const tessarin_phoneme* tessarin_get_phonemes(const tessarin_result* result, uin
 
 const tessarin_span* tessarin_get_words(const tessarin_result* result, uint32_t* count) {
     return Items(result != nullptr ? &result->words : nullptr, count);
+}
+
+uint32_t tessarin_get_word_flags(const tessarin_result* result, uint32_t word) {
+    return result != nullptr && word < result->wordFlags.size() ? result->wordFlags[word] : 0;
 }
 
 const tessarin_span* tessarin_get_events(const tessarin_result* result, uint32_t* count) {

@@ -5,6 +5,7 @@
 #include "session/lexicon_facts.h"
 #include "session/live_listener.h"
 #include "session/noise_gating.h"
+#include "session/script_parts.h"
 #include "session/search_run.h"
 #include "session/sentence_search.h"
 #include "tessarin/tessarin_c.h"
@@ -139,4 +140,45 @@ const tessarin_lexicon_facts* tessarin_get_lexicon_facts(const tessarin_lexicon*
 
 void tessarin_free_lexicon(tessarin_lexicon* lexicon) {
     delete lexicon;
+}
+
+int32_t tessarin_create_script(tessarin_language* language, const char* text,
+                               const tessarin_script_options* options, tessarin_script** out) {
+    return Create(text != nullptr, out, [&](std::unique_ptr<tessarin_script>& made) {
+        return MakeScript(language, text, options, made);
+    });
+}
+
+const char* tessarin_get_script_text(const tessarin_script* script) {
+    return script != nullptr ? script->reading.GetSpoken().c_str() : "";
+}
+
+const tessarin_script_part* tessarin_get_script_words(const tessarin_script* script,
+                                                      uint32_t* count) {
+    return Items(script != nullptr ? &script->words : nullptr, count);
+}
+
+const tessarin_script_part* tessarin_get_script_events(const tessarin_script* script,
+                                                       uint32_t* count) {
+    return Items(script != nullptr ? &script->events : nullptr, count);
+}
+
+const tessarin_script_part* tessarin_get_script_cues(const tessarin_script* script,
+                                                     uint32_t* count) {
+    return Items(script != nullptr ? &script->cues : nullptr, count);
+}
+
+const tessarin_script_part* tessarin_get_script_unsaid(const tessarin_script* script,
+                                                       uint32_t* count) {
+    return Items(script != nullptr ? &script->unsaid : nullptr, count);
+}
+
+int32_t tessarin_find_script_part(const tessarin_script* script, int32_t offset, int32_t length,
+                                  tessarin_script_part* out) {
+    return script == nullptr || out == nullptr ? error_code{kInvalidArgument}
+                                               : FindScriptPart(*script, offset, length, *out);
+}
+
+void tessarin_free_script(tessarin_script* script) {
+    delete script;
 }

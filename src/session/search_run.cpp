@@ -7,6 +7,7 @@
 
 #include "mouth/loudness.h"
 #include "session/progress_bridge.h"
+#include "session/script_parts.h"
 #include "session/spoken_language.h"
 
 namespace tessarin {
@@ -115,12 +116,21 @@ int32_t KindOf(const CSyncMarker& marker) {
 void AddSpan(const CSyncMarker& marker, const SpanText* text, tessarin_result& result) {
     SpanText::place place{marker.text_offset, marker.text_length};
     std::string spelling = marker.text != nullptr ? marker.text : "";
+    int32_t kind = KindOf(marker);
+    uint32_t flags = 0;
     if (text != nullptr) {
+        const ScriptReading::source source =
+            text->FindSource(marker.text_offset, marker.text_length);
+        kind = source.event != nullptr ? SpanKindOf(*source.event) : kind;
+        flags = source.word != nullptr ? source.word->flags : 0;
         place = text->FindOriginal(marker.text_offset, marker.text_length);
         spelling = text->GetOriginal(place);
     }
+    if (marker.type == kWordMarker) {
+        result.wordFlags.push_back(flags);
+    }
     auto& spans = marker.type == kWordMarker ? result.words : result.events;
-    spans.push_back({KindOf(marker), marker.start, marker.end, place.offset, place.length,
+    spans.push_back({kind, marker.start, marker.end, place.offset, place.length,
                      Keep(std::move(spelling), result.texts)});
 }
 
@@ -172,7 +182,8 @@ error_code ReadSearchOptions(const tessarin_search_options* given, tessarin_sear
     }
     // The sizes that the struct has had; what an older one lacks stays 0.
     constexpr size_t kFirstSize = offsetof(tessarin_search_options, flags);
-    if (given->size != kFirstSize && given->size != sizeof out) {
+    constexpr size_t kSecondSize = kFirstSize + sizeof given->flags;
+    if (given->size != kFirstSize && given->size != kSecondSize && given->size != sizeof out) {
         return kInvalidArgument;
     }
     std::memcpy(&out, given, given->size);
@@ -181,12 +192,21 @@ error_code ReadSearchOptions(const tessarin_search_options* given, tessarin_sear
 
 error_code Align(const search_input& input, tessarin_language& language, const char* text,
                  std::unique_ptr<tessarin_result>& out) {
-    const SpokenLanguage spoken(language, text);
+    tessarin_search_options options{};
+    text_reading how;
+    error_code code = ReadSearchOptions(input.options, options);
+    if (code == kNoError) {
+        code = ReadScriptOptions(options.script, how);
+    }
+    if (code != kNoError) {
+        return code;
+    }
+    const SpokenLanguage spoken(language, text, how);
     if (spoken.GetCode() != kNoError) {
         return spoken.GetCode();
     }
     Search search(input);
-    error_code code = search.Open(input);
+    code = search.Open(input);
     if (code != kNoError) {
         return code;
     }
@@ -211,8 +231,14 @@ error_code Recognize(const search_input& input, std::unique_ptr<tessarin_result>
 }
 
 error_code Transcribe(tessarin_language& language, const char* text,
+                      const tessarin_script_options* options,
                       std::unique_ptr<tessarin_transcript>& out) {
-    const SpokenLanguage spoken(language, text);
+    text_reading how;
+    const error_code code = ReadScriptOptions(options, how);
+    if (code != kNoError) {
+        return code;
+    }
+    const SpokenLanguage spoken(language, text, how);
     if (spoken.GetCode() != kNoError) {
         return spoken.GetCode();
     }
@@ -224,7 +250,12 @@ error_code Transcribe(tessarin_language& language, const char* text,
         const SpanText::place place =
             spoken.GetText().FindOriginal(static_cast<int32_t>(token.text_start),
                                           static_cast<int32_t>(token.text_end - token.text_start));
-        out->tokens.push_back({static_cast<int32_t>(token.kind), place.offset, place.length,
+        const ScriptReading::source source =
+            spoken.GetText().FindSource(static_cast<int32_t>(token.text_start),
+                                        static_cast<int32_t>(token.text_end - token.text_start));
+        const int32_t kind =
+            source.event != nullptr ? SpanKindOf(*source.event) : static_cast<int32_t>(token.kind);
+        out->tokens.push_back({kind, place.offset, place.length,
                                token.kind == kCutToken ? token.value : -1,
                                Keep(spoken.GetText().GetOriginal(place), out->texts),
                                Keep(PhonemesOf(token), out->texts)});

@@ -24,6 +24,7 @@ struct tessarin_result {
     tessarin::results_owner markers;
     std::vector<tessarin_phoneme> phonemes;
     std::vector<tessarin_span> words;
+    std::vector<uint32_t> wordFlags; ///< of each word
     std::vector<tessarin_span> events;
     std::vector<float> loudness; ///< of each 10 ms of the audio, in dB; empty when not known
     std::vector<std::unique_ptr<std::string>> texts; ///< of the spans
@@ -55,6 +56,7 @@ error_code Align(const search_input& input, tessarin_language& language, const c
 error_code Recognize(const search_input& input, std::unique_ptr<tessarin_result>& out);
 
 error_code Transcribe(tessarin_language& language, const char* text,
+                      const tessarin_script_options* options,
                       std::unique_ptr<tessarin_transcript>& out);
 
 } // namespace tessarin

@@ -281,7 +281,12 @@ error_code SearchSentences(const search_input& input, tessarin_language& languag
     if (code != kNoError) {
         return code;
     }
-    SpokenLanguage spoken(language, text);
+    text_reading how;
+    code = ReadScriptOptions(options.script, how);
+    if (code != kNoError) {
+        return code;
+    }
+    SpokenLanguage spoken(language, text, how);
     if (spoken.GetCode() != kNoError) {
         return spoken.GetCode();
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <optional>
+#include <utility>
 
 #include "session/near_characters.h"
 #include "tessarin/converted_text.h"
@@ -58,7 +59,31 @@ SpanText::SpanText(std::string_view utf8, const TranscriberInfo& info) : origina
     starts.push_back(static_cast<uint32_t>(original.size()));
 }
 
+SpanText::SpanText(std::string_view script, ScriptReading said, const TranscriberInfo& info)
+    : SpanText(said.GetSpoken(), info) {
+    given = script;
+    reading = std::make_unique<ScriptReading>(std::move(said));
+}
+
 SpanText::place SpanText::FindOriginal(int32_t offset, int32_t length) const {
+    const place converted = FindInConverted(offset, length);
+    if (reading == nullptr) {
+        return converted;
+    }
+    const script_place found = FindSource(offset, length).place;
+    return {static_cast<int32_t>(found.offset), static_cast<int32_t>(found.length)};
+}
+
+ScriptReading::source SpanText::FindSource(int32_t offset, int32_t length) const {
+    if (reading == nullptr) {
+        return {};
+    }
+    const place converted = FindInConverted(offset, length);
+    return reading->FindSource(static_cast<size_t>(converted.offset),
+                               static_cast<size_t>(converted.length));
+}
+
+SpanText::place SpanText::FindInConverted(int32_t offset, int32_t length) const {
     const auto limit = static_cast<int64_t>(local.size());
     const int64_t first = std::clamp<int64_t>(offset, 0, limit);
     const int64_t end = std::clamp<int64_t>(int64_t{offset} + length, first, limit);
@@ -73,8 +98,8 @@ SpanText::place SpanText::FindOriginal(int32_t offset, int32_t length) const {
 }
 
 std::string SpanText::GetOriginal(place stretch) const {
-    return original.substr(static_cast<size_t>(stretch.offset),
-                           static_cast<size_t>(stretch.length));
+    const std::string& text = reading != nullptr ? given : original;
+    return text.substr(static_cast<size_t>(stretch.offset), static_cast<size_t>(stretch.length));
 }
 
 } // namespace tessarin

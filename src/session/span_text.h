@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,6 +10,7 @@
 #include <utf8.h>
 
 #include "tessarin/error_codes.h"
+#include "text/script/script_reading.h"
 
 namespace tessarin {
 
@@ -30,6 +32,8 @@ public:
     /// Converts to the code page of `info`. What that lacks is put near (FindNearCharacters) or
     /// becomes a blank. Throws utf8::exception for bytes that are not UTF-8.
     SpanText(std::string_view utf8, const TranscriberInfo& info);
+    /// What is said of a script; places are those of the script.
+    SpanText(std::string_view script, ScriptReading said, const TranscriberInfo& info);
 
     const std::string& GetLocal() const { return local; }
 
@@ -41,9 +45,17 @@ public:
     place FindOriginal(int32_t offset, int32_t length) const;
     /// The caller's spelling of it.
     std::string GetOriginal(place stretch) const;
+    /// What of the script a stretch of the local text stands for; empty without a script.
+    ScriptReading::source FindSource(int32_t offset, int32_t length) const;
+    /// What was read of the script; null without one.
+    const ScriptReading* GetReading() const { return reading.get(); }
 
 private:
-    std::string original;
+    place FindInConverted(int32_t offset, int32_t length) const;
+
+    std::unique_ptr<const ScriptReading> reading;
+    std::string given;    ///< the script that was read
+    std::string original; ///< what was converted
     std::string local;
     std::vector<uint32_t> starts; ///< of each character of the original, and its end
     std::vector<uint32_t> owners; ///< for each byte of the local text and its end, the character

@@ -81,7 +81,9 @@ template <class Add> error_code tessarin_commands::AddSounds(const char* name, A
 
 error_code tessarin_commands::AddText(const char* name, tessarin_language& language,
                                       const char* text) {
-    const SpokenLanguage spoken(language, text);
+    text_reading how;
+    how.isLiteral = true; // a command is what is said, not a script
+    const SpokenLanguage spoken(language, text, how);
     if (spoken.GetCode() != kNoError) {
         return spoken.GetCode();
     }

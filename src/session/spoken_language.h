@@ -4,13 +4,31 @@
 
 #include "session/span_text.h"
 #include "session/transcriber_pool.h"
+#include "text/script/script_reader.h"
 
 namespace tessarin {
+
+/// How a text is read: as a script, or as it stands.
+struct text_reading {
+    bool isLiteral = false;
+    script_options script;
+    ScriptTable ownTable; ///< of the caller, on top of the built-in one
+    bool hasOwnTable = false;
+};
+
+/// Copies the options; null gives the defaults. Returns 0, or 2 for a size, a flag or a format that
+/// does not exist, and 12 for a table that is none.
+error_code ReadScriptOptions(const tessarin_script_options* given, text_reading& out);
+
+/// Reads a script for a language: of the words that may be said in two ways, its transcriber knows
+/// which exist.
+ScriptReading ReadScriptFor(IVisemixTranscriber* transcriber, std::string_view text,
+                            const text_reading& how);
 
 /// A transcriber on loan that was given a text in its own code page.
 class SpokenLanguage {
 public:
-    SpokenLanguage(tessarin_language& language, const char* text);
+    SpokenLanguage(tessarin_language& language, const char* text, const text_reading& how);
 
     /// 0, or the code of what prevented the transcription.
     error_code GetCode() const { return code; }
@@ -20,7 +38,7 @@ public:
     void Transcribe(const std::string& local);
 
 private:
-    void Read(const char* text);
+    void Read(const char* text, const text_reading& how);
 
     const TranscriberInfo& info;
     BorrowedTranscriber borrowed;

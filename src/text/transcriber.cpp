@@ -147,6 +147,13 @@ void CTranscriber::SetSpeakDict(ISpeakDict* newDict, bool owned) {
     dict = newDict;
 }
 
+bool CTranscriber::Knows(std::string_view word) const {
+    const std::string_view letters = module->SubstituteLetters(word);
+    CPronunciationRec found;
+    return dict != nullptr && letters.size() <= UINT16_MAX &&
+           dict->GetPronunciation(letters.data(), static_cast<uint16_t>(letters.size()), 0, &found);
+}
+
 void CTranscriber::setTranscriberInfo(const TranscriberInfo* newInfo) {
     flog scope("CTranscriber::setTranscriberInfo");
     info = *newInfo;

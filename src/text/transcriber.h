@@ -47,6 +47,8 @@ public:
     /// The text that GetInfoString gives.
     void SetInfoString(std::string_view text) { infoString = text; }
     const CGraphemeToPhoneRules<char>& GetLanguageModule() const { return *module; }
+    /// Whether the lexicon has a word, which is in any case.
+    bool Knows(std::string_view word) const;
 
 private:
     void SetInput(const char* text);

@@ -188,10 +188,33 @@ class Texts(unittest.TestCase):
     def test_places_are_characters_of_the_text(self) -> None:
         text = "Zoë — “is” 😀 in"
         tokens = [token for token in tessarin.transcribe(text) if token.kind == "word"]
-        self.assertEqual([token.text for token in tokens], ["Zoë", "“is”", "in"])
+        self.assertEqual([token.text for token in tokens], ["Zoë", "is", "in"])
         for token in tokens:
             self.assertEqual(text[token.offset:token.offset + token.length], token.text)
         self.assertEqual(tokens[0].phonemes, (("zOWIY",),))
+
+    def test_scripts_are_read_as_people_write_them(self):
+        script = "JOHN (low): It is 1905 — NOOO!\nMARY: Ohé, Dr. Who."
+        tokens = tessarin.transcribe(script)
+        self.assertEqual([(token.kind, token.text) for token in tokens
+                          if token.kind != "punctuation"],
+                         [("speaker", "JOHN (low):"), ("word", "It"), ("word", "is"),
+                          ("word", "1905"), ("word", "NOOO"), ("speaker", "MARY:"),
+                          ("word", "Ohé"), ("word", "Dr."), ("word", "Who")])
+        for token in tokens:
+            self.assertEqual(script[token.offset:token.offset + token.length], token.text)
+        said = [token.text for token in tessarin.transcribe(script, speaker="Mary")
+                if token.kind == "word"]
+        self.assertEqual(said, ["Ohé", "Dr.", "Who"])
+        self.assertEqual(tessarin.transcribe("1905", literal=True)[0].phonemes,
+                         tessarin.transcribe("19 hundred 5", literal=True)[0].phonemes
+                         + (("hAHndrEHd",), ("fAYv",)))
+        table = "[units]\nlg\tleague\tleagues\n"
+        self.assertEqual(len(tessarin.transcribe("20 lg", script_table=table)), 1)
+        with self.assertRaises(tessarin.TessarinError):
+            tessarin.transcribe("20 lg", script_table="nonsense")
+        with self.assertRaises(ValueError):
+            tessarin.transcribe("x", script_format="odt")
 
     def test_words_of_ones_own(self) -> None:
         engine = tessarin.Engine(words={"Siobhán": "SHIHvAOn", "tomato": "tAHmAAtOW|tAHmEYtOW"})

@@ -117,12 +117,13 @@ TEST(CommandLine, TranscribeShowsWordsKindsAndPhonemes) {
     const std::string expected = "start\tend\tkind\ttext\tphonemes\n"
                                  "0\t5\tword\tHello\thAHlOW|hEHlOW\n"
                                  "5\t6\tpunctuation\t,\tx\n"
-                                 "7\t10\tword\tMr.\tmIHstER\n";
-    EXPECT_EQ(RunTool("transcribe --text 'Hello, Mr.'").output, expected);
-    EXPECT_EQ(RunTool("transcribe -", "Hello, Mr.").output, expected);
+                                 "7\t10\tword\tMr.\tmIHstER\n"
+                                 "11\t12\tword\tX\tEHks\n";
+    EXPECT_EQ(RunTool("transcribe --text 'Hello, Mr. X'").output, expected);
+    EXPECT_EQ(RunTool("transcribe -", "Hello, Mr. X").output, expected);
     const json tokens =
-        json::parse(RunTool("transcribe --format json --text 'Hello, Mr.'").output)["tokens"];
-    ASSERT_EQ(tokens.size(), 3u);
+        json::parse(RunTool("transcribe --format json --text 'Hello, Mr. X'").output)["tokens"];
+    ASSERT_EQ(tokens.size(), 4u);
     EXPECT_EQ(tokens[0]["phonemes"][0][1], "hEHlOW");
 }
 

@@ -298,7 +298,7 @@ TEST(Outputs, ShortCaptionsStayWhileNothingFollows) {
 TEST(Outputs, CaptionsOfATextHaveItsMarks) {
     const tool_run run =
         RunTool("align " TESSARIN_SOURCE_DIR "/data/demo/echo-test.wav --format srt"
-                " --text-file -",
+                " --literal --text-file -",
                 "You are - about to enter an echo-test; in this mode everything "
                 "you say will be repeated back.");
     std::vector<std::string> lines;

@@ -26,7 +26,7 @@ void PrintTo(const token& each, std::ostream* out) {
 }
 
 std::vector<token> Transcribe(const std::string& bytes, const std::string& options = "") {
-    const tool_run run = RunTool("transcribe - --format json " + options, bytes);
+    const tool_run run = RunTool("transcribe - --literal --format json " + options, bytes);
     EXPECT_EQ(run.exitCode, 0) << run.errors;
     const json result = json::parse(run.output);
     std::vector<token> tokens;
@@ -77,7 +77,7 @@ TEST(SpokenText, ReadsWhatTheCodePageLacksAsWhatIsNearest) {
     EXPECT_EQ(Transcribe("s\u0142ow").at(0).phonemes, Transcribe("slow").at(0).phonemes);
     EXPECT_EQ(Transcribe("one\u2011way").size(), Transcribe("one-way").size());
 
-    const tool_run run = RunTool("transcribe -", "so 😀 it ж is");
+    const tool_run run = RunTool("transcribe - --literal", "so 😀 it ж is");
     EXPECT_THAT(run.errors, HasSubstr("2 characters that cannot be read"));
     EXPECT_THAT(run.output, HasSubstr("\n8\t10\tword\tit\t"));
 }

@@ -71,7 +71,7 @@ TEST(DifficultText, IsSaidAsItsPageTells) {
         text += row.text + "\n";
         ends.push_back(text.size());
     }
-    const tool_run run = RunTool("transcribe - --format json", text);
+    const tool_run run = RunTool("transcribe - --literal --format json", text);
     ASSERT_EQ(run.exitCode, 0) << run.errors;
     std::vector<std::string> said(rows.size());
     const json result = json::parse(run.output);

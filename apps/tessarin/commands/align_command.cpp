@@ -23,9 +23,10 @@ void RunAlign(const align_options& options) {
                                   "--text-file, or use recognize, which needs none");
     }
     const tessarin::transcriber_owner transcriber = LoadTranscriber(options.recording.data);
-    const SpokenText text = ReadText(options.text, *transcriber);
+    const SpokenText text = ReadText(options.text, options.recording.data, *transcriber);
     if (options.areSentencesWanted) {
-        FindSentences(options.recording, options.sentences, text, *transcriber);
+        const ScriptOptions script(options.text, options.recording.data, *transcriber);
+        FindSentences(options.recording, options.sentences, text, script.GetFlat(), *transcriber);
         return;
     }
     const tessarin::model_owner model = LoadModel(options.recording.data);

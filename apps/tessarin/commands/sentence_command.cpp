@@ -95,12 +95,13 @@ float LeastScore(double wanted) {
 
 std::vector<searched_sentence> Search(const recording_options& options,
                                       const sentence_options& search, const SpokenText& text,
+                                      const tessarin_script_options& script,
                                       const tessarin_audio& audio,
                                       tessarin::IVisemixTranscriber& transcriber) {
     const tessarin::flat::model_owner model = LoadFlatModel(options.data);
     const tessarin::flat::language_owner language = LoadFlatLanguage(options.data, transcriber);
-    const tessarin_search_options range{sizeof range, search.beam, options.stretch.fromMs,
-                                        options.stretch.toMs, 0};
+    const tessarin_search_options range{sizeof range,         search.beam, options.stretch.fromMs,
+                                        options.stretch.toMs, 0,           &script};
     ProgressBar bar(options.quiet);
     const tessarin_progress progress = bar.GetFlat();
     tessarin::flat::sentence_search_owner found;
@@ -123,7 +124,8 @@ std::vector<searched_sentence> Search(const recording_options& options,
 } // namespace
 
 void FindSentences(const recording_options& options, const sentence_options& search,
-                   const SpokenText& text, tessarin::IVisemixTranscriber& transcriber) {
+                   const SpokenText& text, const tessarin_script_options& script,
+                   tessarin::IVisemixTranscriber& transcriber) {
     const sentence_output output(options.outputs);
     CatchInterrupts();
     const data_source_handle samples =
@@ -132,7 +134,7 @@ void FindSentences(const recording_options& options, const sentence_options& sea
     const tessarin::flat::audio_owner audio = FlatAudio(options.audio, *samples);
     const auto durationMs = static_cast<int64_t>(samples->SamplesToMs(samples->GetNumSamples()));
     const std::vector<searched_sentence> sentences =
-        Search(options, search, text, *audio, transcriber);
+        Search(options, search, text, script, *audio, transcriber);
     WriteOutput(output.file, output.isTable ? WriteTsv(sentences)
                                             : WriteJson(options.audio, durationMs, sentences));
 }

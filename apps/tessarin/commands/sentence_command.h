@@ -12,4 +12,5 @@ struct sentence_options {
 /// Looks for the sentences of `text` in the recording and writes where they are, as JSON or TSV.
 /// Throws Failure.
 void FindSentences(const recording_options& options, const sentence_options& search,
-                   const SpokenText& text, tessarin::IVisemixTranscriber& transcriber);
+                   const SpokenText& text, const tessarin_script_options& script,
+                   tessarin::IVisemixTranscriber& transcriber);

@@ -27,7 +27,7 @@ struct spectrogram_options {
 timed_result Align(const spectrogram_options& options) {
     const tessarin::model_owner model = LoadModel(options.recording.data);
     const tessarin::transcriber_owner transcriber = LoadTranscriber(options.recording.data);
-    const SpokenText text = ReadText(options.text, *transcriber);
+    const SpokenText text = ReadText(options.text, options.recording.data, *transcriber);
     return FindTimings(options.recording, *model, &text, SearchForText(text, *transcriber, 0));
 }
 

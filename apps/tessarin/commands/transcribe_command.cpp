@@ -9,6 +9,7 @@
 #include "apps/tessarin/console/file_io.h"
 #include "apps/tessarin/options/engine_data.h"
 #include "apps/tessarin/options/text_options.h"
+#include "apps/tessarin/timed_result.h"
 
 namespace {
 
@@ -24,8 +25,13 @@ struct transcribe_options {
     std::string output = "-";
 };
 
-const char* KindName(uint32_t kind) {
-    switch (kind) {
+const char* KindName(const SpokenText& text, const CTxMarker& token) {
+    const auto part = text.FindPart(static_cast<int32_t>(token.text_start),
+                                    static_cast<int32_t>(token.text_end - token.text_start));
+    if (part && part->kind >= TESSARIN_SPEAKER) {
+        return SpanTypeName(kScriptSpan + static_cast<uint32_t>(part->kind));
+    }
+    switch (token.kind) {
     case tessarin::kWordToken:
         return "word";
     case tessarin::kTagToken:
@@ -72,7 +78,7 @@ std::string TokensAsTsv(const SpokenText& text, const CTxMarker* tokens, uint32_
             ' ');
         const SpokenText::place place = PlaceOf(text, tokens[i]);
         table += std::to_string(place.offset) + "\t" + std::to_string(place.offset + place.length) +
-                 "\t" + KindName(tokens[i].kind) + "\t" + token + "\t" + PhonemesOf(tokens[i]) +
+                 "\t" + KindName(text, tokens[i]) + "\t" + token + "\t" + PhonemesOf(tokens[i]) +
                  "\n";
     }
     return table;
@@ -89,7 +95,7 @@ std::string TokensAsJson(const SpokenText& text, const CTxMarker* tokens, uint32
         }
         const SpokenText::place place = PlaceOf(text, tokens[i]);
         list.push_back({{"text", TokenText(text, tokens[i])},
-                        {"kind", KindName(tokens[i].kind)},
+                        {"kind", KindName(text, tokens[i])},
                         {"text_offset", place.offset},
                         {"text_length", place.length},
                         {"phonemes", std::move(groups)}});
@@ -111,7 +117,7 @@ void RunTranscribe(const transcribe_options& options) {
                                   "--text-file, or - for standard input");
     }
     const tessarin::transcriber_owner transcriber = LoadTranscriber(options.data);
-    const SpokenText text = ReadText(source, *transcriber);
+    const SpokenText text = ReadText(source, options.data, *transcriber);
     transcriber->Transcribe(text.GetLocal().c_str());
     uint32_t count = 0;
     const CTxMarker* tokens = transcriber->GetOutputMarkers(&count);

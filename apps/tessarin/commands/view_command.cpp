@@ -33,7 +33,7 @@ timed_result FindTimings(const view_options& options) {
     }
     const tessarin::model_owner model = LoadModel(recording.data);
     const tessarin::transcriber_owner transcriber = LoadTranscriber(recording.data);
-    const SpokenText text = ReadText(options.text, *transcriber);
+    const SpokenText text = ReadText(options.text, options.recording.data, *transcriber);
     return FindTimings(recording, *model, &text, SearchForText(text, *transcriber, 0));
 }
 

@@ -1,13 +1,17 @@
 #include "apps/tessarin/options/text_options.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include <utf8.h>
 
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/console/file_io.h"
+#include "apps/tessarin/readers/word_list.h"
 
 namespace {
 
@@ -34,7 +38,101 @@ void WarnOfBadUtf8(const std::string& source, std::string_view bytes,
                  static_cast<int>(info.code_page));
 }
 
+/// In the order of tessarin_script_format.
+const std::vector<std::string> kForms = {"auto", "plain", "fountain", "srt", "vtt", "textgrid"};
+
+uint32_t FormOf(const text_options& options) {
+    std::string form = options.form;
+    if (form == "auto" && options.file) {
+        const size_t stop = options.file->rfind('.');
+        std::string ending = stop != std::string::npos ? options.file->substr(stop + 1) : "";
+        std::ranges::transform(ending, ending.begin(), [](unsigned char letter) {
+            return static_cast<char>(std::tolower(letter));
+        });
+        form = ending == "fountain" || ending == "srt" || ending == "vtt" || ending == "textgrid"
+                   ? ending
+                   : form;
+    }
+    return static_cast<uint32_t>(std::ranges::find(kForms, form) - kForms.begin());
+}
+
+/// The user's table, and his own words, which are never spelled.
+std::string ReadTable(const text_options& options, const data_options& data,
+                      tessarin::IVisemixTranscriber& transcriber) {
+    std::string table = options.table.empty() ? "" : ReadWholeFile(options.table);
+    if (!data.words.empty()) {
+        const SpokenText words(data.words, ReadWholeFile(data.words), "auto", transcriber);
+        table += "\n[acronyms]\n";
+        for (const word_entry& entry : ReadWordList(data.words, words.GetLocal())) {
+            const std::string word = InUpperCase(entry.word);
+            if (word.size() <= 32 && std::ranges::all_of(word, [](char letter) {
+                    return letter >= 'A' && letter <= 'Z';
+                })) {
+                table += word + "\n";
+            }
+        }
+    }
+    return table;
+}
+
+/// Where the table does not read, or nothing.
+void RequireTable(const std::string& path, const std::string& table) {
+    tessarin_script_options options{};
+    options.size = sizeof options;
+    options.table = table.c_str();
+    tessarin_script* script = nullptr;
+    const int32_t code = tessarin_create_script(nullptr, "", &options, &script);
+    tessarin_free_script(script);
+    if (code != tessarin::kNoError) {
+        throw Failure(kExitFailed,
+                      path + ": is not a table of a script: it has sections in brackets, as "
+                             "data/en-us.script has them, and lines whose fields are separated by "
+                             "tabs");
+    }
+}
+
+/// The number of a language that the built-in table is for.
+bool IsEnglish(tessarin::IVisemixTranscriber& transcriber) {
+    constexpr uint32_t kEnglish = 9;
+    tessarin::TranscriberInfo info = {};
+    transcriber.getTranscriberInfo(&info);
+    return info.language == kEnglish || info.language == 0;
+}
+
+bool IsScript(const text_options& options, tessarin::IVisemixTranscriber& transcriber) {
+    return !options.isLiteral && (IsEnglish(transcriber) || !options.table.empty());
+}
+
+SpokenText ReadAsScript(const std::string& source, std::string bytes, const text_options& options,
+                        const data_options& data, tessarin::IVisemixTranscriber& transcriber) {
+    const ScriptOptions script(options, data, transcriber);
+    const std::string path = DataPathOr(data.lexicon, data, kLexiconName);
+    tessarin_language* opened = nullptr;
+    const int32_t code = tessarin_create_language_from_file(path.c_str(), &opened);
+    const tessarin::flat::language_owner language(opened);
+    if (code != tessarin::kNoError) {
+        throw EngineFailure(path, code);
+    }
+    return {source, std::move(bytes), options.encoding, transcriber, {&script.GetFlat(), opened}};
+}
+
 } // namespace
+
+ScriptOptions::ScriptOptions(const text_options& options, const data_options& data,
+                             tessarin::IVisemixTranscriber& transcriber)
+    : speaker(options.speaker) {
+    flat.size = sizeof flat;
+    if (!IsScript(options, transcriber)) {
+        flat.flags = TESSARIN_SCRIPT_LITERAL;
+        return;
+    }
+    table = ReadTable(options, data, transcriber);
+    RequireTable(options.table, table);
+    flat.flags = options.hasCueTimes ? TESSARIN_SCRIPT_CUE_TIMES : 0;
+    flat.format = FormOf(options);
+    flat.speaker = speaker.c_str();
+    flat.table = table.c_str();
+}
 
 void AddTextOptions(CLI::App& command, text_options* options) {
     auto* text = command.add_option("-t,--text", options->text, "What is said");
@@ -49,6 +147,26 @@ void AddTextOptions(CLI::App& command, text_options* options) {
             "Encoding of the text: utf-8, utf-16, local (the lexicon's code page) or auto [auto]")
         ->check(CLI::IsMember({"auto", "utf-8", "utf-16", "local"}))
         ->option_text("NAME");
+    command.add_flag("--literal", options->isLiteral,
+                     "Read the text as it stands: no roles and stage directions, numbers and "
+                     "abbreviations as the lexicon's language reads them");
+    command
+        .add_option("--text-format", options->form,
+                    "Form of the text: plain, fountain, srt, vtt, textgrid or auto [auto, by the "
+                    "file's name and its marks]")
+        ->check(CLI::IsMember(kForms))
+        ->option_text("NAME");
+    command
+        .add_option("--speaker", options->speaker,
+                    "Take the lines of this role alone, by the name before them [everybody's]")
+        ->option_text("NAME");
+    command
+        .add_option("--script-table", options->table,
+                    "Your own units, titles, abbreviations ..., on top of the project's: a file in "
+                    "the form of data/en-us.script")
+        ->option_text("FILE");
+    command.add_flag("--cue-times", options->hasCueTimes,
+                     "Divide subtitles at their pauses, by their times");
 }
 
 SpokenText ReadSpokenText(const std::string& source, std::string bytes, const std::string& encoding,
@@ -59,18 +177,37 @@ SpokenText ReadSpokenText(const std::string& source, std::string bytes, const st
     return {source, std::move(bytes), encoding, transcriber};
 }
 
-SpokenText ReadText(const text_options& options, tessarin::IVisemixTranscriber& transcriber) {
+SpokenText ReadText(const text_options& options, const data_options& data,
+                    tessarin::IVisemixTranscriber& transcriber) {
     const std::string source = options.file.value_or("--text");
-    SpokenText text = ReadSpokenText(
-        source, options.file ? ReadWholeFile(*options.file) : options.text.value_or(""),
-        options.encoding, transcriber);
+    std::string bytes = options.file ? ReadWholeFile(*options.file) : options.text.value_or("");
+    if (options.encoding == "auto") {
+        WarnOfBadUtf8(source, bytes, transcriber);
+    }
+    const bool isScript = IsScript(options, transcriber);
+    if (!isScript && !options.speaker.empty()) {
+        throw Failure(kExitUsage, options.isLiteral
+                                      ? "--speaker: a text that is --literal has no roles"
+                                      : "--speaker: there is no table of scripts for the language; "
+                                        "give one with --script-table");
+    }
+    SpokenText text = isScript
+                          ? ReadAsScript(source, std::move(bytes), options, data, transcriber)
+                          : SpokenText(source, std::move(bytes), options.encoding, transcriber);
+    if (const size_t numUnsaid = text.GetNumUnsaid(); numUnsaid > 0) {
+        std::fprintf(stderr, "tessarin: %s: %zu symbols that have no name are not said\n",
+                     source.c_str(), numUnsaid);
+    }
     if (text.GetNumLost() > 0) {
         std::fprintf(stderr, "tessarin: %s: %zu characters that cannot be read count as blanks\n",
                      source.c_str(), text.GetNumLost());
     }
     if (text.GetLocal().find_first_not_of(" \t\r\n\f\v\xA0") == std::string::npos) {
         throw Failure(options.file ? kExitFailed : kExitUsage,
-                      source + (text.GetNumLost() > 0
+                      source + (!options.speaker.empty()
+                                    ? ": has no line of " + options.speaker +
+                                          "; --speaker takes a name that stands before a line"
+                                : text.GetNumLost() > 0
                                     ? ": has no character that the lexicon's language can read; "
                                       "give the text in that language, or another --lexicon"
                                     : ": is empty; give the words that are said"));

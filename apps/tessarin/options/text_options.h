@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "apps/tessarin/options/engine_data.h"
 #include "apps/tessarin/readers/spoken_text.h"
 
 /// The text of a command: given on the command line, or in a file.
@@ -12,11 +13,34 @@ struct text_options {
     std::optional<std::string> text;
     std::optional<std::string> file;
     std::string encoding = "auto";
+    bool isLiteral = false;
+    std::string form = "auto"; ///< of a script
+    std::string speaker;       ///< whose lines are said; empty: everybody's
+    std::string table;         ///< entries on top of the built-in ones
+    bool hasCueTimes = false;
 
     bool IsGiven() const { return text || file; }
 };
 
-/// Adds --text and --text-file, of which only one may be given, and --encoding.
+/// How the library is to read the text. Keeps what its options borrow.
+class ScriptOptions {
+public:
+    /// Throws Failure for a table that does not read.
+    ScriptOptions(const text_options& options, const data_options& data,
+                  tessarin::IVisemixTranscriber& transcriber);
+    ScriptOptions(const ScriptOptions&) = delete;
+    ScriptOptions& operator=(const ScriptOptions&) = delete;
+
+    const tessarin_script_options& GetFlat() const { return flat; }
+
+private:
+    std::string speaker;
+    std::string table;
+    tessarin_script_options flat{};
+};
+
+/// Adds --text and --text-file, of which only one may be given, --encoding, and how a script is
+/// read.
 void AddTextOptions(CLI::App& command, text_options* options);
 
 /// The text of `bytes`. Warns where a text whose encoding is found out stops being UTF-8. Throws
@@ -24,6 +48,7 @@ void AddTextOptions(CLI::App& command, text_options* options);
 SpokenText ReadSpokenText(const std::string& source, std::string bytes, const std::string& encoding,
                           tessarin::IVisemixTranscriber& transcriber);
 
-/// The text that was given, for `transcriber`. Warns of characters that it cannot read. Throws
-/// Failure, also for a text that is blank.
-SpokenText ReadText(const text_options& options, tessarin::IVisemixTranscriber& transcriber);
+/// What is said of the text that was given, for `transcriber`, which `data` names. Warns of
+/// characters that it cannot read. Throws Failure, also for a text that is blank.
+SpokenText ReadText(const text_options& options, const data_options& data,
+                    tessarin::IVisemixTranscriber& transcriber);

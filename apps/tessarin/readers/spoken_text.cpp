@@ -51,15 +51,53 @@ Failure NoText(const std::string& source, const char* why) {
 SpokenText::SpokenText(const std::string& source, std::string userBytes,
                        const std::string& encoding, tessarin::IVisemixTranscriber& transcriber)
     : bytes(std::move(userBytes)) {
+    tessarin::TranscriberInfo info = {};
+    transcriber.getTranscriberInfo(&info);
+    ReadUser(source, encoding, info);
+    MakeLocal(info);
+}
+
+SpokenText::SpokenText(const std::string& source, std::string userBytes,
+                       const std::string& encoding, tessarin::IVisemixTranscriber& transcriber,
+                       const script_request& request)
+    : bytes(std::move(userBytes)) {
+    tessarin::TranscriberInfo info = {};
+    transcriber.getTranscriberInfo(&info);
+    ReadUser(source, encoding, info);
+    ReadScript(source, request);
+    MakeLocal(info);
+}
+
+void SpokenText::ReadUser(const std::string& source, const std::string& encoding,
+                          const tessarin::TranscriberInfo& info) {
     if (bytes.size() > static_cast<size_t>(std::numeric_limits<int32_t>::max()) / 4) {
         throw NoText(source, "the text is too long");
     }
-    tessarin::TranscriberInfo info = {};
-    transcriber.getTranscriberInfo(&info);
     size_t markLength = 0;
     const form found = FindForm(source, encoding, &markLength);
     ReadCharacters(source, found, markLength, info);
-    MakeLocal(info);
+}
+
+void SpokenText::ReadScript(const std::string& source, const script_request& request) {
+    std::string utf8;
+    for (size_t i = 0; i + 1 < characters.size(); ++i) {
+        utf8Starts.push_back(static_cast<uint32_t>(utf8.size()));
+        AppendUtf8(characters[i].code, utf8);
+    }
+    utf8Starts.push_back(static_cast<uint32_t>(utf8.size()));
+    tessarin_script* made = nullptr;
+    const int32_t code =
+        tessarin_create_script(request.language, utf8.c_str(), request.options, &made);
+    script.reset(made);
+    if (code != tessarin::kNoError) {
+        throw Failure(kExitFailed, DescribeCode(source, code));
+    }
+    const std::string_view said = tessarin_get_script_text(script.get());
+    for (const char* at = said.begin(); at != said.end();) {
+        const auto start = static_cast<uint32_t>(at - said.begin());
+        spoken.push_back({utf8::next(at, said.end()), start});
+    }
+    spoken.push_back({0, static_cast<uint32_t>(said.size())});
 }
 
 SpokenText::form SpokenText::FindForm(const std::string& source, const std::string& encoding,
@@ -156,8 +194,9 @@ void SpokenText::MakeLocal(const tessarin::TranscriberInfo& info) {
         }
         return entry->second;
     };
-    for (size_t i = 0; i + 1 < characters.size(); ++i) {
-        const char32_t code = characters[i].code;
+    const std::vector<character>& converted = script ? spoken : characters;
+    for (size_t i = 0; i + 1 < converted.size(); ++i) {
+        const char32_t code = converted[i].code;
         if (code < 0x80) {
             local += static_cast<char>(code);
         } else if (const std::optional<std::string>& exact = inCodePage(code)) {
@@ -170,21 +209,53 @@ void SpokenText::MakeLocal(const tessarin::TranscriberInfo& info) {
         }
         owners.resize(local.size(), static_cast<uint32_t>(i));
     }
-    owners.push_back(static_cast<uint32_t>(characters.size() - 1));
+    owners.push_back(static_cast<uint32_t>(converted.size() - 1));
 }
 
 SpokenText::place SpokenText::FindOriginal(int32_t offset, int32_t length) const {
+    const std::optional<tessarin_script_part> part = FindPart(offset, length);
+    if (!part) {
+        return FindOwners(offset, length);
+    }
+    const auto userByteAt = [&](int32_t utf8Byte) {
+        const auto at = std::ranges::lower_bound(utf8Starts, static_cast<uint32_t>(utf8Byte));
+        return characters[static_cast<size_t>(at - utf8Starts.begin())].start;
+    };
+    const uint32_t start = userByteAt(part->text_offset);
+    const uint32_t end = userByteAt(part->text_offset + part->text_length);
+    return {static_cast<int32_t>(start), static_cast<int32_t>(end - start)};
+}
+
+std::optional<tessarin_script_part> SpokenText::FindPart(int32_t offset, int32_t length) const {
+    if (!script) {
+        return std::nullopt;
+    }
+    const place said = FindOwners(offset, length);
+    tessarin_script_part part{};
+    const int32_t code = tessarin_find_script_part(script.get(), said.offset, said.length, &part);
+    return code == tessarin::kNoError ? std::optional(part) : std::nullopt;
+}
+
+size_t SpokenText::GetNumUnsaid() const {
+    uint32_t count = 0;
+    tessarin_get_script_unsaid(script.get(), &count);
+    return count;
+}
+
+/// Where a stretch of the local text stands in what it was converted from.
+SpokenText::place SpokenText::FindOwners(int32_t offset, int32_t length) const {
+    const std::vector<character>& converted = script ? spoken : characters;
     const auto limit = static_cast<int64_t>(local.size());
     const int64_t first = std::clamp<int64_t>(offset, 0, limit);
     const int64_t end = std::clamp<int64_t>(int64_t{offset} + length, first, limit);
-    const uint32_t start = characters[owners[static_cast<size_t>(first)]].start;
+    const uint32_t start = converted[owners[static_cast<size_t>(first)]].start;
     if (end == first) {
         return {static_cast<int32_t>(start), 0};
     }
     // What is not seen behind the last character, such as its accent, belongs to it.
     const uint32_t last = owners[static_cast<size_t>(end - 1)];
     const uint32_t next = std::max(owners[static_cast<size_t>(end)], last + 1);
-    const uint32_t behind = characters[next].start;
+    const uint32_t behind = converted[next].start;
     return {static_cast<int32_t>(start), static_cast<int32_t>(behind - start)};
 }
 

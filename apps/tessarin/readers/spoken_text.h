@@ -2,11 +2,18 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "tessarin/tessarin.h"
+#include "tessarin/owned.h"
+
+/// How a text is read as a script.
+struct script_request {
+    const tessarin_script_options* options;
+    tessarin_language* language; ///< whose words are known
+};
 
 /// What is said, as a transcriber reads it, and the way back to the text that the user gave.
 class SpokenText {
@@ -16,6 +23,9 @@ public:
     /// blank. `source` names the text in the Failure that is thrown when it is none.
     SpokenText(const std::string& source, std::string userBytes, const std::string& encoding,
                tessarin::IVisemixTranscriber& transcriber);
+    /// The same of a script: what is said of it. Places are those of the script.
+    SpokenText(const std::string& source, std::string userBytes, const std::string& encoding,
+               tessarin::IVisemixTranscriber& transcriber, const script_request& script);
 
     /// The text in the transcriber's code page.
     const std::string& GetLocal() const { return local; }
@@ -30,6 +40,11 @@ public:
     place FindOriginal(int32_t offset, int32_t length) const;
     /// A stretch of the local text in the user's spelling, as UTF-8.
     std::string GetUtf8(int32_t offset, int32_t length) const;
+    /// What of the script a stretch of the local text stands for: a tessarin_span_kind and its
+    /// flags. Nothing where the text is no script.
+    std::optional<tessarin_script_part> FindPart(int32_t offset, int32_t length) const;
+    /// How many characters of the script have no name and are not said.
+    size_t GetNumUnsaid() const;
 
     /// All of the text as UTF-8.
     std::string GetUtf8() const;
@@ -47,11 +62,18 @@ private:
     void ReadCharacters(const std::string& source, form ofText, size_t from,
                         const tessarin::TranscriberInfo& info);
     void ReadUtf16(bool swapped, size_t from);
+    void ReadUser(const std::string& source, const std::string& encoding,
+                  const tessarin::TranscriberInfo& info);
+    void ReadScript(const std::string& source, const script_request& request);
     void MakeLocal(const tessarin::TranscriberInfo& info);
+    place FindOwners(int32_t offset, int32_t length) const;
 
     std::string bytes; ///< the user's
     std::string local;
     std::vector<character> characters; ///< of the user's text, and its end
+    std::vector<uint32_t> utf8Starts;  ///< of a script: of each character, in UTF-8, and its end
+    std::vector<character> spoken;     ///< of what is said of a script, and its end
     std::vector<uint32_t> owners; ///< for each byte of the local text and its end, the character
+    tessarin::flat::script_owner script;
     size_t lost = 0;
 };

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "apps/tessarin/writers/output_formats.h"
+#include "tessarin/tessarin_c.h"
 
 namespace {
 
@@ -14,11 +15,18 @@ double Rounded(float value) {
 }
 
 json SpanJson(const timed_span& span) {
-    return {{"text", span.text},
-            {"start_ms", span.startMs},
-            {"end_ms", span.endMs},
-            {"text_offset", span.textOffset},
-            {"text_length", span.textLength}};
+    json entry = {{"text", span.text},
+                  {"start_ms", span.startMs},
+                  {"end_ms", span.endMs},
+                  {"text_offset", span.textOffset},
+                  {"text_length", span.textLength}};
+    if ((span.flags & TESSARIN_WORD_EMPHASIS) != 0) {
+        entry["emphasis"] = true;
+    }
+    if ((span.flags & TESSARIN_WORD_DRAWL) != 0) {
+        entry["drawl"] = true;
+    }
+    return entry;
 }
 
 json FrameJson(const mouth_frame& frame) {

@@ -12,7 +12,8 @@ interpreter is free while a search runs.
 
 from tessarin._audio import Audio
 from tessarin._commands import CommandMatch, Commands
-from tessarin._engine import (Engine, align, align_many, default_engine, find_sentences, recognize,
+from tessarin._engine import (SCRIPT_FORMATS, Engine, align, align_many, default_engine,
+                              find_sentences, recognize,
                               transcribe, version)
 from tessarin._errors import Cancelled, RecognitionFailed, TessarinError
 from tessarin._facts import LexiconFacts, ModelFacts
@@ -22,7 +23,8 @@ from tessarin._shapes import Shapes, Switch
 
 __all__ = [
     "Audio", "Cancelled", "CommandMatch", "Commands", "Curve", "Engine", "Event", "Frame",
-    "LexiconFacts", "Live", "LiveStretch", "ModelFacts", "Phoneme", "RecognitionFailed", "Result", "Sentence", "Shapes", "Switch", "TessarinError", "Token",
+    "LexiconFacts", "Live", "LiveStretch", "ModelFacts", "Phoneme", "RecognitionFailed", "Result",
+    "SCRIPT_FORMATS", "Sentence", "Shapes", "Switch", "TessarinError", "Token",
     "Track", "Word", "align", "align_many", "default_engine", "find_sentences", "recognize",
     "transcribe", "version",
 ]

@@ -51,6 +51,10 @@ class _Watch:
             raise self._error
 
 
+#: The forms of a script that `script_format` names.
+SCRIPT_FORMATS = ("auto", "plain", "fountain", "srt", "vtt", "textgrid")
+
+
 class Engine:
     """Aligns and recognizes with one model and one language. Files that are not named are those
     that come with the library. Several threads may use an engine at once. Raises TessarinError or
@@ -121,7 +125,7 @@ class Engine:
 
     def align(self, audio: Recording, text: str, *, channel: int = 1, from_ms: int = 0,
               to_ms: int | None = None, beam_width: int | None = None, retry: bool = False,
-              progress: ProgressFunction | None = None) -> Result:
+              progress: ProgressFunction | None = None, **reading: Any) -> Result:
         """Finds when each phoneme and word of `text` was spoken.
 
         `audio` is a path or an Audio; `channel` of a file counts from 1, and 0 is the mean of all.
@@ -129,18 +133,25 @@ class Engine:
         the audio all the same. `beam_width`, 500 to 8000 (2000), widens a search that loses the
         text, and `retry` goes on after the loss. `progress(done, total)` is called now and then and cancels by returning True.
 
+        The text is read as people write it: numbers by their kind, abbreviations, and names and
+        stage directions as events. `literal=True` has it read as it stands; `speaker="NAME"` takes
+        the lines of one role; `script_format` names the form of the text (SCRIPT_FORMATS);
+        `cue_times=True` lets the times of subtitles divide it; `script_table` is a text of entries
+        in the form of data/en-us.script.
+
         Raises Cancelled; RecognitionFailed, which has what was found; or TessarinError.
         """
         places = TextPlaces(text)
         recording = self._audio(audio, channel)
         return self._search("create_alignment", recording.name, places, progress,
                             self._model, self._language, recording._handle, places.content,
-                            self._options(from_ms, to_ms, beam_width, retry))
+                            self._options(from_ms, to_ms, beam_width, retry, reading))
 
     def find_sentences(self, audio: Recording, text: str, *, min_score: float = 5.5,
                        channel: int = 1, from_ms: int = 0, to_ms: int | None = None,
                        beam_width: int | None = None,
-                       progress: ProgressFunction | None = None) -> list[Sentence]:
+                       progress: ProgressFunction | None = None,
+                       **reading: Any) -> list[Sentence]:
         """Finds which sentences of `text` were said, and when, in audio that may hold anything
         else, too. A sentence is found when it scores `min_score`. Other arguments and errors are
         those of `align`."""
@@ -151,7 +162,7 @@ class Engine:
             handle = self._library.create(
                 "create_sentence_search", recording.name, self._model, self._language,
                 recording._handle, places.content, min_score,
-                self._options(from_ms, to_ms, beam_width), watch.pointer())
+                self._options(from_ms, to_ms, beam_width, False, reading), watch.pointer())
         except TessarinError:
             watch.raise_error()
             raise
@@ -171,10 +182,12 @@ class Engine:
                             self.model_for_hearing(), recording._handle,
                             self._options(from_ms, to_ms, None))
 
-    def transcribe(self, text: str) -> list[Token]:
-        """Tells how a text is said. Raises TessarinError."""
+    def transcribe(self, text: str, **reading: Any) -> list[Token]:
+        """Reports how a text is said; `literal` and its like are those of `align`. Raises
+        TessarinError."""
         places = TextPlaces(text)
-        handle = self._library.create("create_transcript", "text", self._language, places.content)
+        handle = self._library.create("create_script_transcript", "text", self._language,
+                                      places.content, ctypes.byref(self._script(**reading)))
         try:
             return [make_token(raw, places)
                     for raw in self._library.items("get_transcript_tokens", handle)]
@@ -202,13 +215,26 @@ class Engine:
         return audio if isinstance(audio, Audio) else Audio.from_file(audio, channel)
 
     @staticmethod
-    def _options(from_ms: int, to_ms: int | None, beam_width: int | None,
-                 retry: bool = False) -> Any:
+    def _script(*, literal: bool = False, speaker: str = "", script_format: str = "auto",
+                cue_times: bool = False, script_table: str | None = None) -> Any:
+        if script_format not in SCRIPT_FORMATS:
+            raise ValueError(f"{script_format} is not one of {', '.join(SCRIPT_FORMATS)}")
+        return _library.ScriptOptions(
+            size=ctypes.sizeof(_library.ScriptOptions),
+            flags=((_library.SCRIPT_LITERAL if literal else 0)
+                   | (_library.SCRIPT_CUE_TIMES if cue_times else 0)),
+            format=SCRIPT_FORMATS.index(script_format), speaker=TextPlaces(speaker).content,
+            table=None if script_table is None else TextPlaces(script_table).content)
+
+    @classmethod
+    def _options(cls, from_ms: int, to_ms: int | None, beam_width: int | None,
+                 retry: bool = False, reading: Mapping[str, Any] | None = None) -> Any:
         if to_ms is not None and to_ms <= from_ms:
             raise ValueError("to_ms is not behind from_ms")
         return ctypes.byref(_library.SearchOptions(
             size=ctypes.sizeof(_library.SearchOptions), beam_width=beam_width or 0,
-            from_ms=from_ms, to_ms=to_ms or 0, flags=_library.SEARCH_RETRY if retry else 0))
+            from_ms=from_ms, to_ms=to_ms or 0, flags=_library.SEARCH_RETRY if retry else 0,
+            script=ctypes.pointer(cls._script(**(reading or {})))))
 
     def _search(self, function: str, subject: str, places: TextPlaces | None,
                 progress: ProgressFunction | None, *arguments: Any) -> Result:
@@ -256,9 +282,9 @@ def recognize(audio: Recording, **options: Any) -> Result:
     return default_engine().recognize(audio, **options)
 
 
-def transcribe(text: str) -> list[Token]:
-    """Tells how a text is said; see Engine.transcribe."""
-    return default_engine().transcribe(text)
+def transcribe(text: str, **reading: Any) -> list[Token]:
+    """Reports how a text is said; see Engine.transcribe."""
+    return default_engine().transcribe(text, **reading)
 
 
 def find_sentences(audio: Recording, text: str, **options: Any) -> list[Sentence]:

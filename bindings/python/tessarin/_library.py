@@ -48,9 +48,14 @@ class Progress(Structure):
                 ("on_progress", PROGRESS_FUNCTION)]
 
 
+class ScriptOptions(Structure):
+    _fields_ = [("size", c_uint32), ("flags", c_uint32), ("format", c_uint32),
+                ("speaker", c_char_p), ("table", c_char_p)]
+
+
 class SearchOptions(Structure):
     _fields_ = [("size", c_uint32), ("beam_width", c_int32), ("from_ms", c_int32),
-                ("to_ms", c_int32), ("flags", c_uint32)]
+                ("to_ms", c_int32), ("flags", c_uint32), ("script", POINTER(ScriptOptions))]
 
 
 class Gain(Structure):
@@ -143,6 +148,14 @@ WORD = 1
 TAG = 2
 CUT = 3
 PUNCTUATION = 4
+SPEAKER = 6
+DIRECTION = 7
+ACTION = 8
+HEADING = 9
+WORD_EMPHASIS = 1
+WORD_DRAWL = 2
+SCRIPT_LITERAL = 1
+SCRIPT_CUE_TIMES = 2
 FLOAT = 2
 SEARCH_RETRY = 1
 TRACK_SMOOTH = 1
@@ -170,7 +183,7 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
     "get_audio_samples": (POINTER(c_int16), [c_void_p, _COUNT]),
     "get_audio_rate_hz": (c_uint32, [c_void_p]),
     "free_audio": (None, [c_void_p]),
-    "create_transcript": (c_int32, [c_void_p, c_char_p, _OUT]),
+    "create_script_transcript": (c_int32, [c_void_p, c_char_p, POINTER(ScriptOptions), _OUT]),
     "get_transcript_tokens": (POINTER(Token), [c_void_p, _COUNT]),
     "free_transcript": (None, [c_void_p]),
     "create_alignment": (c_int32, [c_void_p, c_void_p, c_void_p, c_char_p,
@@ -179,6 +192,7 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
                                      POINTER(Progress), _OUT]),
     "get_phonemes": (POINTER(Phoneme), [c_void_p, _COUNT]),
     "get_words": (POINTER(Span), [c_void_p, _COUNT]),
+    "get_word_flags": (c_uint32, [c_void_p, c_uint32]),
     "get_events": (POINTER(Span), [c_void_p, _COUNT]),
     "free_result": (None, [c_void_p]),
     "create_track": (c_int32, [c_void_p, POINTER(TrackOptions), _OUT]),

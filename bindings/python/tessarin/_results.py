@@ -27,18 +27,22 @@ class Phoneme:
 
 @dataclass(frozen=True)
 class Word:
-    """A word, as it is spelled in the text; `offset` and `length` count characters there."""
+    """A word, as it is spelled in the text; `offset` and `length` count characters there. It is
+    `emphasised` in capitals or between stars, and `drawn_out` where a letter is repeated."""
 
     text: str
     start_ms: int
     end_ms: int
     offset: int
     length: int
+    emphasised: bool = False
+    drawn_out: bool = False
 
 
 @dataclass(frozen=True)
 class Event(Word):
-    """Something in the text that is no word; `kind` is "punctuation" or "tag"."""
+    """Something in the text that is not said; `kind` is "punctuation", "tag", "speaker",
+    "direction", "action" or "heading"."""
 
     kind: str = "tag"
 
@@ -131,7 +135,9 @@ class Track:
 
 
 KINDS = {_library.WORD: "word", _library.TAG: "tag", _library.CUT: "cut",
-         _library.PUNCTUATION: "punctuation"}
+         _library.PUNCTUATION: "punctuation",
+         _library.SPEAKER: "speaker", _library.DIRECTION: "direction",
+         _library.ACTION: "action", _library.HEADING: "heading"}
 
 
 class TextPlaces:
@@ -191,9 +197,9 @@ class Result:
         weakref.finalize(self, self._library.free_result, handle)
         self.phonemes = [Phoneme(raw.label.decode("ascii"), raw.start_ms, raw.end_ms, raw.score)
                          for raw in self._library.items("get_phonemes", handle)]
-        self.words = [Word(*self._span(raw, places))
-                      for raw in self._library.items("get_words", handle)]
-        self.events = [Event(*self._span(raw, places), KINDS[raw.kind])
+        self.words = [self._word(raw, places, self._library.get_word_flags(handle, number))
+                      for number, raw in enumerate(self._library.items("get_words", handle))]
+        self.events = [Event(*self._span(raw, places), kind=KINDS.get(raw.kind, "tag"))
                        for raw in self._library.items("get_events", handle)]
         self.loudness = self._library.items("get_loudness", handle)
 
@@ -215,6 +221,11 @@ class Result:
             raise library.error("loudness", code)
         result.loudness = library.items("get_loudness", result._handle)
         return result
+
+    @classmethod
+    def _word(cls, raw: _library.Span, places: TextPlaces | None, flags: int) -> Word:
+        return Word(*cls._span(raw, places), emphasised=bool(flags & _library.WORD_EMPHASIS),
+                    drawn_out=bool(flags & _library.WORD_DRAWL))
 
     @staticmethod
     def _span(raw: _library.Span, places: TextPlaces | None) -> tuple[str, int, int, int, int]:
