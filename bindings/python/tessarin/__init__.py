@@ -15,12 +15,13 @@ from tessarin._engine import (Engine, align, align_many, default_engine, find_se
                               transcribe, version)
 from tessarin._errors import Cancelled, RecognitionFailed, TessarinError
 from tessarin._live import Live, LiveStretch
-from tessarin._results import Curve, Event, Frame, Phoneme, Result, Sentence, Token, Track, Word
+from tessarin._results import (Curve, Event, Frame, Match, Phoneme, Result, Sentence, Token, Track,
+                               UnsaidWord, Word)
 from tessarin._shapes import Shapes, Switch
 
 __all__ = [
-    "Audio", "Cancelled", "Curve", "Engine", "Event", "Frame", "Live", "LiveStretch", "Phoneme",
-    "RecognitionFailed", "Result", "Sentence", "Shapes", "Switch", "TessarinError", "Token",
-    "Track", "Word", "align", "align_many", "default_engine", "find_sentences", "recognize",
+    "Audio", "Cancelled", "Curve", "Engine", "Event", "Frame", "Live", "LiveStretch", "Match",
+    "Phoneme", "RecognitionFailed", "Result", "Sentence", "Shapes", "Switch", "TessarinError",
+    "Token", "Track", "UnsaidWord", "Word", "align", "align_many", "default_engine", "find_sentences", "recognize",
     "transcribe", "version",
 ]

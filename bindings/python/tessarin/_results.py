@@ -17,30 +17,63 @@ from tessarin._shapes import Shapes, Switch
 
 @dataclass(frozen=True)
 class Phoneme:
-    """A sound; "x" is silence. `score` is its strength, 0 to 100, not a confidence."""
+    """A sound; "x" is silence. `score` is its strength, 0 to 100; `confidence`, 0 to 1, how likely
+    it is that it was said there, None where that is not known."""
 
     label: str
     start_ms: int
     end_ms: int
     score: float
+    confidence: float | None = None
 
 
 @dataclass(frozen=True)
 class Word:
-    """A word, as it is spelled in the text; `offset` and `length` count characters there."""
+    """A word, as it is spelled in the text; `offset` and `length` count characters there.
+    `confidence`, 0 to 1, is how likely it is that it was said there, None where that is not
+    known."""
 
     text: str
     start_ms: int
     end_ms: int
     offset: int
     length: int
+    confidence: float | None = None
+
+
+@dataclass(frozen=True)
+class UnsaidWord:
+    """A word of the text that was not heard."""
+
+    text: str
+    offset: int
+    length: int
+    confidence: float | None = None
 
 
 @dataclass(frozen=True)
 class Event(Word):
-    """Something in the text that is no word; `kind` is "punctuation" or "tag"."""
+    """Something that is no word of the text; `kind` is "punctuation", "tag" or, for other speech,
+    "unscripted"."""
 
     kind: str = "tag"
+
+
+@dataclass(frozen=True)
+class Match:
+    """How well a text and a recording fit. `verdict` is "good", "doubtful", "poor" or, for a model
+    without a calibration, "unknown"; `score`, 0 to 1, how likely it is that they belong together,
+    None where that is not known. `is_loose` says that words were left out or other speech was
+    passed over; the other numbers are the evidence."""
+
+    verdict: str
+    score: float | None
+    is_loose: bool
+    unscripted_ms: int
+    margin: float
+    fit: float
+    duration: float | None
+    spread: float
 
 
 @dataclass(frozen=True)
@@ -131,7 +164,11 @@ class Track:
 
 
 KINDS = {_library.WORD: "word", _library.TAG: "tag", _library.CUT: "cut",
-         _library.PUNCTUATION: "punctuation"}
+         _library.PUNCTUATION: "punctuation", _library.UNSCRIPTED: "unscripted"}
+
+
+def _known(number: float) -> float | None:
+    return number if number >= 0 else None
 
 
 class TextPlaces:
@@ -164,22 +201,39 @@ def make_sentence(raw: _library.Sentence, places: TextPlaces) -> Sentence:
 
 
 class Result:
-    """What a search found. Lists are in order of time."""
+    """What a search found. Lists are in order of time; `unsaid` has the words of the text that were
+    not heard, and `match` how well it fits, where that was looked for."""
 
     phonemes: list[Phoneme]
     words: list[Word]
     events: list[Event]
+    unsaid: list[UnsaidWord]
+    match: Match | None
 
     def __init__(self, handle: int, places: TextPlaces | None) -> None:
         self._library = Library.get()
         self._handle = handle
         weakref.finalize(self, self._library.free_result, handle)
-        self.phonemes = [Phoneme(raw.label.decode("ascii"), raw.start_ms, raw.end_ms, raw.score)
-                         for raw in self._library.items("get_phonemes", handle)]
-        self.words = [Word(*self._span(raw, places))
-                      for raw in self._library.items("get_words", handle)]
-        self.events = [Event(*self._span(raw, places), KINDS[raw.kind])
+        confidences = [_known(each)
+                       for each in self._library.items("get_phoneme_confidences", handle)]
+        self.phonemes = [
+            Phoneme(raw.label.decode("ascii"), raw.start_ms, raw.end_ms, raw.score, confidence)
+            for raw, confidence in itertools.zip_longest(
+                self._library.items("get_phonemes", handle), confidences)]
+        said: dict[int, float | None] = {}
+        unsaid: dict[int, float | None] = {}
+        for each in self._library.items("get_word_matches", handle):
+            (said if each.is_said else unsaid)[each.index] = _known(each.confidence)
+        self.words = [Word(*self._span(raw, places), said.get(i))
+                      for i, raw in enumerate(self._library.items("get_words", handle))]
+        self.events = [Event(*self._span(raw, places), kind=KINDS[raw.kind])
                        for raw in self._library.items("get_events", handle)]
+        self.unsaid = []
+        for i, raw in enumerate(self._library.items("get_unsaid_words", handle)):
+            text, _, _, offset, length = self._span(raw, places)
+            self.unsaid.append(UnsaidWord(text, offset, length, unsaid.get(i)))
+        match = self._library.get_match(handle)
+        self.match = self._match(match.contents) if match else None
 
     @classmethod
     def from_phonemes(cls, phonemes: Sequence[Phoneme]) -> Result:
@@ -190,6 +244,11 @@ class Result:
               for each in phonemes))
         return cls(Library.get().create("create_result_from_phonemes", "phonemes", raw,
                                         len(phonemes)), None)
+
+    @staticmethod
+    def _match(raw: _library.Match) -> Match:
+        return Match(_library.VERDICTS[raw.verdict], _known(raw.score), raw.is_loose != 0,
+                     raw.unscripted_ms, raw.margin, raw.fit, _known(raw.duration), raw.spread)
 
     @staticmethod
     def _span(raw: _library.Span, places: TextPlaces | None) -> tuple[str, int, int, int, int]:
