@@ -78,6 +78,8 @@ const char* SpanTypeName(uint32_t type) {
         return "word";
     case tessarin::kPunctuationMarker:
         return "punctuation";
+    case kUnscriptedSpan:
+        return "unscripted";
     default:
         return "tag";
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,16 +16,35 @@ struct timed_phoneme {
     int32_t startMs;
     int32_t endMs;
     float score;
+    float confidence = -1.0f; ///< 0 to 1; -1 where it is not known
 };
 
-/// A word or a text event: punctuation, a bracket comment or a tag.
+/// The type of a stretch of speech that is not in the text, beside a tessarin::sync_marker_type.
+inline constexpr uint32_t kUnscriptedSpan = 100;
+
+/// A word or an event: punctuation, a bracket comment, a tag, or speech that is not in the text.
 struct timed_span {
-    uint32_t type; ///< a tessarin::sync_marker_type
+    uint32_t type; ///< a tessarin::sync_marker_type, or kUnscriptedSpan
     std::string text;
     int32_t startMs;
     int32_t endMs;
     int32_t textOffset; ///< in bytes of the user's text
     int32_t textLength;
+    float confidence = -1.0f; ///< of a word, 0 to 1; -1 where it is not known
+    float margin = 0.0f;      ///< the evidence for a word
+};
+
+/// How well a text and a recording fit.
+struct timed_match {
+    std::string verdict; ///< good, doubtful, poor or unknown
+    std::string reason;  ///< why it is not good, else empty
+    float score = -1.0f; ///< 0 to 1; -1 where it is not known
+    bool isLoose = false;
+    int32_t unscriptedMs = 0;
+    float margin = 0.0f; ///< this and what follows is the evidence for the score
+    float fit = 0.0f;
+    float duration = -1.0f;
+    float spread = 1.0f;
 };
 
 struct mouth_frame {
@@ -49,10 +69,12 @@ struct timed_result {
     std::string message;
     std::vector<timed_phoneme> phonemes;
     std::vector<timed_span> words;
+    std::vector<timed_span> unsaid; ///< words of the text that were not heard, without times
     std::vector<timed_span> events;
     std::vector<mouth_frame> frames;
     std::vector<weight_curve> curves;
     std::vector<mouth_frame> stretches; ///< mixtures that stand for stretches the user asked for
+    std::optional<timed_match> match;   ///< of an alignment that looked for it
 };
 
 /// Copies the markers of `results` into `out`. With `text`, spans get their places and their
@@ -68,5 +90,5 @@ void CollectCurves(tessarin::IPhnMixtureArticulator& articulator, timed_result* 
 /// Copies the articulator's frames into `out`.
 void CollectFrames(tessarin::IPhnMixtureArticulator& articulator, timed_result* out);
 
-/// The name of a span's type in the outputs: word, punctuation or tag.
+/// The name of a span's type in the outputs: word, punctuation, tag or unscripted.
 const char* SpanTypeName(uint32_t type);

@@ -39,6 +39,13 @@ tessarin::model_owner LoadModel(const data_options& options) {
     return LoadModelFile(DataPathOr(options.model, options, kModelName));
 }
 
+std::string CalibrationPath(const data_options& options) {
+    const std::filesystem::path path =
+        std::filesystem::path(DataPathOr(options.model, options, kModelName))
+            .replace_extension(".calibration");
+    return std::filesystem::exists(path) ? path.string() : "";
+}
+
 std::string HearingModelPath(const data_options& options) {
     std::string path = DataPathOr(options.model, options, kHearingModelName);
     return std::filesystem::exists(path) || !options.model.empty()

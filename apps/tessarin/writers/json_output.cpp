@@ -8,6 +8,9 @@ namespace {
 
 using json = nlohmann::ordered_json;
 
+/// Below it is the margin of a word that the engine did not look at.
+constexpr float kNotLookedAt = -1e8f;
+
 /// Weights and scores are written to four decimals: finer steps are not seen and make files larger.
 double Rounded(float value) {
     return std::round(static_cast<double>(value) * 1e4) / 1e4;
@@ -19,6 +22,56 @@ json SpanJson(const timed_span& span) {
             {"end_ms", span.endMs},
             {"text_offset", span.textOffset},
             {"text_length", span.textLength}};
+}
+
+/// The words in the order of the text. Where it was looked for, each reports whether it was said;
+/// one that was not has no times.
+json WordsJson(const timed_result& result) {
+    json list = json::array();
+    const auto add = [&](const timed_span& word, bool isSaid) {
+        json entry = isSaid ? SpanJson(word)
+                            : json{{"text", word.text},
+                                   {"text_offset", word.textOffset},
+                                   {"text_length", word.textLength}};
+        if (result.match) {
+            entry["said"] = isSaid;
+            if (word.confidence >= 0.0f) {
+                entry["confidence"] = Rounded(word.confidence);
+            }
+            if (word.margin > kNotLookedAt) {
+                entry["margin"] = Rounded(word.margin);
+            }
+        }
+        list.push_back(std::move(entry));
+    };
+    auto unsaid = result.unsaid.begin();
+    for (const timed_span& word : result.words) {
+        while (unsaid != result.unsaid.end() && unsaid->textOffset < word.textOffset) {
+            add(*unsaid++, false);
+        }
+        add(word, true);
+    }
+    while (unsaid != result.unsaid.end()) {
+        add(*unsaid++, false);
+    }
+    return list;
+}
+
+json MatchJson(const timed_match& match) {
+    json entry;
+    if (match.score >= 0.0f) {
+        entry["score"] = Rounded(match.score);
+    }
+    entry["verdict"] = match.verdict;
+    entry["reason"] = match.reason;
+    entry["loose"] = match.isLoose;
+    entry["margin"] = Rounded(match.margin);
+    entry["fit"] = Rounded(match.fit);
+    if (match.duration >= 0.0f) {
+        entry["duration"] = Rounded(match.duration);
+    }
+    entry["spread"] = Rounded(match.spread);
+    return entry;
 }
 
 json FrameJson(const mouth_frame& frame) {
@@ -53,14 +106,14 @@ json CurveJson(const weight_curve& curve) {
 std::string WriteJson(const timed_result& result) {
     json phonemes = json::array();
     for (const timed_phoneme& phoneme : result.phonemes) {
-        phonemes.push_back({{"label", phoneme.label},
-                            {"start_ms", phoneme.startMs},
-                            {"end_ms", phoneme.endMs},
-                            {"score", Rounded(phoneme.score)}});
-    }
-    json words = json::array();
-    for (const timed_span& word : result.words) {
-        words.push_back(SpanJson(word));
+        json entry{{"label", phoneme.label},
+                   {"start_ms", phoneme.startMs},
+                   {"end_ms", phoneme.endMs},
+                   {"score", Rounded(phoneme.score)}};
+        if (phoneme.confidence >= 0.0f) {
+            entry["confidence"] = Rounded(phoneme.confidence);
+        }
+        phonemes.push_back(std::move(entry));
     }
     json events = json::array();
     for (const timed_span& event : result.events) {
@@ -72,16 +125,19 @@ std::string WriteJson(const timed_result& result) {
     for (const weight_curve& curve : result.curves) {
         curves.push_back(CurveJson(curve));
     }
-    const json document = {{"version", kJsonVersion},
-                           {"audio", result.audio},
-                           {"duration_ms", result.durationMs},
-                           {"code", result.code},
-                           {"message", result.message},
-                           {"phonemes", std::move(phonemes)},
-                           {"words", std::move(words)},
-                           {"events", std::move(events)},
-                           {"frames", FramesJson(result.frames)},
-                           {"curves", std::move(curves)},
-                           {"stretches", FramesJson(result.stretches)}};
+    json document = {{"version", kJsonVersion},
+                     {"audio", result.audio},
+                     {"duration_ms", result.durationMs},
+                     {"code", result.code},
+                     {"message", result.message},
+                     {"phonemes", std::move(phonemes)},
+                     {"words", WordsJson(result)},
+                     {"events", std::move(events)},
+                     {"frames", FramesJson(result.frames)},
+                     {"curves", std::move(curves)},
+                     {"stretches", FramesJson(result.stretches)}};
+    if (result.match) {
+        document["match"] = MatchJson(*result.match);
+    }
     return document.dump(1, ' ', false, json::error_handler_t::replace) + "\n";
 }
