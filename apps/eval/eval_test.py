@@ -11,6 +11,7 @@ import wave
 import boundaries
 import independent_words
 import judge
+import mismatch
 import mouth
 import phoneme_errors
 
@@ -30,6 +31,58 @@ class Boundaries(unittest.TestCase):
         result = boundaries.measure(labels, [], found, [], 0)
         self.assertEqual(sorted(result["errors"]), [-5, 15, 30])
         self.assertEqual(result["stops"], [15])
+
+
+class Mismatch(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory()
+        self.lines = []
+        for name, text in (("a", "one two three four five"), ("b", "Six seven, eight.")):
+            path = pathlib.Path(self.folder.name) / f"{name}.wav"
+            with wave.open(str(path), "wb") as audio:
+                audio.setparams((1, 2, 8000, 0, "NONE", "none"))
+                audio.writeframes(bytes(16000))
+            path.with_suffix(".txt").write_text(text, encoding="utf-8")
+            self.lines.append(mismatch.Line(path))
+
+    def tearDown(self):
+        self.folder.cleanup()
+
+    def case(self, kind):
+        return mismatch.make_case(kind, self.lines[0], self.lines[1:], random.Random(1),
+                                  self.folder.name)
+
+    def test_each_chunk_of_a_changed_text_knows_where_it_comes_from(self):
+        own = self.lines[0].chunks
+        for kind in mismatch.KINDS:
+            with self.subTest(kind):
+                audio, chunks, sources, later = self.case(kind)
+                self.assertEqual(len(chunks), len(sources))
+                for chunk, source in zip(chunks, sources):
+                    if source is not None:
+                        self.assertEqual(chunk, own[source])
+                self.assertEqual(later, 1300 if kind == "around" else 0)
+        self.assertLess(len(self.case("less")[1]), 5)
+        self.assertEqual(self.case("swap")[2].count(None), 2)
+        with wave.open(str(self.case("around")[0])) as audio:
+            self.assertEqual(audio.getnframes(), 3 * 8000 + 2 * 2400)
+
+    def test_words_count_as_kept_marked_and_denied(self):
+        line = self.lines[0]
+        line.starts = {(0, 0): 100, (1, 0): 300}
+        words = [{"text_offset": 0, "said": True, "start_ms": 150, "confidence": 0.9},
+                 {"text_offset": 4, "said": False, "confidence": 0.2},
+                 {"text_offset": 9, "said": False, "confidence": 0.1}]
+        measured = mismatch.Measured()
+        measured.add({"words": words, "match": {"verdict": "doubtful", "score": 0.7}}, 1.0, line,
+                     [0, 4, 9], [0, 1, None], 0)
+        self.assertEqual((measured.kept, measured.common), (1, 2))
+        self.assertEqual((measured.denied, measured.said), (1, 2))
+        self.assertEqual((measured.marked, measured.unsaid), (1, 1))
+        self.assertEqual(measured.confidences, [(0.9, True), (0.2, False), (0.1, False)])
+
+    def test_the_area_counts_ties_as_half(self):
+        self.assertEqual(mismatch.area([0.9, 0.5], [0.5, 0.1]), 0.875)
 
 
 class PhonemeErrors(unittest.TestCase):

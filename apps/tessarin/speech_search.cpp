@@ -1,29 +1,58 @@
 #include "apps/tessarin/speech_search.h"
 
+#include <cstdio>
 #include <memory>
 
 #include "apps/tessarin/console/failure.h"
+#include "apps/tessarin/console/file_io.h"
+#include "apps/tessarin/match_report.h"
 #include "apps/tessarin/readers/spoken_text.h"
 
+namespace {
+
+/// That of another model is not used, and that is said.
+void SetCalibration(const std::string& path, const std::string& text,
+                    tessarin::CAccousticHMM& model, tessarin::IMatchAligner& aligner) {
+    RequireSize(path, text);
+    const int32_t code =
+        aligner.SetCalibration(&model, text.data(), static_cast<uint32_t>(text.size()));
+    if (code == tessarin::kInvalidArgument) {
+        std::fprintf(stderr, "tessarin: %s: belongs to another model; there is no confidence\n",
+                     path.c_str());
+    } else if (code != tessarin::kNoError) {
+        throw EngineFailure(path, code);
+    }
+}
+
+} // namespace
+
 recording_search SearchForText(const SpokenText& text, tessarin::IVisemixTranscriber& transcriber,
-                               int beam, bool retry) {
-    tessarin::ITextBasedPhnRecognizer* made = nullptr;
-    CreateTextBasedRecognizer(&made);
-    if (made == nullptr) {
-        throw EngineFailure("recognizer", tessarin::kOutOfMemory);
+                               const data_options& data, const text_search_options& options) {
+    tessarin::IMatchAligner* made = nullptr;
+    const int32_t code = CreateMatchAligner(&made);
+    if (code != tessarin::kNoError) {
+        throw EngineFailure("recognizer", code);
     }
-    const std::shared_ptr<tessarin::ITextBasedPhnRecognizer> recognizer =
-        tessarin::aligner_owner(made);
-    if (beam > 0) {
-        recognizer->SetBeamWidth(beam);
+    const std::shared_ptr<tessarin::IMatchAligner> aligner = tessarin::match_aligner_owner(made);
+    if (options.beam > 0) {
+        aligner->SetBeamWidth(options.beam);
     }
-    recognizer->SetOutputOptions(retry ? 1 : 0, 0);
-    return [recognizer, &text, &transcriber](
-               opened_recording& recording, tessarin::CAccousticHMM& model,
-               tessarin::ProgressSink& progress, tessarin::ISyncResultsCollection& results) {
-        return recognizer->RecognizePhonemes(recording.observations.get(), &model,
-                                             text.GetLocal().c_str(), &transcriber, &progress,
-                                             &results);
+    aligner->SetRetry(options.retry ? 1 : 0);
+    aligner->SetMode(options.match);
+    const std::string path = CalibrationPath(data);
+    const std::string calibration = path.empty() ? "" : ReadWholeFile(path);
+    return [aligner, &text, &transcriber, path,
+            calibration](opened_recording& recording, tessarin::CAccousticHMM& model,
+                         tessarin::ProgressSink& progress,
+                         tessarin::ISyncResultsCollection& results, match_report& report) {
+        if (!path.empty()) {
+            SetCalibration(path, calibration, model, *aligner);
+        }
+        const int32_t found =
+            aligner->Align(recording.observations.get(), &model, text.GetLocal().c_str(),
+                           &transcriber, &progress, &results);
+        report = ReadMatch(*aligner);
+        return found;
     };
 }
 
@@ -35,12 +64,12 @@ recording_search SearchForSounds() {
     }
     const std::shared_ptr<tessarin::ITextlessPhnRecognizer> recognizer =
         tessarin::free_recognizer_owner(made);
-    return
-        [recognizer](opened_recording& recording, tessarin::CAccousticHMM& model,
-                     tessarin::ProgressSink& progress, tessarin::ISyncResultsCollection& results) {
-            return recognizer->RecognizePhonemes(recording.observations.get(), &model, &progress,
-                                                 &results);
-        };
+    return [recognizer](opened_recording& recording, tessarin::CAccousticHMM& model,
+                        tessarin::ProgressSink& progress, tessarin::ISyncResultsCollection& results,
+                        match_report& /*report*/) {
+        return recognizer->RecognizePhonemes(recording.observations.get(), &model, &progress,
+                                             &results);
+    };
 }
 
 void LoadTrigrams(const trigram_options& options, const data_options& data,

@@ -1,15 +1,22 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "apps/tessarin/commands/recording_command.h"
 #include "apps/tessarin/options/engine_data.h"
 
-/// The search for the sounds of a text that is said. `text` and `transcriber` must outlive it; a
-/// `beam` of 0 is the engine's own; with `retry` the window slides ahead where it loses the text.
-/// Throws Failure.
+/// How a text is looked for.
+struct text_search_options {
+    int beam = 0;       ///< states; 0 is the engine's own
+    bool retry = false; ///< the window slides ahead where it loses the text
+    uint32_t match = tessarin::kMatchAuto;
+};
+
+/// The search for the sounds of a text that is said, with what is known of the scores of the model
+/// that `data` names. `text` and `transcriber` must outlive it. Throws Failure.
 recording_search SearchForText(const SpokenText& text, tessarin::IVisemixTranscriber& transcriber,
-                               int beam, bool retry = false);
+                               const data_options& data, const text_search_options& options = {});
 
 /// The search for sounds without a text. Throws Failure.
 recording_search SearchForSounds();

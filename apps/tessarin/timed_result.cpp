@@ -70,6 +70,8 @@ const char* SpanTypeName(uint32_t type) {
         return "action";
     case kScriptSpan + TESSARIN_HEADING:
         return "heading";
+    case kUnscriptedSpan:
+        return "unscripted";
     default:
         return "tag";
     }

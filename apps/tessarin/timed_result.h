@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,20 +16,39 @@ struct timed_phoneme {
     int32_t startMs;
     int32_t endMs;
     float score;
+    float confidence = -1.0f; ///< 0 to 1; -1 where it is not known
 };
 
+/// The type of a stretch of speech that is not in the text, beside a tessarin::sync_marker_type.
+inline constexpr uint32_t kUnscriptedSpan = 100;
 /// The type of an event of a script is this and a tessarin_span_kind.
 inline constexpr uint32_t kScriptSpan = 200;
 
-/// A word or a text event: punctuation, a bracket comment, a tag, or what of a script is not said.
+/// A word or an event: punctuation, a bracket comment, a tag, what of a script is not said, or
+/// speech that is not in the text.
 struct timed_span {
-    uint32_t type; ///< a tessarin::sync_marker_type, or kScriptSpan and more
+    uint32_t type; ///< a tessarin::sync_marker_type, kUnscriptedSpan, or kScriptSpan and more
     std::string text;
     int32_t startMs;
     int32_t endMs;
     int32_t textOffset; ///< in bytes of the user's text
     int32_t textLength;
-    uint32_t flags = 0; ///< of a word: tessarin_word_flags
+    uint32_t flags = 0;       ///< of a word: tessarin_word_flags
+    float confidence = -1.0f; ///< of a word, 0 to 1; -1 where it is not known
+    float margin = 0.0f;      ///< the evidence for a word
+};
+
+/// How well a text and a recording fit.
+struct timed_match {
+    std::string verdict; ///< good, doubtful, poor or unknown
+    std::string reason;  ///< why it is not good, else empty
+    float score = -1.0f; ///< 0 to 1; -1 where it is not known
+    bool isLoose = false;
+    int32_t unscriptedMs = 0;
+    float margin = 0.0f; ///< this and what follows is the evidence for the score
+    float fit = 0.0f;
+    float duration = -1.0f;
+    float spread = 1.0f;
 };
 
 struct mouth_frame {
@@ -53,11 +73,13 @@ struct timed_result {
     std::string message;
     std::vector<timed_phoneme> phonemes;
     std::vector<timed_span> words;
+    std::vector<timed_span> unsaid; ///< words of the text that were not heard, without times
     std::vector<timed_span> events;
     std::vector<float> loudness; ///< of each 10 ms of the audio, in dB; empty when not known
     std::vector<mouth_frame> frames;
     std::vector<weight_curve> curves;
     std::vector<mouth_frame> stretches; ///< mixtures that stand for stretches the user asked for
+    std::optional<timed_match> match;   ///< of an alignment that looked for it
 };
 
 /// Copies the markers of `results` into `out`. With `text`, spans get their places and their
@@ -67,5 +89,6 @@ void CollectMarkers(tessarin::ISyncResultsCollection& results, const SpokenText*
 
 mouth_frame CopyFrame(const tessarin_frame& frame);
 
-/// The name of a span's type in the outputs: word, punctuation, tag, or the part of a script.
+/// The name of a span's type in the outputs: word, punctuation, tag, unscripted, or the part of a
+/// script.
 const char* SpanTypeName(uint32_t type);

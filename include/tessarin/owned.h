@@ -30,6 +30,7 @@ using results_owner =
     std::unique_ptr<ISyncResultsCollection, destroyer<DestroySyncResultsCollection>>;
 using aligner_owner =
     std::unique_ptr<ITextBasedPhnRecognizer, destroyer<DestroyTextBasedRecognizer>>;
+using match_aligner_owner = std::unique_ptr<IMatchAligner, destroyer<DestroyMatchAligner>>;
 using free_recognizer_owner =
     std::unique_ptr<ITextlessPhnRecognizer, destroyer<DestroyTextlessPhnRecognizer>>;
 using realtime_recognizer_owner =

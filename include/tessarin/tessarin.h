@@ -11,6 +11,7 @@
 #include "tessarin/lexicon_editor.h"
 #include "tessarin/lexicon_file.h"
 #include "tessarin/logging.h"
+#include "tessarin/match_aligner.h"
 #include "tessarin/observation_stream.h"
 #include "tessarin/pcm_data_source.h"
 #include "tessarin/pcm_stream.h"

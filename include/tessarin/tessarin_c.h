@@ -95,16 +95,25 @@ typedef struct tessarin_script_options {
     const char* table;   /**< entries in the form of data/en-us.script, on top of its own; null */
 } tessarin_script_options;
 
+/** How far an alignment trusts its text. */
+enum tessarin_match_mode {
+    TESSARIN_MATCH_AUTO = 0,  /**< as exact where the text is what was said, else as loose */
+    TESSARIN_MATCH_EXACT = 1, /**< all of the text was said and nothing else; nothing is judged */
+    TESSARIN_MATCH_LOOSE = 2  /**< words may be missing, and other speech may stand between them */
+};
+
 /** How audio is searched. */
 typedef struct tessarin_search_options {
-    uint32_t size;      /**< of this struct, in bytes */
-    int32_t beam_width; /**< of an alignment in states, 500 to 8000; 0: 2000 */
-    int32_t from_ms;    /**< the stretch of the audio that is searched */
-    int32_t to_ms;      /**< 0: to its end */
-    uint32_t flags;     /**< tessarin_search_flags; not in the struct of 16 bytes, which is taken,
-                             too */
+    uint32_t size;       /**< of this struct, in bytes */
+    int32_t beam_width;  /**< of an alignment in states, 500 to 8000; 0: 2000 */
+    int32_t from_ms;     /**< the stretch of the audio that is searched */
+    int32_t to_ms;       /**< 0: to its end */
+    uint32_t flags;      /**< tessarin_search_flags; not in the struct of 16 bytes, which is taken,
+                              too */
+    uint32_t match_mode; /**< of an alignment, a tessarin_match_mode; a struct of 20 or 16 bytes,
+                              which is taken, too, stands for TESSARIN_MATCH_EXACT */
     const tessarin_script_options* script; /**< how the text is read; null gives the defaults; not
-                                                in the struct of 20 bytes, which is taken, too */
+                                                in the struct of 24 bytes, which is taken, too */
 } tessarin_search_options;
 
 /** Flags of tessarin_track_options. */
@@ -167,10 +176,11 @@ enum tessarin_span_kind {
     TESSARIN_TAG = 2, /**< text in brackets, or a tag */
     TESSARIN_CUT = 3, /**< a tag that divides the text */
     TESSARIN_PUNCTUATION = 4,
-    TESSARIN_SPEAKER = 6,   /**< the name before a line */
-    TESSARIN_DIRECTION = 7, /**< how or where a line is said, in parentheses or by itself */
-    TESSARIN_ACTION = 8,    /**< between stars */
-    TESSARIN_HEADING = 9    /**< of a scene */
+    TESSARIN_UNSCRIPTED = 5, /**< speech that is not in the text; its place is where that goes on */
+    TESSARIN_SPEAKER = 6,    /**< the name before a line */
+    TESSARIN_DIRECTION = 7,  /**< how or where a line is said, in parentheses or by itself */
+    TESSARIN_ACTION = 8,     /**< between stars */
+    TESSARIN_HEADING = 9     /**< of a scene */
 };
 
 /** Flags of a word. */
@@ -265,6 +275,15 @@ TESSARIN_API int32_t tessarin_read_model_statistics(tessarin_model* model, const
 /** Adds limits to the lengths of phonemes: lines of phonemes and milliseconds. Else as
    tessarin_read_model_statistics. */
 TESSARIN_API int32_t tessarin_read_model_limits(tessarin_model* model, const char* path);
+
+/** Adds what is known of the model's scores, from the file .calibration beside it: alignments then
+   have confidences and a verdict. No other thread may use the model meanwhile. FILE_NOT_FOUND;
+   INVALID_FILE; INVALID_ARGUMENT for that of another model. A failure leaves none. */
+TESSARIN_API int32_t tessarin_read_model_calibration(tessarin_model* model, const char* path);
+
+/** The same from the `size` bytes at `data`. */
+TESSARIN_API int32_t tessarin_set_model_calibration(tessarin_model* model, const void* data,
+                                                    uint32_t size);
 
 /** Null is allowed. */
 TESSARIN_API void tessarin_free_model(tessarin_model* model);
@@ -403,9 +422,54 @@ TESSARIN_API const tessarin_span* tessarin_get_words(const tessarin_result* resu
                                                      uint32_t* count);
 /** The tessarin_word_flags of word number `word`, from 0; 0 beyond the last. */
 TESSARIN_API uint32_t tessarin_get_word_flags(const tessarin_result* result, uint32_t word);
-/** The punctuation, tags and events of the script, likewise. */
+/** The punctuation, tags, events of the script and other speech, likewise. */
 TESSARIN_API const tessarin_span* tessarin_get_events(const tessarin_result* result,
                                                       uint32_t* count);
+
+/** Whether a text belongs to a recording. */
+enum tessarin_verdict {
+    TESSARIN_MATCH_UNKNOWN = 0,  /**< the model has no calibration */
+    TESSARIN_MATCH_GOOD = 1,     /**< all of the text was said and nothing else */
+    TESSARIN_MATCH_DOUBTFUL = 2, /**< words are missing, other speech was heard, or it fits badly */
+    TESSARIN_MATCH_POOR = 3      /**< it is hardly the text of this recording */
+};
+
+/** How well a text and a recording fit. */
+typedef struct tessarin_match {
+    int32_t verdict;       /**< a tessarin_verdict */
+    float score;           /**< how likely it is that they belong together, 0 to 1; -1 unknown */
+    int32_t is_loose;      /**< 1 when words were left out or other speech was passed over */
+    int32_t unscripted_ms; /**< of other speech */
+    float margin;          /**< evidence: mean of the words, 0 to 100 */
+    float fit;             /**< how far the text scores above what is heard without it */
+    float duration;        /**< distance of the phonemes' lengths from usual ones; -1 unknown */
+    float spread;          /**< of the scores: 1 for voices that the model knows, up to 2.2 */
+} tessarin_match;
+
+/** A word of the text and the evidence for it. */
+typedef struct tessarin_word_match {
+    int32_t is_said;  /**< 1, or 0 for one that was not heard */
+    uint32_t index;   /**< among the words, or among the unsaid words */
+    float confidence; /**< how likely it is that it was said there, 0 to 1; -1 unknown */
+    float margin;     /**< the evidence for that; -1e9 for a word that was not looked at */
+} tessarin_word_match;
+
+/** How well text and audio fit, or null where that was not looked for. */
+TESSARIN_API const tessarin_match* tessarin_get_match(const tessarin_result* result);
+
+/** All words of the text in order, or null when there are none or the mode was exact; `*count`
+   receives how many. */
+TESSARIN_API const tessarin_word_match* tessarin_get_word_matches(const tessarin_result* result,
+                                                                  uint32_t* count);
+
+/** The words that were not said, with times of -1; else as tessarin_get_words. */
+TESSARIN_API const tessarin_span* tessarin_get_unsaid_words(const tessarin_result* result,
+                                                            uint32_t* count);
+
+/** A confidence for each phoneme, 0 to 1: that of its word, or of hearing without a text; -1 for
+   silence and where it is unknown. Else as tessarin_get_word_matches. */
+TESSARIN_API const float* tessarin_get_phoneme_confidences(const tessarin_result* result,
+                                                           uint32_t* count);
 
 /** Makes a result of the `count` phonemes at `phonemes`, in order of time, so that timings from
    elsewhere can move a mouth. INVALID_ARGUMENT for a label that is not a phoneme's or an end before

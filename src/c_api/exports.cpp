@@ -34,7 +34,8 @@ static_assert(+TESSARIN_TRACK_SMOOTH == +kSmoothFrames &&
 static_assert(sizeof(tessarin_phoneme) == 20 && sizeof(tessarin_span) == 32 &&
               sizeof(tessarin_token) == 32 && sizeof(tessarin_frame) == 92 &&
               sizeof(tessarin_search_options) == 32 && sizeof(tessarin_script_options) == 32 &&
-              sizeof(tessarin_script_part) == 32 && sizeof(tessarin_track_options) == 64);
+              sizeof(tessarin_script_part) == 32 && sizeof(tessarin_track_options) == 64 &&
+              sizeof(tessarin_match) == 32 && sizeof(tessarin_word_match) == 16);
 
 namespace {
 
@@ -124,6 +125,25 @@ int32_t tessarin_read_model_limits(tessarin_model* model, const char* path) {
     return model == nullptr || path == nullptr
                ? kInvalidArgument
                : LoadPhoneConstraintsFileIntoHMM(model->hmm.get(), path, 0);
+}
+
+int32_t tessarin_read_model_calibration(tessarin_model* model, const char* path) {
+    if (model == nullptr || path == nullptr) {
+        return kInvalidArgument;
+    }
+    return Guarded([&] {
+        const auto set = [](const void* data, uint32_t size, tessarin_model& to) {
+            return SetCalibration({static_cast<const char*>(data), size}, to);
+        };
+        return FromFile(path, *model, set);
+    });
+}
+
+int32_t tessarin_set_model_calibration(tessarin_model* model, const void* data, uint32_t size) {
+    if (model == nullptr || (data == nullptr && size > 0)) {
+        return kInvalidArgument;
+    }
+    return Guarded([&] { return SetCalibration({static_cast<const char*>(data), size}, *model); });
 }
 
 void tessarin_free_model(tessarin_model* model) {
@@ -244,6 +264,23 @@ uint32_t tessarin_get_word_flags(const tessarin_result* result, uint32_t word) {
 
 const tessarin_span* tessarin_get_events(const tessarin_result* result, uint32_t* count) {
     return Items(result != nullptr ? &result->events : nullptr, count);
+}
+
+const tessarin_match* tessarin_get_match(const tessarin_result* result) {
+    return result != nullptr && result->match ? &*result->match : nullptr;
+}
+
+const tessarin_word_match* tessarin_get_word_matches(const tessarin_result* result,
+                                                     uint32_t* count) {
+    return Items(result != nullptr ? &result->wordMatches : nullptr, count);
+}
+
+const tessarin_span* tessarin_get_unsaid_words(const tessarin_result* result, uint32_t* count) {
+    return Items(result != nullptr ? &result->unsaid : nullptr, count);
+}
+
+const float* tessarin_get_phoneme_confidences(const tessarin_result* result, uint32_t* count) {
+    return Items(result != nullptr ? &result->phonemeConfidences : nullptr, count);
 }
 
 void tessarin_free_result(tessarin_result* result) {

@@ -5,8 +5,10 @@
 #include "base/guarded.h"
 #include "recognition/live/live_search.h"
 #include "recognition/live/realtime_phn_recognizer.h"
+#include "recognition/loose/match_aligner.h"
 #include "recognition/textbased_phn_recognizer.h"
 #include "recognition/textless_phn_recognizer.h"
+#include "tessarin/match_aligner.h"
 #include "tessarin/realtime_recognizer.h"
 #include "tessarin/text_based_recognizer.h"
 #include "tessarin/textless_recognizer.h"
@@ -39,6 +41,20 @@ int32_t CreateTextlessPhnRecognizer(ITextlessPhnRecognizer** out) {
 void DestroyTextlessPhnRecognizer(ITextlessPhnRecognizer* recognizer) {
     flog scope("CTextlessPhnRecognizer::DestroyTextlessPhnRecognizer");
     delete recognizer;
+}
+
+int32_t CreateMatchAligner(IMatchAligner** out) {
+    flog scope("CreateMatchAligner");
+    if (out == nullptr) {
+        return kInvalidArgument;
+    }
+    *out = new (std::nothrow) CMatchAligner;
+    return *out != nullptr ? kNoError : kOutOfMemory;
+}
+
+void DestroyMatchAligner(IMatchAligner* aligner) {
+    flog scope("DestroyMatchAligner");
+    delete aligner;
 }
 
 int32_t CreateRealtimePhnRecognizer(int32_t sample_rate, int32_t bits, int32_t channels,

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstring>
 #include <limits>
+#include <span>
 
 #include "mouth/loudness.h"
 #include "session/progress_bridge.h"
@@ -21,10 +22,12 @@ public:
         : model(*input.model.hmm), audio(input.audio), progress(input.progress) {}
 
     error_code Open(const search_input& input);
-    error_code Align(IVisemixTranscriber& transcriber);
+    error_code Align(IVisemixTranscriber& transcriber, const std::string& calibration);
     error_code Recognize();
     /// Copies what was found; `text` is null without one.
     std::unique_ptr<tessarin_result> TakeResult(const SpanText* text);
+    /// Adds what the alignment says of the match to the result that was taken.
+    void AddMatch(const SpanText& text, tessarin_result& taken) const;
 
 private:
     CAccousticHMM& model;
@@ -34,6 +37,7 @@ private:
     std::unique_ptr<SampleStream> stream;
     observations_owner observations;
     std::unique_ptr<tessarin_result> result;
+    match_aligner_owner aligner;
 };
 
 error_code Search::Open(const search_input& input) {
@@ -60,19 +64,26 @@ error_code Search::Open(const search_input& input) {
     return code;
 }
 
-error_code Search::Align(IVisemixTranscriber& transcriber) {
-    ITextBasedPhnRecognizer* made = nullptr;
-    CreateTextBasedRecognizer(&made);
-    if (made == nullptr) {
-        return kOutOfMemory;
+error_code Search::Align(IVisemixTranscriber& transcriber, const std::string& calibration) {
+    IMatchAligner* made = nullptr;
+    error_code code = CreateMatchAligner(&made);
+    aligner.reset(made);
+    if (code == kNoError) {
+        code = aligner->SetMode(options.match_mode);
     }
-    const aligner_owner aligner(made);
+    if (code == kNoError && !calibration.empty()) {
+        code = aligner->SetCalibration(&model, calibration.data(),
+                                       static_cast<uint32_t>(calibration.size()));
+    }
+    if (code != kNoError) {
+        return code;
+    }
     if (options.beam_width > 0) {
         aligner->SetBeamWidth(options.beam_width);
     }
-    aligner->SetOutputOptions((options.flags & TESSARIN_SEARCH_RETRY) != 0 ? 1 : 0, 0);
-    return aligner->AlignTranscription(observations.get(), &model, &transcriber, &progress,
-                                       result->markers.get());
+    aligner->SetRetry((options.flags & TESSARIN_SEARCH_RETRY) != 0 ? 1 : 0);
+    return aligner->Align(observations.get(), &model, nullptr, &transcriber, &progress,
+                          result->markers.get());
 }
 
 error_code Search::Recognize() {
@@ -156,6 +167,52 @@ std::unique_ptr<tessarin_result> Search::TakeResult(const SpanText* text) {
     return std::move(result);
 }
 
+tessarin_span SpanAt(int32_t kind, int32_t startMs, int32_t endMs, SpanText::place place,
+                     std::string spelling, tessarin_result& result) {
+    return {kind,         startMs,      endMs,
+            place.offset, place.length, Keep(std::move(spelling), result.texts)};
+}
+
+void Search::AddMatch(const SpanText& text, tessarin_result& taken) const {
+    uint32_t count = 0;
+    const match_word* const words = aligner->GetWords(&count);
+    if (count == 0) {
+        return;
+    }
+    uint32_t said = 0;
+    for (const match_word& word : std::span(words, count)) {
+        const bool isSaid = word.is_said != 0;
+        const auto index = isSaid ? said++ : static_cast<uint32_t>(taken.unsaid.size());
+        taken.wordMatches.push_back({isSaid ? 1 : 0, index, word.confidence, word.margin});
+        if (!isSaid) {
+            const SpanText::place place =
+                text.FindOriginal(static_cast<int32_t>(word.text_start),
+                                  static_cast<int32_t>(word.text_end - word.text_start));
+            taken.unsaid.push_back(
+                SpanAt(TESSARIN_WORD, -1, -1, place, text.GetOriginal(place), taken));
+        }
+    }
+    const match_stretch* const stretches = aligner->GetUnscripted(&count);
+    for (const match_stretch& each : std::span(stretches, count)) {
+        int32_t startMs = each.start_ms;
+        int32_t endMs = each.end_ms;
+        Shift(options.from_ms, startMs);
+        Shift(options.from_ms, endMs);
+        const SpanText::place place = text.FindOriginal(static_cast<int32_t>(each.text_start), 0);
+        taken.events.push_back(
+            SpanAt(TESSARIN_UNSCRIPTED, startMs, endMs, {place.offset, 0}, "", taken));
+    }
+    if (count > 0) {
+        std::ranges::stable_sort(taken.events, {}, &tessarin_span::start_ms);
+    }
+    const float* const confidences = aligner->GetPhonemeConfidences(&count);
+    taken.phonemeConfidences.assign(confidences, confidences + count);
+    match_summary summary;
+    aligner->GetSummary(&summary);
+    taken.match = {summary.verdict, summary.score, summary.is_loose, summary.unscripted_ms,
+                   summary.margin,  summary.fit,   summary.duration, summary.spread};
+}
+
 bool HasFound(error_code code) {
     return code == kNoError || code == kRecognitionFailed;
 }
@@ -180,14 +237,37 @@ error_code ReadSearchOptions(const tessarin_search_options* given, tessarin_sear
     if (given == nullptr) {
         return kNoError;
     }
-    // The sizes that the struct has had; what an older one lacks stays 0.
+    // The sizes that the struct has had; what an older one lacks stays 0, but for the mode: hosts
+    // that do not know of another have the results that they always had.
     constexpr size_t kFirstSize = offsetof(tessarin_search_options, flags);
-    constexpr size_t kSecondSize = kFirstSize + sizeof given->flags;
-    if (given->size != kFirstSize && given->size != kSecondSize && given->size != sizeof out) {
+    constexpr size_t kSecondSize = offsetof(tessarin_search_options, match_mode);
+    constexpr size_t kThirdSize = offsetof(tessarin_search_options, script);
+    if (given->size != kFirstSize && given->size != kSecondSize && given->size != kThirdSize &&
+        given->size != sizeof out) {
         return kInvalidArgument;
     }
+    out.match_mode = TESSARIN_MATCH_EXACT;
     std::memcpy(&out, given, given->size);
-    return (out.flags & ~uint32_t{TESSARIN_SEARCH_RETRY}) == 0 ? kNoError : kInvalidArgument;
+    const bool isKnown = (out.flags & ~uint32_t{TESSARIN_SEARCH_RETRY}) == 0 &&
+                         out.match_mode <= TESSARIN_MATCH_LOOSE;
+    return isKnown ? kNoError : kInvalidArgument;
+}
+
+error_code SetCalibration(std::string_view text, tessarin_model& model) {
+    model.calibration.clear();
+    IMatchAligner* made = nullptr;
+    error_code code = CreateMatchAligner(&made);
+    const match_aligner_owner aligner(made);
+    if (code == kNoError) {
+        code = text.size() > std::numeric_limits<uint32_t>::max()
+                   ? error_code{kInvalidFile}
+                   : aligner->SetCalibration(model.hmm.get(), text.data(),
+                                             static_cast<uint32_t>(text.size()));
+    }
+    if (code == kNoError) {
+        model.calibration = text;
+    }
+    return code;
 }
 
 error_code Align(const search_input& input, tessarin_language& language, const char* text,
@@ -210,9 +290,10 @@ error_code Align(const search_input& input, tessarin_language& language, const c
     if (code != kNoError) {
         return code;
     }
-    code = search.Align(spoken.GetTranscriber());
+    code = search.Align(spoken.GetTranscriber(), input.model.calibration);
     if (HasFound(code)) {
         out = search.TakeResult(&spoken.GetText());
+        search.AddMatch(spoken.GetText(), *out);
     }
     return code;
 }

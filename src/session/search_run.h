@@ -3,7 +3,9 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "session/audio_samples.h"
@@ -14,6 +16,7 @@
 
 struct tessarin_model {
     std::shared_ptr<tessarin::CAccousticHMM> hmm; ///< shared with what listens to live audio
+    std::string calibration;                      ///< empty: none
     std::string image; ///< for searches that change their model, and so take one of their own
     std::vector<const char*> labels;
     tessarin_model_facts facts{};
@@ -27,6 +30,10 @@ struct tessarin_result {
     std::vector<uint32_t> wordFlags; ///< of each word
     std::vector<tessarin_span> events;
     std::vector<float> loudness; ///< of each 10 ms of the audio, in dB; empty when not known
+    std::vector<tessarin_span> unsaid;
+    std::optional<tessarin_match> match;
+    std::vector<tessarin_word_match> wordMatches;
+    std::vector<float> phonemeConfidences;
     std::vector<std::unique_ptr<std::string>> texts; ///< of the spans
     mutable std::mutex lock;                         ///< over the markers
 };
@@ -49,6 +56,9 @@ struct search_input {
 /// Copies the options of any version of the struct; null gives the defaults. Returns 0, or 2 for a
 /// size or a flag that does not exist.
 error_code ReadSearchOptions(const tessarin_search_options* given, tessarin_search_options& out);
+
+/// Gives `model` the calibration `text`, or none when that fails.
+error_code SetCalibration(std::string_view text, tessarin_model& model);
 
 /// Both set `out` when they return 0 or kRecognitionFailed.
 error_code Align(const search_input& input, tessarin_language& language, const char* text,

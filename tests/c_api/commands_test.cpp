@@ -108,7 +108,7 @@ TEST_F(FlatCommands, RankWhatIsSaid) {
               0);
     // Another way to say a command, not another command.
     ASSERT_EQ(tessarin_add_command_text(commands.get(), language.get(), "enter", "enter"), 0);
-    const tessarin_search_options sentence{sizeof sentence, 0, 0, 2400, 0, nullptr};
+    const tessarin_search_options sentence{sizeof sentence, 0, 0, 2400, 0, 0, nullptr};
     testing::internal::CaptureStdout();
     ASSERT_EQ(tessarin_rank_commands(commands.get(), demo.get(), &sentence, nullptr), 0);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << "standard output is the host's";
@@ -230,7 +230,7 @@ TEST_F(FlatCommands, BadInputIsRefused) {
     EXPECT_THAT(Ranking(), ElementsAre());
     ASSERT_EQ(tessarin_add_command_phonemes(commands.get(), "yes", "yEHs"), 0);
     EXPECT_EQ(AddSample("no", Glide(300, 3000)), 2) << "commands of two kinds do not compare";
-    const tessarin_search_options beyond{sizeof beyond, 0, 1000000, 0, 0, nullptr};
+    const tessarin_search_options beyond{sizeof beyond, 0, 1000000, 0, 0, 0, nullptr};
     EXPECT_EQ(tessarin_rank_commands(commands.get(), demo.get(), &beyond, nullptr), 3);
     tessarin_free_commands(nullptr);
 }

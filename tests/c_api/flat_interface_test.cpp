@@ -144,7 +144,7 @@ TEST_F(FlatInterface, AStretchIsFoundWhereItStandsInTheAudio) {
     result_owner alone;
     ASSERT_EQ(tessarin_create_recognition(model.get(), cut.get(), nullptr, nullptr, Out(alone)),
               TESSARIN_OK);
-    tessarin_search_options options{sizeof options, 0, 1000, 4000, 0, nullptr};
+    tessarin_search_options options{sizeof options, 0, 1000, 4000, 0, 0, nullptr};
     result_owner stretch;
     ASSERT_EQ(
         tessarin_create_recognition(model.get(), audio.get(), &options, nullptr, Out(stretch)),
@@ -164,9 +164,9 @@ TEST_F(FlatInterface, AStretchIsFoundWhereItStandsInTheAudio) {
 
     const int32_t past = static_cast<int32_t>(count / rate + 1) * 1000;
     for (const tessarin_search_options& bad :
-         {tessarin_search_options{sizeof options, 0, -1, 0, 0, nullptr},
-          tessarin_search_options{sizeof options, 0, past, 0, 0, nullptr},
-          tessarin_search_options{sizeof options, 0, 2000, 1000, 0, nullptr}}) {
+         {tessarin_search_options{sizeof options, 0, -1, 0, 0, 0, nullptr},
+          tessarin_search_options{sizeof options, 0, past, 0, 0, 0, nullptr},
+          tessarin_search_options{sizeof options, 0, 2000, 1000, 0, 0, nullptr}}) {
         EXPECT_EQ(
             tessarin_create_recognition(model.get(), audio.get(), &bad, nullptr, Out(stretch)),
             TESSARIN_OUT_OF_RANGE);
@@ -365,15 +365,81 @@ TEST_F(FlatInterface, SearchOptionsOfEveryVersionAreTaken) {
     options.size = 16;
     const std::vector<std::string> first = Lines(Align(&options).get());
     options.flags = TESSARIN_SEARCH_RETRY;
-    options.size = sizeof options;
+    options.match_mode = 0xdead; // beyond the second one, which is exact, too
+    options.size = 20;
     EXPECT_EQ(Lines(Align(&options).get()), first) << "nothing was lost";
+    options.match_mode = TESSARIN_MATCH_EXACT;
+    options.size = sizeof options;
+    EXPECT_EQ(Lines(Align(&options).get()), first);
     tessarin_result* result = nullptr;
-    for (const auto& [size, flags] : {std::pair{20u, 2u}, {12u, 0u}, {24u, 0u}, {0u, 0u}}) {
+    for (const auto& [size, flags] : {std::pair{20u, 2u}, {12u, 0u}, {28u, 0u}, {0u, 0u}}) {
         options.size = size;
         options.flags = flags;
         EXPECT_EQ(tessarin_create_recognition(model.get(), audio.get(), &options, nullptr, &result),
                   TESSARIN_INVALID_ARGUMENT);
     }
+}
+
+TEST_F(FlatInterface, JudgesHowWellTextAndAudioFit) {
+    tessarin_model* made = nullptr;
+    ASSERT_EQ(tessarin_create_model_from_file((std::string(kData) + "/en-us.model").c_str(), &made),
+              TESSARIN_OK);
+    const model_owner judging(made);
+    const auto align = [&](const std::string& said, uint32_t mode) {
+        tessarin_search_options options{};
+        options.size = sizeof options;
+        options.match_mode = mode;
+        tessarin_result* result = nullptr;
+        EXPECT_EQ(tessarin_create_alignment(made, language.get(), audio.get(), said.c_str(),
+                                            &options, nullptr, &result),
+                  TESSARIN_OK);
+        return result_owner(result);
+    };
+    EXPECT_EQ(tessarin_get_match(align(text, TESSARIN_MATCH_EXACT).get()), nullptr);
+    const result_owner unknown = align(text, TESSARIN_MATCH_AUTO);
+    ASSERT_NE(tessarin_get_match(unknown.get()), nullptr);
+    EXPECT_EQ(tessarin_get_match(unknown.get())->verdict, TESSARIN_MATCH_UNKNOWN);
+
+    const std::string calibration = Content(std::string(kData) + "/en-us.calibration");
+    const auto size = static_cast<uint32_t>(calibration.size());
+    EXPECT_EQ(tessarin_set_model_calibration(made, calibration.data(), size / 2 + 1),
+              TESSARIN_INVALID_FILE);
+    EXPECT_EQ(tessarin_read_model_calibration(made, "no-such-file"), TESSARIN_FILE_NOT_FOUND);
+    ASSERT_EQ(tessarin_set_model_calibration(made, calibration.data(), size), TESSARIN_OK);
+    const result_owner right = align(text, TESSARIN_MATCH_AUTO);
+    EXPECT_EQ(Lines(right.get()), Lines(unknown.get()));
+    EXPECT_EQ(tessarin_get_match(right.get())->verdict, TESSARIN_MATCH_GOOD);
+    EXPECT_EQ(tessarin_get_unsaid_words(right.get(), nullptr), nullptr);
+
+    std::string wrong = text; // with a word in UTF-8 that nobody says, and without the end
+    wrong.insert(wrong.find("echo test"), "\u00e9lephant ");
+    wrong.resize(wrong.find("You may end"));
+    const result_owner result = align(wrong, TESSARIN_MATCH_AUTO);
+    EXPECT_EQ(tessarin_get_match(result.get())->verdict, TESSARIN_MATCH_DOUBTFUL);
+    EXPECT_GT(tessarin_get_match(result.get())->unscripted_ms, 1000);
+    uint32_t numUnsaid = 0;
+    const tessarin_span* const unsaid = tessarin_get_unsaid_words(result.get(), &numUnsaid);
+    ASSERT_GE(numUnsaid, 1u);
+    EXPECT_STREQ(unsaid->text, "\u00e9lephant");
+    EXPECT_EQ(unsaid->text_offset, static_cast<int32_t>(wrong.find("\u00e9lephant")));
+    EXPECT_EQ(unsaid->start_ms, -1);
+    uint32_t count = 0;
+    uint32_t numWords = 0;
+    (void)tessarin_get_words(result.get(), &numWords);
+    const tessarin_word_match* const matches = tessarin_get_word_matches(result.get(), &count);
+    ASSERT_EQ(count, numWords + numUnsaid);
+    EXPECT_EQ(matches[5].is_said, 1); // You are about to enter an
+    EXPECT_EQ(matches[6].is_said, 0);
+    EXPECT_LT(matches[6].confidence, matches[5].confidence);
+    EXPECT_EQ(matches[count - 1].index, numWords - 1);
+    const tessarin_span* const events = tessarin_get_events(result.get(), &count);
+    EXPECT_TRUE(std::any_of(events, events + count, [](const tessarin_span& event) {
+        return event.kind == TESSARIN_UNSCRIPTED && event.end_ms - event.start_ms > 1000;
+    }));
+    uint32_t numPhonemes = 0;
+    (void)tessarin_get_phonemes(result.get(), &numPhonemes);
+    (void)tessarin_get_phoneme_confidences(result.get(), &count);
+    EXPECT_EQ(count, numPhonemes);
 }
 
 TEST_F(FlatInterface, SentencesAreFoundWhereTheyWereSaid) {

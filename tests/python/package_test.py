@@ -61,6 +61,31 @@ class SameAsTheTool(unittest.TestCase):
         self.assert_same(result, expected)
         self.assert_same_frames(result.track(fps=24), expected)
 
+    def test_a_text_that_is_not_what_was_said(self) -> None:
+        text = TEXT.replace("echo test.", "echo umbrella test.")
+        text = text[:text.index("You may end")]
+        expected = tool("align", WAV, "--text", text)
+        result = tessarin.align(WAV, text)
+        self.assertEqual([(w.text, w.offset) for w in result.unsaid],
+                         [(w["text"], w["text_offset"]) for w in expected["words"]
+                          if not w["said"]])
+        self.assertIn("umbrella", [w.text for w in result.unsaid])
+        self.assertEqual(result.match.verdict, expected["match"]["verdict"])
+        self.assertEqual(result.match.verdict, "doubtful")
+        self.assertAlmostEqual(result.match.score, expected["match"]["score"], places=3)
+        for words, others in ((result.words, [w for w in expected["words"] if w["said"]]),
+                              (result.phonemes, expected["phonemes"])):
+            self.assertEqual(len(words), len(others))
+            for word, other in zip(words, others):
+                self.assertEqual(word.confidence is None, "confidence" not in other)
+                self.assertAlmostEqual(word.confidence or 0.0, other.get("confidence", 0.0),
+                                       places=3)
+        self.assertIn("unscripted", [event.kind for event in result.events])
+        exact = tessarin.align(WAV, text, match="exact")
+        self.assertEqual((exact.match, exact.unsaid), (None, []))
+        with self.assertRaises(ValueError):
+            tessarin.align(WAV, text, match="sometimes")
+
     def test_recognition(self) -> None:
         expected = tool("recognize", WAV)
         result = tessarin.recognize(WAV)

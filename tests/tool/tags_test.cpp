@@ -33,11 +33,12 @@ std::string Replaced(std::string text, const std::string& from, const std::strin
     return text.replace(text.find(from), from.size(), to);
 }
 
+/// What a tag does shows in the search that believes all of the text.
 json Align(const std::string& recording, const std::string& text) {
     const ScratchFolder scratch;
     WriteFile(scratch.Path("text.txt"), text);
     const tool_run run =
-        RunTool("align -q " + recording + " --text-file " + scratch.Path("text.txt"));
+        RunTool("align -q --match exact " + recording + " --text-file " + scratch.Path("text.txt"));
     EXPECT_EQ(run.exitCode, 0) << run.errors;
     return json::parse(run.output);
 }

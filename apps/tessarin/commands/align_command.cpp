@@ -1,9 +1,12 @@
+#include <cstdio>
+#include <map>
 #include <memory>
 #include <string>
 
 #include "apps/tessarin/commands/recording_command.h"
 #include "apps/tessarin/commands/sentence_command.h"
 #include "apps/tessarin/console/failure.h"
+#include "apps/tessarin/match_report.h"
 #include "apps/tessarin/options/text_options.h"
 #include "apps/tessarin/speech_search.h"
 
@@ -15,7 +18,23 @@ struct align_options {
     sentence_options sentences;
     bool areSentencesWanted = false;
     bool retry = false;
+    uint32_t match = tessarin::kMatchAuto;
+    bool isStrict = false;
 };
+
+/// One line on what does not fit; with --strict that is a failure.
+void ReportMatch(const timed_result& result, bool isStrict) {
+    const std::string mismatch = DescribeMismatch(result);
+    const bool isGood = result.match && (result.match->verdict == "good" ||
+                                         (result.match->verdict == "unknown" && mismatch.empty()));
+    if (isStrict && !isGood) {
+        throw Failure(kExitMismatch,
+                      mismatch.empty() ? result.audio + ": does not fit the text" : mismatch);
+    }
+    if (!mismatch.empty()) {
+        std::fprintf(stderr, "tessarin: %s\n", mismatch.c_str());
+    }
+}
 
 void RunAlign(const align_options& options) {
     if (!options.text.IsGiven()) {
@@ -30,8 +49,11 @@ void RunAlign(const align_options& options) {
         return;
     }
     const tessarin::model_owner model = LoadModel(options.recording.data);
-    AnimateRecording(options.recording, *model, &text,
-                     SearchForText(text, *transcriber, options.sentences.beam, options.retry));
+    const timed_result result =
+        AnimateRecording(options.recording, *model, &text,
+                         SearchForText(text, *transcriber, options.recording.data,
+                                       {options.sentences.beam, options.retry, options.match}));
+    ReportMatch(result, options.isStrict);
 }
 
 } // namespace
@@ -64,5 +86,27 @@ void AddAlignCommand(CLI::App& app) {
         ->add_flag("--retry", options->retry,
                    "Slide the search window ahead where the search loses the text")
         ->excludes(sentences);
-    command->callback([options] { RunAlign(*options); });
+    static const std::map<std::string, uint32_t> kModes = {{"auto", tessarin::kMatchAuto},
+                                                           {"exact", tessarin::kMatchExact},
+                                                           {"loose", tessarin::kMatchLoose}};
+    CLI::Option* match =
+        command
+            ->add_option("--match", options->match,
+                         "exact: all of the text was said and nothing else; loose: words may be "
+                         "missing and other speech may stand between them; auto: loose where the "
+                         "recording shows it [auto]")
+            ->transform(CLI::CheckedTransformer(kModes))
+            ->excludes(sentences)
+            ->option_text("exact|auto|loose");
+    command
+        ->add_flag("--strict", options->isStrict,
+                   "End with exit code 4 when text and recording do not fit well")
+        ->excludes(sentences);
+    command->callback([options, match] {
+        if (options->isStrict && options->match == tessarin::kMatchExact) {
+            throw Failure(kExitUsage, match->get_name() + " exact does not look for what --strict "
+                                                          "asks");
+        }
+        RunAlign(*options);
+    });
 }

@@ -29,7 +29,13 @@ std::string ReadHead(const std::string& path) {
 void ShowModel(const std::string& path) {
     data_options options;
     options.model = path;
-    LoadModel(options); // says what is wrong with a model that does not load
+    const tessarin::model_owner loaded = LoadModel(options); // says what is wrong with one
+    tessarin::IMatchAligner* aligner = nullptr;
+    CreateMatchAligner(&aligner);
+    const tessarin::match_aligner_owner judge(aligner);
+    if (judge == nullptr) {
+        throw EngineFailure(path, tessarin::kOutOfMemory);
+    }
     tessarin_model* made = nullptr;
     const int32_t code = tessarin_create_model_from_file(path.c_str(), &made);
     const std::unique_ptr<tessarin_model, tessarin::destroyer<tessarin_free_model>> model(made);
@@ -54,6 +60,8 @@ void ShowModel(const std::string& path) {
                 "pre-emphasis %g\n",
                 static_cast<double>(facts.rate_hz), facts.window_size, facts.window_overlap, hop,
                 static_cast<double>(facts.pre_emphasis));
+    std::printf("fingerprint      %016llx\n",
+                static_cast<unsigned long long>(judge->GetFingerprint(loaded.get())));
 }
 
 void ShowRecording(const recording_info& info) {

@@ -2,6 +2,7 @@
 
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/console/progress_bar.h"
+#include "apps/tessarin/match_report.h"
 #include "apps/tessarin/readers/recording_loudness.h"
 #include "apps/tessarin/timed_result.h"
 
@@ -55,24 +56,29 @@ timed_result FindTimings(const recording_options& options, tessarin::CAccousticH
     timed_result result;
     result.audio = options.audio;
     result.durationMs = recording.durationMs;
-    result.code = search(recording, model, progress, *results);
+    match_report report;
+    result.code = search(recording, model, progress, *results, report);
     if (result.code != tessarin::kNoError && result.code != tessarin::kRecognitionFailed) {
         throw EngineFailure(options.audio, result.code);
     }
     result.message = GetVisemixErrorMessage(result.code);
     ShiftMarkers(options.stretch.fromMs, *results);
     CollectMarkers(*results, text, &result);
+    if (text != nullptr) {
+        AddMatch(report, *text, options.stretch.fromMs, &result);
+    }
     result.loudness = MeasureLoudness(options.audio, ChannelNumber(options.channel));
     MakeMouthTrack(options.track, &result);
     return result;
 }
 
-void AnimateRecording(const recording_options& options, tessarin::CAccousticHMM& model,
-                      const SpokenText* text, const recording_search& search) {
+timed_result AnimateRecording(const recording_options& options, tessarin::CAccousticHMM& model,
+                              const SpokenText* text, const recording_search& search) {
     const OutputPlan outputs(options.outputs);
     const timed_result result = FindTimings(options, model, text, search);
     outputs.Write(result);
     if (result.code != tessarin::kNoError) {
         throw EngineFailure(options.audio, result.code);
     }
+    return result;
 }

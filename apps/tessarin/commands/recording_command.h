@@ -11,6 +11,7 @@
 #include "apps/tessarin/writers/outputs.h"
 
 class SpokenText;
+struct match_report;
 
 /// What the commands that make a mouth track from a recording have in common.
 struct recording_options {
@@ -33,17 +34,18 @@ void AddRecordingOptions(CLI::App& command, recording_options* options);
 /// What --channel means to OpenRecording.
 int ChannelNumber(const std::string& channel);
 
-/// The search of a command: it fills the results and returns the engine's code.
+/// The search of a command: it fills the results and, for a text, the report, and returns the
+/// engine's code.
 using recording_search = std::function<int32_t(
     opened_recording& recording, tessarin::CAccousticHMM& model, tessarin::ProgressSink& progress,
-    tessarin::ISyncResultsCollection& results)>;
+    tessarin::ISyncResultsCollection& results, match_report& report)>;
 
 /// Opens the recording, searches it and makes the mouth track; `text`, null when there is none, is
 /// what is said. The code of the result is 0, or 8 when the search lost the text. Throws Failure.
 timed_result FindTimings(const recording_options& options, tessarin::CAccousticHMM& model,
                          const SpokenText* text, const recording_search& search);
 
-/// FindTimings, and writes all that was found. Throws Failure; when the search lost the text, only
-/// after what it found was written.
-void AnimateRecording(const recording_options& options, tessarin::CAccousticHMM& model,
-                      const SpokenText* text, const recording_search& search);
+/// FindTimings, and writes all that was found, which is returned. Throws Failure; when the search
+/// lost the text, only after what it found was written.
+timed_result AnimateRecording(const recording_options& options, tessarin::CAccousticHMM& model,
+                              const SpokenText* text, const recording_search& search);

@@ -100,8 +100,9 @@ std::vector<searched_sentence> Search(const recording_options& options,
                                       tessarin::IVisemixTranscriber& transcriber) {
     const tessarin::flat::model_owner model = LoadFlatModel(options.data);
     const tessarin::flat::language_owner language = LoadFlatLanguage(options.data, transcriber);
-    const tessarin_search_options range{sizeof range,         search.beam, options.stretch.fromMs,
-                                        options.stretch.toMs, 0,           &script};
+    const tessarin_search_options range{
+        sizeof range,         search.beam, options.stretch.fromMs, options.stretch.toMs, 0,
+        TESSARIN_MATCH_EXACT, &script};
     ProgressBar bar(options.quiet);
     const tessarin_progress progress = bar.GetFlat();
     tessarin::flat::sentence_search_owner found;

@@ -28,7 +28,8 @@ timed_result Align(const spectrogram_options& options) {
     const tessarin::model_owner model = LoadModel(options.recording.data);
     const tessarin::transcriber_owner transcriber = LoadTranscriber(options.recording.data);
     const SpokenText text = ReadText(options.text, options.recording.data, *transcriber);
-    return FindTimings(options.recording, *model, &text, SearchForText(text, *transcriber, 0));
+    return FindTimings(options.recording, *model, &text,
+                       SearchForText(text, *transcriber, options.recording.data));
 }
 
 std::optional<timed_result> FindBoundaries(const spectrogram_options& options) {

@@ -2,6 +2,8 @@
 #include <memory>
 #include <string>
 
+#include <nlohmann/json.hpp>
+
 #include "apps/tessarin/commands/commands.h"
 #include "apps/tessarin/commands/recording_command.h"
 #include "apps/tessarin/console/failure.h"
@@ -34,7 +36,23 @@ timed_result FindTimings(const view_options& options) {
     const tessarin::model_owner model = LoadModel(recording.data);
     const tessarin::transcriber_owner transcriber = LoadTranscriber(recording.data);
     const SpokenText text = ReadText(options.text, options.recording.data, *transcriber);
-    return FindTimings(recording, *model, &text, SearchForText(text, *transcriber, 0));
+    return FindTimings(recording, *model, &text, SearchForText(text, *transcriber, recording.data));
+}
+
+/// The page shows what has times.
+std::string WithoutUnsaid(std::string text) {
+    nlohmann::ordered_json document = nlohmann::ordered_json::parse(text, nullptr, false);
+    if (document.is_discarded() || !document.is_object() || !document.contains("words")) {
+        return text; // to be judged as it is
+    }
+    auto& words = document["words"];
+    const size_t count = words.size();
+    for (size_t i = words.is_array() ? count : 0; i-- > 0;) {
+        if (words[i].is_object() && words[i].contains("said") && words[i]["said"] == false) {
+            words.erase(i);
+        }
+    }
+    return words.size() == count ? text : document.dump();
 }
 
 /// What is shown, for the sheet and for the page.

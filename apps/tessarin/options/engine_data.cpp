@@ -50,6 +50,13 @@ tessarin::flat::model_owner LoadFlatModel(const data_options& options) {
     return model;
 }
 
+std::string CalibrationPath(const data_options& options) {
+    const std::filesystem::path path =
+        std::filesystem::path(DataPathOr(options.model, options, kModelName))
+            .replace_extension(".calibration");
+    return std::filesystem::exists(path) ? path.string() : "";
+}
+
 std::string HearingModelPath(const data_options& options) {
     std::string path = DataPathOr(options.model, options, kHearingModelName);
     return std::filesystem::exists(path) || !options.model.empty()

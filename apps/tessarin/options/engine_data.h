@@ -33,6 +33,10 @@ void RequireSize(const std::string& path, const std::string& content);
 /// has it. Throws Failure.
 std::string HearingModelPath(const data_options& options);
 
+/// What is known of the scores of the model that aligns, in the file beside it: its name with the
+/// ending .calibration. Empty when there is none.
+std::string CalibrationPath(const data_options& options);
+
 /// All throw Failure.
 tessarin::model_owner LoadModel(const data_options& options);
 tessarin::model_owner LoadHearingModel(const data_options& options);

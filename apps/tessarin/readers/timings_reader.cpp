@@ -165,6 +165,9 @@ void TimingsReader::ReadJson(const std::string& text) {
             AddLoudness(*loudness);
         }
         for (const json& word : document.value("words", json::array())) {
+            if (!word.value("said", true)) {
+                continue; // it has no times
+            }
             AddWord({tessarin::kWordMarker, word.at("text"), Time(word.at("start_ms"), 0),
                      Time(word.at("end_ms"), 0), word.value("text_offset", 0),
                      word.value("text_length", 0)});
@@ -184,6 +187,9 @@ void TimingsReader::ReadTsv(const std::string& text) {
             continue;
         }
         const std::vector<std::string> cells = SplitCells(line);
+        if (cells.size() > 2 && cells[2] == "unsaid") {
+            continue; // it has no times
+        }
         const auto startMs = ReadNumber(cells[0]);
         const auto endMs = cells.size() > 1 ? ReadNumber(cells[1]) : std::nullopt;
         if (cells.size() < 4 || !startMs || !endMs) {

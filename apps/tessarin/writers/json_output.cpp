@@ -9,6 +9,9 @@ namespace {
 
 using json = nlohmann::ordered_json;
 
+/// Below it is the margin of a word that the engine did not look at.
+constexpr float kNotLookedAt = -1e8f;
+
 /// Weights and scores are written to four decimals: finer steps are not seen and make files larger.
 double Rounded(float value) {
     return std::round(static_cast<double>(value) * 1e4) / 1e4;
@@ -26,6 +29,56 @@ json SpanJson(const timed_span& span) {
     if ((span.flags & TESSARIN_WORD_DRAWL) != 0) {
         entry["drawl"] = true;
     }
+    return entry;
+}
+
+/// The words in the order of the text. Where it was looked for, each reports whether it was said;
+/// one that was not has no times.
+json WordsJson(const timed_result& result) {
+    json list = json::array();
+    const auto add = [&](const timed_span& word, bool isSaid) {
+        json entry = isSaid ? SpanJson(word)
+                            : json{{"text", word.text},
+                                   {"text_offset", word.textOffset},
+                                   {"text_length", word.textLength}};
+        if (result.match) {
+            entry["said"] = isSaid;
+            if (word.confidence >= 0.0f) {
+                entry["confidence"] = Rounded(word.confidence);
+            }
+            if (word.margin > kNotLookedAt) {
+                entry["margin"] = Rounded(word.margin);
+            }
+        }
+        list.push_back(std::move(entry));
+    };
+    auto unsaid = result.unsaid.begin();
+    for (const timed_span& word : result.words) {
+        while (unsaid != result.unsaid.end() && unsaid->textOffset < word.textOffset) {
+            add(*unsaid++, false);
+        }
+        add(word, true);
+    }
+    while (unsaid != result.unsaid.end()) {
+        add(*unsaid++, false);
+    }
+    return list;
+}
+
+json MatchJson(const timed_match& match) {
+    json entry;
+    if (match.score >= 0.0f) {
+        entry["score"] = Rounded(match.score);
+    }
+    entry["verdict"] = match.verdict;
+    entry["reason"] = match.reason;
+    entry["loose"] = match.isLoose;
+    entry["margin"] = Rounded(match.margin);
+    entry["fit"] = Rounded(match.fit);
+    if (match.duration >= 0.0f) {
+        entry["duration"] = Rounded(match.duration);
+    }
+    entry["spread"] = Rounded(match.spread);
     return entry;
 }
 
@@ -69,14 +122,14 @@ json LoudnessJson(const std::vector<float>& loudness) {
 std::string WriteJson(const timed_result& result) {
     json phonemes = json::array();
     for (const timed_phoneme& phoneme : result.phonemes) {
-        phonemes.push_back({{"label", phoneme.label},
-                            {"start_ms", phoneme.startMs},
-                            {"end_ms", phoneme.endMs},
-                            {"score", Rounded(phoneme.score)}});
-    }
-    json words = json::array();
-    for (const timed_span& word : result.words) {
-        words.push_back(SpanJson(word));
+        json entry{{"label", phoneme.label},
+                   {"start_ms", phoneme.startMs},
+                   {"end_ms", phoneme.endMs},
+                   {"score", Rounded(phoneme.score)}};
+        if (phoneme.confidence >= 0.0f) {
+            entry["confidence"] = Rounded(phoneme.confidence);
+        }
+        phonemes.push_back(std::move(entry));
     }
     json events = json::array();
     for (const timed_span& event : result.events) {
@@ -94,13 +147,16 @@ std::string WriteJson(const timed_result& result) {
                      {"code", result.code},
                      {"message", result.message},
                      {"phonemes", std::move(phonemes)},
-                     {"words", std::move(words)},
+                     {"words", WordsJson(result)},
                      {"events", std::move(events)},
                      {"frames", FramesJson(result.frames)},
                      {"curves", std::move(curves)},
                      {"stretches", FramesJson(result.stretches)}};
     if (!result.loudness.empty()) {
         document["loudness"] = LoudnessJson(result.loudness);
+    }
+    if (result.match) {
+        document["match"] = MatchJson(*result.match);
     }
     return document.dump(1, ' ', false, json::error_handler_t::replace) + "\n";
 }

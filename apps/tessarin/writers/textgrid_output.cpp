@@ -70,9 +70,15 @@ std::string Tier(int number, const char* name, const std::vector<interval>& inte
 std::string WriteTextGrid(const timed_result& result) {
     std::vector<interval> words;
     std::vector<interval> phones;
+    std::vector<interval> confidences;
     auto endMs = static_cast<int32_t>(result.durationMs);
     for (const timed_span& word : result.words) {
         words.push_back({word.startMs, word.endMs, word.text});
+        if (word.confidence >= 0.0f) {
+            char text[32];
+            std::snprintf(text, sizeof(text), "%.2f", static_cast<double>(word.confidence));
+            confidences.push_back({word.startMs, word.endMs, text});
+        }
         endMs = std::max(endMs, word.endMs);
     }
     for (const timed_phoneme& phoneme : result.phonemes) {
@@ -82,7 +88,8 @@ std::string WriteTextGrid(const timed_result& result) {
     }
     endMs = std::max(endMs, 1); // a tier without length cannot be read
     return "File type = \"ooTextFile\"\nObject class = \"TextGrid\"\n\nxmin = 0\nxmax = " +
-           Seconds(endMs) + "\ntiers? <exists>\nsize = 2\nitem []:\n" +
-           Tier(1, "words", FillGaps(words, endMs), endMs) +
-           Tier(2, "phones", FillGaps(phones, endMs), endMs);
+           Seconds(endMs) + "\ntiers? <exists>\nsize = " + (confidences.empty() ? "2" : "3") +
+           "\nitem []:\n" + Tier(1, "words", FillGaps(words, endMs), endMs) +
+           Tier(2, "phones", FillGaps(phones, endMs), endMs) +
+           (confidences.empty() ? "" : Tier(3, "confidence", FillGaps(confidences, endMs), endMs));
 }

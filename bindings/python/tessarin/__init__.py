@@ -18,13 +18,15 @@ from tessarin._engine import (SCRIPT_FORMATS, Engine, align, align_many, default
 from tessarin._errors import Cancelled, RecognitionFailed, TessarinError
 from tessarin._facts import LexiconFacts, ModelFacts
 from tessarin._live import Live, LiveStretch
-from tessarin._results import Curve, Event, Frame, Phoneme, Result, Sentence, Token, Track, Word
+from tessarin._results import (Curve, Event, Frame, Match, Phoneme, Result, Sentence, Token, Track,
+                               UnsaidWord, Word)
 from tessarin._shapes import Shapes, Switch
 
 __all__ = [
     "Audio", "Cancelled", "CommandMatch", "Commands", "Curve", "Engine", "Event", "Frame",
-    "LexiconFacts", "Live", "LiveStretch", "ModelFacts", "Phoneme", "RecognitionFailed", "Result",
-    "SCRIPT_FORMATS", "Sentence", "Shapes", "Switch", "TessarinError", "Token",
-    "Track", "Word", "align", "align_many", "default_engine", "find_sentences", "recognize",
+    "LexiconFacts", "Live", "LiveStretch", "Match", "ModelFacts", "Phoneme", "RecognitionFailed",
+    "Result", "SCRIPT_FORMATS", "Sentence", "Shapes", "Switch", "TessarinError", "Token",
+    "Track", "UnsaidWord", "Word", "align", "align_many", "default_engine", "find_sentences",
+    "recognize",
     "transcribe", "version",
 ]

@@ -12,7 +12,7 @@ from typing import Any, Callable, Iterable, Iterator, Mapping, Optional, Union
 
 from tessarin import _library
 from tessarin._audio import Audio, Path
-from tessarin._errors import (CANCELLED, RECOGNITION_FAILED, RecognitionFailed, TessarinError)
+from tessarin._errors import (CANCELLED, INVALID_ARGUMENT, RECOGNITION_FAILED, RecognitionFailed, TessarinError)
 from tessarin._library import Library
 from tessarin._results import (Result, Sentence, TextPlaces, Token, make_sentence, make_token)
 
@@ -73,6 +73,7 @@ class Engine:
         self._hearing_path = self._path(model, "en-us-hearing.model")
         self._statistics = statistics
         self._model = self._open_model(self._model_path)
+        self._read_calibration(self._model_path)
         self._language = self._open("create_language_from_file",
                                     self._path(lexicon, "en-us.lexicon"),
                                     self._library.free_language)
@@ -95,6 +96,15 @@ class Engine:
 
     def _open_model(self, path: str) -> int:
         return self._open("create_model_from_file", path, self._library.free_model)
+
+    def _read_calibration(self, model_path: str) -> None:
+        """The file beside the model, which only its model takes; without one there is no
+        confidence."""
+        path = str(pathlib.Path(model_path).with_suffix(".calibration"))
+        if os.path.exists(path):
+            code = self._library.read_model_calibration(self._model, os.fsencode(path))
+            if code not in (0, INVALID_ARGUMENT):
+                raise self._library.error(path, code)
 
     def model_for_hearing(self) -> int:
         """The handle of the model with statistics, for the package itself."""
@@ -125,8 +135,12 @@ class Engine:
 
     def align(self, audio: Recording, text: str, *, channel: int = 1, from_ms: int = 0,
               to_ms: int | None = None, beam_width: int | None = None, retry: bool = False,
-              progress: ProgressFunction | None = None, **reading: Any) -> Result:
+              match: str = "auto", progress: ProgressFunction | None = None,
+              **reading: Any) -> Result:
         """Finds when each phoneme and word of `text` was spoken.
+
+        `match` is "exact" where all of the text was said and nothing else, "loose" where words may
+        be missing and other speech may stand between them, and "auto" to let the recording decide.
 
         `audio` is a path or an Audio; `channel` of a file counts from 1, and 0 is the mean of all.
         `from_ms` and `to_ms` bound the stretch that is searched; times count from the beginning of
@@ -145,7 +159,7 @@ class Engine:
         recording = self._audio(audio, channel)
         return self._search("create_alignment", recording.name, places, progress,
                             self._model, self._language, recording._handle, places.content,
-                            self._options(from_ms, to_ms, beam_width, retry, reading))
+                            self._options(from_ms, to_ms, beam_width, retry, match, reading))
 
     def find_sentences(self, audio: Recording, text: str, *, min_score: float = 5.5,
                        channel: int = 1, from_ms: int = 0, to_ms: int | None = None,
@@ -228,12 +242,16 @@ class Engine:
 
     @classmethod
     def _options(cls, from_ms: int, to_ms: int | None, beam_width: int | None,
-                 retry: bool = False, reading: Mapping[str, Any] | None = None) -> Any:
+                 retry: bool = False, match: str = "auto",
+                 reading: Mapping[str, Any] | None = None) -> Any:
+        if match not in _library.MATCH_MODES:
+            raise ValueError('match is "auto", "exact" or "loose"')
         if to_ms is not None and to_ms <= from_ms:
             raise ValueError("to_ms is not behind from_ms")
         return ctypes.byref(_library.SearchOptions(
             size=ctypes.sizeof(_library.SearchOptions), beam_width=beam_width or 0,
             from_ms=from_ms, to_ms=to_ms or 0, flags=_library.SEARCH_RETRY if retry else 0,
+            match_mode=_library.MATCH_MODES[match],
             script=ctypes.pointer(cls._script(**(reading or {})))))
 
     def _search(self, function: str, subject: str, places: TextPlaces | None,

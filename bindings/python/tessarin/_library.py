@@ -55,7 +55,19 @@ class ScriptOptions(Structure):
 
 class SearchOptions(Structure):
     _fields_ = [("size", c_uint32), ("beam_width", c_int32), ("from_ms", c_int32),
-                ("to_ms", c_int32), ("flags", c_uint32), ("script", POINTER(ScriptOptions))]
+                ("to_ms", c_int32), ("flags", c_uint32), ("match_mode", c_uint32),
+                ("script", POINTER(ScriptOptions))]
+
+
+class Match(Structure):
+    _fields_ = [("verdict", c_int32), ("score", c_float), ("is_loose", c_int32),
+                ("unscripted_ms", c_int32), ("margin", c_float), ("fit", c_float),
+                ("duration", c_float), ("spread", c_float)]
+
+
+class WordMatch(Structure):
+    _fields_ = [("is_said", c_int32), ("index", c_uint32), ("confidence", c_float),
+                ("margin", c_float)]
 
 
 class Gain(Structure):
@@ -156,6 +168,9 @@ WORD_EMPHASIS = 1
 WORD_DRAWL = 2
 SCRIPT_LITERAL = 1
 SCRIPT_CUE_TIMES = 2
+UNSCRIPTED = 5
+MATCH_MODES = {"auto": 0, "exact": 1, "loose": 2}
+VERDICTS = ("unknown", "good", "doubtful", "poor")
 FLOAT = 2
 SEARCH_RETRY = 1
 TRACK_SMOOTH = 1
@@ -172,6 +187,7 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
     "create_model_from_file": (c_int32, [c_char_p, _OUT]),
     "read_model_statistics": (c_int32, [c_void_p, c_char_p, c_int32]),
     "read_model_limits": (c_int32, [c_void_p, c_char_p]),
+    "read_model_calibration": (c_int32, [c_void_p, c_char_p]),
     "free_model": (None, [c_void_p]),
     "create_language_from_file": (c_int32, [c_char_p, _OUT]),
     "set_word": (c_int32, [c_void_p, c_char_p, c_char_p]),
@@ -194,6 +210,10 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
     "get_words": (POINTER(Span), [c_void_p, _COUNT]),
     "get_word_flags": (c_uint32, [c_void_p, c_uint32]),
     "get_events": (POINTER(Span), [c_void_p, _COUNT]),
+    "get_match": (POINTER(Match), [c_void_p]),
+    "get_word_matches": (POINTER(WordMatch), [c_void_p, _COUNT]),
+    "get_unsaid_words": (POINTER(Span), [c_void_p, _COUNT]),
+    "get_phoneme_confidences": (POINTER(c_float), [c_void_p, _COUNT]),
     "free_result": (None, [c_void_p]),
     "create_track": (c_int32, [c_void_p, POINTER(TrackOptions), _OUT]),
     "get_track_frames": (POINTER(Frame), [c_void_p, _COUNT]),

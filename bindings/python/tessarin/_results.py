@@ -17,18 +17,22 @@ from tessarin._shapes import Shapes, Switch
 
 @dataclass(frozen=True)
 class Phoneme:
-    """A sound; "x" is silence. `score` is its strength, 0 to 100, not a confidence."""
+    """A sound; "x" is silence. `score` is its strength, 0 to 100; `confidence`, 0 to 1, how likely
+    it is that it was said there, None where that is not known."""
 
     label: str
     start_ms: int
     end_ms: int
     score: float
+    confidence: float | None = None
 
 
 @dataclass(frozen=True)
 class Word:
     """A word, as it is spelled in the text; `offset` and `length` count characters there. It is
-    `emphasised` in capitals or between stars, and `drawn_out` where a letter is repeated."""
+    `emphasised` in capitals or between stars, and `drawn_out` where a letter is repeated.
+    `confidence`, 0 to 1, is how likely it is that it was said there, None where that is not
+    known."""
 
     text: str
     start_ms: int
@@ -37,14 +41,42 @@ class Word:
     length: int
     emphasised: bool = False
     drawn_out: bool = False
+    confidence: float | None = None
+
+
+@dataclass(frozen=True)
+class UnsaidWord:
+    """A word of the text that was not heard."""
+
+    text: str
+    offset: int
+    length: int
+    confidence: float | None = None
 
 
 @dataclass(frozen=True)
 class Event(Word):
-    """Something in the text that is not said; `kind` is "punctuation", "tag", "speaker",
-    "direction", "action" or "heading"."""
+    """Something that is not a word that is said; `kind` is "punctuation", "tag", "speaker",
+    "direction", "action" or "heading", or, for speech that is not in the text, "unscripted"."""
 
     kind: str = "tag"
+
+
+@dataclass(frozen=True)
+class Match:
+    """How well a text and a recording fit. `verdict` is "good", "doubtful", "poor" or, for a model
+    without a calibration, "unknown"; `score`, 0 to 1, how likely it is that they belong together,
+    None where that is not known. `is_loose` says that words were left out or other speech was
+    passed over; the other numbers are the evidence."""
+
+    verdict: str
+    score: float | None
+    is_loose: bool
+    unscripted_ms: int
+    margin: float
+    fit: float
+    duration: float | None
+    spread: float
 
 
 @dataclass(frozen=True)
@@ -137,7 +169,11 @@ class Track:
 KINDS = {_library.WORD: "word", _library.TAG: "tag", _library.CUT: "cut",
          _library.PUNCTUATION: "punctuation",
          _library.SPEAKER: "speaker", _library.DIRECTION: "direction",
-         _library.ACTION: "action", _library.HEADING: "heading"}
+         _library.ACTION: "action", _library.HEADING: "heading", _library.UNSCRIPTED: "unscripted"}
+
+
+def _known(number: float) -> float | None:
+    return number if number >= 0 else None
 
 
 class TextPlaces:
@@ -182,7 +218,8 @@ def raw_strengths(strength: float | Mapping[str, float]) -> tuple[Any, int]:
 
 
 class Result:
-    """What a search found. Lists are in order of time."""
+    """What a search found. Lists are in order of time; `unsaid` has the words of the text that were
+    not heard, and `match` how well it fits, where that was looked for."""
 
     phonemes: list[Phoneme]
     words: list[Word]
@@ -190,17 +227,33 @@ class Result:
     loudness: list[float]
     """The loudness of each 10 ms of the audio in dB of full scale, -100 to 0; empty when it is not
     known."""
+    unsaid: list[UnsaidWord]
+    match: Match | None
 
     def __init__(self, handle: int, places: TextPlaces | None) -> None:
         self._library = Library.get()
         self._handle = handle
         weakref.finalize(self, self._library.free_result, handle)
-        self.phonemes = [Phoneme(raw.label.decode("ascii"), raw.start_ms, raw.end_ms, raw.score)
-                         for raw in self._library.items("get_phonemes", handle)]
-        self.words = [self._word(raw, places, self._library.get_word_flags(handle, number))
-                      for number, raw in enumerate(self._library.items("get_words", handle))]
+        confidences = [_known(each)
+                       for each in self._library.items("get_phoneme_confidences", handle)]
+        self.phonemes = [
+            Phoneme(raw.label.decode("ascii"), raw.start_ms, raw.end_ms, raw.score, confidence)
+            for raw, confidence in itertools.zip_longest(
+                self._library.items("get_phonemes", handle), confidences)]
+        said: dict[int, float | None] = {}
+        unsaid: dict[int, float | None] = {}
+        for each in self._library.items("get_word_matches", handle):
+            (said if each.is_said else unsaid)[each.index] = _known(each.confidence)
+        self.words = [self._word(raw, places, self._library.get_word_flags(handle, i), said.get(i))
+                      for i, raw in enumerate(self._library.items("get_words", handle))]
         self.events = [Event(*self._span(raw, places), kind=KINDS.get(raw.kind, "tag"))
                        for raw in self._library.items("get_events", handle)]
+        self.unsaid = []
+        for i, raw in enumerate(self._library.items("get_unsaid_words", handle)):
+            text, _, _, offset, length = self._span(raw, places)
+            self.unsaid.append(UnsaidWord(text, offset, length, unsaid.get(i)))
+        match = self._library.get_match(handle)
+        self.match = self._match(match.contents) if match else None
         self.loudness = self._library.items("get_loudness", handle)
 
     @classmethod
@@ -223,9 +276,15 @@ class Result:
         return result
 
     @classmethod
-    def _word(cls, raw: _library.Span, places: TextPlaces | None, flags: int) -> Word:
+    def _word(cls, raw: _library.Span, places: TextPlaces | None, flags: int,
+              confidence: float | None) -> Word:
         return Word(*cls._span(raw, places), emphasised=bool(flags & _library.WORD_EMPHASIS),
-                    drawn_out=bool(flags & _library.WORD_DRAWL))
+                    drawn_out=bool(flags & _library.WORD_DRAWL), confidence=confidence)
+
+    @staticmethod
+    def _match(raw: _library.Match) -> Match:
+        return Match(_library.VERDICTS[raw.verdict], _known(raw.score), raw.is_loose != 0,
+                     raw.unscripted_ms, raw.margin, raw.fit, _known(raw.duration), raw.spread)
 
     @staticmethod
     def _span(raw: _library.Span, places: TextPlaces | None) -> tuple[str, int, int, int, int]:
