@@ -64,13 +64,14 @@ struct shown_result {
 shown_result Find(const view_options& options) {
     shown_result shown;
     shown.result = FindTimings(options);
+    shown.result.unsaid.clear(); // what is shown has times
     shown.json = WriteJson(shown.result);
     return shown;
 }
 
 shown_result ReadKnown(const view_options& options) {
     shown_result shown;
-    shown.json = ReadWholeFile(options.timings);
+    shown.json = WithoutUnsaid(ReadWholeFile(options.timings));
     RequireShowableJson(options.timings, shown.json);
     if (!options.sheet.empty()) {
         shown.result = ReadTimings(options.timings, false);

@@ -176,7 +176,7 @@ class Engine:
             handle = self._library.create(
                 "create_sentence_search", recording.name, self._model, self._language,
                 recording._handle, places.content, min_score,
-                self._options(from_ms, to_ms, beam_width, False, reading), watch.pointer())
+                self._options(from_ms, to_ms, beam_width, False, "exact", reading), watch.pointer())
         except TessarinError:
             watch.raise_error()
             raise
