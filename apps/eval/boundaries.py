@@ -41,6 +41,11 @@ def read_corpus(folder: pathlib.Path) -> list[dict]:
     return [row | {"path": str(folder / row["path"])} for row in rows]
 
 
+def said_words(result: dict) -> list[dict]:
+    """The words of a result that were heard: others have no times."""
+    return [word for word in result["words"] if word.get("said", True)]
+
+
 def letters(number: int) -> str:
     """A word that no lexicon knows and that holds no digits, which are read as numbers."""
     text = ""
@@ -79,7 +84,7 @@ def align(tool: str, recording: dict, known_phones: bool, options: list[str]):
         raise SystemExit(f"{audio}: {run.stderr.strip()}")
     result = json.loads(run.stdout)
     phones = [(p["start_ms"], p["end_ms"], p["label"]) for p in result["phonemes"]]
-    words = [(w["start_ms"], w["end_ms"], w["text"].upper()) for w in result["words"]]
+    words = [(w["start_ms"], w["end_ms"], w["text"].upper()) for w in said_words(result)]
     true_words = [(start, end, word.upper())
                   for start, end, word in read_labels(audio.with_suffix(".words"))]
     return recording, measure(labels, true_words, phones, words, result["code"])

@@ -81,7 +81,7 @@ def words_of(recording: dict, result: dict) -> tuple[list, list]:
     """The words of the independent aligner, and ours."""
     times = pathlib.Path(recording["path"]).with_suffix(".words")
     return (boundaries.read_labels(times) if times.exists() else [],
-            [(word["start_ms"], word["end_ms"], word["text"]) for word in result["words"]])
+            [(word["start_ms"], word["end_ms"], word["text"]) for word in boundaries.said_words(result)])
 
 
 def compare_words(recording: dict, result: dict) -> dict:

@@ -108,7 +108,7 @@ def with_mouths(frames: list[dict], switches: list[dict]) -> list[dict]:
 def measure(result: dict, frames: list[dict], switches: list[dict], level) -> dict:
     """The counts of one recording. `frames` have their times and the weight of each shape,
     `switches` start, end (in seconds) and value; `level(start_ms, end_ms)` is in dB."""
-    phonemes, words = result["phonemes"], result["words"]
+    phonemes, words = result["phonemes"], boundaries.said_words(result)
     frames = with_mouths(frames, switches)
     silences = [phoneme for phoneme in phonemes if phoneme["label"] == SILENCE]
 
