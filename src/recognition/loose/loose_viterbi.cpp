@@ -92,7 +92,6 @@ private:
     std::vector<double> rest;
     std::vector<double> through; // best path through each word, and past it
     std::vector<double> past;
-    bool isTracing = true;
     uint32_t place = 0; // of the way back: junction while isAtJunction, else state or filler
     bool isAtJunction = true;
 };
