@@ -16,11 +16,11 @@ std::unique_ptr<uint8_t[]> ReadWholeFile(const char* path, uint32_t* size, bool 
 /// Whether the file opens for reading.
 bool FileExists(const char* path);
 
-/// Makes `content` the file at `path`, or where a link at `path` leads. It is written beside and
-/// then takes the old file's place, so that a failure leaves the old file as it was. A file of
-/// several names is written in place, and so, with a line in the trace log, is one whose folder
-/// takes no other file. kFileLocked when there is no way to write there, kWriteFailed when the
-/// bytes do not all arrive.
+/// Makes `content` the file at `path`, or where a link at `path` leads. It is written to a
+/// temporary file in the same folder, which then replaces the old one, so that a failure leaves the
+/// old file as it was. A file with several hard links is written in place. So is a file in a folder
+/// where no new file can be made; a line in the trace log says so. Returns 0, kFileLocked when the
+/// file cannot be opened for writing, or kWriteFailed when not all bytes could be written.
 [[nodiscard]] error_code WriteWholeFile(const char* path, std::span<const uint8_t> content);
 
 } // namespace tessarin

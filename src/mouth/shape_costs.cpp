@@ -62,7 +62,7 @@ void ShapeCosts::Find(size_t frame, std::vector<double>& costs) const {
     const auto strongest = std::ranges::max_element(shares.moving);
     const auto strongestShape = static_cast<size_t>(strongest - shares.moving.begin());
     const bool isClosed = map.IsClosed(strongestShape) && *strongest >= kClosedWeight;
-    // Outside pauses rest is no shape of its own, but how little the others show.
+    // Outside pauses, the weight of rest only says how softly the other shapes are shown.
     const bool counts = isPause[frame] && !isClosed;
     const double whole = counts ? shares.sum + shares.rest : shares.sum;
     costs.assign(map.GetShapes().size(), 1.0);

@@ -20,7 +20,8 @@ struct command_sample {
 /// and their names in the same order, each with a zero byte at its end.
 std::string PackSamples(std::span<const command_sample> samples);
 
-/// Samples without names are named by their ids. Returns 0, or 12 for bytes that are no samples.
+/// Samples without names are named by their ids. Returns 0, or 12 for bytes that are not packed
+/// samples.
 [[nodiscard]] error_code UnpackSamples(std::string_view packed, std::vector<command_sample>& out);
 
 } // namespace tessarin

@@ -4,8 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <png.h>
 
+#include "tool/picture.h"
 #include "tool/run_tool.h"
 
 namespace {
@@ -20,16 +20,7 @@ constexpr int kCellHeight = 202;
 constexpr int kMouthWidth = 136;
 constexpr int kMouthHeight = 150;
 
-struct sheet {
-    int width = 0;
-    int height = 0;
-    std::vector<uint8_t> pixels;
-
-    int Brightness(int x, int y) const {
-        const size_t at =
-            (static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x)) * 3;
-        return pixels[at] + pixels[at + 1] + pixels[at + 2];
-    }
+struct sheet : picture {
     /// The pixels in the mouth of a cell of the first row that are this dark.
     int CountDark(int cell) const {
         int count = 0;
@@ -53,15 +44,7 @@ struct sheet {
 };
 
 sheet ReadSheet(const std::string& path) {
-    const std::string content = ReadFile(path);
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    EXPECT_NE(png_image_begin_read_from_memory(&image, content.data(), content.size()), 0);
-    image.format = PNG_FORMAT_RGB;
-    sheet result{static_cast<int>(image.width), static_cast<int>(image.height), {}};
-    result.pixels.resize(PNG_IMAGE_SIZE(image));
-    EXPECT_NE(png_image_finish_read(&image, nullptr, result.pixels.data(), 0, nullptr), 0);
-    return result;
+    return {ReadPng(ReadFile(path))};
 }
 
 /// A result whose phonemes last 100 ms, three frames, and are alone in these.

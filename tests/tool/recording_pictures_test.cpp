@@ -7,8 +7,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <png.h>
 
+#include "tool/picture.h"
 #include "tool/run_tool.h"
 
 namespace {
@@ -17,16 +17,7 @@ using testing::HasSubstr;
 
 constexpr int kRate = 16000;
 
-struct picture {
-    int width = 0;
-    int height = 0;
-    std::vector<uint8_t> pixels;
-
-    int Brightness(int x, int y) const {
-        const size_t at =
-            (static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x)) * 3;
-        return pixels[at] + pixels[at + 1] + pixels[at + 2];
-    }
+struct spectrum_picture : picture {
     /// The brightest place of a column, from 0 at the bottom of the spectrum to 1 at its top.
     double Peak(int x) const {
         constexpr int kTop = 84;
@@ -38,17 +29,6 @@ struct picture {
         return 1.0 - static_cast<double>(best) / (kRows - 1);
     }
 };
-
-picture ReadPng(const std::string& content) {
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    EXPECT_NE(png_image_begin_read_from_memory(&image, content.data(), content.size()), 0);
-    image.format = PNG_FORMAT_RGB;
-    picture result{static_cast<int>(image.width), static_cast<int>(image.height), {}};
-    result.pixels.resize(PNG_IMAGE_SIZE(image));
-    EXPECT_NE(png_image_finish_read(&image, nullptr, result.pixels.data(), 0, nullptr), 0);
-    return result;
-}
 
 /// A second of each tone.
 std::vector<int16_t> Tones(const std::vector<double>& frequencies) {
@@ -68,7 +48,7 @@ TEST(Spectrogram, ShowsTonesAtTheirTimesAndFrequencies) {
     WriteWav(audio, Tones({1000, 6000, 3000}));
     const tool_run run = RunTool("spectrogram " + audio + " -o - --scale 100");
     ASSERT_EQ(run.exitCode, 0) << run.errors;
-    const picture all = ReadPng(run.output);
+    const spectrum_picture all = {ReadPng(run.output)};
     constexpr int kLeft = 44;
     EXPECT_EQ(all.width, kLeft + 300 + 18);
     const double expected[] = {1.0 / 8, 6.0 / 8, 3.0 / 8};
@@ -78,7 +58,7 @@ TEST(Spectrogram, ShowsTonesAtTheirTimesAndFrequencies) {
 
     const tool_run part =
         RunTool("spectrogram " + audio + " -o - --scale 100 --from 1500 --to 2500 --top 4000");
-    const picture middle = ReadPng(part.output);
+    const spectrum_picture middle = {ReadPng(part.output)};
     EXPECT_EQ(middle.width, kLeft + 100 + 18);
     EXPECT_NEAR(middle.Peak(kLeft + 75), 3.0 / 4, 0.02);
 }
@@ -93,7 +73,7 @@ TEST(Spectrogram, DrawsTheBoundariesThatAreKnown) {
     const tool_run run = RunTool("spectrogram " + audio + " -o " + scratch.Path("out.png") +
                                  " --scale 100 --timings " + scratch.Path("known.json"));
     ASSERT_EQ(run.exitCode, 0) << run.errors;
-    const picture drawn = ReadPng(ReadFile(scratch.Path("out.png")));
+    const spectrum_picture drawn = {ReadPng(ReadFile(scratch.Path("out.png")))};
     const int y = 84 + 10; // where the tone is silent
     EXPECT_GT(drawn.Brightness(44 + 20, y), 600);
     EXPECT_GT(drawn.Brightness(44 + 70, y), 600);
@@ -107,7 +87,7 @@ TEST(Spectrogram, AlignsATextAndTellsWhenItIsLost) {
         RunTool("spectrogram " + DemoRecording() + " --text-file " + DemoText() + " -o " + out)
             .exitCode,
         0);
-    const picture aligned = ReadPng(ReadFile(out));
+    const spectrum_picture aligned = {ReadPng(ReadFile(out))};
     EXPECT_EQ(aligned.height, 474) << "with a row for phonemes and one for words";
     const tool_run lost = RunTool("spectrogram " + DemoRecording() + " --text-file " + DemoText() +
                                   " --to 6000 -o " + out);

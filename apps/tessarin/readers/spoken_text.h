@@ -41,7 +41,7 @@ public:
     /// A stretch of the local text in the user's spelling, as UTF-8.
     std::string GetUtf8(int32_t offset, int32_t length) const;
     /// What of the script a stretch of the local text stands for: a tessarin_span_kind and its
-    /// flags. Nothing where the text is no script.
+    /// flags. Empty where the text was read literally.
     std::optional<tessarin_script_part> FindPart(int32_t offset, int32_t length) const;
     /// How many characters of the script have no name and are not said.
     size_t GetNumUnsaid() const;

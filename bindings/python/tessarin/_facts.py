@@ -2,11 +2,24 @@
 
 from __future__ import annotations
 
+import contextlib
 import os
 from dataclasses import dataclass
+from typing import Iterator
 
 from tessarin._audio import Path
 from tessarin._library import Library
+
+
+@contextlib.contextmanager
+def _opened(kind: str, create: str, path: Path) -> Iterator[tuple[Library, int]]:
+    """The library and the handle of a file, freed at the end. Raises TessarinError."""
+    library = Library.get()
+    handle = library.create(create, os.fspath(path), os.fsencode(path))
+    try:
+        yield library, handle
+    finally:
+        getattr(library, f"free_{kind}")(handle)
 
 
 @dataclass(frozen=True)
@@ -31,16 +44,11 @@ class ModelFacts:
     @classmethod
     def from_file(cls, path: Path) -> ModelFacts:
         """Raises TessarinError."""
-        library = Library.get()
-        name = os.fspath(path)
-        model = library.create("create_model_from_file", name, os.fsencode(path))
-        try:
+        with _opened("model", "create_model_from_file", path) as (library, model):
             raw = library.get_model_facts(model).contents
             labels = tuple(raw.labels[i].decode("ascii") for i in range(raw.num_phonemes))
             return cls(labels=labels, **{field: getattr(raw, field)
                                          for field in cls.__dataclass_fields__ if field != "labels"})
-        finally:
-            library.free_model(model)
 
 
 @dataclass(frozen=True)
@@ -67,10 +75,7 @@ class LexiconFacts:
     @classmethod
     def from_file(cls, path: Path) -> LexiconFacts:
         """Raises TessarinError, also for a text of words."""
-        library = Library.get()
-        name = os.fspath(path)
-        lexicon = library.create("create_lexicon_from_file", name, os.fsencode(path))
-        try:
+        with _opened("lexicon", "create_lexicon_from_file", path) as (library, lexicon):
             raw = library.get_lexicon_facts(lexicon).contents
             values = {field: getattr(raw, field) for field in cls.__dataclass_fields__}
             values["has_tree"] = values["has_tree"] != 0
@@ -78,5 +83,3 @@ class LexiconFacts:
             return cls(**{field: value.decode(encoding, "replace")
                           if isinstance(value, bytes) else value
                           for field, value in values.items()})
-        finally:
-            library.free_lexicon(lexicon)

@@ -86,7 +86,7 @@ void word_chain::AddState(const CAccousticHMM& model, const state_rec& record, u
     arcBegins.push_back(arcs.size());
 }
 
-/// Notes an arc that leads from the state `from` to a block behind it.
+/// Notes an arc from the state `from` to a later block.
 void word_chain::AddExit(const CAccousticHMM& model, const state_rec* const* graph, uint32_t from,
                          size_t toBlock) {
     const size_t fromBlock = BlockOf(from);

@@ -30,7 +30,7 @@ void InlineReader::Read() {
     }
 }
 
-/// Looks ahead to the end of the line: in a line of capitals alone these are no emphasis.
+/// Looks ahead to the end of the line: where all of it is in capitals, they are not emphasis.
 void InlineReader::StartLine(size_t i) {
     hasLowerCase = false;
     isQuoteOpen = false;
@@ -74,7 +74,7 @@ void InlineReader::PassOn(std::string_view text, size_t i, size_t end) {
     lastPausePlace = end;
 }
 
-/// What is no word: a pause, a quote, or a symbol without a name. Several stops are one pause.
+/// Reads a pause, a quotation mark, or a symbol without a name. Several stops are one pause.
 size_t InlineReader::ReadPunctuation(size_t i) {
     const char32_t code = tokens.At(i).code;
     size_t end = i + 1;

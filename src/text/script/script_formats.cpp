@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "text/script/region_builder.h"
 #include "text/script/script_layout.h"
 #include "text/script/script_table.h"
 
@@ -74,14 +75,14 @@ std::optional<time_range> ReadTimes(std::string_view line) {
 class FountainLayout {
 public:
     FountainLayout(std::string_view wholeText, const ScriptTable& words, script_layout& layout)
-        : text(wholeText), table(words), out(layout) {}
+        : text(wholeText), table(words), out(layout), regions(layout) {}
 
     void Run() {
         bool isAfterGap = true;
         for (size_t at = SkipTitlePage(); at < text.size();) {
             if (text.substr(at).starts_with("/*")) {
                 const size_t close = std::min(text.find("*/", at), text.size() - 2);
-                AddEvent(script_event_kind::kNote, at, close + 2);
+                regions.AddEvent(script_event_kind::kNote, at, close + 2);
                 at = close + 2;
                 continue;
             }
@@ -90,7 +91,7 @@ public:
             isAfterGap = line.IsEmpty();
             at = line.next;
         }
-        Flush();
+        regions.EndSpeech();
     }
 
 private:
@@ -115,12 +116,12 @@ private:
     void AddLine(const script_line& line, bool isAfterGap) {
         const std::string_view content = In(text, line);
         if (line.IsEmpty()) {
-            Flush();
+            regions.EndSpeech();
             isDialogue = false;
             return;
         }
         if (isDialogue) {
-            AddSpeech(line.start, line.end);
+            regions.AddSpeech(line.start, line.end, speaker);
             return;
         }
         const bool isForced = content[0] == '@' && content.size() > 1;
@@ -131,44 +132,22 @@ private:
                                content[0] == '#' || content[0] == '=' || content[0] == '>' ||
                                (content.size() > 1 && content[0] == '.' && content[1] != '.');
         if (isHeading) {
-            AddEvent(script_event_kind::kHeading, line.start, line.end);
+            regions.AddEvent(script_event_kind::kHeading, line.start, line.end);
         } else if (length > 0 && line.next < text.size() &&
                    !ReadScriptLine(text, line.next, text.size()).IsEmpty()) {
             const size_t from = isForced ? 1 : 0;
             speaker = FindOrAddSpeaker(content.substr(from, length - from), out);
-            AddEvent(script_event_kind::kSpeaker, line.start, line.end, speaker);
+            regions.AddEvent(script_event_kind::kSpeaker, line.start, line.end, speaker);
             isDialogue = true;
         } else {
-            AddEvent(script_event_kind::kDirection, line.start, line.end);
-        }
-    }
-
-    void AddSpeech(size_t from, size_t to) {
-        if (!isOpen) {
-            open = {static_cast<uint32_t>(from), 0, true, {}, speaker};
-            isOpen = true;
-        }
-        open.end = static_cast<uint32_t>(to);
-    }
-
-    void AddEvent(script_event_kind kind, size_t from, size_t to, uint32_t whose = 0) {
-        Flush();
-        out.regions.push_back(
-            {static_cast<uint32_t>(from), static_cast<uint32_t>(to), false, kind, whose});
-    }
-
-    void Flush() {
-        if (isOpen) {
-            out.regions.push_back(open);
-            isOpen = false;
+            regions.AddEvent(script_event_kind::kDirection, line.start, line.end);
         }
     }
 
     std::string_view text;
     const ScriptTable& table;
     script_layout& out;
-    script_region open{};
-    bool isOpen = false;
+    RegionBuilder regions;
     bool isDialogue = false;
     uint32_t speaker = 0;
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "text/script/region_builder.h"
 #include "text/script/script_table.h"
 
 namespace tessarin {
@@ -176,7 +177,7 @@ class PlainLayout {
 public:
     PlainLayout(std::string_view wholeText, size_t limit, const ScriptTable& words,
                 script_layout& layout)
-        : text(wholeText), end(limit), table(words), out(layout) {}
+        : text(wholeText), end(limit), table(words), out(layout), regions(layout) {}
 
     void Run(size_t start) {
         isPlay = LooksLikePlay(start);
@@ -187,7 +188,7 @@ public:
             isAfterGap = line.IsEmpty() || isHeading;
             at = line.next;
         }
-        Flush();
+        regions.EndSpeech();
     }
 
 private:
@@ -212,35 +213,35 @@ private:
         const std::string_view content = In(line);
         isHeading = false;
         if (line.IsEmpty()) {
-            Flush();
+            regions.EndSpeech();
             speaker = 0;
             return;
         }
         name_before name{};
         if (content.starts_with("<v ")) { // the voice of a subtitle
             const std::string_view called = content.substr(3, content.find('>') - 3);
-            Flush();
+            regions.EndSpeech();
             speaker = FindOrAddSpeaker(called.substr(0, kLongestName), out);
-            AddSpeech(line.start, line.end);
+            regions.AddSpeech(line.start, line.end, speaker);
         } else if (IsSceneHeading(content, table) || IsTransition(content, table)) {
             isHeading = true;
-            AddEvent(script_event_kind::kHeading, line.start, line.end, 0);
+            regions.AddEvent(script_event_kind::kHeading, line.start, line.end);
             speaker = 0;
         } else if (IsStageLine(content, table)) {
-            AddEvent(script_event_kind::kDirection, line.start, line.end, 0);
+            regions.AddEvent(script_event_kind::kDirection, line.start, line.end);
         } else if (FindNameBeforeColon(content, table, name) ||
                    (isPlay && FindNameBeforeStop(content, table, name))) {
             const std::string_view called = content.substr(name.start, name.nameEnd - name.start);
             speaker = FindOrAddSpeaker(called, out);
-            AddEvent(script_event_kind::kSpeaker, line.start + name.start,
-                     line.start + name.speechAt, speaker);
-            AddSpeech(line.start + name.speechAt, line.end);
+            regions.AddEvent(script_event_kind::kSpeaker, line.start + name.start,
+                             line.start + name.speechAt, speaker);
+            regions.AddSpeech(line.start + name.speechAt, line.end, speaker);
         } else if (const size_t length = isAfterGap ? CueNameLength(content, table) : 0;
                    length > 0 && IsSpeechNext(line)) {
             speaker = FindOrAddSpeaker(content.substr(0, length), out);
-            AddEvent(script_event_kind::kSpeaker, line.start, line.end, speaker);
+            regions.AddEvent(script_event_kind::kSpeaker, line.start, line.end, speaker);
         } else {
-            AddSpeech(line.start, line.end);
+            regions.AddSpeech(line.start, line.end, speaker);
         }
     }
 
@@ -252,33 +253,11 @@ private:
         return !next.IsEmpty() && std::ranges::any_of(In(next), IsLower);
     }
 
-    void AddSpeech(size_t from, size_t to) {
-        if (!isOpen) {
-            open = {static_cast<uint32_t>(from), 0, true, {}, speaker};
-            isOpen = true;
-        }
-        open.end = static_cast<uint32_t>(to);
-    }
-
-    void AddEvent(script_event_kind kind, size_t from, size_t to, uint32_t whose) {
-        Flush();
-        out.regions.push_back(
-            {static_cast<uint32_t>(from), static_cast<uint32_t>(to), false, kind, whose});
-    }
-
-    void Flush() {
-        if (isOpen) {
-            out.regions.push_back(open);
-            isOpen = false;
-        }
-    }
-
     std::string_view text;
     size_t end;
     const ScriptTable& table;
     script_layout& out;
-    script_region open{};
-    bool isOpen = false;
+    RegionBuilder regions;
     bool isPlay = false;
     bool isHeading = false; ///< the last line
     uint32_t speaker = 0;
