@@ -28,7 +28,7 @@ typedef struct tessarin_gain {
 typedef struct tessarin_track_options {
     uint32_t size;              /**< of this struct, in bytes */
     uint32_t flags;             /**< tessarin_track_flags */
-    float frame_rate;           /**< frames a second, to 1000; 0: that of the rules */
+    float frame_rate;           /**< frames a second, 1 to 1000; 0: that of the rules */
     float slope;                /**< with SMOOTH, the largest change of a weight a frame; 0: 0.25 */
     int32_t max_weights;        /**< in a frame, 1 to 10; 0: 10 */
     int32_t rules_length;       /**< bytes of the rules */

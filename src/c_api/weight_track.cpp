@@ -26,7 +26,9 @@ constexpr uint32_t kKnownFlags = kEngineFlags | TESSARIN_TRACK_CURVES | TESSARIN
 /// The sizes that the options have had: they ended with the rules, and then with the gains.
 constexpr uint32_t kFirstSize = offsetof(tessarin_track_options, gains);
 constexpr uint32_t kSecondSize = offsetof(tessarin_track_options, strengths);
+constexpr float kMinFrameRate = 1.0f;
 constexpr float kMaxFrameRate = 1000.0f;
+constexpr float kUsualSlope = 0.25f; // as the articulator's
 
 /// What the caller knows of the options; the rest has its defaults.
 error_code ReadOptions(const tessarin_track_options* given, tessarin_track_options& out) {
@@ -46,9 +48,9 @@ error_code ReadOptions(const tessarin_track_options* given, tessarin_track_optio
 
 bool AreInRange(const tessarin_track_options& options) {
     // Comparisons that hold for no NaN.
-    return options.frame_rate >= 0.0f && options.frame_rate <= kMaxFrameRate &&
-           options.slope >= 0.0f && options.slope <= 1.0f && options.max_weights >= 0 &&
-           options.max_weights <= 10;
+    const bool hasRate = options.frame_rate >= kMinFrameRate && options.frame_rate <= kMaxFrameRate;
+    return (hasRate || options.frame_rate == 0.0f) && options.slope >= 0.0f &&
+           options.slope <= 1.0f && options.max_weights >= 0 && options.max_weights <= 10;
 }
 
 error_code SetGain(const tessarin_gain& gain, IPhnMixtureArticulator& articulator) {
@@ -167,6 +169,9 @@ error_code Articulate(const tessarin_result& result, const tessarin_track_option
     shaping.closed = read.closed;
     shaping.frame_rate = options.frame_rate > 0.0f ? options.frame_rate : read.frame_rate;
     shaping.usual_db = voice.GetUsualDb();
+    if ((options.flags & TESSARIN_TRACK_SMOOTH) != 0 && !read.no_smoothing) {
+        shaping.slope = options.slope > 0.0f ? options.slope : kUsualSlope;
+    }
     shaping.max_weights = options.max_weights > 0 ? options.max_weights : shaping.max_weights;
     ShapeFrames(result.phonemes, loudness, shaping, frames);
     for (const articulation& frame : frames) {

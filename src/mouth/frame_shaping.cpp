@@ -57,8 +57,12 @@ articulation_entry& Join(articulation& frame, std::string_view label) {
         return *found;
     }
     constexpr int32_t kMaxEntries = std::size(articulation{}.entries);
-    frame.count = std::min(frame.count + 1, kMaxEntries);
-    articulation_entry& entry = frame.entries[frame.count - 1];
+    if (frame.count < kMaxEntries) {
+        ++frame.count;
+        frame.entries[frame.count - 1].weight = -1.0f; // the least
+    }
+    articulation_entry& entry =
+        *std::ranges::min_element(EntriesOf(frame), {}, &articulation_entry::weight);
     SetLabel(label, entry);
     entry.weight = 0.0f;
     return entry;
@@ -77,11 +81,12 @@ void Normalise(articulation& frame) {
 
 /// Gives what is missing to rest, or takes what is too much from all, and keeps the heaviest.
 void Balance(int32_t maxWeights, articulation& frame) {
+    articulation_entry& rest = Join(frame, "x");
     float moving = 0.0f;
     for (const articulation_entry& entry : EntriesOf(frame)) {
         moving += PartOf(entry) != mouth_class::rest ? entry.weight : 0.0f;
     }
-    Join(frame, "x").weight = std::max(1.0f - moving, 0.0f);
+    rest.weight = std::max(1.0f - moving, 0.0f);
     std::ranges::stable_sort(EntriesOf(frame), std::greater{}, &articulation_entry::weight);
     frame.count = std::min(frame.count, maxWeights);
     while (frame.count > 1 && !(frame.entries[frame.count - 1].weight > 0.0f)) {
@@ -90,12 +95,23 @@ void Balance(int32_t maxWeights, articulation& frame) {
     Normalise(frame);
 }
 
-void FollowJaw(const tessarin_phoneme& vowel, const LoudnessCurve& loudness, float usualDb,
-               articulation& frame) {
-    const float whole = OpeningOf(loudness.Mean(vowel.start_ms, vowel.end_ms) - usualDb);
-    const float now = OpeningOf(loudness.At(CentreOf(frame)) - usualDb);
+void ScaleVowels(float factor, articulation& frame) {
     for (articulation_entry& entry : EntriesOf(frame)) {
-        entry.weight *= PartOf(entry) == mouth_class::vowel ? now / whole : 1.0f;
+        entry.weight *= PartOf(entry) == mouth_class::vowel ? factor : 1.0f;
+    }
+}
+
+/// Lowers weights that are more than `slope` above those of the frame before.
+void LimitRise(articulation& before, float slope, const std::set<phoneme_label>& closed,
+               articulation& frame) {
+    for (articulation_entry& entry : EntriesOf(frame)) {
+        if (PartOf(entry) == mouth_class::rest ||
+            closed.contains(phoneme_label(FieldText(entry.label)))) {
+            continue;
+        }
+        const articulation_entry* const earlier = Find(before, FieldText(entry.label));
+        entry.weight =
+            std::min(entry.weight, (earlier != nullptr ? earlier->weight : 0.0f) + slope);
     }
 }
 
@@ -124,6 +140,7 @@ public:
     void Finish();
 
 private:
+    void LimitSlopes();
     articulation* FindClosed(const tessarin_phoneme& phoneme, mouth_class which);
 
     const LoudnessCurve& loudness;
@@ -164,8 +181,11 @@ void Shaper::ShapePhoneme(const tessarin_phoneme& phoneme) {
         ++next;
     }
     if (which == mouth_class::vowel && !loudness.IsEmpty()) {
+        const float whole =
+            OpeningOf(loudness.Mean(phoneme.start_ms, phoneme.end_ms) - shaping.usual_db);
         for (size_t i = next; i < frames.size() && CentreOf(frames[i]) < phoneme.end_ms; ++i) {
-            FollowJaw(phoneme, loudness, shaping.usual_db, frames[i]);
+            const float now = OpeningOf(loudness.At(CentreOf(frames[i])) - shaping.usual_db);
+            ScaleVowels(now / whole, frames[i]);
         }
     }
     if (shaping.closed.contains(phoneme_label(FieldText(phoneme.label)))) {
@@ -202,6 +222,21 @@ void Shaper::Finish() {
         for (articulation_entry& entry : EntriesOf(frame)) {
             entry.weight *= shaping.strength.Of(PartOf(entry));
         }
+        Balance(shaping.max_weights, frame);
+    }
+    if (shaping.slope > 0.0f) {
+        LimitSlopes();
+    }
+}
+
+void Shaper::LimitSlopes() {
+    for (size_t i = 1; i < frames.size(); ++i) {
+        LimitRise(frames[i - 1], shaping.slope, shaping.closed, frames[i]);
+    }
+    for (size_t i = frames.size(); i-- > 1;) {
+        LimitRise(frames[i], shaping.slope, shaping.closed, frames[i - 1]);
+    }
+    for (articulation& frame : frames) {
         Balance(shaping.max_weights, frame);
     }
 }

@@ -60,16 +60,26 @@ std::vector<float> MeasureLoudness(std::span<const int16_t> samples, uint32_t ra
     return steps;
 }
 
-float LoudnessCurve::Mean(int64_t startMs, int64_t endMs) const {
-    const auto size = static_cast<int64_t>(steps.size());
-    const int64_t first = std::clamp<int64_t>(startMs / kLoudnessStepMs, 0, size);
-    const int64_t reached = (endMs + kLoudnessStepMs - 1) / kLoudnessStepMs;
-    const int64_t last = std::clamp<int64_t>(std::max(reached, first + 1), 0, size);
-    double sum = 0.0;
-    for (int64_t i = first; i < last; ++i) {
-        sum += std::pow(10.0, static_cast<double>(steps[static_cast<size_t>(i)]) / 10.0);
+LoudnessCurve::LoudnessCurve(std::span<const float> stepsDb, int64_t begin) : beginMs(begin) {
+    powerBefore.reserve(stepsDb.size() + 1);
+    powerBefore.push_back(0.0);
+    for (const float db : stepsDb) {
+        const double power = std::pow(10.0, static_cast<double>(db) / 10.0);
+        powerBefore.push_back(powerBefore.back() + power);
     }
-    return last > first ? Decibels(sum / static_cast<double>(last - first)) : kSilenceDb;
+}
+
+float LoudnessCurve::Mean(int64_t startMs, int64_t endMs) const {
+    const auto size = static_cast<int64_t>(powerBefore.size()) - 1;
+    const int64_t first = std::clamp<int64_t>((startMs - beginMs) / kLoudnessStepMs, 0, size);
+    const int64_t reached = (endMs - beginMs + kLoudnessStepMs - 1) / kLoudnessStepMs;
+    const int64_t last = std::clamp<int64_t>(std::max(reached, first + 1), 0, size);
+    if (last <= first) {
+        return kSilenceDb;
+    }
+    const double power =
+        powerBefore[static_cast<size_t>(last)] - powerBefore[static_cast<size_t>(first)];
+    return Decibels(power / static_cast<double>(last - first));
 }
 
 float LoudnessCurve::At(int64_t ms) const {

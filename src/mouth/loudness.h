@@ -21,19 +21,20 @@ float MeasureLoudnessOf(std::span<const int16_t> samples);
 /// one.
 std::vector<float> MeasureLoudness(std::span<const int16_t> samples, uint32_t rateHz);
 
-/// Loudness over time. Borrows the steps; beyond them there is silence.
+/// Loudness over time, the first step of which begins at `begin`; elsewhere there is silence.
 class LoudnessCurve {
 public:
-    explicit LoudnessCurve(std::span<const float> stepsDb) : steps(stepsDb) {}
+    explicit LoudnessCurve(std::span<const float> stepsDb, int64_t begin = 0);
 
-    bool IsEmpty() const { return steps.empty(); }
+    bool IsEmpty() const { return powerBefore.size() == 1; }
     /// The mean power of a stretch, in dB; of the step that holds it when it is shorter.
     float Mean(int64_t startMs, int64_t endMs) const;
     /// The loudness at a time, over as much as the ear takes for one moment.
     float At(int64_t ms) const;
 
 private:
-    std::span<const float> steps;
+    int64_t beginMs;
+    std::vector<double> powerBefore; ///< the power of all steps before each, and of all steps
 };
 
 } // namespace tessarin

@@ -1,5 +1,8 @@
 #include "mouth/mouth_classes.h"
 
+#include <algorithm>
+#include <cstdint>
+
 #include "model/phoneme_alphabet.h"
 
 namespace tessarin {
@@ -41,17 +44,22 @@ float mouth_strength::Of(mouth_class which) const {
 }
 
 error_code ReadStrength(std::span<const tessarin_strength> wanted, mouth_strength& out) {
-    for (const auto& [parts, factor] : wanted) {
+    for (const tessarin_strength& each : wanted) {
+        const uint32_t parts = each.parts;
+        const float factor = each.factor;
         if (!(factor >= 0.0f && factor <= kMaxStrength)) {
             return kOutOfRange;
         }
         if (parts == 0 || (parts & ~kAllParts) != 0) {
             return kInvalidArgument;
         }
-        out.vowels *= (parts & TESSARIN_VOWELS) != 0 ? factor : 1.0f;
-        out.consonants *= (parts & TESSARIN_CONSONANTS) != 0 ? factor : 1.0f;
-        out.lips *= (parts & TESSARIN_LIPS) != 0 ? factor : 1.0f;
-        out.teeth *= (parts & TESSARIN_TEETH) != 0 ? factor : 1.0f;
+        const auto multiply = [&](uint32_t part, float& strength) {
+            strength = (parts & part) != 0 ? std::min(strength * factor, kMaxStrength) : strength;
+        };
+        multiply(TESSARIN_VOWELS, out.vowels);
+        multiply(TESSARIN_CONSONANTS, out.consonants);
+        multiply(TESSARIN_LIPS, out.lips);
+        multiply(TESSARIN_TEETH, out.teeth);
     }
     return kNoError;
 }

@@ -24,8 +24,8 @@ struct mouth_strength {
     float Of(mouth_class which) const;
 };
 
-/// Multiplies what a host asks for, in its order. Returns 0, 3 for a factor that is not 0 to 4, or
-/// 2 for what is not a part of the mouth.
+/// Multiplies what a host asks for, in its order, to 4 at most. Returns 0, 3 for a factor that is
+/// not 0 to 4, or 2 for what is not a part of the mouth.
 error_code ReadStrength(std::span<const tessarin_strength> wanted, mouth_strength& out);
 
 } // namespace tessarin

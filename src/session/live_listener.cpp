@@ -19,6 +19,7 @@ constexpr uint32_t kUsualRateHz = 16000;
 constexpr uint32_t kMaxChannels = 1024;
 constexpr int32_t kUsualDelayMs = 25;
 constexpr int32_t kUsualLookAheadMs = 20;
+constexpr int32_t kNoLookAhead = -1;
 constexpr int32_t kMaxLookAheadMs = 120; // the furthest reach of the rules
 constexpr float kUsualFrameRate = 30.0f;
 /// The options of before, which ended with the frame rate.
@@ -74,12 +75,12 @@ error_code LiveListener::Open(std::shared_ptr<CAccousticHMM> acousticModel,
     options.channels = options.channels > 0 ? options.channels : 1;
     options.delay_ms = options.delay_ms != 0 ? options.delay_ms : kUsualDelayMs;
     options.frame_rate = options.frame_rate != 0.0f ? options.frame_rate : kUsualFrameRate;
-    options.look_ahead_ms =
-        options.look_ahead_ms != 0 ? std::max(options.look_ahead_ms, -1) : kUsualLookAheadMs;
-    live_mouth_settings mouthSettings{options.frame_rate, options.look_ahead_ms, {}};
-    if (options.look_ahead_ms == -1) {
-        options.look_ahead_ms = mouthSettings.lookAheadMs = 0;
+    if (options.look_ahead_ms == 0) {
+        options.look_ahead_ms = kUsualLookAheadMs;
+    } else if (options.look_ahead_ms == kNoLookAhead) {
+        options.look_ahead_ms = 0;
     }
+    live_mouth_settings mouthSettings{options.frame_rate, options.look_ahead_ms, {}};
     const error_code strengthCode =
         ReadStrength({options.strengths, options.strength_count}, mouthSettings.strength);
     options.strengths = nullptr; // they are the caller's
@@ -130,9 +131,10 @@ error_code LiveListener::Push(const void* samples, uint32_t size) {
 }
 
 error_code LiveListener::PushBytes(const void* bytes, size_t size) {
+    // Measured first, so that no sound is heard before its loudness is known.
+    MeasureBytes(static_cast<const uint8_t*>(bytes), size);
     const error_code code = recognizer->WriteBytes(bytes, static_cast<uint32_t>(size));
     if (code == kNoError) {
-        MeasureBytes(static_cast<const uint8_t*>(bytes), size);
         pushedBytes += size;
     }
     return code;

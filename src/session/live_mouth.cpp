@@ -1,6 +1,7 @@
 #include "session/live_mouth.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <limits>
 #include <string>
@@ -14,11 +15,11 @@ namespace tessarin {
 namespace {
 
 constexpr int64_t kMemoryMs = 2000;
-/// Frames of all common rates begin at multiples of this, so counting from there moves none.
+/// How far the times in the window may count before they begin again.
 constexpr int64_t kBaseStepMs = 100000;
 
-tessarin_live_frame FrameOf(const articulation& from, int64_t baseMs) {
-    tessarin_live_frame frame{baseMs + from.start, baseMs + from.end, from.count, {}};
+tessarin_live_frame FrameOf(const articulation& from, int64_t startMs, int64_t endMs) {
+    tessarin_live_frame frame{startMs, endMs, from.count, {}};
     static_assert(sizeof frame.weights == sizeof from.entries);
     std::memcpy(frame.weights, from.entries, sizeof frame.weights);
     return frame;
@@ -90,7 +91,9 @@ error_code LiveMouth::TakeFinal(bool atEnd, live_stretch& out) {
     out = {};
     out.startMs = takenMs;
     out.endMs = takenMs = heardMs;
-    loudness->CopyFrom(baseMs, levels);
+    levelsFromMs =
+        std::max<int64_t>(framesUntilMs - kMemoryMs, 0) / kLoudnessStepMs * kLoudnessStepMs;
+    loudness->CopyFrom(levelsFromMs, levels);
     HearVoice();
     for (spoken& each : recent) {
         if (!each.isTaken && (atEnd || &each != &recent.back())) {
@@ -115,11 +118,14 @@ error_code LiveMouth::MakeFrames(int64_t untilMs, std::vector<tessarin_live_fram
     if (code != kNoError) {
         return code;
     }
-    const int64_t from = framesUntilMs;
     for (const articulation& frame : Shaped()) {
-        if (baseMs + frame.start >= from && baseMs + frame.end <= untilMs) {
-            out.push_back(FrameOf(frame, baseMs));
-            framesUntilMs = baseMs + frame.end;
+        // By its number, so that frames of any rate follow each other without gaps.
+        const int64_t number = baseFrame + std::llround(frame.start / FrameMs());
+        const auto startMs = std::llround(static_cast<double>(number) * FrameMs());
+        const auto endMs = std::llround(static_cast<double>(number + 1) * FrameMs());
+        if (startMs >= framesUntilMs && endMs <= untilMs) {
+            out.push_back(FrameOf(frame, startMs, endMs));
+            framesUntilMs = endMs;
         }
     }
     return kNoError;
@@ -127,7 +133,7 @@ error_code LiveMouth::MakeFrames(int64_t untilMs, std::vector<tessarin_live_fram
 
 /// Learns from vowels that have ended, and has sounds keep what they were against the voice.
 void LiveMouth::HearVoice() {
-    const LoudnessCurve curve(levels);
+    const LoudnessCurve curve = WindowLoudness();
     if (curve.IsEmpty()) {
         return;
     }
@@ -177,7 +183,7 @@ std::vector<articulation> LiveMouth::Shaped() {
     std::vector<articulation> frames(articulator->GetArticulationsBegin(),
                                      articulator->GetArticulationsEnd());
     shaping.usual_db = level.GetUsualDb();
-    ShapeFrames(windowPhonemes, LoudnessCurve(levels), shaping, frames);
+    ShapeFrames(windowPhonemes, WindowLoudness(), shaping, frames);
     return frames;
 }
 
@@ -186,8 +192,11 @@ void LiveMouth::Forget() {
         return each.isTaken && each.endMs < framesUntilMs - kMemoryMs;
     });
     // What stays may be one long silence; its beginning is of no matter.
-    const int64_t oldest = framesUntilMs - kMemoryMs;
-    baseMs = std::max(baseMs, oldest / kBaseStepMs * kBaseStepMs);
+    const auto step = std::max<int64_t>(std::llround(kBaseStepMs / FrameMs()), 1);
+    const auto oldest = static_cast<int64_t>(
+        static_cast<double>(std::max<int64_t>(framesUntilMs - kMemoryMs, 0)) / FrameMs());
+    baseFrame = std::max(baseFrame, oldest / step * step);
+    baseMs = std::llround(static_cast<double>(baseFrame) * FrameMs());
 }
 
 } // namespace tessarin

@@ -65,6 +65,9 @@ private:
     };
 
     void Forget();
+    double FrameMs() const { return 1000.0 / static_cast<double>(settings.frameRate); }
+    /// The loudness of what is in the window, by the times in it.
+    LoudnessCurve WindowLoudness() const { return LoudnessCurve(levels, levelsFromMs - baseMs); }
     void HearVoice();
     void FillWindow();
     std::vector<articulation> Shaped();
@@ -77,11 +80,13 @@ private:
     LiveLoudness* loudness = nullptr;
     RunningLevel level;
     std::vector<spoken> recent;
-    std::vector<float> levels;                    ///< of each 10 ms from baseMs, in dB
+    std::vector<float> levels; ///< of each 10 ms from levelsFromMs, in dB
+    int64_t levelsFromMs = 0;
     std::vector<tessarin_phoneme> windowPhonemes; ///< those of the window
     int64_t audioEndMs = std::numeric_limits<int64_t>::max();
     int64_t heardMs = 0;
-    int64_t baseMs = 0; ///< what the times in the window count from
+    int64_t baseFrame = 0; ///< the number of the frame that begins at baseMs
+    int64_t baseMs = 0;    ///< what the times in the window count from
     int64_t framesUntilMs = 0;
     int64_t takenMs = 0;
 };

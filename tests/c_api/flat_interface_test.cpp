@@ -381,6 +381,12 @@ TEST_F(FlatInterface, BadInputIsACode) {
         options.strength_count = 1;
         EXPECT_EQ(tessarin_create_track(result.get(), &options, &track), code);
     }
+    const std::vector<tessarin_strength> many(100, {TESSARIN_VOWELS, 4.0f});
+    options.strengths = many.data();
+    options.strength_count = 100;
+    track_owner strong;
+    ASSERT_EQ(tessarin_create_track(result.get(), &options, Out(strong)), TESSARIN_OK);
+    EXPECT_LE(tessarin_get_track_frames(strong.get(), nullptr)->weights[0].weight, 1.0f);
     options.strength_count = 0;
     ASSERT_EQ(tessarin_create_track(result.get(), &options, &track), TESSARIN_OK);
     const track_owner owner(track);

@@ -1,5 +1,7 @@
 #include "mouth/frame_shaping.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include <gmock/gmock.h>
@@ -93,6 +95,44 @@ TEST(ShapeFrames, StrengthIsAFactorOfEachPart) {
     frames = {Frame(0, {{"x", 0.6f}, {"AA", 0.4f}})};
     ShapeFrames({}, LoudnessCurve({}), shaping, frames);
     EXPECT_NEAR(Weight(frames[0], "AA"), 1.0f, 1e-5f) << "no more than all of the mouth";
+}
+
+TEST(ShapeFrames, NothingJumpsWhereASlopeIsAskedFor) {
+    frame_shaping shaping;
+    shaping.closed = {tessarin::phoneme_label("p")};
+    shaping.slope = 0.1f;
+    std::vector<articulation> frames;
+    for (int32_t i = 0; i < 12; ++i) {
+        frames.push_back(i < 5    ? Frame(i, {{"x", 1}})
+                         : i == 8 ? Frame(i, {{"p", 1}})
+                                  : Frame(i, {{"AA", 0.9f}, {"x", 0.1f}}));
+    }
+    ShapeFrames({}, LoudnessCurve({}), shaping, frames);
+    for (size_t i = 1; i < frames.size(); ++i) {
+        EXPECT_LE(std::abs(Weight(frames[i], "AA") - Weight(frames[i - 1], "AA")), 0.1001f);
+    }
+    EXPECT_EQ(Weight(frames[8], "p"), 1.0f) << "closures snap";
+    EXPECT_GT(Weight(frames[6], "AA"), 0.1f);
+}
+
+TEST(ShapeFrames, AFullFrameGivesUpItsLeast) {
+    frame_shaping shaping;
+    shaping.closed = {tessarin::phoneme_label("p")};
+    std::vector<articulation> frames = {Frame(0, {{"AA", .05f},
+                                                  {"AE", .1f},
+                                                  {"AH", .1f},
+                                                  {"AO", .1f},
+                                                  {"EH", .1f},
+                                                  {"IH", .1f},
+                                                  {"IY", .1f},
+                                                  {"UH", .1f},
+                                                  {"UW", .1f},
+                                                  {"s", .15f}})};
+    const std::vector<tessarin_phoneme> phonemes = {Phoneme("p", 0, 30)};
+    ShapeFrames(phonemes, LoudnessCurve({}), shaping, frames);
+    EXPECT_NEAR(Weight(frames[0], "p"), 0.9f, 1e-5f);
+    EXPECT_EQ(Weight(frames[0], "AA"), 0.0f);
+    EXPECT_GT(Weight(frames[0], "s"), 0.0f);
 }
 
 TEST(ShapeFrames, TheJawFollowsTheLoudnessWithinAVowel) {

@@ -119,6 +119,24 @@ TEST(LiveLoudness, IsThatOfTheWholeWhateverTheBlocks) {
     EXPECT_EQ(steps, std::vector<float>(whole.begin() + 100, whole.end()));
 }
 
+TEST(LiveMouth, FramesOfAnyRateFollowWithoutGaps) {
+    LiveLoudness loudness;
+    LiveMouth mouth;
+    ASSERT_EQ(mouth.Open({23.976f, 20, {}}, loudness), kNoError);
+    int64_t reachedMs = 0;
+    for (int second = 0; second < 330; ++second) {
+        mouth.Add(*Flush({{"AA", 0, 500}, {"s", 500, 1000}}), 1000, 0);
+        live_stretch stretch;
+        ASSERT_EQ(mouth.TakeFinal(false, stretch), kNoError);
+        for (const tessarin_live_frame& frame : stretch.frames) {
+            ASSERT_EQ(frame.start_ms, reachedMs);
+            ASSERT_NEAR(static_cast<double>(frame.end_ms - frame.start_ms), 41.7, 0.8);
+            reachedMs = frame.end_ms;
+        }
+    }
+    EXPECT_GT(reachedMs, 329'000);
+}
+
 TEST(LiveMouth, AfterWeeksFramesAreAsAfterMinutes) {
     constexpr int32_t kHourMs = 3'600'000;
     constexpr int64_t kWeeksMs = int64_t{600} * kHourMs; // more than 32 bits hold
