@@ -8,7 +8,7 @@
  * borrowed: it belongs to the object that it was asked of and lives as long as that object. Nothing
  * that is passed in is kept.
  *
- * Functions that can fail return a tessarin_code; unless told otherwise, a failed one leaves null
+ * Functions that can fail return a tessarin_code; unless stated otherwise, a failed one leaves null
  * in its last parameter. A null pointer where an object or a text is needed gives
  * TESSARIN_INVALID_ARGUMENT.
  *
@@ -196,7 +196,7 @@ TESSARIN_API const char* tessarin_get_version(void);
    is near. `character` is its number in Unicode. */
 TESSARIN_API const char* tessarin_get_near_text(uint32_t character);
 
-/** Reads a model. FILE_NOT_FOUND; INVALID_FILE for what is no model; OUT_OF_MEMORY. */
+/** Reads a model. FILE_NOT_FOUND; INVALID_FILE for what is not a model; OUT_OF_MEMORY. */
 TESSARIN_API int32_t tessarin_create_model_from_file(const char* path, tessarin_model** out);
 
 /** The same from the `size` bytes at `data`. */
@@ -235,7 +235,7 @@ TESSARIN_API int32_t tessarin_create_language_from_memory(const void* data, uint
 
 /** Has a word of one's own said as `phonemes`, in place of what the lexicon says: alternatives are
    separated by bars, the preferred one first. Calls that have begun keep the words that they know.
-   INVALID_ARGUMENT for what is no word or no phonemes; INVALID_UTF8. */
+   INVALID_ARGUMENT for what is not a word or not phonemes; INVALID_UTF8. */
 TESSARIN_API int32_t tessarin_set_word(tessarin_language* language, const char* word,
                                        const char* phonemes);
 
@@ -257,7 +257,7 @@ TESSARIN_API int32_t tessarin_create_audio_from_file(const char* path, uint32_t 
 TESSARIN_API int32_t tessarin_create_audio_from_int16(const int16_t* samples, uint32_t count,
                                                       uint32_t rate_hz, tessarin_audio** out);
 
-/** The same of samples from -1 to 1. What is beyond is held to that, and no number is silence. */
+/** The same of samples from -1 to 1. What is beyond is held to that, and NaN becomes silence. */
 TESSARIN_API int32_t tessarin_create_audio_from_float(const float* samples, uint32_t count,
                                                       uint32_t rate_hz, tessarin_audio** out);
 
