@@ -11,7 +11,7 @@
 namespace tessarin {
 namespace {
 
-/// Speech of as many seconds: phonemes of 20 to 150 ms, one behind the other.
+/// Speech of as many seconds: phonemes of 20 to 150 ms, one after the other.
 void FillSpeech(CConcreteSyncMarkerCollection& results, int64_t seconds) {
     static const char* const labels[] = {"x", "b", "AA", "s", "m", "IY", "t", "OW", "n", "AH", "d"};
     std::mt19937 random(1);

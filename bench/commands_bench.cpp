@@ -35,7 +35,7 @@ test::list_stream RandomStream(size_t count) {
     return stream;
 }
 
-/// A live stream that goes on as long as it is told.
+/// A live stream that goes on as long as it is asked to.
 class endless_live final : public buffer_feature_stream {
 public:
     endless_live() : source(RandomStream(100)) {

@@ -3,7 +3,7 @@
 //     long_search MODEL LEXICON CORPUS HOURS plain|trellis [MEGABYTES]
 //
 // CORPUS is a folder with recordings and a table corpus.tsv (file, voice, set, times, text); they
-// are put one behind the other until so many hours are reached. MEGABYTES is what the trellis may
+// are put one after the other until so many hours are reached. MEGABYTES is what the trellis may
 // hold in memory. Prints the result, the time, the peak of the memory, the size on disk, and how
 // often the path is in the right sentence in the middle of it.
 
@@ -45,7 +45,7 @@ std::string Content(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-/// Recordings one behind the other.
+/// Recordings one after the other.
 class JoinedRecordings final : public IObservationStream {
 public:
     JoinedRecordings(const std::vector<utterance>& all, CAccousticHMM* acousticModel)

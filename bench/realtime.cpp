@@ -46,7 +46,7 @@ struct material {
     }
     ~material() { DestroyAccHMM(model); }
 
-    /// `ms` of the audio from `atMs` on, which begins anew after its end.
+    /// `ms` of the audio from `atMs` on, which begins again after its end.
     std::string Piece(int64_t atMs, size_t ms) const {
         std::string piece;
         size_t place = static_cast<size_t>(atMs) * kBytesPerMs % audio.size();
@@ -141,12 +141,12 @@ void MeasureLatency(const material& use, int pushMs, int delayMs) {
     std::fflush(stdout);
 }
 
-/// A listener that hears audio as fast as it goes, never more than a minute behind.
+/// A listener that hears audio as fast as it goes, never more than a minute late.
 class fast_run {
 public:
     explicit fast_run(const material& audio) : use(audio), live(audio) {}
 
-    /// Goes on to `untilMs`, and tells all but what waits for its future.
+    /// Goes on to `untilMs`, and reports all but what waits for its future.
     void HearUntil(int64_t untilMs) {
         constexpr int64_t kBehindMs = 60000;
         constexpr size_t kPushMs = 100;
@@ -192,7 +192,7 @@ void MeasureCost(const material& use, const char* name) {
                 static_cast<double>(GetPerfCount()) / 1e4 / static_cast<double>(kAudioMs));
 }
 
-/// Resident memory in KiB, where the system tells it.
+/// Resident memory in KiB, where the system reports it.
 long ResidentKib() {
     std::ifstream file("/proc/self/statm");
     long size = 0;
@@ -207,7 +207,7 @@ void RunHours(const material& use, int hours) {
     const auto begin = clock_type::now();
     for (int hour = 1; hour <= hours; ++hour) {
         run.HearUntil(hour * kHourMs);
-        std::printf("%2d h heard in %7.1f s: %9lld ms told, %ld KiB resident\n", hour,
+        std::printf("%2d h heard in %7.1f s: %9lld ms reported, %ld KiB resident\n", hour,
                     Ms(clock_type::now() - begin) / 1000, static_cast<long long>(run.toldMs),
                     ResidentKib());
         std::fflush(stdout);

@@ -1,5 +1,5 @@
 # Run as a script: writes OUTPUT, a C++ source that includes HEADER and fills in RECORD of the type
-# TYPE, whose members are texts. PARTS has MEMBER=FILE,FILE... for each member, parted by |; files
+# TYPE, whose members are texts. PARTS has MEMBER=FILE,FILE... for each member, separated by |; files
 # are joined.
 set(members "")
 set(arrays "")

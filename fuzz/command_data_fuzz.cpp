@@ -17,7 +17,7 @@ constexpr uint64_t kMostBytes = 1 << 16;
 constexpr uint32_t kMostMatchedFrames = 100;
 
 /// A host hands over whole data: as many bytes as the header asks for, and no more, so that a read
-/// behind them is seen. Just the header, where it asks for more than anyone would give.
+/// after them is seen. Just the header, where it asks for more than anyone would give.
 std::vector<uint8_t> WholeData(const uint8_t* data, size_t size) {
     const uint64_t count = LoadLittleEndian<uint32_t>(data + 8);
     const uint64_t stride = LoadLittleEndian<uint32_t>(data + 16);

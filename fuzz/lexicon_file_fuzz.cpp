@@ -40,7 +40,7 @@ void Open(std::span<const uint8_t> file) {
     }
 }
 
-/// The file that stands in the input, with the bytes behind its header packed, unless they are:
+/// The file that stands in the input, with the bytes after its header packed, unless they are:
 /// few changes of a packed block leave one.
 std::vector<uint8_t> WithPackedPayload(std::span<const uint8_t> input) {
     TranscriberInfo info = {};

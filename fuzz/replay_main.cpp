@@ -22,7 +22,7 @@ constexpr size_t kMostTruncations = 5000;
 constexpr int kMutations = 500;
 
 void Run(const uint8_t* data, size_t size) {
-    // A block of exactly this size lets the address sanitizer see a read behind it.
+    // A block of exactly this size lets the address sanitizer see a read past it.
     const std::unique_ptr<uint8_t[]> copy(new uint8_t[size]);
     std::copy_n(data, size, copy.get());
     LLVMFuzzerTestOneInput(copy.get(), size);

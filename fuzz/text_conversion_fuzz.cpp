@@ -44,7 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             ConvertAgain(info, *converted);
         }
     } catch (const utf8::exception&) {
-        return 0; // told to the host
+        return 0; // reported to the host
     }
     return 0;
 }

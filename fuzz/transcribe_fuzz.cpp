@@ -17,7 +17,7 @@ void Require(bool holds) {
     }
 }
 
-/// Tokens follow one another, and end one behind the text at the latest.
+/// Tokens follow one another, and end one after the text at the latest.
 void CheckTokens(CTranscriber& transcriber, size_t textLength) {
     uint32_t count = 0;
     const CTxMarker* first = transcriber.GetOutputMarkers(&count);

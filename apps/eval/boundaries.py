@@ -186,7 +186,7 @@ def main() -> None:
     parser.add_argument("--speaker")
     parser.add_argument("--known-phones", action="store_true")
     parser.add_argument("--limit", type=int)
-    parser.add_argument("options", nargs="*", help="passed to the tool, behind --")
+    parser.add_argument("options", nargs="*", help="passed to the tool, after --")
     arguments = parser.parse_args()
 
     recordings = [row for row in read_corpus(arguments.corpus)

@@ -6,7 +6,7 @@ usage: closed_lips.py TOOL CORPUS [--set dev] [--limit N] [--fps N] [--list]
 CORPUS is the folder that apps/train/corpus/collect.py fills. Each p, b and m of 50 ms or more
 counts as closed when in at least one frame that it touches the phonemes of closed lips, p, b, m and
 silence, together weigh more than any other; and as clear when p, b or m also outweighs every other
-sound. Both are told in percent, with smoothing and without. --list names those that stay open.
+sound. Both are given in percent, with smoothing and without. --list names those that stay open.
 """
 
 import argparse

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Measures how well spoken commands are told apart, by their text and by recorded samples.
+"""Measures how well spoken commands are distinguished, by their text and by recorded samples.
 
 usage: commands.py TOOL FOLDER
 

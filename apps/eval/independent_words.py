@@ -7,7 +7,7 @@ Writes NAME.words beside each NAME.wav of the set: lines `start_ms end_ms word`,
 speech whose times are known. The aligner is pocketsphinx with its own model of American English;
 only the words and their possible pronunciations are ours (from `TOOL transcribe`), so that both
 aligners look for the same thing. A recording in which it does not find all words is left out, and
-told.
+reported.
 """
 
 import argparse
@@ -55,7 +55,7 @@ def grammar(utterance: int, num_words: int) -> str:
 
 
 def read_segments(path: pathlib.Path):
-    """Yields the number of an utterance and its (word, first frame, frame behind the last).
+    """Yields the number of an utterance and its (word, first frame, frame after the last).
 
     A line has `number S score T score A score L score`, then for each word its first frame, two
     scores and its name, and at last the number of frames.

@@ -100,7 +100,7 @@ def main() -> None:
     parser.add_argument("--speaker")
     parser.add_argument("--limit", type=int)
     parser.add_argument("--trigrams", type=pathlib.Path, default=TRIGRAMS)
-    parser.add_argument("options", nargs="*", help="passed to `recognize`, behind --")
+    parser.add_argument("options", nargs="*", help="passed to `recognize`, after --")
     arguments = parser.parse_args()
 
     recordings = [row for row in read_corpus(arguments.corpus) if row["set"] == arguments.set

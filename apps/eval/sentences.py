@@ -5,7 +5,8 @@ usage: sentences.py TOOL FOLDER [--rounds N] [--between N] [--unsaid N] [--least
 
 Each round puts a recording together from prompts of one speaker: twelve that the model was not
 trained on, of four words and more, with up to N prompts of other words between each two. The text
-has the sentences in the order in which they are said and, among them, N that are not said. A sentence is found when what is told overlaps the middle of it; false is what is told of one
+has the sentences in the order in which they are said and, among them, N that are not said. A
+sentence is found when what is reported overlaps the middle of it; false is what is reported of one
 that is not said, or elsewhere. Times are compared with where the prompt is louder than its silence.
 
 FOLDER receives the recordings, their texts and what the tool finds.

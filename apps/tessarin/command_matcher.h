@@ -7,7 +7,8 @@
 #include "apps/tessarin/readers/command_list_file.h"
 #include "tessarin/owned.h"
 
-/// Which command an utterance is. The name is empty when it is none, as when it is too short.
+/// Which command an utterance is. The name is empty when there is none, as for an utterance that is
+/// too short.
 struct command_match {
     std::string name;
     double score = 0.0;
@@ -32,7 +33,7 @@ public:
 
     /// Takes in 16-bit mono audio of kLiveRateHz. False once the utterance has ended.
     bool Hear(const std::string& samples);
-    /// Ends the utterance, which is none when the search was stopped.
+    /// Ends the utterance. There is no match when the search was stopped.
     command_match MatchHeard(const tessarin_progress& progress);
 
 private:

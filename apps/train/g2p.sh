@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Makes the lexicon file that the project ships anew: first with the built-in rules, then with what is
+# Makes again the lexicon file that the project ships: first with the built-in rules, then with what is
 # learnt from its words in their place. The words are those of the present file, or of WORDS, a text.
 # usage: g2p.sh BUILD_FOLDER [WORDS]
 set -euo pipefail

@@ -56,7 +56,7 @@ private:
     std::vector<double> values;
 };
 
-/// The places in the grid of a word: so many letters and so many phonemes are behind.
+/// The places in the grid of a word: so many letters and so many phonemes lie before each.
 class alignment_grid {
 public:
     explicit alignment_grid(const spelled_word& word)
@@ -110,9 +110,9 @@ void CountExpected(const spelled_word& word, const chunk_table& table, chunk_tab
     backward.At(numLetters, numPhones) = 1.0 / total;
     for (size_t letter = numLetters; letter-- > 0;) {
         for (size_t phone = 0; phone <= numPhones; ++phone) {
-            const double behind = backward.At(letter + 1, phone);
+            const double after = backward.At(letter + 1, phone);
             backward.ForStepsTo(phone, [&](size_t from, phone_chunk chunk) {
-                const double way = table.At(word.letters[letter], chunk) * behind;
+                const double way = table.At(word.letters[letter], chunk) * after;
                 backward.At(letter, from) += way;
                 counts.At(word.letters[letter], chunk) += forward.At(letter, from) * way;
             });

@@ -24,7 +24,7 @@ struct sample {
     uint32_t chunk;
 };
 
-/// Words one behind the other, with room between them for all that may be asked.
+/// Words one after the other, with room between them for all that may be asked.
 struct letter_row {
     std::vector<uint8_t> codes;   ///< numbers of letters
     std::vector<uint8_t> letters; ///< by their numbers
@@ -124,7 +124,7 @@ std::vector<double> CTreeGrower::Shares(std::span<const uint32_t> said, size_t t
     return shares;
 }
 
-/// The question that tells most; of several the nearest one.
+/// The question that says most; of several the nearest one.
 question CTreeGrower::FindQuestion(std::span<const sample> part, std::span<const uint32_t> said) {
     question best;
     for (int16_t distance = 1; distance <= reach; ++distance) {

@@ -10,7 +10,7 @@
 namespace tessarin::training {
 
 /// Bits of information in fixed point: sums of them are exact, so that neither their order nor the
-/// machine decides between questions that tell as much.
+/// machine decides between questions that say as much.
 using information = int64_t;
 inline constexpr information kBit = 1 << 16;
 
@@ -24,7 +24,7 @@ struct grown_node {
     size_t no = 0;
 };
 
-/// All that could be asked to tell how one letter is said. The first node is the root.
+/// All that could be asked to find how one letter is said. The first node is the root.
 struct grown_tree {
     char letter = 0;
     size_t count = 0; ///< of the letters it grew from
@@ -32,8 +32,8 @@ struct grown_tree {
 };
 
 /// Grows a tree for each letter, the most frequent letter first. Each node asks the question that
-/// tells most of what its letters say, of up to `reach` letters to both sides, until a node's
-/// letters all say the same or no question parts them.
+/// says most about what its letters say, of up to `reach` letters to both sides, until a node's
+/// letters all say the same or no question separates them.
 std::vector<grown_tree> GrowTrees(std::span<const aligned_word> words, int16_t reach,
                                   size_t numThreads);
 

@@ -11,8 +11,8 @@ std::vector<phone_run> FindRuns(const std::vector<phone_interval>& phones, doubl
     if (numObservations < numPhones * kStates) {
         return {};
     }
-    // Observation t is reported at t periods and a half, but tells most of what is heard at t + 1:
-    // its differences look back. The phone there is the one it is trained for.
+    // Observation t is reported at t periods and a half, but says most about what is heard at t +
+    // 1: its differences look back. The phone there is the one it is trained for.
     std::vector<size_t> starts(numPhones + 1, 0);
     for (size_t i = 1; i < numPhones; ++i) {
         const double place = phones[i].start_ms / speed / kObservationMs - 1.0;

@@ -21,7 +21,7 @@ namespace {
 constexpr const char* kUsage =
     "usage: tessarin-measure MODEL CORPUS [SPEAKER]\n"
     "\n"
-    "Aligns recordings to the phones that are known to be said in them, and tells how far the\n"
+    "Aligns recordings to the phones that are known to be said in them, and shows how far the\n"
     "boundaries are from where they are known to be: as recorded, in noise, by telephone and at\n"
     "other levels. Without SPEAKER, the recordings of the set `eval`, else those of the set "
     "`heard`.\n";

@@ -70,7 +70,7 @@ private:
     std::vector<double> levels;
 };
 
-/// The level above which there is speech, or none when the two differ too little to tell.
+/// The level above which there is speech, or none when the two differ too little to be sure.
 bool FindThreshold(double rest, double highest, double& threshold) {
     threshold = rest + (highest - rest) / 3.0;
     return highest - rest >= kLeastRiseDb;

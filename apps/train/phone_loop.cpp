@@ -10,7 +10,7 @@
 namespace tessarin::training {
 namespace {
 
-/// Silence is long and easily told, and would otherwise outweigh the phones.
+/// Silence is long and easily recognized, and would otherwise outweigh the phones.
 constexpr double kSilenceWorth = 0.3;
 
 /// For each state: the paths that lead to it, or away from it, as the sum of their weights, and as

@@ -12,7 +12,7 @@ namespace tessarin::training {
 /// text, in probabilities that are scaled as those of the observations are.
 class phone_loop {
 public:
-    /// Probabilities count with the power `scale`, those of one phone behind another with
+    /// Probabilities count with the power `scale`, those of one phone after another with
     /// `followPower` times as much.
     phone_loop(const transition_model& transitions, double scale, double followPower);
 

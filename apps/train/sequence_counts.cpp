@@ -54,7 +54,7 @@ void CSpeechCounter::Say(const std::vector<phone_string>& alternatives) {
     atWordStart = false;
 }
 
-/// Counts `phone` behind each history and makes it the last of them.
+/// Counts `phone` after each history and makes it the last of them.
 void CSpeechCounter::Append(history& before, size_t phone) {
     history after;
     for (const auto& [pair, probability] : before) {
@@ -100,8 +100,8 @@ void CSpeechCounter::EndWord(double pauseProbability) {
 
 void CSpeechCounter::AddLoneWord(const phone_string& phones, double times) {
     const double before = Sum(beforeWords);
-    const double behind = Sum(behindWords);
-    if (phones.empty() || before == 0.0 || behind == 0.0) {
+    const double after = Sum(behindWords);
+    if (phones.empty() || before == 0.0 || after == 0.0) {
         return;
     }
     for (size_t i = 0; i < phones.size(); ++i) {
@@ -115,7 +115,7 @@ void CSpeechCounter::AddLoneWord(const phone_string& phones, double times) {
     }
     const size_t size = phones.size();
     for (size_t edge = 0; edge < counts.numPhones; ++edge) {
-        const double timesBehind = times * behindWords[edge] / behind;
+        const double timesBehind = times * behindWords[edge] / after;
         counts.Pair(phones[size - 1], edge) += timesBehind;
         if (size > 1) {
             counts.Triple(phones[size - 2], phones[size - 1], edge) += timesBehind;

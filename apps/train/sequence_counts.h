@@ -39,15 +39,15 @@ struct sequence_counts {
 /// that meets itself between two words is counted once, because the two are said as one.
 class CSpeechCounter {
 public:
-    /// The text starts behind a pause.
+    /// The text starts after a pause.
     explicit CSpeechCounter(sequence_counts& out);
 
     /// The next stretch of a word, in alternatives that are equally probable.
     void Say(const std::vector<phone_string>& alternatives);
-    /// The end of a word, behind which the speaker pauses with this probability.
+    /// The end of a word, after which the speaker pauses with this probability.
     void EndWord(double pauseProbability);
 
-    /// A word out of context, `times` times: between the sounds that stood before and behind the
+    /// A word out of context, `times` times: between the sounds that stood before and after the
     /// words of the text so far.
     void AddLoneWord(const phone_string& phones, double times);
 

@@ -8,8 +8,8 @@ namespace tessarin::training {
 
 /// How counts become probabilities, and probabilities the factors of a search.
 struct statistics_shape {
-    /// What follows a phoneme, or two, that occurred so often is told half by these occurrences
-    /// and half by the sequences that are one phoneme shorter.
+    /// A context of one phoneme, or of two, that occurred so often gets half of its
+    /// probabilities from its own counts and half from the context that is one phoneme shorter.
     double pairTrust = 5.0;
     double tripleTrust = 20.0;
     /// The factor of a phoneme change is `scale * probability ^ exponent`. The observations of one
@@ -20,7 +20,7 @@ struct statistics_shape {
 };
 
 /// The counts as a text of statistics, each number divided by that of its beginning being the
-/// factor of its last phoneme. Every phoneme has an entry behind every two others.
+/// factor of its last phoneme. Every phoneme has an entry after every two others.
 std::string WriteStatistics(sequence_counts& counts, const statistics_shape& shape);
 
 } // namespace tessarin::training

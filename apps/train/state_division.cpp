@@ -13,7 +13,7 @@ namespace {
 constexpr double kImpossible = -std::numeric_limits<double>::infinity();
 
 /// The two moments of a phone when it goes on to its second and to its third state. With three
-/// states that is all there is to choose, so the sums of scores up to each place tell the best.
+/// states that is all there is to choose, so the sums of scores up to each place show the best.
 void DivideRun(labelled_speech& speech, const phone_run& run,
                const std::vector<mixture_scorer>& scorers, const transition_model& transitions) {
     const size_t firstState = run.phone * kStates;

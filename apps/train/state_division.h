@@ -8,7 +8,7 @@
 
 namespace tessarin::training {
 
-/// Divides the observations of each phone among its states anew, in the likeliest way. The phones
+/// Divides the observations of each phone among its states again, in the likeliest way. The phones
 /// stay where they are.
 void DivideByLikelihood(std::vector<labelled_speech>& speech,
                         const std::vector<state_mixture>& mixtures,

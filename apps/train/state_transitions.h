@@ -7,11 +7,11 @@
 
 namespace tessarin::training {
 
-/// What the labels tell of the order of things.
+/// What the labels say about the order of phones.
 struct transition_model {
     /// For each global state, the probability to stay.
     std::vector<double> stay;
-    /// For each pair of phones, the probability of the second behind the first. None is 0.
+    /// For each pair of phones, the probability of the second after the first. None is 0.
     std::vector<std::vector<double>> follow;
 };
 

@@ -28,10 +28,10 @@ constexpr const char* kUsage =
     "  -o FILE             the statistics (trigrams.txt)\n"
     "  --lone-words N      how often a pronunciation of the lexicon counts besides the texts "
     "(0.05)\n"
-    "  --word-pause N      probability of a pause behind a word (0.03)\n"
+    "  --word-pause N      probability of a pause after a word (0.03)\n"
     "  --comma-pause N     probability of a pause at a punctuation within a sentence (0.6)\n"
-    "  --pair-trust N      occurrences that outweigh what single phonemes tell (5)\n"
-    "  --triple-trust N    occurrences that outweigh what pairs of phonemes tell (20)\n"
+    "  --pair-trust N      occurrences that outweigh what single phonemes say (5)\n"
+    "  --triple-trust N    occurrences that outweigh what pairs of phonemes say (20)\n"
     "  --exponent N        power of the probabilities (4)\n"
     "  --scale N           factor of the probabilities (1)\n";
 

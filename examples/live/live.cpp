@@ -1,5 +1,5 @@
 // Moves a mouth while audio comes in: one thread pushes samples, as a sound card's callback would,
-// and another draws 60 frames a second, a quarter of a second behind.
+// and another draws 60 frames a second, a quarter of a second later.
 // usage: live DATA_FOLDER AUDIO.wav [SECONDS]      (16-bit mono at 16 kHz)
 #include <algorithm>
 #include <chrono>
@@ -33,7 +33,7 @@ void Push(tessarin::IRealtimePhnRecognizer& recognizer, const std::string& sampl
 
 /// The animation: takes what was heard, and shows how the mouth is at its place in time.
 void Draw(tessarin::IRealtimePhnRecognizer& recognizer, int frames) {
-    constexpr int kDelayMs = 60;   // of the search: what it flushes is that far behind at least
+    constexpr int kDelayMs = 60;   // of the search: what it flushes is at least that old
     constexpr int kBehindMs = 250; // of the mouth: twice the search's delay, and what sounds need
     tessarin::ISyncResultsCollection *heard, *timeline;
     tessarin::IPhnMixtureArticulator* mouth;
@@ -80,7 +80,7 @@ int main(int argc, char** argv) {
         return 1;
     }
     const std::string image = Content(std::string(argv[1]) + "/en-us.model");
-    const std::string samples = Content(argv[2]).substr(44); // behind the header
+    const std::string samples = Content(argv[2]).substr(44); // after the header
     const int seconds = argc > 3 ? std::atoi(argv[3]) : static_cast<int>(samples.size() / 32000);
     tessarin::CAccousticHMM* model = nullptr;
     tessarin::IRealtimePhnRecognizer* recognizer = nullptr;

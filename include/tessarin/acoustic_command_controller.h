@@ -36,7 +36,7 @@ public:
     /// Adds a command from the data of one, all of which must be there: the size follows from the
     /// counts, 20 + observations * values * 4. Returns its id, which is not the stored one; 0 for
     /// null, another version, counts that cannot be (1 to 64 features and two values more, at most
-    /// a million observations), values that are no finite numbers, or without memory.
+    /// a million observations), values that are not finite numbers, or without memory.
     virtual uint32_t AddCommandFromData(const void* data) = 0;
     /// Deletes a command; without one of this id nothing happens.
     virtual void DeleteCommand(uint32_t id) = 0;

@@ -75,7 +75,7 @@ public:
     /// The first frame, or null when there are none; valid until the next operation that changes
     /// the frames.
     virtual articulation* GetArticulationsBegin() = 0;
-    /// The place behind the last frame, or null when there are none.
+    /// The place after the last frame, or null when there are none.
     virtual articulation* GetArticulationsEnd() = 0;
     /// Appends a frame, first emptying the list if asked.
     virtual void AddArticulation(const articulation& frame, bool clearFirst) = 0;
@@ -87,7 +87,7 @@ public:
     virtual error_code GenerateEnvelopes() = 0;
     /// The first curve, or null when there are none; valid until the next GenerateEnvelopes.
     virtual articulation_envelope* GetEnvelopesBegin() = 0;
-    /// The place behind the last curve, or null when there are none.
+    /// The place after the last curve, or null when there are none.
     virtual articulation_envelope* GetEnvelopesEnd() = 0;
     /// Collapses the frames from `startMs` to `endMs` (-1: the first, the last) into the mixture of
     /// at most `maxCount` phonemes that stands for them best; below 1 means the maximum

@@ -45,7 +45,7 @@ ConvertTextForAlignment(tessarin::IVisemixTranscriber* transcriber, char* text, 
                         uint32_t encoding);
 
 /// Converts the `length` bytes at `text` into all forms. A mark at the beginning decides over
-/// `encoding`: EF BB BF means UTF-8, FF FE UTF-16; a value that is no text_encoding means local
+/// `encoding`: EF BB BF means UTF-8, FF FE UTF-16; a value that is not a text_encoding means local
 /// text. `text` must be writable: UTF-16 text with the bytes 13 10 in one unit gets a single
 /// carriage return there. The local code page is that of `info->locale` where the system knows it,
 /// else of `info->code_page`: 1250, 1251, or 1252 for any other and for a null `info`. The wide

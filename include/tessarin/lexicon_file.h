@@ -5,7 +5,7 @@
 #include "tessarin/export.h"
 
 // A lexicon file holds a language whole: its lexicon, its letter-to-sound rules or tree, and its
-// words for numbers and signs, behind a header that says what it is.
+// words for numbers and signs, after a header that says what it is.
 
 namespace tessarin {
 class IVisemixTranscriber;
@@ -14,7 +14,7 @@ struct TranscriberInfo;
 
 /// Reads the header of the lexicon file of `size` bytes at `data` into `info`; the header is all
 /// that need be there. Where the file names no code page, it is derived from the language and
-/// kCodePageKnown is set. Returns 0; 2 without an `info`; 12 when it is no such file, or a text
+/// kCodePageKnown is set. Returns 0; 2 without an `info`; 12 when it is not such a file, or a text
 /// does not fit its field; 21 for a newer version. `info` is only written with 0.
 TESSARIN_API int32_t GetTranscriberInfo(const void* data, uint32_t size,
                                         tessarin::TranscriberInfo* info);

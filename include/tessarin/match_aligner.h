@@ -20,7 +20,7 @@ enum match_mode : uint32_t {
 
 /// Whether a text belongs to a recording.
 enum match_verdict : int32_t {
-    kMatchUnknown = 0,  ///< nothing is known of the model's scores, or nothing was looked at
+    kMatchUnknown = 0,  ///< the model has no calibration, or no word was looked at
     kMatchGood = 1,     ///< all of it was said and nothing else
     kMatchDoubtful = 2, ///< words were not said, other speech was heard, or the sounds fit badly
     kMatchPoor = 3,     ///< it is hardly the text of this recording
@@ -32,8 +32,9 @@ struct match_word {
     uint32_t text_end;   ///< after it
     int32_t is_said;     ///< 1, or 0 for one that was not heard, which has no marker
     float confidence;    ///< how likely it is that it was said there, 0 to 1; -1 unknown
-    float margin;        ///< evidence for the word, in units that the model's voices have; -1e9 for
-                         ///< a word that was not looked at
+    float margin;        ///< how much likelier the audio is with the word than without it, as a
+                         ///< natural logarithm, divided by the spread of its region: above 0 it
+                         ///< speaks for the word; -1e9 for a word that was not looked at
 };
 static_assert(sizeof(match_word) == 20);
 
@@ -45,17 +46,20 @@ struct match_stretch {
 };
 static_assert(sizeof(match_stretch) == 12);
 
-/// How well a text and a recording fit. Published layout.
+/// How well a text and a recording fit. `fit` is the mean over the observations of speech of the
+/// natural logarithm of their likelihood on the text's path, less that of the phonemes heard
+/// without a text: the higher the better, and hardly above 0. Published layout.
 struct match_summary {
     int32_t verdict;       ///< a match_verdict
     float score;           ///< how likely it is that the text belongs to the audio; -1 unknown
-    int32_t is_loose;      ///< 1 when the times are those of a search that may leave words out
+    int32_t is_loose;      ///< 1 when times are those of the search that may leave words out
     uint32_t words;        ///< of the text
     uint32_t unsaid;       ///< of them
     int32_t unscripted_ms; ///< of other speech
-    float margin;          ///< mean evidence of the words, 0 to 100
-    float fit;             ///< how far the text's sounds score above those that were heard
-    float duration;        ///< mean distance of the phonemes' lengths from usual ones; -1 unknown
+    float margin;          ///< mean of the words' margins, each held to 0 to 100
+    float fit;             ///< as above
+    float duration;        ///< mean distance of the phonemes' lengths from usual ones, in standard
+                           ///< deviations: the lower the better; -1 unknown
     float spread;          ///< of the scores: 1 for voices that the model knows, up to 2.2
 };
 static_assert(sizeof(match_summary) == 40);
@@ -72,8 +76,8 @@ public:
     /// As the first option of ITextBasedPhnRecognizer::SetOutputOptions.
     virtual void SetRetry(uint8_t retry) = 0;
     /// Reads what is known of the scores of `model`: the `length` bytes at `text`, from the file
-    /// beside it. Returns 12 for a text that is not a calibration and 2 for one of another model;
-    /// the aligner then has none.
+    /// beside it. Returns 12 for a text that is not a calibration, 2 for one of another model and
+    /// for null, and 1 without memory; the aligner then has none.
     virtual error_code SetCalibration(CAccousticHMM* model, const char* text, uint32_t length) = 0;
     /// As ITextBasedPhnRecognizer::RecognizePhonemes. Where the times are those of the loose
     /// search, words that were not said have no markers, other speech has the phonemes that were
@@ -83,8 +87,8 @@ public:
                              IVisemixTranscriber* transcriber, ProgressSink* progress,
                              ISyncResultsCollection* results) = 0;
     /// The words of the last text in order, or null when there are none or the mode was exact;
-    /// valid until the next call. Those that were said have the word markers of the results, in
-    /// order.
+    /// valid until the next call of Align. Those that were said have the word markers of the
+    /// results, in order.
     virtual const match_word* GetWords(uint32_t* count) = 0;
     /// Other speech, in order of time; else as GetWords.
     virtual const match_stretch* GetUnscripted(uint32_t* count) = 0;

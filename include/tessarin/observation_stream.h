@@ -68,7 +68,7 @@ TESSARIN_API float CalcDecibalPower(const float* samples, float* previous, int32
 /// quiet; otherwise the quietest share `percentile` (0 to 1; 0 means 0.28) of the audio sets it.
 /// Stretches fade out and in within `rampMs`. Gaps of less than 125 ms stay; louder sounds shorter
 /// than `maxBlipMs` (0 means 150), with quiet of at least `minQuietMs` (0 means 220) before and
-/// behind, go too. Returns 0; 1 without memory; 2 for a chain of several channels; 6 for null and
+/// after, go too. Returns 0; 1 without memory; 2 for a chain of several channels; 6 for null and
 /// for a stream that has no place for a gate.
 TESSARIN_API int32_t AddNoiseGate(tessarin::IObservationStream* stream, float thresholdDb,
                                   float percentile, int32_t rampMs, int32_t minQuietMs,

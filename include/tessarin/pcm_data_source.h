@@ -89,7 +89,7 @@ public:
     /// answer `numSamples`, or what is left of the source from there. A negative count is 0.
     virtual void SetRange(int32_t startSample, int32_t numSamples) = 0;
     /// Reads from `source` from now on; null is allowed and gives no audio. The range stays: set it
-    /// anew and start again.
+    /// again if it is to change, and call Start.
     virtual void SetSource(IPCMDataSource* source) = 0;
     /// Frees the object.
     virtual void Destroy() = 0;

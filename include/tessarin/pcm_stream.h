@@ -66,7 +66,7 @@ protected:
 
 } // namespace tessarin
 
-/// Installs `reader` behind those already there and takes a reference. Installed readers are asked
+/// Installs `reader` after those already there and takes a reference. Installed readers are asked
 /// in order after the built-in ones. A reader that is installed twice is asked twice. Not locked:
 /// install before other threads work with the library.
 TESSARIN_API void AddAudioFileFormatReader(tessarin::IInstallableAudioFileReader* reader);

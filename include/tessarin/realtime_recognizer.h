@@ -39,7 +39,7 @@ public:
     /// reach as far beyond its end. 0, as at first, is none. Returns whether `ms` is not negative.
     virtual bool SetResultOverlap(int32_t ms) = 0;
     /// Flushes all but the last `delay_ms` milliseconds, once at least twice that is pending: the
-    /// more a sound lies behind, the surer it is. Returns whether there was anything; the
+    /// longer ago a sound was, the surer it is. Returns whether there was anything; the
     /// collection is emptied when enough was pending.
     virtual bool GetMicVisemix(ISyncResultsCollection* results, int32_t delay_ms) = 0;
     /// Non-zero while it listens.

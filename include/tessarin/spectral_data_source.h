@@ -25,9 +25,9 @@ public:
     /// Their distance in time.
     virtual float GetFrameDurationMs() = 0;
 
-    /// Replaces the `n` samples at `data` by their display spectrum, n / 2 + 1 values; those behind
-    /// stay. `n` is a power of two, at least 4. `level` receives the level of the whole frame, 20
-    /// log10 of the length of its spectrum and not below 0; null is allowed. `reserved` has no
+    /// Replaces the `n` samples at `data` by their display spectrum, n / 2 + 1 values; those after
+    /// them stay. `n` is a power of two, at least 4. `level` receives the level of the whole frame,
+    /// 20 log10 of the length of its spectrum and not below 0; null is allowed. `reserved` has no
     /// effect. Returns 0; 2 for another `n` or without data, with nothing done and a level of 0; 1
     /// without memory.
     virtual error_code ComputeFrame(int16_t* data, int32_t n, bool reserved, float* level) = 0;

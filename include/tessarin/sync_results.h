@@ -35,7 +35,7 @@ enum sync_marker_type : uint32_t {
 
 /// Flags of a results collection.
 enum sync_results_flags : uint32_t {
-    kWriteStateMarkers = 1, ///< searches write state segments behind their phonemes
+    kWriteStateMarkers = 1, ///< searches write state segments after their phonemes
     kPostProcessScores = 2, ///< scores are mapped to a logarithmic scale after a run
 };
 
@@ -52,11 +52,11 @@ public:
     virtual int32_t size() = 0;
     /// The first marker, or null when the collection is empty. Valid until the collection changes.
     virtual CSyncMarker* begin() = 0;
-    /// The place behind the last marker, or null when the collection is empty.
+    /// The place after the last marker, or null when the collection is empty.
     virtual CSyncMarker* end() = 0;
     /// Releases all markers. The collection keeps its room, and what it carries from the last run.
     virtual void clear() = 0;
-    /// Inserts a copy of `marker` behind the markers whose start is not later. The collection
+    /// Inserts a copy of `marker` after the markers whose start is not later. The collection
     /// takes over `text`, which must come from malloc, unless the type is kPhonemeMarker.
     virtual void add_marker(const CSyncMarker& marker) = 0;
 };

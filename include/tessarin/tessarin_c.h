@@ -8,7 +8,7 @@
  * borrowed: it belongs to the object that it was asked of and lives as long as that object. Nothing
  * that is passed in is kept.
  *
- * Functions that can fail return a tessarin_code; unless told otherwise, a failed one leaves null
+ * Functions that can fail return a tessarin_code; unless stated otherwise, a failed one leaves null
  * in its last parameter. A null pointer where an object or a text is needed gives
  * TESSARIN_INVALID_ARGUMENT.
  *
@@ -16,7 +16,8 @@
  * Times are milliseconds from the beginning of the audio.
  *
  * Threads: models, languages and audio may be used by several threads at once, each with a call of
- * its own. Results, tracks and transcripts are read-only once made.
+ * its own. Results, tracks and transcripts are read-only once made, except that
+ * tessarin_set_loudness changes a result: no other call for that result may run meanwhile.
  *
  * Option structs grow at their end in later versions. Fill one with zeros, which stand for the
  * defaults, and put its size into `size`; null gives the defaults too. A size that the library does
@@ -112,8 +113,8 @@ typedef struct tessarin_search_options {
                               too */
     uint32_t match_mode; /**< of an alignment, a tessarin_match_mode; a struct of 20 or 16 bytes,
                               which is taken, too, stands for TESSARIN_MATCH_EXACT */
-    const tessarin_script_options* script; /**< how the text is read; null gives the defaults; not
-                                                in the struct of 24 bytes, which is taken, too */
+    const tessarin_script_options* script; /**< how the text is read; null, or a struct of 24, 20
+                                                or 16 bytes, gives the defaults */
 } tessarin_search_options;
 
 /** A sound. */
@@ -195,7 +196,7 @@ TESSARIN_API const char* tessarin_get_version(void);
    is near. `character` is its number in Unicode. */
 TESSARIN_API const char* tessarin_get_near_text(uint32_t character);
 
-/** Reads a model. FILE_NOT_FOUND; INVALID_FILE for what is no model; OUT_OF_MEMORY. */
+/** Reads a model. FILE_NOT_FOUND; INVALID_FILE for what is not a model; OUT_OF_MEMORY. */
 TESSARIN_API int32_t tessarin_create_model_from_file(const char* path, tessarin_model** out);
 
 /** The same from the `size` bytes at `data`. */
@@ -234,7 +235,7 @@ TESSARIN_API int32_t tessarin_create_language_from_memory(const void* data, uint
 
 /** Has a word of one's own said as `phonemes`, in place of what the lexicon says: alternatives are
    separated by bars, the preferred one first. Calls that have begun keep the words that they know.
-   INVALID_ARGUMENT for what is no word or no phonemes; INVALID_UTF8. */
+   INVALID_ARGUMENT for what is not a word or not phonemes; INVALID_UTF8. */
 TESSARIN_API int32_t tessarin_set_word(tessarin_language* language, const char* word,
                                        const char* phonemes);
 
@@ -256,7 +257,7 @@ TESSARIN_API int32_t tessarin_create_audio_from_file(const char* path, uint32_t 
 TESSARIN_API int32_t tessarin_create_audio_from_int16(const int16_t* samples, uint32_t count,
                                                       uint32_t rate_hz, tessarin_audio** out);
 
-/** The same of samples from -1 to 1. What is beyond is held to that, and no number is silence. */
+/** The same of samples from -1 to 1. What is beyond is held to that, and NaN becomes silence. */
 TESSARIN_API int32_t tessarin_create_audio_from_float(const float* samples, uint32_t count,
                                                       uint32_t rate_hz, tessarin_audio** out);
 
@@ -319,7 +320,7 @@ TESSARIN_API const tessarin_span* tessarin_get_events(const tessarin_result* res
 
 /** Whether a text belongs to a recording. */
 enum tessarin_verdict {
-    TESSARIN_MATCH_UNKNOWN = 0,  /**< the model has no calibration */
+    TESSARIN_MATCH_UNKNOWN = 0,  /**< the model has no calibration, or no word was looked at */
     TESSARIN_MATCH_GOOD = 1,     /**< all of the text was said and nothing else */
     TESSARIN_MATCH_DOUBTFUL = 2, /**< words are missing, other speech was heard, or it fits badly */
     TESSARIN_MATCH_POOR = 3      /**< it is hardly the text of this recording */
@@ -329,11 +330,15 @@ enum tessarin_verdict {
 typedef struct tessarin_match {
     int32_t verdict;       /**< a tessarin_verdict */
     float score;           /**< how likely it is that they belong together, 0 to 1; -1 unknown */
-    int32_t is_loose;      /**< 1 when words were left out or other speech was passed over */
+    int32_t is_loose;      /**< 1 when times are those of the search that may leave words out */
     int32_t unscripted_ms; /**< of other speech */
-    float margin;          /**< evidence: mean of the words, 0 to 100 */
-    float fit;             /**< how far the text scores above what is heard without it */
-    float duration;        /**< distance of the phonemes' lengths from usual ones; -1 unknown */
+    float margin;          /**< mean of the words' margins, each held to 0 to 100 */
+    float fit;             /**< mean over the speech of how much better the text explains it than
+                                phonemes heard without a text, as a natural logarithm of the
+                                likelihood for each observation: the higher the better, and hardly
+                                above 0 */
+    float duration;        /**< mean distance of the phonemes' lengths from usual ones, in standard
+                                deviations: the lower the better; -1 unknown */
     float spread;          /**< of the scores: 1 for voices that the model knows, up to 2.2 */
 } tessarin_match;
 
@@ -342,7 +347,9 @@ typedef struct tessarin_word_match {
     int32_t is_said;  /**< 1, or 0 for one that was not heard */
     uint32_t index;   /**< among the words, or among the unsaid words */
     float confidence; /**< how likely it is that it was said there, 0 to 1; -1 unknown */
-    float margin;     /**< the evidence for that; -1e9 for a word that was not looked at */
+    float margin;     /**< the evidence for that: how much likelier the audio is with the word than
+                           without it, as a natural logarithm, divided by the match's spread; below
+                           0 it speaks against the word; -1e9 for a word that was not looked at */
 } tessarin_word_match;
 
 /** How well text and audio fit, or null where that was not looked for. */

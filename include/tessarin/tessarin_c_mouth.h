@@ -35,7 +35,7 @@ typedef struct tessarin_track_options {
     const char* rules;          /**< articulation rules; null: those of the library */
     const tessarin_gain* gains; /**< applied in their order; may be null when there are none */
     uint32_t gain_count;        /**< of them */
-    const tessarin_strength* strengths; /**< multiplied in their order; not with PLAIN */
+    const tessarin_strength* strengths; /**< multiplied in their order; ignored with PLAIN */
     uint32_t strength_count;            /**< of them */
 } tessarin_track_options;
 
@@ -83,7 +83,9 @@ TESSARIN_API int32_t tessarin_create_result_from_phonemes(const tessarin_phoneme
 TESSARIN_API const float* tessarin_get_loudness(const tessarin_result* result, uint32_t* count);
 
 /** Gives a result of timings from elsewhere the loudness of its audio, from its beginning, `count`
-   values at `db`; none takes it away. OUT_OF_RANGE for a value that is not a number. */
+   values at `db`; none takes it away. No other call for this result may run meanwhile, and what
+   tessarin_get_loudness returned before is no longer valid. OUT_OF_RANGE for a value that is not a
+   number. */
 TESSARIN_API int32_t tessarin_set_loudness(tessarin_result* result, const float* db,
                                            uint32_t count);
 
@@ -96,10 +98,11 @@ TESSARIN_API int32_t tessarin_measure_loudness(const int16_t* samples, uint32_t 
 
 /** Makes the frames of mouth weights of a result. A phoneme is as strong as it is loud against the
    voice itself, so the level of the recording does not matter; without a loudness, its score says
-   how loud it is. Lips and teeth close fully. OUT_OF_RANGE for a frame rate or a number of weights
-   that is outside its range, and for a gain or a strength that is; INVALID_ARGUMENT for a gain of
-   what is not phonemes, and a strength of no part; INVALID_FILE or NEWER_VERSION for rules that do
-   not read. */
+   how loud it is. Each phoneme that the rules name in `closed` has a frame that shows it closed,
+   before the strengths are applied. With TESSARIN_TRACK_PLAIN there is none of this, and strengths
+   are ignored. OUT_OF_RANGE for a frame rate or a number of weights that is outside its range, and
+   for a gain or a strength that is; INVALID_ARGUMENT for a gain of what is not phonemes, and a
+   strength of no part; INVALID_FILE or NEWER_VERSION for rules that do not read. */
 TESSARIN_API int32_t tessarin_create_track(const tessarin_result* result,
                                            const tessarin_track_options* options,
                                            tessarin_track** out);
@@ -165,9 +168,10 @@ TESSARIN_API int32_t tessarin_mix_shapes(const tessarin_shapes* shapes,
 /** Null is allowed. */
 TESSARIN_API void tessarin_free_shapes(tessarin_shapes* shapes);
 
-/** Chooses one shape at a time, for 2-D mouths: the first switch is rest at 0 ms, and each shape
-   stays until the next switch, at least `hold_ms` (0 to 10000) unless closed lips come.
-   OUT_OF_RANGE for another hold; frames as in tessarin_mix_shapes. */
+/** Chooses one shape at a time, for 2-D mouths. The first switch is at 0 ms, and each shape stays
+   until the next switch: for at least 50 ms, and for at least `hold_ms` (0 to 10000) unless closed
+   lips come or the frames end. Both times are rounded up to whole frames of the length of the first
+   one. OUT_OF_RANGE for another hold; frames as in tessarin_mix_shapes. */
 TESSARIN_API int32_t tessarin_create_switches(const tessarin_shapes* shapes,
                                               const tessarin_frame* frames, uint32_t count,
                                               int32_t hold_ms, tessarin_switches** out);

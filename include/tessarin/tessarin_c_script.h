@@ -19,9 +19,9 @@ typedef struct tessarin_script_part {
     const char* spoken;  /**< the words that are said for it; empty for events */
 } tessarin_script_part;
 
-/** Reads a text without transcribing it. `language` may be null; with one, words are told from
-   letters and sounds by its lexicon. LITERAL is not an option of it. INVALID_ARGUMENT; INVALID_FILE
-   for a table that does not read; INVALID_UTF8. */
+/** Reads a text without transcribing it. `language` may be null; with one, its lexicon
+   decides what is a word and what is letters or a sound. LITERAL is not an option of it.
+   INVALID_ARGUMENT; INVALID_FILE for a table that does not read; INVALID_UTF8. */
 TESSARIN_API int32_t tessarin_create_script(tessarin_language* language, const char* text,
                                             const tessarin_script_options* options,
                                             tessarin_script** out);

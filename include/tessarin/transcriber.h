@@ -34,9 +34,9 @@ inline constexpr uint32_t kPauseTokenFlag = 2;
 /// the other and belong to the transcriber. Published layout.
 struct CTxMarker {
     uint32_t text_start;  ///< its first byte
-    uint32_t text_end;    ///< behind the token
+    uint32_t text_end;    ///< after the token
     uint32_t first_state; ///< written by the aligner: the first position in its search graph
-    uint32_t last_state;  ///< written by the aligner: the position behind the last
+    uint32_t last_state;  ///< written by the aligner: the position after the last
     uint32_t kind;        ///< a tx_marker_kind
     int32_t value;        ///< kind 3: the place of the cut in milliseconds; otherwise -1
     uint32_t flags;       ///< kPauseTokenFlag or 0
@@ -90,7 +90,7 @@ public:
     virtual int32_t AddRef() = 0;
     /// Gives one reference back; the last one deletes the transcriber and returns 0.
     virtual int32_t Release() = 0;
-    /// The byte at `index` of the last text; 0 at and behind its end.
+    /// The byte at `index` of the last text; 0 at its end and beyond.
     virtual uint32_t GetInputChar(int32_t index) = 0;
 
 protected:

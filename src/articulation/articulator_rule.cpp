@@ -20,10 +20,10 @@ float FadeAt(const articulator_rule& rule, int32_t startMs, int32_t endMs, int32
     if (t < endMs) {
         return 1.0f;
     }
-    const int64_t behind = int64_t{t} - endMs;
+    const int64_t after = int64_t{t} - endMs;
     return rule.release == 0
                ? 0.0f
-               : static_cast<float>(rule.release - behind) / static_cast<float>(rule.release);
+               : static_cast<float>(rule.release - after) / static_cast<float>(rule.release);
 }
 
 } // namespace tessarin

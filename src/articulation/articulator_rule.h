@@ -11,13 +11,13 @@ namespace tessarin {
 /// How strongly a phoneme shows, how early it begins to show and how long it lingers.
 struct articulator_rule {
     char label[4];
-    int32_t release;      ///< milliseconds behind the phoneme over which it fades out
+    int32_t release;      ///< milliseconds after the phoneme over which it fades out
     int32_t attack;       ///< milliseconds ahead of the phoneme over which it fades in
     float strength;       ///< weight in the body; from 1 it dominates its neighbours
     int32_t early_ms;     ///< length of the opening stretch
     float early_strength; ///< weight ahead of the phoneme and in its opening stretch
     int32_t late_ms;      ///< length of the closing stretch; below 1 there is none
-    float late_strength;  ///< weight in the closing stretch and behind the phoneme
+    float late_strength;  ///< weight in the closing stretch and after the phoneme
     float gain;           ///< added to the share of the score
     int32_t offset;       ///< milliseconds by which the phoneme is shifted
 };
@@ -44,7 +44,7 @@ struct articulator_rules {
 float StrengthAt(const articulator_rule& rule, int32_t startMs, int32_t endMs, int32_t t);
 
 /// How much of a phoneme shows at time `t`: 1 while it lasts, rising in a straight line over its
-/// attack and falling over its release. Not held to 0 behind the release.
+/// attack and falling over its release. Not held to 0 after the release.
 float FadeAt(const articulator_rule& rule, int32_t startMs, int32_t endMs, int32_t t);
 
 } // namespace tessarin

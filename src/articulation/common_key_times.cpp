@@ -17,7 +17,7 @@ namespace {
 /// Times that differ by no more than this are one key.
 constexpr int64_t kToleranceMs = 2;
 
-/// An envelope that is given keys at rising times. Points behind the key given last are done and
+/// An envelope that is given keys at rising times. Points after the key given last are done and
 /// never looked at again, so that long curves cost no more than their points.
 class keyed_envelope {
 public:
@@ -27,7 +27,7 @@ public:
     int64_t FirstReach() const {
         return std::min({Front(), int64_t{marker.start}, int64_t{marker.end}});
     }
-    /// No key behind this time is taken, as the envelope stands.
+    /// No key after this time is taken, as the envelope stands.
     int64_t LastReach() const {
         return std::max({Back(), int64_t{marker.start}, int64_t{marker.end}});
     }
@@ -87,7 +87,7 @@ bool keyed_envelope::HasKeyAt(int32_t ms) {
     return nextKey < keys.size() && keys[nextKey] == ms;
 }
 
-/// Splits the first point that ends behind `ms` on the straight line from the point before it.
+/// Splits the first point that ends after `ms` on the straight line from the point before it.
 void keyed_envelope::InsertKey(int32_t ms) {
     std::vector<envelope_point>& points = marker.points;
     while (nextPoint < points.size() && points[nextPoint].t1 <= ms) {

@@ -26,7 +26,7 @@ private:
     int32_t highest = -1;
 };
 
-/// The mixture of a frame, or null when it lies ahead of frame 0 or behind all that is made.
+/// The mixture of a frame, or null when it lies before frame 0 or after all that is made.
 phoneme_mixture* envelope_sampler::Find(int32_t frame) {
     if (frame < 0 || frame >= kMostFrames) {
         return nullptr;

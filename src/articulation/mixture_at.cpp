@@ -34,7 +34,7 @@ void Contribute(const sounding_phoneme& phoneme, int32_t t, const mixture_settin
 }
 
 /// Mixes in the phonemes on one side, nearest first, as far as the first dominant one. A sound
-/// shows through its nearest occurrence alone. `reaches(phoneme)` tells whether it shows at `t`.
+/// shows through its nearest occurrence alone. `reaches(phoneme)` says whether it shows at `t`.
 template <class Iterator, class Reaches>
 void ContributeSide(Iterator nearest, Iterator end, int32_t t, const mixture_settings& settings,
                     Reaches reaches, phoneme_mixture& mixture) {
@@ -53,7 +53,7 @@ void ContributeSide(Iterator nearest, Iterator end, int32_t t, const mixture_set
 }
 
 /// Drops the least phonemes until `most` are left. Silence is easily dropped, and a phoneme of the
-/// frame before not so easily, lest it flicker.
+/// frame before not so easily, to avoid flicker.
 void KeepStrongest(size_t most, const phoneme_mixture& previous, phoneme_mixture& mixture) {
     const auto initialCount = static_cast<float>(mixture.Size());
     const auto rank = [&](const phoneme_mixture::entry& entry) {

@@ -23,7 +23,7 @@ public:
     bool Contains(phoneme_label label) const;
     float Sum() const;
     /// Divides the weights by their sum. Weights that sum to 0 stay, and a mixture without a finite
-    /// sum, which is no mouth shape, becomes empty.
+    /// sum, which is not a mouth shape, becomes empty.
     void Normalize();
     void Erase(std::vector<entry>::iterator place) { entries.erase(place); }
     void Clear() { entries.clear(); }

@@ -12,7 +12,7 @@
 namespace tessarin {
 
 /// Mixes mouth shapes frame by frame: each phoneme shows as its rule says, begins to show ahead of
-/// its time and lingers behind it. The last stage of the road from a recording to a track.
+/// its time and lingers after it. The last stage of the road from a recording to a track.
 class CPhonemeMixtureArticulator : public IPhnMixtureArticulator {
 public:
     CPhonemeMixtureArticulator() = default;

@@ -22,7 +22,7 @@ public:
     /// next call.
     ///
     /// Kept: a phoneme counts by its start, within the largest attack before `t` and the largest
-    /// release behind it, although a phoneme of the past lingers by its release and one of the
+    /// release after it, although a phoneme of the past lingers by its release and one of the
     /// future comes by its attack; rule texts are tuned to what is seen that way.
     const neighbourhood& Around(int32_t t);
 

@@ -141,7 +141,7 @@ error_code rule_reader::ReadRow(const std::string& labels) {
     }
     rules.largest_attack = std::max(rules.largest_attack, rule.attack);
     rules.largest_release = std::max(rules.largest_release, rule.release);
-    // Kept: a row takes back the gain and offset that its phonemes had; texts give those behind.
+    // Kept: a row takes back the gain and offset that its phonemes had; texts give those after it.
     for (const phoneme_label label : SplitLabels(labels)) {
         label.CopyTo(rule.label);
         rules.rules[label] = rule;
@@ -167,7 +167,7 @@ void rule_reader::SkipLine() {
     }
 }
 
-/// Passes blanks and tells whether a line end follows.
+/// Passes blanks and returns whether a line end follows.
 bool rule_reader::LineEnds() {
     constexpr auto kEnd = std::istringstream::traits_type::eof();
     for (int next = stream.peek(); next != kEnd; next = stream.peek()) {

@@ -9,7 +9,7 @@
 namespace tessarin {
 
 /// Cuts a run of phonemes such as "CHjzTH" into its labels. An upper-case letter takes the next
-/// character with it; what is no letter is skipped. Labels need not be in the alphabet.
+/// character with it; what is not a letter is skipped. Labels need not be in the alphabet.
 std::vector<phoneme_label> SplitLabels(std::string_view text);
 
 /// Reads a rule text: lines of a phoneme string and its numbers (strength, attack, release and

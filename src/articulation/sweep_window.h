@@ -18,7 +18,7 @@ public:
     /// Announces item `index`, which joins at time `from`.
     void Add(int32_t index, int64_t from) { awaited.emplace(from, index); }
 
-    /// Moves on to `time`; `isOver(index)` tells which items never matter again.
+    /// Moves on to `time`; `isOver(index)` says which items never matter again.
     template <class IsOver> void Advance(int64_t time, IsOver isOver) {
         std::erase_if(live, isOver);
         while (!awaited.empty() && awaited.top().first <= time) {

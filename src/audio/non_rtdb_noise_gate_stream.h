@@ -10,7 +10,7 @@
 namespace tessarin {
 
 /// Stage that silences what is between the words. It reads its whole source before it decides what
-/// is quiet, so it is of no use for audio that is still arriving. Comes behind the resampler.
+/// is quiet, so it is of no use for audio that is still arriving. Comes after the resampler.
 class NonRTDBNoiseGateStream : public CPCMRdrStream {
 public:
     const char* GetStreamName() override { return "NoiseGateNonRT"; }

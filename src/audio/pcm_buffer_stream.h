@@ -18,7 +18,7 @@ struct tPCMBuffer {
 /// other, on one thread. It has no end; an empty stream delivers 0 frames. May be a member of
 /// another object: its count starts at 1.
 ///
-/// Kept: byte length and number of samples are what is buffered now, so that the stages behind see
+/// Kept: byte length and number of samples are what is buffered now, so that later stages see
 /// how far they can read. A block counts its whole frames only.
 class CPCMBufferStream : public CPCMRdrStream {
 public:
@@ -37,9 +37,9 @@ public:
     virtual error_code Instantiate(const PCMFormat* newFormat);
     /// Empties and closes the stream.
     virtual void ClearBuffers();
-    /// Copies `size` bytes; none and a null `data` are no block. Returns 0, or 1 without memory or
-    /// when more than 4 GiB would wait. Kept: a closed stream takes them too, and forgets them at
-    /// Start.
+    /// Copies `size` bytes; none and a null `data` are not a block. Returns 0, or 1 without memory
+    /// or when more than 4 GiB would wait. Kept: a closed stream takes them too, and forgets them
+    /// at Start.
     virtual error_code AddBuffer(const void* data, int32_t size);
     /// Since Start, modulo 2^32.
     virtual uint32_t GetBytesRead() { return bytesRead; }

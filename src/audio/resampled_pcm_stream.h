@@ -9,7 +9,7 @@
 
 namespace tessarin {
 
-/// Stage that turns one channel of any stream into 16-bit mono at another rate. Comes behind the
+/// Stage that turns one channel of any stream into 16-bit mono at another rate. Comes after the
 /// reader. May be a member of another object: its count starts at 1.
 class CResampledPCMStream : public CPCMRdrStream {
 public:
@@ -23,8 +23,8 @@ public:
     error_code ReadBlock(void* buffer, uint32_t* frames) override;
     error_code ReadChannel(void* buffer, uint32_t* frames, uint32_t sourceChannel) override;
     error_code ReadChannelInt16(int16_t* buffer, uint32_t* frames, uint32_t sourceChannel) override;
-    /// Kept: the channel argument is ignored in favour of that of `Instantiate`, since the stages
-    /// behind address a mono stream.
+    /// Kept: the channel argument is ignored in favour of that of `Instantiate`, since later
+    /// stages address a mono stream.
     error_code ReadChannelFloat(float* buffer, uint32_t* frames, uint32_t sourceChannel) override;
     error_code Stop() override;
 

@@ -147,7 +147,7 @@ int32_t CResampler::GetInputCount(int32_t n) const {
     return TruncSat<int32_t>(std::floor(static_cast<float>(n) * inPerOut));
 }
 
-// The delay line holds the last `tapsPerPhase` inputs in time order. A block is appended behind
+// The delay line holds the last `tapsPerPhase` inputs in time order. A block is appended after
 // them, so that whatever input an output needs, its samples lie side by side; then the last inputs
 // that were taken move to the front.
 uint32_t CResampler::Process(float* out, const float* in, uint32_t numIn, uint32_t maxOut) {

@@ -64,7 +64,7 @@ private:
     uint64_t inputConsumed = 0; ///< input samples in the delay line so far
     float outPerIn = 0.0f;
     float inPerOut = 0.0f;
-    std::unique_ptr<float[]> delayLine;    ///< the last inputs, and room for a block behind them
+    std::unique_ptr<float[]> delayLine;    ///< the last inputs, and room for a block after them
     std::unique_ptr<float[]> coefficients; ///< phase after phase
 };
 

@@ -19,7 +19,7 @@ double BlackmanHarris(double t) {
 
 } // namespace
 
-// Kept: the centre lies at N/2 and the window has the period N, half a sample behind the middle tap
+// Kept: the centre lies at N/2 and the window has the period N, half a sample after the middle tap
 // of an odd length, and the gain is 0.9; the timing and level of every trained model rest on them.
 void DesignResamplingFilter(std::span<float> coefficients, int32_t numPhases, float fc) {
     const size_t length = coefficients.size();

@@ -9,7 +9,7 @@ namespace tessarin {
 // Conversions between stored samples and those of the engine. Floats keep the 16-bit range.
 
 /// Samples of one channel as floats: 16-bit little-endian, the first at `bytes`, each `stride`
-/// bytes behind the one before.
+/// bytes after the one before.
 void FloatsFromInt16(std::span<float> out, const uint8_t* bytes, size_t stride);
 
 /// The same for unsigned 8-bit samples: (byte - 128) * 256.

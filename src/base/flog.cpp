@@ -64,7 +64,7 @@ flog::flog(const char* function, const char* format, ...) noexcept {
 
 flog::~flog() {
     // Kept: a scope that began before the log was opened leaves with an empty name; a reader of the
-    // log tells by it where logging set in.
+    // log sees by it where logging set in.
     const log_line line;
     if (FILE* log = line.Log()) {
         std::fprintf(log, "Leave: %s\n", name.c_str());

@@ -15,7 +15,7 @@ constinit std::atomic<FILE*> openedLog = nullptr;
 
 int32_t OpenLog(const char* path) {
     const crit_section_scope scope(LogLock());
-    // Kept: a log that is replaced gets no closing banner; a reader tells by it that the host never
+    // Kept: a log that is replaced gets no closing banner; a reader sees by it that the host never
     // ended that log.
     if (FILE* previous = openedLog) {
         std::fclose(previous);

@@ -43,7 +43,7 @@ public:
 class quib_unpacker : public quib_pack_base {
 public:
     /// The `*newSize` plain bytes of a block; what follows the stream does not matter. Null when
-    /// it is no block, or does not hold what it says.
+    /// it is not a block, or does not hold what it says.
     virtual std::unique_ptr<uint8_t[]> Unpack(uint32_t* newSize) const;
 };
 

@@ -10,7 +10,7 @@ namespace tessarin {
 
 /// The bytes of the file at `path`, with a zero byte after them when `addNul`, and their number
 /// without it in `*size`. Null when the file does not open or is larger than 4 GiB; what cannot
-/// tell its size, such as a directory or a pipe, counts as not opening.
+/// report its size, such as a directory or a pipe, counts as not opening.
 std::unique_ptr<uint8_t[]> ReadWholeFile(const char* path, uint32_t* size, bool addNul);
 
 /// Whether the file opens for reading.

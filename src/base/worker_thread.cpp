@@ -26,7 +26,7 @@ void CWorkerThread::CancelThread() {
     const flog trace("CWorkerThread::CancelThread");
     std::shared_ptr<NativeThread> last;
     {
-        // Once more under the lock: another thread may have started anew and cleared the flag.
+        // Once more under the lock: another thread may have started again and cleared the flag.
         const crit_section_scope scope(section);
         cancelled = 1;
         last = thread;

@@ -16,7 +16,7 @@ constexpr int32_t kPoolBlockBytes = 32768;
 constexpr int32_t kBehindFeatures = 2; // an unused value, and the energy
 
 /// The last features of an observation: the energy and its changes. How loud the two recordings
-/// were taken does not tell commands apart.
+/// were taken does not distinguish commands.
 constexpr int32_t kEnergyFeatures = 3;
 
 constexpr size_t kCountsBytes = 12;

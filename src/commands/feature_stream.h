@@ -27,7 +27,7 @@ public:
 
     /// How many observations are active.
     uint32_t GetNumObservations() override { return static_cast<uint32_t>(active.size()); }
-    /// The next active observation, and 3 behind the last.
+    /// The next active observation, and 3 after the last.
     error_code GetObservation(float* features, float* energy) override;
     void GetFrameGeometry(uint32_t* windowSize, uint32_t* overlap) override;
     float GetSampleRate() override { return sampleRate; }

@@ -41,10 +41,10 @@ void BeginThreeLayers(delta_history& history, std::span<const float> first);
 void AppendDifferences(delta_history& history, int32_t width, std::span<float> out);
 
 /// Packs three layers of `width` values: the first loses c0 and, unless `keepLast`, its last
-/// cepstrum; with energy, the three energies (the last value of each layer) move behind all
+/// cepstrum; with energy, the three energies (the last value of each layer) move after all
 /// cepstra.
 ///
-/// Kept: values behind the packed ones stay where they stood. So 12 cepstra with energy and
+/// Kept: values after the packed ones stay where they stood. So 12 cepstra with energy and
 /// `keepLast` have 39 values, the last one twice, and the models of 39 features hold it twice too.
 void PackThreeLayers(int32_t width, bool hasEnergy, bool keepLast, std::span<float> out);
 

@@ -13,7 +13,7 @@ namespace {
 // A host's stage might lead back to itself.
 constexpr int kMostStages = 64;
 
-/// A place in a chain: behind `source`, before `parent`, which is null before the analysis.
+/// A place in a chain: after `source`, before `parent`, which is null before the analysis.
 struct gate_place {
     CPCMRdrStream* source = nullptr;
     CPCMRdrStream* parent = nullptr;

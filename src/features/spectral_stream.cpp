@@ -111,7 +111,7 @@ error_code CSpectralStream::PrepareLayout(const CSpectralFeatureDescriptor& desc
     const TArray<tagBandFilter>& filters = descriptor.bands;
     const bool withEnergy = LayoutHasEnergy(descriptor.numFeatures);
     const int32_t maxCepstra = withEnergy ? kMaxFrameValues - 1 : kMaxFrameValues;
-    const int32_t maxBands = windowSize + windowSize / 2 - 1; // behind the powers in `spectrum`
+    const int32_t maxBands = windowSize + windowSize / 2 - 1; // after the powers in `spectrum`
     if (descriptor.numFeatures < 0 || descriptor.numCepstra < 1 ||
         descriptor.numCepstra > maxCepstra || filters.GetSize() > maxBands) {
         return kInvalidArgument;

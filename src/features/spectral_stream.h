@@ -115,7 +115,7 @@ private:
     int32_t hop = 256;
     std::vector<float> frame;
     ProgressSink* sink = nullptr;
-    std::vector<float> spectrum; // transform, then powers from 0 and band energies behind them
+    std::vector<float> spectrum; // transform, then powers from 0 and band energies after them
     uint32_t channel = 0;
     bool firstFrame = true; // until the first samples have been read
     bool meanDone = false;

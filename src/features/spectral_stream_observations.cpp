@@ -16,7 +16,7 @@ namespace {
 
 // From this many features on, observations have the three-layer layout.
 constexpr int32_t kThreeLayerFeatures = 35;
-// A louder frame is clipped or broken, and tells nothing of the level of the speech.
+// A louder frame is clipped or broken, and says nothing about the level of the speech.
 constexpr float kMaxPlausibleRoot = 10000.0f;
 constexpr uint32_t kProgressInterval = 1000;
 
@@ -209,8 +209,8 @@ error_code CSpectralStream::CalcSpectralMean(ProgressSink* progress) {
     if (progress != nullptr) {
         progress->SetStatus("Recognizing...");
     }
-    // Audio that is still arriving has no length yet, so nothing of it was read, and beginning anew
-    // would throw away what waits.
+    // Audio that is still arriving has no length yet, so nothing of it was read, and beginning
+    // again would throw away what waits.
     if (code == kNoError && !firstFrame) {
         Restart();
     }

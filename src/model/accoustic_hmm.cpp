@@ -93,7 +93,7 @@ const char* CAccousticHMM::GetLabel(int32_t index, bool byState) const {
 }
 
 // Kept: the first label in file order wins, not the longest; a one-letter label takes its letter
-// from longer labels that stand behind it, and model files are written for that.
+// from longer labels that stand after it, and model files are written for that.
 int32_t CAccousticHMM::FindLabel(const char* text, uint32_t* index) const {
     *index = kNoPhoneme;
     for (size_t i = 0; text != nullptr && i < labels.size(); ++i) {

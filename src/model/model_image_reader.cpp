@@ -102,8 +102,8 @@ bool CAccousticHMM::ReadModels(const uint8_t** cursor, uint32_t* remaining) {
         return false;
     }
     models = std::vector<CSingleAccHmm>(static_cast<size_t>(numModels));
-    // Kept: what is wrong with a phoneme's model is not told to the caller; hosts tell a bad header
-    // from a damaged body by the text that stays as they left it.
+    // Kept: what is wrong with a phoneme's model is not reported to the caller; hosts distinguish a
+    // bad header from a damaged body by the text that stays as they left it.
     char unheard[kModelErrorTextSize];
     return std::ranges::all_of(models, [&](CSingleAccHmm& model) {
         return ReadSingleAccModel(&model, cursor, remaining, unheard);

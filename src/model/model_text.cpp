@@ -47,7 +47,7 @@ void PrintMixture(std::FILE* file, const CGaussMixture& mixture) {
 }
 
 /// The transitions of a phoneme between an entry node in front of its states and an exit node
-/// behind them.
+/// after them.
 float_matrix NodeTransitions(const CSingleAccHmm& model) {
     const size_t count = model.states.size();
     float_matrix nodes(count + 2, count + 2);

@@ -7,7 +7,7 @@ namespace tessarin {
 
 /// Makes a new, empty file in the system's folder for temporary files, or in the working folder
 /// where there is none, and returns its path; empty when no file can be made. The name begins with
-/// the first three characters of what stands behind the last `\` of `hint`, or of "quibbuild" when
+/// the first three characters of what stands after the last `\` of `hint`, or of "quibbuild" when
 /// `hint` has no `\`.
 std::string MakeTempFileName(std::string_view hint);
 

@@ -105,7 +105,7 @@ error_code CTextbasedPhnRecognizer::AlignTranscription(IObservationStream* strea
     return RecognizePhonemes(stream, model, nullptr, transcriber, progress, results);
 }
 
-/// Kept: regions do not stop each other, whatever their code, and are read one behind the other
+/// Kept: regions do not stop each other, whatever their code, and are read one after the other
 /// without seeking: what one region leaves unread the next begins with.
 error_code CTextbasedPhnRecognizer::AlignRegions(const alignment_run& run, CTxMarker* first,
                                                  CTxMarker* last) {
@@ -274,7 +274,7 @@ error_code CTextbasedPhnRecognizer::SetSearchOptions(uint16_t newBeamWidth,
             SetBeamWidth(newBeamWidth);
         }
         // Kept: the comparison is with the argument, not with the width in force, so that a call
-        // that leaves both at 0 is told off.
+        // that leaves both at 0 is refused.
         keptPerFrame = newKeptPerFrame;
         if (newKeptPerFrame >= newBeamWidth) {
             keptPerFrame = newBeamWidth;

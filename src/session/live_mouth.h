@@ -48,7 +48,7 @@ public:
     /// Takes the markers of a flush, whose times count from its beginning, `ms` long; the first
     /// `tailMs` of them were in the flush before.
     void Add(ISyncResultsCollection& flush, int64_t ms, int64_t tailMs);
-    /// The audio ends there; what is heard beyond is none of it.
+    /// The audio ends there; what is heard beyond is ignored.
     void SetEnd(int64_t ms) { audioEndMs = ms; }
     /// Replaces `out` by what has become final since the last call; by all, when no more comes.
     error_code TakeFinal(bool atEnd, live_stretch& out);

@@ -237,8 +237,9 @@ error_code ReadSearchOptions(const tessarin_search_options* given, tessarin_sear
     if (given == nullptr) {
         return kNoError;
     }
-    // The sizes that the struct has had; what an older one lacks stays 0, but for the mode: hosts
-    // that do not know of another have the results that they always had.
+    // The sizes that the struct has had. What an older one lacks stays 0, which stands for the
+    // default, so that its text is read as a script. Only its match mode is exact, not automatic:
+    // its host expects a marker for each word and reads neither verdict nor unsaid words.
     constexpr size_t kFirstSize = offsetof(tessarin_search_options, flags);
     constexpr size_t kSecondSize = offsetof(tessarin_search_options, match_mode);
     constexpr size_t kThirdSize = offsetof(tessarin_search_options, script);

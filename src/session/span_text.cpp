@@ -91,7 +91,7 @@ SpanText::place SpanText::FindInConverted(int32_t offset, int32_t length) const 
     if (end == first) {
         return {static_cast<int32_t>(start), 0};
     }
-    // What is not seen behind the last character, such as its accent, belongs to it.
+    // What is not seen after the last character, such as its accent, belongs to it.
     const uint32_t last = owners[static_cast<size_t>(end - 1)];
     const uint32_t next = std::max(owners[static_cast<size_t>(end)], last + 1);
     return {static_cast<int32_t>(start), static_cast<int32_t>(starts[next] - start)};

@@ -17,7 +17,7 @@ struct text_reading {
 };
 
 /// Copies the options; null gives the defaults. Returns 0, or 2 for a size, a flag or a format that
-/// does not exist, and 12 for a table that is none.
+/// does not exist, and 12 for a table that does not read.
 error_code ReadScriptOptions(const tessarin_script_options* given, text_reading& out);
 
 /// Reads a script for a language: of the words that may be said in two ways, its transcriber knows

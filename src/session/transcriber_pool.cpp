@@ -41,7 +41,7 @@ std::string WithoutAccents(std::string_view word) {
     return plain;
 }
 
-/// The pronunciations between the bars; none when one of them is no phonemes.
+/// The pronunciations between the bars; none when one of them is not phonemes.
 std::vector<std::string> SplitPronunciations(std::string_view text) {
     std::vector<std::string> all;
     for (size_t start = 0; start <= text.size();) {

@@ -6,7 +6,7 @@
 namespace tessarin {
 
 // The words that English text needs spoken without being written, as phoneme strings, each but one
-// with a blank behind it. The order within each table is that of the language module's fields.
+// with a blank after it. The order within each table is that of the language module's fields.
 
 extern const std::array<const char*, 20> kEnglishCardinals;   ///< 0 to 19
 extern const std::array<const char*, 8> kEnglishTens;         ///< 20, 30 ... 90

@@ -118,7 +118,7 @@ tessarin::IQuibConvertedText* ConvertTextForAlignment(tessarin::IVisemixTranscri
     return ConvertTextForAlignment2(&info, text, length, encoding);
 }
 
-// Kept: no guard stands here. Invalid text is told from a character that the code page lacks by
+// Kept: no guard stands here. Invalid text differs from a character that the code page lacks by
 // the exception alone, since both leave no object.
 tessarin::IQuibConvertedText* ConvertTextForAlignment2(const tessarin::TranscriberInfo* info,
                                                        char* text, int32_t length,

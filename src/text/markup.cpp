@@ -37,7 +37,7 @@ int32_t ParseInteger(const std::string& text) {
                                                       std::numeric_limits<int32_t>::max()));
 }
 
-/// The words of a pronunciation attribute: what stands behind the `=`, in quotes or not, without
+/// The words of a pronunciation attribute: what stands after the `=`, in quotes or not, without
 /// punctuation. Empty when there are none.
 std::string SpokenWords(std::string_view tag, size_t from) {
     const auto isWordStart = [](char character) { return IsLetterOrDigit(CodeOf(character)); };
@@ -100,7 +100,7 @@ void tag_handlers::Handle(CTxMarker& marker) {
     CheckSoundXML(marker);
 }
 
-/// `<pron x="words">`: the words are what the written word behind the tag sounds like. `<aux
+/// `<pron x="words">`: the words are what the written word after the tag sounds like. `<aux
 /// x="words">`: they are said where the tag stands.
 bool tag_handlers::CheckPronunciationXML(CTxMarker& marker) {
     flog scope("CTranscriber::CheckPronunciationXML");
@@ -134,8 +134,8 @@ bool tag_handlers::CheckPronunciationXML(CTxMarker& marker) {
     return true;
 }
 
-/// `<cut 1500>` or `<cut ms="1500">`: the text before and behind is aligned to the audio before and
-/// behind 1500 ms.
+/// `<cut 1500>` or `<cut ms="1500">`: the text before and after is aligned to the audio before and
+/// after 1500 ms.
 // Kept: a place of 0 counts in the short form only; the other form takes 0 for a missing number.
 bool tag_handlers::CheckCutMarkerXML(CTxMarker& marker) {
     flog scope("CTranscriber::CheckCutMarkerXML");
@@ -165,7 +165,7 @@ bool tag_handlers::CheckCutMarkerXML(CTxMarker& marker) {
 }
 
 /// `<pause>`: silence that must be there.
-// Kept: tags are told by their first letters alone, so that `<pauses>` is a pause too.
+// Kept: tags are known by their first letters alone, so that `<pauses>` is a pause too.
 bool tag_handlers::CheckPauseXML(CTxMarker& marker) {
     flog scope("CTranscriber::CheckPauseXML");
     if (!reader.RawText(marker.text_start, marker.text_end).starts_with("<pause")) {

@@ -16,7 +16,7 @@ uint32_t ValueOf(uint32_t digit) {
 }
 
 /// What an ordinal number with this last digit ends in.
-// Kept: the tens do not matter, so that 11th, 12th and 13th are no ordinals but a number and two
+// Kept: the tens do not matter, so that 11th, 12th and 13th are not ordinals but a number and two
 // letters, while 11st is one.
 std::string_view OrdinalSuffix(uint32_t lastDigit) {
     switch (lastDigit) {
@@ -128,7 +128,7 @@ void number_converters::SpeakCents() {
     reader.Advance();
 }
 
-// Kept: "and" stands behind a thousand, a million or a billion, and never behind a hundred.
+// Kept: "and" stands after a thousand, a million or a billion, and never after a hundred.
 void number_converters::SpeakCardinal(int32_t n) {
     flog scope("CTranscriber::SpeakCardinal");
     if (n < 0) {
@@ -139,7 +139,7 @@ void number_converters::SpeakCardinal(int32_t n) {
             return;
         }
     }
-    // Says a multiple of `unit`; tells whether that was all of the number.
+    // Says a multiple of `unit`; returns whether that was all of the number.
     const auto speakScale = [&](int32_t unit, scale_word word) {
         SpeakCardinal(n / unit);
         SpeakScaleWord(word);

@@ -37,8 +37,8 @@ public:
         }
     }
 
-    /// Kept: this is no destructor. A host that is thrown an exception finds the locale as it was
-    /// in the middle of the conversion, and is told so.
+    /// Kept: this is not a destructor. A host that receives an exception finds the locale as it was
+    /// in the middle of the conversion, as its header says.
     void RestoreLocale() const {
         if (isLocaleSet && !previous.empty()) {
             std::setlocale(LC_ALL, previous.c_str());
@@ -135,7 +135,7 @@ both_forms Convert(std::span<const char> text, uint32_t encoding, const local_te
         break;
     case kUtf16Text:
         forms.wide = ReadUtf16(text);
-        // An unpaired surrogate is no character at all, which throws, not one that a page lacks.
+        // An unpaired surrogate is not a character at all, which throws, not one that a page lacks.
         static_cast<void>(utf8::utf16to8(*forms.wide));
         forms.narrow = local.ToNarrow(*forms.wide);
         break;

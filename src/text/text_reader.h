@@ -8,7 +8,7 @@
 
 namespace tessarin {
 
-/// Reads a text once, from its first byte to the zero behind its last, with a look ahead. What is
+/// Reads a text once, from its first byte to the zero after its last, with a look ahead. What is
 /// read has gone through a fold table; the raw text stays at hand for tags.
 class text_reader {
 public:
@@ -18,14 +18,14 @@ public:
     /// Goes to the start of the text. `table` has 256 bytes, or is null when nothing is folded.
     void Start(const uint8_t* table);
 
-    /// Moves on by one character. Behind the end of the text there are zeros.
+    /// Moves on by one character. After the end of the text there are zeros.
     void Advance();
 
     uint32_t Cur() const { return lookahead[0]; }
     uint32_t Next() const { return lookahead[1]; }
     uint32_t Next2() const { return lookahead[2]; }
     uint32_t Next3() const { return lookahead[3]; }
-    /// The byte offset of the current character. It may lie behind the end of the text.
+    /// The byte offset of the current character. It may lie past the end of the text.
     uint32_t Position() const { return position; }
 
     /// The unfolded byte at `index`; 0 at the end of the text and outside of it.

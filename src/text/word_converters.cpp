@@ -61,7 +61,7 @@ bool word_converters::IsWordLetter(uint32_t code) const {
            (code != 0 && language.letter_substitutions.contains(static_cast<char>(code)));
 }
 
-/// Reads the token behind the blank in `padded`, and adds the closing blank. Quotes around the word
+/// Reads the token after the blank in `padded`, and adds the closing blank. Quotes around the word
 /// and the stops of a dotted one are left out; what is longer than a word may be has been said.
 void word_converters::ReadWord(std::string& padded, bool isDotted) {
     uint32_t last = 0;
@@ -92,7 +92,7 @@ void word_converters::ReadWord(std::string& padded, bool isDotted) {
     padded += ' ';
 }
 
-/// A word with a stop behind it. The stop of an abbreviation belongs to the word; any other ends a
+/// A word with a stop after it. The stop of an abbreviation belongs to the word; any other ends a
 /// sentence and becomes a token of its own.
 void word_converters::convert_abbreviation(const std::string& padded) {
     flog scope("CTranscriber::convert_abbreviation");

@@ -14,7 +14,7 @@ namespace {
 
 using weights = std::map<std::string, float>;
 
-/// Mixes phonemes given nearest last before, nearest first behind.
+/// Mixes phonemes given nearest last before, nearest first after.
 class MixtureAtTest : public testing::Test {
 protected:
     void Rules(std::string_view text) { ASSERT_EQ(ReadRuleText(text, rules), kNoError); }
@@ -89,7 +89,7 @@ TEST(MakeArticulation, TakesTenLabelsInOrderAndSortsByHundredths) {
     }
     mixture[phoneme_label("c")] = 0.0f;
     mixture[phoneme_label("d")] = 0.304f;
-    mixture[phoneme_label("e")] = 0.309f; // no more hundredths than d, so behind it
+    mixture[phoneme_label("e")] = 0.309f; // no more hundredths than d, so after it
     mixture[phoneme_label("abc")] = 0.9f; // no label of a mouth shape
     mixture[phoneme_label("l")] = 0.9f;   // the eleventh
     const articulation record = MakeArticulation(mixture, 3, 4);

@@ -145,7 +145,7 @@ public:
     explicit RandomPhonemes(uint32_t seed) : random(seed) {}
     int32_t Below(int32_t limit) { return static_cast<int32_t>(random() % limit); }
 
-    /// Mostly one behind the other, as speech is; some overlap, stand out of order or last long. No
+    /// Mostly one after the other, as speech is; some overlap, stand out of order or last long. No
     /// vowel, which would have a lead-in.
     phn_marker_list Make(int32_t count) {
         static const char* const labels[] = {"b", "s", "x", "m", "ER", "q", "t", "y", "l"};

@@ -85,7 +85,7 @@ TEST(EnforceClosures, LeavesAloneWhatIsClearOrCannotBeShown) {
     const std::vector<weights> weak(5, kWeak);
     EXPECT_EQ(Forced({{"b", 16, 24}}, weak), weak); // between two frames
     EXPECT_EQ(Forced({{"s", 0, 50}}, weak), weak);
-    EXPECT_EQ(Forced({{"b", 70, 90}}, weak), weak); // behind the list
+    EXPECT_EQ(Forced({{"b", 70, 90}}, weak), weak); // after the list
 }
 
 TEST(EnforceClosures, NeighbouringClosuresAreOne) {

@@ -21,7 +21,7 @@ using test::SphereFile;
 using test::TempFile;
 using testing::ElementsAre;
 
-/// A host's reader that answers as it is told and notes what it is asked.
+/// A host's reader that answers as a test wants and notes what it is asked.
 class HostReader : public IInstallableAudioFileReader {
 public:
     virtual ~HostReader() = default;

@@ -11,7 +11,7 @@
 
 namespace tessarin::test {
 
-/// A reader of bytes in memory that can be told to fail.
+/// A reader of bytes in memory that can be made to fail.
 class MemoryStream : public CPCMRdrStream {
 public:
     MemoryStream(PCMFormat pcmFormat, bytes samples) : content(std::move(samples)) {

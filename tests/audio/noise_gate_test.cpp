@@ -126,7 +126,7 @@ TEST(NoiseGate, ClicksInTheQuietGo) {
         const auto from = static_cast<size_t>(500 + before);
         EXPECT_EQ(Peak(gated, from, from + static_cast<size_t>(click)), goes ? 0 : kLoud);
     }
-    // At the start the quiet before is not asked for, at the end not the quiet behind.
+    // At the start the quiet before is not asked for, at the end not the quiet after.
     const auto first = Gated(Stretches({{130, kQuiet}, {100, kLoud}, {300, kQuiet}, {500, kLoud}}));
     EXPECT_EQ(Peak(first, 0, 530), 0.0f);
     const auto last = Gated(Stretches({{500, kLoud}, {300, kQuiet}, {100, kLoud}}));
@@ -171,7 +171,7 @@ TEST(NoiseGateStream, ReadsOneChannelAs16BitWhateverTheSource) {
     EXPECT_EQ(gate.Instantiate(nullptr, 1, -90, 0, 0, 0, 0), kInvalidArgument);
     ASSERT_EQ(gate.Instantiate(source.get(), 2, -120, 0, 0, 1, 0), 0);
     EXPECT_EQ(gate.GetByteLength(), 6u);
-    for (const bool byBlock : {true, false}) { // the second run begins anew
+    for (const bool byBlock : {true, false}) { // the second run begins again
         ASSERT_EQ(gate.Start(), 0);
         std::vector<int16_t> samples(4);
         uint32_t frames = 4;

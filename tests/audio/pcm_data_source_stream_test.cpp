@@ -38,7 +38,7 @@ TEST_F(PcmDataSourceStream, ReadsFromTheStartOfItsRange) {
     CPCMDataSourceStream stream(&source);
     EXPECT_THAT(Read(stream, 5), ElementsAre(0, 1)); // whole samples
     stream.SetRange(100, 50);
-    EXPECT_THAT(Read(stream, 2), ElementsAre(2)) << "until it starts anew";
+    EXPECT_THAT(Read(stream, 2), ElementsAre(2)) << "until it starts again";
     EXPECT_EQ(stream.Start(), 0);
     EXPECT_THAT(Read(stream, 6), ElementsAre(100, 101, 102));
     EXPECT_THAT(Read(stream, 2), ElementsAre(103));

@@ -39,7 +39,7 @@ TEST(PcmPreEmphStream, BlockReadFiltersTwice) {
     uint32_t frames = 3;
     ASSERT_EQ(stage.ReadBlock(samples.data(), &frames), 0);
     EXPECT_THAT(samples, ElementsAre(10000, -19400, 9409));
-    // The second filter leaves its own last input behind: the once filtered 0.
+    // The second filter keeps its own last input: the once filtered 0.
     frames = 1;
     ASSERT_EQ(stage.ReadBlock(samples.data(), &frames), 0);
     EXPECT_EQ(samples[0], 900); // 30000 - 0.97 * 30000, of the value that is its own predecessor

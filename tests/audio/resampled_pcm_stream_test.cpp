@@ -80,7 +80,7 @@ TEST(ResampledPcmStream, FillsEveryBlockButTheLast) {
 TEST(ResampledPcmStream, SoundsTheSameInBlocksOfAnySize) {
     const std::vector<int16_t> samples = NoiseSamples(3000);
     // Rates that rise make several samples out of one, more than the end of a block may have room
-    // for. Whole falling ratios begin anew with each block, in multiples of the ratio.
+    // for. Whole falling ratios begin again with each block, in multiples of the ratio.
     for (const uint32_t rateHz : {4000u, 8000u, 11025u, 22050u, 44100u, 48000u}) {
         const std::vector<float> whole = Resampled(rateHz, 16000, samples, 20000);
         for (const uint32_t blockSize : {99u, 160u, 161u, 1000u}) {

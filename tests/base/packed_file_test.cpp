@@ -50,7 +50,7 @@ TEST(PackedFile, GivesTheSameBytesBack) {
         bytes packed = Packed(Text(plain));
         EXPECT_EQ(Unpacked(packed), plain);
         packed.resize(packed.size() + 16213, 0x5A);
-        EXPECT_EQ(Unpacked(packed), plain) << "with filler behind the stream";
+        EXPECT_EQ(Unpacked(packed), plain) << "with filler after the stream";
     }
 }
 

@@ -186,7 +186,7 @@ int main(int argc, char** argv) {
     Check(tessarin_create_alignment(model, language, audio, text, NULL, &progress, &result) ==
               TESSARIN_OK,
           "the text is found");
-    Check(all.calls > 10, "progress is told");
+    Check(all.calls > 10, "progress is reported");
     CheckResult(result, text);
     CheckTrack(result);
     tessarin_free_result(result);
@@ -199,7 +199,7 @@ int main(int argc, char** argv) {
 
     Check(tessarin_create_alignment(model, NULL, audio, text, NULL, NULL, &result) ==
               TESSARIN_INVALID_ARGUMENT,
-          "a missing language is told");
+          "a missing language is reported");
     KnowCommands(model, language, audio);
     LookIntoLexicons(argv[1]);
     tessarin_free_audio(audio);

@@ -8,8 +8,8 @@
 
 namespace tessarin::test {
 
-/// Time warping as it is told: the whole table of costs, the whole table of back-pointers, and a
-/// walk through it.
+/// Time warping by its definition: the whole table of costs, the whole table of back-pointers, and
+/// a walk through it.
 class plain_warp {
 public:
     /// `distances[i][j]` of row frame i and column frame j.

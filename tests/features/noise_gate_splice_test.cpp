@@ -102,7 +102,7 @@ TEST(InsertNoiseGate, SilencesWhatIsAnalysed) {
     EXPECT_EQ(before[20], after[20]);
     EXPECT_GT(before[75], 20.0f);
     EXPECT_LT(after[75], 1.0f);
-    gated.spectral.Restart(); // which listens and gates anew
+    gated.spectral.Restart(); // which listens and gates again
     EXPECT_EQ(Energies(gated.spectral), after);
 }
 

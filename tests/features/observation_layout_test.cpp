@@ -18,7 +18,7 @@ using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 
 /// A spectral stream whose frames are numbers instead of cepstra: value i of frame t is
-/// t^3 + 1000 i, so that every difference tells between which frames it was taken.
+/// t^3 + 1000 i, so that every difference shows between which frames it was taken.
 class NumberedFrames : public CSpectralStream {
 public:
     NumberedFrames(int32_t cepstra, int32_t features, uint32_t flags = 0)

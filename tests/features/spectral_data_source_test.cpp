@@ -84,7 +84,7 @@ TEST(SpectralDataSource, ShowsTheSpectrumOfTheWindowedFrame) {
             EXPECT_LT(std::abs(data[k] + 0.5 - expected.levels[k]), 0.51) << k;
         }
         EXPECT_NEAR(level, expected.frameLevel, 1e-3);
-        EXPECT_EQ(data[n - 1], int16_t(x[n - 1])) << "behind the spectrum";
+        EXPECT_EQ(data[n - 1], int16_t(x[n - 1])) << "after the spectrum";
 
         std::vector<float> floats = x;
         ASSERT_EQ(source.ComputeFrameFloat(floats.data(), int32_t(n), true, nullptr), 0);
@@ -246,7 +246,7 @@ TEST(SpectralDataSource, FindsTheFrameOfATime) {
     ASSERT_NE(source.GetFrameAt(8, &at), nullptr);
     EXPECT_EQ(*source.GetFrameAt(8, nullptr), 20);
     EXPECT_EQ(at, 7u);
-    // Kept: the time is told for a frame beyond the last one too.
+    // Kept: the time is given for a frame beyond the last one too.
     EXPECT_EQ(source.GetFrameAt(23, &at), nullptr);
     EXPECT_EQ(at, 22u);
     EXPECT_EQ(source.GetFrameAt(-1, &at), nullptr);

@@ -60,7 +60,7 @@ bytes Written(CSpectralFeatureDescriptor& descriptor) {
 
 TEST(SpectralFeatureDescriptor, ReadsEveryField) {
     bytes record = Record();
-    record.insert(record.end(), 7, 0xAA); // the models behind it
+    record.insert(record.end(), 7, 0xAA); // the models after it
     CSpectralFeatureDescriptor descriptor;
     uint32_t left = 0;
     ASSERT_TRUE(ReadFrom(descriptor, record, &left));

@@ -536,7 +536,7 @@ test("a phone shows it without sideways scrolling, and fingers work", async () =
     await drag(phone, { x: 300, y }, { x: 200, y });
     assertNear((await view(phone)).fromMs - before, 100 / zoomed.pxPerMs, 12 / zoomed.pxPerMs);
     assert.equal(await phone.evaluate(() => window.tessarin.timeline.selection), null);
-    // Chromium takes a tap right behind a drag for the end of it, as no finger is that fast.
+    // Chromium takes a tap right after a drag for the end of it, as no finger is that fast.
     await phone.waitForTimeout(600);
     await phone.getByRole("button", { name: "Play" }).tap();
     await phone.waitForFunction(() => window.tessarin.player.positionMs > 900);

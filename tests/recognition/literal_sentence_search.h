@@ -20,7 +20,7 @@ struct literal_place {
     double score;
 };
 
-/// The best chain of places, a sentence after the other, with every place tried behind every one of
+/// The best chain of places, a sentence after the other, with every place tried after every one of
 /// the sentence before.
 inline std::vector<literal_place>
 LiteralChain(const std::vector<std::vector<literal_place>>& places) {

@@ -127,7 +127,7 @@ TEST_F(RegionMarkers, NeverReadPastTheText) {
     };
     for (const text_case& each : std::vector<text_case>{
              {1, 3, "abc", "bc", 2},
-             {1, 4, "abc", "bc", 2}, // an unterminated bracket ends behind the text
+             {1, 4, "abc", "bc", 2}, // an unterminated bracket ends after the text
              {3, 4, "abc", "", 0},
              {4, 5, "abc", "(null)", -1},
              {2, 1, "abc", "(null)", -1},

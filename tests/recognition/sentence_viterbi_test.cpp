@@ -114,7 +114,7 @@ TEST_F(Sentences, AreFoundAmongOtherSpeech) {
     EXPECT_NEAR(results[1].start, 1170, 10);
     EXPECT_NEAR(results[1].end, 1440, 10);
     EXPECT_NEAR(results[2].start, 1890, 10);
-    EXPECT_NEAR(results[2].end, 2355, 20) << "somewhere in the silence behind";
+    EXPECT_NEAR(results[2].end, 2355, 20) << "somewhere in the silence after";
 }
 
 TEST_F(Sentences, BeginWhereTheirRegionDoes) {

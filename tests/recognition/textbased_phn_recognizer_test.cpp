@@ -128,7 +128,7 @@ TEST_F(Aligner, ReadsOnWhenACutStandsBeforeTheCutBeforeIt) {
     Speak(3, 4); // 240 ms
     EXPECT_EQ(Align("a b"), kNoError);
     // 12 observations of silence; a region of -6 that takes all 24 that are announced; and 18 for
-    // the last word. What lies behind the audio reads as zeros, for which all states are likely.
+    // the last word. What lies after the audio reads as zeros, for which all states are likely.
     EXPECT_EQ(stream.next, 24u);
     EXPECT_EQ(stream.readsBehindEnd, 0);
     const std::vector<marker_view> view = View();

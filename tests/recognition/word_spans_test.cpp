@@ -92,7 +92,7 @@ TEST(WordSpans, AreTheSentencesOfTheText) {
     EXPECT_EQ(graphs.spans[1].last, at(7));
     EXPECT_EQ(graphs.spans[2].first, at(10));
     EXPECT_EQ(graphs.spans[2].last, at(10));
-    EXPECT_EQ(graphs.spans[0].firstState, 3u); // behind the silence
+    EXPECT_EQ(graphs.spans[0].firstState, 3u); // after the silence
     EXPECT_EQ(graphs.spans[0].expectedFrames, (90u + 160 + 90 + 90) / 10);
     EXPECT_EQ(graphs.spans[2].lastState, graphs.graph.GetNumStates() - 3);
 }
@@ -112,7 +112,7 @@ TEST(WordSpans, KnowTheirWaysInAndOut) {
     EXPECT_THAT(first.exitStates, ElementsAre(5, 11, 14));
     EXPECT_TRUE(first.IsEntry(6));
     EXPECT_TRUE(first.IsExit(11));
-    EXPECT_FALSE(first.IsExit(12)) << "with several ways out the state behind is none";
+    EXPECT_FALSE(first.IsExit(12)) << "with several ways out the next state is none";
     const word_span& second = graphs.spans[1];
     EXPECT_EQ(second.firstState, 15u);
     EXPECT_THAT(second.entryStates, IsEmpty());

@@ -62,7 +62,7 @@ TEST(LiveMouth, ASoundOnTheBorderOfFlushesIsOne) {
     EXPECT_EQ(stretch.startMs, 200);
     EXPECT_EQ(stretch.endMs, 600);
     EXPECT_THAT(Lines(stretch), ElementsAre("s 100 500 50")) << "weighted by length";
-    // The tail of a flush was in the one before; what is heard beyond the end is none of it.
+    // The tail of a flush was in the one before; what is heard beyond the end is ignored.
     mouth.SetEnd(700);
     mouth.Add(*Flush({{"m", 0, 50}, {"AA", 50, 400}}), 400, 50);
     ASSERT_EQ(mouth.TakeFinal(true, stretch), kNoError);

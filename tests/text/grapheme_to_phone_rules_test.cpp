@@ -102,7 +102,7 @@ TEST(EnglishWords, TheFoldTableIsPlainAsciiForLatinLetters) {
 
 TEST(EnglishWords, CharactersAreNamed) {
     EXPECT_STREQ(kEnglishCharacterNames[0], "nUWl ");
-    EXPECT_STREQ(kEnglishCharacterNames[4], "EHnd AHv trAEnsmIHSHAHn") << "no blank behind it";
+    EXPECT_STREQ(kEnglishCharacterNames[4], "EHnd AHv trAEnsmIHSHAHn") << "no blank after it";
     EXPECT_STREQ(kEnglishCharacterNames['G'], "jIY  ");
     EXPECT_STREQ(kEnglishCharacterNames['`'], "AEpAAstrAAfIH ");
     EXPECT_STREQ(kEnglishCharacterNames['|'], "vERtIHkAHl bAAr ");

@@ -75,7 +75,7 @@ TEST(LetterToSoundSection, HoldsATree) {
     EXPECT_EQ(module.left_context, -2);
     EXPECT_EQ(module.right_context, 3);
     EXPECT_EQ(Pronounce(module, "AKT"), "AHkt");
-    EXPECT_EQ(Pronounce(module, "KTAAKE"), "ktEYAHEYk") << "`_` is silent, E is no tree letter";
+    EXPECT_EQ(Pronounce(module, "KTAAKE"), "ktEYAHEYk") << "`_` is silent, E is not a tree letter";
     EXPECT_EQ(Pronounce(module, "Q"), "k") << "where no branch is said, nothing is";
     EXPECT_EQ(Written(module), section);
 }

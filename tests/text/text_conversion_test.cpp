@@ -134,7 +134,7 @@ TEST(TextConversion, EachByteOfACodePageComesBack) {
               u"\u20AC\u0081\u008D\u008F\u0090\u009D\u00FF");
 }
 
-// A byte-swapped mark is no mark: such text is read as the host calls it.
+// A byte-swapped mark is not a mark: such text is read as the host calls it.
 TEST(TextConversion, ABigEndianMarkIsPartOfTheText) {
     const converted_ptr converted = Convert("\xFE\xFFhi", kLocalText);
     EXPECT_STREQ(converted->GetText(), "\xFE\xFFhi");

@@ -69,7 +69,7 @@ TEST(ConvertWord, SpellsDottedLettersAndLettersBeforeDigits) {
     EXPECT_THAT(Tokens("U.S.A. b"), ElementsAre("1 0-6 AHw EHz EY", "1 7-8 bIY"));
     EXPECT_EQ(Said("U.S.A.", "USA=k"), "k");
     EXPECT_EQ(Said("e.g."), "IY jIY");
-    EXPECT_EQ(Said("U.S"), "yUW / x / EHz") << "without the second stop it is no abbreviation";
+    EXPECT_EQ(Said("U.S"), "yUW / x / EHz") << "without the second stop it is not an abbreviation";
     EXPECT_EQ(Said("\"U.S."), "yUW / x / s / x") << "after a quote neither is it one";
     EXPECT_THAT(Tokens("mp3"), ElementsAre("1 0-2 EHm pIY", "1 2-3 THrIY"));
     EXPECT_THAT(Tokens("mp3", "MP=k"), ElementsAre("1 0-2 k", "1 2-3 THrIY"));
@@ -92,7 +92,7 @@ TEST(ConvertWeb, SpellsTheSchemeAndSaysThePieces) {
         ElementsAre("1 0-10 EYtCH tIY tIY pIY kAAlAHn slAESH slAESH k dAAt t", "1 11-12 zIY"));
     EXPECT_THAT(Tokens("https://x", lexicon).size(), 5u) << "a word, three marks, a word";
     EXPECT_THAT(Tokens("www.x/y,", lexicon).at(0), "1 0-8 w dAAtksIH")
-        << "the comma belongs to the last piece, which then is no word of the lexicon";
+        << "the comma belongs to the last piece, which then is not a word of the lexicon";
     EXPECT_THAT(Tokens("bob@x.y", lexicon), ElementsAre("1 0-7 bAAb AEt k dAAt t"));
     EXPECT_THAT(Tokens("bob@ x", lexicon), ElementsAre("1 0-3 bAAb", "4 3-4 x", "1 5-6 k"));
     EXPECT_THAT(Tokens("bob@", lexicon), ElementsAre("1 0-4 bAAb AEt")) << "no blank follows";

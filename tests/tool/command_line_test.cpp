@@ -62,7 +62,7 @@ TEST(CommandLine, AWrongWordNamesTheNearestRightOne) {
 TEST(CommandLine, FailuresNameTheFileAndExitWithTwo) {
     const ScratchFolder scratch;
     const std::string noise = scratch.Path("noise.wav");
-    WriteFile(noise, "this is no recording");
+    WriteFile(noise, "this is not a recording");
     const std::string shortModel = scratch.Path("short.model");
     WriteFile(shortModel, "mmhz\1");
     const std::string text = " --text hello";

@@ -118,7 +118,7 @@ TEST(Commands, TheTextThatIsSaidLiveWins) {
 TEST(Commands, AreFoundBySamples) {
     const glides audio;
     const std::string file = audio.scratch.Path("samples");
-    // What has no name behind --record is to be recognized.
+    // What has no name after --record is to be recognized.
     const tool_run run = RunTool("commands " + audio.Record() + audio.Quoted("up again.wav") + " " +
                                  audio.Quoted("down.wav") + " --save " + file);
     ASSERT_EQ(run.exitCode, 0) << run.errors;

@@ -79,7 +79,7 @@ TEST(Live, EndsCleanly) {
     EXPECT_EQ(RunTool("live --raw 16000,12,1").exitCode, 1);
     EXPECT_EQ(RunTool("live --raw 16000,16").exitCode, 1);
     EXPECT_EQ(RunTool("live /nowhere.wav").exitCode, 2);
-    // Ctrl-C while audio still comes: what was heard is told, and the exit is a clean one.
+    // Ctrl-C while audio still comes: what was heard is reported, and the exit is a clean one.
     const ScratchFolder scratch;
     WriteFile(scratch.Path("raw"), DemoSamples().substr(0, 64000));
     const std::string out = scratch.Path("out");

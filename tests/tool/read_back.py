@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Lets programs that are not ours read what the tool writes: Praat the TextGrid, ffmpeg the
-captions, a schema validator the JSON. What is not installed is told and skipped.
+captions, a schema validator the JSON. What is not installed is reported and skipped.
 
 usage: read_back.py TOOL SOURCE_FOLDER
 """
@@ -54,13 +54,13 @@ def check_grid(folder: pathlib.Path, result: dict) -> None:
 
 
 def check_captions(folder: pathlib.Path, result: dict) -> None:
-    told = [word["text"] for word in result["words"]]
+    found = [word["text"] for word in result["words"]]
     for name in ("a.vtt", "a.srt"):
         text = run("ffmpeg", "-v", "error", "-xerror", "-i", str(folder / name), "-f", "srt", "-")
         spoken = " ".join(line for line in text.splitlines()
                           if line and "-->" not in line and not line.isdigit())
         plain = [word.strip(".,!?;:\"").lower() for word in spoken.split()]
-        assert plain == [word.lower() for word in told], (name, plain, told)
+        assert plain == [word.lower() for word in found], (name, plain, found)
 
 
 def check_schema(folder: pathlib.Path, result: dict, source: pathlib.Path) -> None:

@@ -94,7 +94,7 @@ TEST(Recognize, HostileStatisticsStillEnd) {
         WriteFile(file, content);
         for (const char* counts : {"", " --counts"}) {
             const tool_run run = RunTool(arguments + counts);
-            // What lets no phoneme follow another loses the recording, and that is told.
+            // What lets no phoneme follow another loses the recording, and that is reported.
             EXPECT_TRUE(run.exitCode == 0 || run.exitCode == 2) << run.exitCode << run.errors;
             EXPECT_TRUE(json::accept(run.output)) << run.output.substr(0, 200);
         }

@@ -74,7 +74,7 @@ std::string Heard(const json& result, const json& entry) {
 }
 
 TEST(Tags, ACutSplitsTheWork) {
-    // The second sentence of the recording is not in the text: only the cut tells where to go on.
+    // The second sentence of the recording is not in the text: only the cut says where to go on.
     const std::string text = DemoWords();
     const std::string first = text.substr(0, text.find("In this mode"));
     const std::string last = text.substr(text.find("The purpose"));
@@ -131,7 +131,7 @@ public:
     samples Ha() const { return Between(19075, 19235); }
     samples Silence() const { return Between(3560, 3700); }
 
-    /// Writes the recording with other sounds in its pause behind "mode".
+    /// Writes the recording with other sounds in its pause after "mode".
     void Write(const std::string& path, const std::vector<samples>& inserted) const {
         samples made = Between(0, kInPause);
         for (const samples& sound : inserted) {

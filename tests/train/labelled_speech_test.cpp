@@ -22,7 +22,7 @@ std::vector<size_t> Starts(const std::vector<phone_interval>& phones, double spe
 }
 
 TEST(FindRuns, AnObservationBelongsToThePhoneOnePeriodLater) {
-    // Observation t tells of (t + 1) periods of 10 ms.
+    // Observation t covers (t + 1) periods of 10 ms.
     const std::vector<phone_interval> phones = {{0, 100, 0}, {100, 160.5, 1}, {160.5, 250, 2}};
     EXPECT_THAT(Starts(phones, 1.0, 25), ElementsAre(0, 9, 16));
     EXPECT_THAT(Starts(phones, 0.8, 31), ElementsAre(0, 12, 20));

@@ -62,7 +62,7 @@ TEST_F(SequenceStatistics, LoneWordsStandWhereWordsStood) {
     counter.Say({ReadPhones("m")});
     counter.EndWord(0.0);
     counter.Say({ReadPhones("AA")});
-    counter.EndWord(1.0); // words began behind x and m, and ended before AA and x
+    counter.EndWord(1.0); // words began after x and m, and ended before AA and x
     counter.AddLoneWord(ReadPhones("kEH"), 4.0);
     EXPECT_DOUBLE_EQ(Pair("kEH"), 4.0);
     EXPECT_DOUBLE_EQ(Triple("kEHAA"), 2.0);

@@ -23,7 +23,7 @@ std::string Describe(const CLI::App& app, const std::string& form) {
 
 } // namespace
 
-// Not shown in the help: packages call it, so that manual and completion never lag behind.
+// Not shown in the help: packages call it, so that manual and completion are never out of date.
 void AddDescribeCommand(CLI::App& app) {
     auto form = std::make_shared<std::string>();
     CLI::App* command =

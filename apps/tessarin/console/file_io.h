@@ -14,7 +14,7 @@ std::string ReadUtf8File(const std::string& path);
 /// written in place, which standard error says. Throws Failure.
 void WriteOutput(const std::string& path, const std::string& content);
 
-/// Whether a new file could take the place of the one at `path`, or it is none that need be
+/// Whether a new file could take the place of the one at `path`, or nothing there needs to be
 /// replaced.
 bool IsReplaceable(const std::string& path);
 

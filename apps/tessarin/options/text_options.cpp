@@ -56,7 +56,7 @@ uint32_t FormOf(const text_options& options) {
     return static_cast<uint32_t>(std::ranges::find(kForms, form) - kForms.begin());
 }
 
-/// The user's table, and his own words, which are never spelled.
+/// The user's table, and their own words, which are never spelled.
 std::string ReadTable(const text_options& options, const data_options& data,
                       tessarin::IVisemixTranscriber& transcriber) {
     std::string table = options.table.empty() ? "" : ReadWholeFile(options.table);

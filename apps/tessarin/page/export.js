@@ -1,4 +1,5 @@
-// What is shown, as files. The tables are those of the tool's own formats.
+// What is shown, as files. Frames are written in the tables of the tool's own formats. Switches have
+// a table of their own, of milliseconds and with the end of each, which the tool does not write.
 
 function csvOf(header, rows) {
     return [header, ...rows].map((row) => `${row.join(",")}\n`).join("");

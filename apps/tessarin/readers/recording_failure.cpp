@@ -11,7 +11,7 @@
 namespace {
 
 constexpr std::string_view kModelMagic = "mmhz"; // a model file begins so
-/// Enough to tell a text from the bytes of some other format.
+/// Enough to distinguish a text from the bytes of some other format.
 constexpr size_t kHeadBytes = 4096;
 
 std::string ReadHead(const std::string& path) {

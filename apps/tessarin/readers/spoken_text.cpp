@@ -252,11 +252,11 @@ SpokenText::place SpokenText::FindOwners(int32_t offset, int32_t length) const {
     if (end == first) {
         return {static_cast<int32_t>(start), 0};
     }
-    // What is not seen behind the last character, such as its accent, belongs to it.
+    // What is not seen after the last character, such as its accent, belongs to it.
     const uint32_t last = owners[static_cast<size_t>(end - 1)];
     const uint32_t next = std::max(owners[static_cast<size_t>(end)], last + 1);
-    const uint32_t behind = converted[next].start;
-    return {static_cast<int32_t>(start), static_cast<int32_t>(behind - start)};
+    const uint32_t after = converted[next].start;
+    return {static_cast<int32_t>(start), static_cast<int32_t>(after - start)};
 }
 
 std::string SpokenText::GetUtf8(int32_t offset, int32_t length) const {

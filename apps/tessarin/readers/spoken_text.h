@@ -20,7 +20,8 @@ class SpokenText {
 public:
     /// Takes the bytes that the user gave in `encoding`: utf-8, utf-16, local, or auto, which finds
     /// out. What the transcriber's code page lacks is put near (FindNearCharacters) or becomes a
-    /// blank. `source` names the text in the Failure that is thrown when it is none.
+    /// blank. `source` names the text in the Failure that is thrown when the bytes are
+    /// not such a text.
     SpokenText(const std::string& source, std::string userBytes, const std::string& encoding,
                tessarin::IVisemixTranscriber& transcriber);
     /// The same of a script: what is said of it. Places are those of the script.

@@ -16,5 +16,5 @@ struct grid_tier {
 };
 
 /// The tiers of a Praat TextGrid in its long or its short text form. Throws std::invalid_argument
-/// when it is none.
+/// when it is not one.
 std::vector<grid_tier> ReadTextGrid(std::string_view text);

@@ -19,6 +19,7 @@ using caption = std::span<const caption_word>;
 inline constexpr int32_t kShortestCaptionMs = 1000;
 
 /// Shares `words` among captions of one line. A pause begins a new caption; all other breaks are
-/// chosen together, so that lines are about even, end with sentences and clauses, and part no word
-/// from the one it leans on. The captions are views of `words`. Audio ends at `endMs`.
+/// chosen together, so that lines are about even, end with sentences and clauses, and never
+/// separate a word from the one it leans on. The captions are views of `words`. Audio ends at
+/// `endMs`.
 std::vector<caption> BreakIntoCaptions(std::span<const caption_word> words, int64_t endMs);

@@ -129,7 +129,8 @@ void AddOutputOptions(CLI::App& command, output_options* options) {
         ->option_text("FILE");
     command
         .add_option("--hold", options->holdMs,
-                    "Shortest time that a mouth-shape switch stays, in ms [0]")
+                    "Shortest time that a mouth-shape switch stays, in ms, rounded up to whole "
+                    "frames; closed lips may come sooner, but each shape stays at least 50 ms [0]")
         ->check(CLI::Range(0, 10000))
         ->option_text("MS");
 }

@@ -3,13 +3,13 @@
 espeak-ng reports when it begins a phone, but by its own idea of a beginning, which differs from
 what is heard in three ways that were measured on its waveforms. The closure of a stop is silence
 in front of the reported time. The transition out of a nasal or a glide already belongs to the
-reported consonant, up to VOWEL_LEAD_MS into the vowel. An `l` behind a vowel is reported when it
+reported consonant, up to VOWEL_LEAD_MS into the vowel. An `l` after a vowel is reported when it
 is nearly over. What is reported is moved accordingly; the times that result are good to about
 15 ms, not exact as flite's are. Vowels that espeak-ng colours with an `r` are one phone to it and
-two to us, and are parted at fixed shares.
+two to us, and are divided at fixed shares.
 
 Its pauses and closures are exact zeros, which no recording has: the logarithm of their spectrum
-would tell a model nothing about silence. Faint noise is put under the speech.
+would teach a model nothing about silence. Faint noise is put under the speech.
 """
 
 import array
@@ -196,7 +196,7 @@ def _with_noise(samples):
 
 def _closure_start_ms(samples, rate, from_ms, to_ms):
     first, place = int(from_ms * rate / 1000), int(to_ms * rate / 1000)
-    # The reported time may lie a few samples behind the first of the burst.
+    # The reported time may lie a few samples after the first of the burst.
     while place > first and abs(samples[min(place, len(samples)) - 1]) <= QUIET:
         place -= 1
     return place * 1000 / rate

@@ -2,7 +2,7 @@
 
 Dictionaries and synthesisers name American English phones in ARPAbet or in something close to
 it. The model has one label for a phone whatever its stress: a single lower-case letter, or an
-upper-case letter and the character behind it, so that labels can be written without separators.
+upper-case letter and the character after it, so that labels can be written without separators.
 """
 
 SYMBOLS = (

@@ -1,7 +1,7 @@
 """The voice prompts of the Debian package asterisk-core-sounds-en: a person speaking, with text.
 
 The recordings of asterisk-core-sounds-en-g722 are G.722 at 16 kHz; ffmpeg decodes them. The
-transcript has lines `name: text`. Notes in brackets tell what else is heard; prompts that are
+transcript has lines `name: text`. Notes in brackets say what else is heard; prompts that are
 only a note are tones or silence. The speaker spells names that are written as one word, and the
 text says how.
 """
@@ -16,7 +16,7 @@ RATE = 16000
 RECORDINGS = pathlib.Path("/usr/share/asterisk/sounds/en_US_f_Allison")
 TRANSCRIPT = pathlib.Path("/usr/share/doc/asterisk-core-sounds-en/core-sounds-en.txt.gz")
 
-# Prompts with a tone in them, and those of which the transcript does not tell what is said.
+# Prompts with a tone in them, and those of which the transcript does not say what is said.
 _UNUSABLE = {"vm-intro", "spy-dahdi", "spy-h323", "spy-sip", "spy-unistim", "spy-zap"}
 
 _NOTE = re.compile(r"\[[^]]*\]|\([^)]*\)|<[^>]*>|\.\.\.")

@@ -4,7 +4,7 @@ Beside `NAME.wav` (16 bits, one channel, the rate of its source) stand two texts
 `start_ms end_ms label`, with times in milliseconds from the start of the recording: `NAME.lab` has
 the phones, which follow each other without gaps from 0 to the end, silence being `x`; `NAME.words`
 has the words as they are written in the text, without the pauses between them, where the source
-tells them.
+gives them.
 """
 
 import dataclasses
@@ -33,7 +33,7 @@ class Utterance:
 
 
 def tidy(phones, duration_ms):
-    """The phones as their ends tell them, without gaps over the whole recording. Silences that
+    """The phones as their ends give them, without gaps over the whole recording. Silences that
     follow each other become one, and what would last no time is left out."""
     result = []
     reached_ms = 0.0

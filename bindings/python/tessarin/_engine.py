@@ -27,7 +27,7 @@ def version() -> str:
 
 class _Watch:
     """Calls a progress function out of a search. What it raises ends the search and is raised
-    again behind it; so does Ctrl-C, which only the main thread hears."""
+    again after it; so does Ctrl-C, which only the main thread hears."""
 
     def __init__(self, progress: ProgressFunction | None) -> None:
         self._progress = progress
@@ -121,8 +121,8 @@ class Engine:
 
     def set_word(self, word: str, phonemes: str) -> None:
         """Has a word of one's own said as `phonemes`, such as "SHIHvAOn", in place of what the
-        lexicon says. Alternatives are parted by bars. Raises TessarinError for what is no word or
-        no phonemes."""
+        lexicon says. Alternatives are separated by bars. Raises TessarinError for what is not a
+        word or not phonemes."""
         code = self._library.set_word(self._language, TextPlaces(word).content,
                                       TextPlaces(phonemes).content)
         if code != 0:
@@ -247,7 +247,7 @@ class Engine:
         if match not in _library.MATCH_MODES:
             raise ValueError('match is "auto", "exact" or "loose"')
         if to_ms is not None and to_ms <= from_ms:
-            raise ValueError("to_ms is not behind from_ms")
+            raise ValueError("to_ms must be after from_ms")
         return ctypes.byref(_library.SearchOptions(
             size=ctypes.sizeof(_library.SearchOptions), beam_width=beam_width or 0,
             from_ms=from_ms, to_ms=to_ms or 0, flags=_library.SEARCH_RETRY if retry else 0,

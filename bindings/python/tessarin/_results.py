@@ -65,9 +65,10 @@ class Event(Word):
 @dataclass(frozen=True)
 class Match:
     """How well a text and a recording fit. `verdict` is "good", "doubtful", "poor" or, for a model
-    without a calibration, "unknown"; `score`, 0 to 1, how likely it is that they belong together,
-    None where that is not known. `is_loose` says that words were left out or other speech was
-    passed over; the other numbers are the evidence."""
+    without a calibration and where no word was looked at, "unknown"; `score`, 0 to 1, how likely it
+    is that they belong together, None where that is not known. `is_loose` says that times are those
+    of the search that may leave words out; the other numbers are the evidence: the higher `margin`
+    (0 to 100) and `fit` (hardly above 0) and the lower `duration`, the better."""
 
     verdict: str
     score: float | None

@@ -91,8 +91,9 @@ class Shapes:
         return [list(weights[i * width:(i + 1) * width]) for i in range(len(frames))]
 
     def switches(self, frames: Sequence[Frame], hold_ms: int = 0) -> list[Switch]:
-        """One shape at a time. The first switch is rest at 0 ms; each stays at least `hold_ms`
-        (0 to 10000) unless closed lips come."""
+        """One shape at a time. The first switch is at 0 ms. Each shape stays for at least 50 ms,
+        and for at least `hold_ms` (0 to 10000) unless closed lips come or the frames end; both
+        times are rounded up to whole frames of the length of the first one."""
         handle = self._library.create("create_switches", "hold_ms", self._handle,
                                       _raw_frames(frames), len(frames), hold_ms)
         try:

@@ -75,7 +75,7 @@ public:
 class gesture_marker_list : public marker_list<FGesture> {
 public:
     using marker_list<FGesture>::marker_list;
-    /// Looks no further than the first gesture that starts behind the range.
+    /// Looks no further than the first gesture that starts after the range.
     void remove_range(int32_t fromMs, int32_t toMs) override;
 };
 

@@ -16,7 +16,7 @@ public:
     void remove_range(int32_t fromMs, int32_t toMs) override;
     /// Clears a span of time and keeps what sticks out of it.
     void cut_range(int32_t fromMs, int32_t toMs);
-    /// Inserts the markers of `other` by time, behind those that start together with them.
+    /// Inserts the markers of `other` by time, after those that start together with them.
     void merge_in(const phn_marker_list& other);
     /// Puts the markers of `other` in place of what was there, and leaves no slivers at the seams.
     void replace_range(const phn_marker_list& other);

@@ -14,8 +14,8 @@ namespace {
 
 using stream_ptr = counted_ptr<CPCMRdrStream>;
 
-/// Kept: directories count, so the extension of "a.b/speech" is ".b/speech", which is no built-in
-/// one; installed readers are asked about such paths.
+/// Kept: directories count, so the extension of "a.b/speech" is ".b/speech", which is not a
+/// built-in one; installed readers are asked about such paths.
 std::string_view Extension(std::string_view path) {
     const size_t dot = path.rfind('.');
     return dot == std::string_view::npos ? std::string_view{} : path.substr(dot);

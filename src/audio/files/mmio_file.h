@@ -8,7 +8,7 @@
 
 namespace tessarin {
 
-/// The numbers by which multimedia file functions tell what went wrong.
+/// The numbers by which multimedia file functions report what went wrong.
 enum mmio_error : int32_t {
     kMmioNoError = 0,
     kMmioFileNotFound = 257,
@@ -41,7 +41,7 @@ struct mmio_chunk {
     uint32_t size = 0;        ///< bytes of the body as the file states them; see MmioFile
     uint32_t form = 0;        ///< the first four bytes of a RIFF body
     int64_t dataStart = 0;    ///< position of the body
-    int64_t end = 0;          ///< position behind the body, without the pad byte of an odd size
+    int64_t end = 0;          ///< position after the body, without the pad byte of an odd size
     bool isOpenEnded = false; ///< the size was not known to the writer
 };
 
@@ -59,7 +59,7 @@ public:
     /// The size when the file was opened; 0 for what is not a plain file.
     int64_t GetSize() const { return file.GetSize(); }
 
-    /// Finds the next RIFF chunk of `form` from the present position on, which moves behind the
+    /// Finds the next RIFF chunk of `form` from the present position on, which moves past the
     /// form's name.
     [[nodiscard]] int32_t DescendForm(uint32_t form, mmio_chunk* found);
 
@@ -67,7 +67,7 @@ public:
     /// to its body.
     [[nodiscard]] int32_t DescendChunk(uint32_t id, const mmio_chunk& parent, mmio_chunk* found);
 
-    /// Moves behind `chunk` and its padding.
+    /// Moves past `chunk` and its padding.
     [[nodiscard]] int32_t Ascend(const mmio_chunk& chunk);
 
     /// Reads up to `bytes` bytes; fewer only at the end of the file. Returns how many, or -1.

@@ -18,7 +18,7 @@ constexpr size_t kPreambleSize = 16; ///< the magic, a line end, and the header 
 constexpr size_t kSizeTextLength = 8;
 constexpr int32_t kLongestHeader = 1 << 20;
 
-/// The decimal integer at the beginning of `text`, behind blanks, held to 32 bits; nothing where
+/// The decimal integer at the beginning of `text`, after blanks, held to 32 bits; nothing where
 /// none stands.
 std::optional<int32_t> ParseDecimal(const char* text) {
     char* end = nullptr;
@@ -101,7 +101,7 @@ error_code CNistSphereRdrStream::SetUpFormat(const char* header) {
     }
     format = {static_cast<uint32_t>(rate) << 16, static_cast<uint16_t>(sampleBytes * 8),
               static_cast<uint16_t>(channels)};
-    // Kept: a header without a count stands for 2 frames, by which such files are told apart.
+    // Kept: a header without a count stands for 2 frames, by which such files are recognized.
     numSamples = static_cast<uint32_t>(GetHeaderInt(header, "sample_count", 2));
     bytesPerFrame = sampleBytes * channels;
     byteLength = bytesPerFrame * numSamples;

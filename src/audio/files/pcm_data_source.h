@@ -41,8 +41,8 @@ public:
     /// null. Of a file that ends before its claimed length, the source is what the file holds.
     /// Return 0; 2 without a stream; 12 for a format that is not 8 or 16 bits with at least one
     /// channel; 1 without memory or for more bytes than 32 signed bits count. Kept: when the
-    /// sink cancels, or the stream fails, the source is empty and the code is 0; hosts tell a
-    /// cancelled load by its having no samples.
+    /// sink cancels, or the stream fails, the source is empty and the code is 0; hosts know
+    /// a cancelled load by its having no samples.
     virtual error_code LoadFromQuibStream(IQuibPCMStream* stream, ProgressSink* sink);
     virtual error_code LoadFromPCMStream(CPCMRdrStream* stream, ProgressSink* sink);
 

@@ -9,7 +9,7 @@
 
 namespace tessarin {
 
-/// Base of every PCM stream: readers at the head of a chain and the stages behind them, each of
+/// Base of every PCM stream: readers at the head of a chain and the stages after them, each of
 /// which holds a reference to the stage before it. A stream is opened or instantiated once, rewound
 /// with `Start` before the first read, read until it delivers 0 frames, and ended with `Stop` or
 /// its last `Release`. One thread reads a chain at a time.
@@ -18,7 +18,7 @@ namespace tessarin {
 /// 0 frames with result 0 are the end, and a failed read leaves 0. Channels count from 1, and 0
 /// means all of them, interleaved. Float samples keep the 16-bit range, -32768 to 32767.
 ///
-/// The order of the virtual operations is fixed. Readers add `Open` and `Close` behind them,
+/// The order of the virtual operations is fixed. Readers add `Open` and `Close` after them,
 /// stages `Instantiate`.
 class CPCMRdrStream : public CRefCounter {
 public:

@@ -13,7 +13,7 @@ namespace {
 /// Some systems refuse larger pieces.
 constexpr size_t kLargestPiece = size_t{1} << 30;
 
-/// Without a name, the file lives as long as it is open. What is no plain file keeps its name.
+/// Without a name, the file lives as long as it is open. What is not a plain file keeps its name.
 void RemoveName(int descriptor, const char* path) {
     struct stat status = {};
     if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {

@@ -12,7 +12,7 @@ namespace tessarin {
 class CAccousticHMM;
 class IObservationStream;
 
-/// Handles a region with nothing to align: reads it, so that the next region begins behind it, and
+/// Handles a region with nothing to align: reads it, so that the next region begins after it, and
 /// makes it one long phone, the one of the graph's first state, in `phones`. `energies` has room
 /// for the stream's observations. Returns 0, or the code of a failed read.
 [[nodiscard]] error_code ReadDormantMarkerRegion(const CAccousticHMM& model,

@@ -10,7 +10,7 @@ namespace tessarin {
 class CSpectralStream;
 
 /// A stream that claims to have no more than a given number of observations, in front of a stream
-/// that cannot be told so itself. The limit changes what is announced, not what can be read. Behind
+/// that cannot be limited itself. The limit changes what is announced, not what can be read. After
 /// the observations that the source has, it gives zeros, as the spectral stream gives silence.
 class CLimitedObservationStream : public IObservationStream {
 public:

@@ -29,7 +29,7 @@ uint32_t SearchPosition(const CSyncMarker& phone) {
     return static_cast<uint32_t>(phone.text_offset);
 }
 
-/// The end of a span that opens at phone `index`: where the first phone behind it starts.
+/// The end of a span that opens at phone `index`: where the first phone after it starts.
 int32_t SpanEnd(const TArray<CSyncMarker>& phones, int32_t index, uint32_t lastState) {
     int32_t end = phones[index].start;
     for (int32_t i = index; i < phones.GetSize(); ++i) {
@@ -110,7 +110,7 @@ error_code EmitRegionMarkers(TArray<CSyncMarker>& results, TArray<CSyncMarker>& 
             lastOffset = Saturated(token->text_start);
         }
         // Kept: spans and phones stand in the order in which they are produced, not by time, so
-        // that a phone's segments stay behind it.
+        // that a phone's segments stay after it.
         const bool wanted = keepPhonemes || phone.type != kPhonemeMarker;
         if (wanted && results.Add(phone) == 0) {
             return kOutOfMemory;

@@ -58,7 +58,7 @@ struct score_row {
     std::vector<double> scores;
     uint32_t first = 0;
     uint32_t end = 0;
-    uint32_t reachEnd = 0; // behind the furthest state that a live one leads to
+    uint32_t reachEnd = 0; // after the furthest state that a live one leads to
 
     void Clear() {
         std::fill(scores.begin() + first, scores.begin() + end, 0.0);
@@ -121,7 +121,7 @@ uint32_t WindowWidth(uint16_t beamWidth, uint32_t frames, uint32_t numStates) {
     return static_cast<uint32_t>(std::clamp<uint64_t>(beam, 1, numStates));
 }
 
-/// The furthest state that each state leads to: no state behind it can come alive from it.
+/// The furthest state that each state leads to: no state after it can come alive from it.
 std::vector<uint32_t> FurthestTargets(const state_rec* const* graph, uint32_t numStates) {
     std::vector<uint32_t> reach(numStates);
     for (uint32_t n = 0; n < numStates; ++n) {

@@ -93,8 +93,8 @@ void language_search::Advance(const float* x, int32_t) {
 }
 
 /// A full tree first gives up what no path of the last observation comes from. That is nearly all
-/// of it, as paths meet some seconds back; when it is not, the tree grows, lest it soon be full
-/// again.
+/// of it, as paths meet some seconds back; when it is not, the tree grows, so that it is not
+/// soon full again.
 void language_search::MakeRoom() {
     const auto wanted = static_cast<int32_t>(numStates);
     if (tree.GetCount() >= tree.GetCapacity() - wanted) {
@@ -156,7 +156,7 @@ int32_t language_search::BestSource(uint32_t state, double& bestScore) const {
     return best;
 }
 
-/// How probable the language makes `phone` behind the phone of `from`.
+/// How probable the language makes `phone` after the phone of `from`.
 double language_search::LanguageFactor(const hmm_hypothesis& from, uint16_t phone) const {
     const double bigram = model.bigrams[from.phone][phone];
     const bool hasEnded = from.ended >= 0 && from.ended < tree.GetCount();

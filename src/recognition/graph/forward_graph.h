@@ -15,7 +15,7 @@ struct forward_edge {
     float logProbability;
 };
 
-/// A state with its ways out behind it in memory, in the order of the states they lead to.
+/// A state, followed in memory by its ways out, in the order of the states they lead to.
 struct alignas(4) forward_rec {
     uint8_t acousticState; ///< the model's global state: phone * 3 + state
     uint32_t edges;        ///< number of ways out

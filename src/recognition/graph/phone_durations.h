@@ -21,7 +21,7 @@ public:
 
     /// Milliseconds of a phoneme; 200 for one that is not in the table.
     uint32_t LabelDurationMs(std::string_view label) const;
-    /// The sum over a phoneme string. An upper-case letter takes the character behind it along.
+    /// The sum over a phoneme string. An upper-case letter takes the character after it along.
     uint64_t PhonemeStringMs(std::string_view text) const;
     /// Observations of 10 ms that a token lasts in its longest pronunciation.
     uint64_t MarkerFrames(const CTxMarker& marker) const;

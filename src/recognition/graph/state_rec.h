@@ -12,7 +12,7 @@ struct state_arc {
 };
 static_assert(sizeof(state_arc) == 8 && alignof(state_arc) == 4);
 
-/// One state of a search graph, with the arcs that lead into it behind it in memory. A graph is an
+/// One state of a search graph, followed in memory by the arcs that lead into it. A graph is an
 /// array of pointers to such records, indexed by state number; every phone instance owns
 /// `numStates` consecutive states, so that state n belongs to position n / numStates. Arcs come
 /// from earlier states or from the state itself.

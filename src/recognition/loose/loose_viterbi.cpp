@@ -313,7 +313,7 @@ void loose_search::LeaveByExits(std::span<const word_chain::exit> exits, double 
 }
 
 /// From after observation `t` to before it: `backward` has the best that is still to come for a
-/// path that is about to enter each place at the observation behind, and goes back by one.
+/// path that is about to enter each place at the next observation, and goes back by one.
 void loose_search::Retreat(size_t t) {
     std::ranges::fill(rest, kNever);
     for (size_t junction = 0; junction < numJunctions; ++junction) {

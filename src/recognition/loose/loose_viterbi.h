@@ -40,7 +40,7 @@ struct loose_path {
 /// The Viterbi algorithm over a chain of words whose junctions also let words be skipped and other
 /// speech be passed over. That scores like the path of `fillerScores`, one for each observation,
 /// so it is as good as any text where it is entered, and costs what `costs` say. All states are
-/// kept at all observations: after seconds of other speech the right path stands far behind those
+/// kept at all observations: after seconds of other speech the right path scores far below those
 /// that stretch words over it.
 ///
 /// A second pass from the end gives the margins. Memory is bounded by `blockBytes` and the square

@@ -178,7 +178,7 @@ void region_search::WritePhones() {
     struct place {
         uint32_t phone;
         uint32_t position;
-        uint32_t state; // within a phone that was heard, to tell two of the same from one
+        uint32_t state; // within a phone that was heard, to separate two of the same
         bool isHeard;
     };
     const auto placeAt = [&](size_t t) -> place {

@@ -73,7 +73,7 @@ void flush_writer::FinishState(int32_t end) {
     }
 }
 
-/// Ends the phoneme before observation `end`, and writes its segments behind it.
+/// Ends the phoneme before observation `end`, and writes its segments after it.
 bool flush_writer::FinishPhone(int32_t end, float score) {
     CSyncMarker marker = Span(kPhonemeMarker, phoneStart, end);
     marker.score = score;

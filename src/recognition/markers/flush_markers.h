@@ -17,7 +17,7 @@ class CAccousticHMM;
 /// each of its observations, `periodMs` apart, from which times count. Scores are whole percents.
 /// With `stateMarkers` phonemes are followed by their segments. Returns 1 without memory.
 ///
-/// Kept, for hosts that tell sounds apart by what follows a phoneme: its first segment only lends
+/// Kept, for hosts that distinguish sounds by what follows a phoneme: its first segment only lends
 /// it its score; a segment as strong as the one before it is left out; the last phoneme has none,
 /// since it goes on in the next stretch.
 [[nodiscard]] error_code GenerateFlushMarkers(std::span<const uint8_t> path,

@@ -74,7 +74,7 @@ bool marker_writer::FinishState(int32_t end) {
     return segments.Add(marker) != 0;
 }
 
-/// Ends the phone before observation `end`, and writes its segments behind it.
+/// Ends the phone before observation `end`, and writes its segments after it.
 bool marker_writer::FinishPhone(int32_t end, float score) {
     CSyncMarker marker = Span(kPhonemeMarker, phoneStart, end);
     marker.score = score;

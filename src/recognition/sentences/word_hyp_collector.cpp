@@ -114,10 +114,10 @@ void WordHypCollector::Add(const word_end& place) {
 }
 
 const double* WordHypCollector::BestUpTo(uint32_t frame) const {
-    const auto behind =
+    const auto after =
         std::partition_point(hypotheses.begin(), hypotheses.end(),
                              [&](const full_word_hypothesis& each) { return each.end <= frame; });
-    return behind == hypotheses.begin() ? nullptr : &bestScores[behind - hypotheses.begin() - 1];
+    return after == hypotheses.begin() ? nullptr : &bestScores[after - hypotheses.begin() - 1];
 }
 
 error_code ChooseHypotheses(const std::vector<WordHypCollector>& collectors, ProgressSink* progress,

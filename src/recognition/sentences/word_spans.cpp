@@ -43,16 +43,16 @@ std::vector<uint32_t> EntryStates(const forward_graph& forward, uint32_t firstSt
     return entries;
 }
 
-/// The ways that lead from a sentence and the silence behind it into the next phone.
+/// The ways that lead from a sentence and the silence after it into the next phone.
 std::vector<uint32_t> ExitStates(const log_state_graph& graph, uint32_t lastState) {
     std::vector<uint32_t> exits;
     if (int64_t{lastState} >= int64_t{graph.GetNumStates()} - kForwardPhoneStates) {
         return exits;
     }
-    const uint32_t behind = lastState + kForwardPhoneStates;
-    const state_rec& record = graph[behind];
+    const uint32_t after = lastState + kForwardPhoneStates;
+    const state_rec& record = graph[after];
     for (uint16_t i = 0; record.predecessors >= kSeveralWays && i < record.predecessors; ++i) {
-        if (record.Arcs()[i].state != behind) {
+        if (record.Arcs()[i].state != after) {
             exits.push_back(record.Arcs()[i].state);
         }
     }

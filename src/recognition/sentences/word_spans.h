@@ -20,7 +20,7 @@ struct word_span {
     uint32_t firstState;
     std::vector<uint32_t> entryStates; ///< where there are several ways in
     std::vector<uint32_t> exitStates;  ///< where there are several ways out
-    uint32_t lastState;                ///< of the phone behind the sentence
+    uint32_t lastState;                ///< of the phone after the sentence
     uint16_t expectedFrames;           ///< how long the sentence can be said to last
 
     /// Whether a path that comes to `state` enters the sentence there.

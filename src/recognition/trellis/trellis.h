@@ -76,7 +76,7 @@ private:
     uint32_t numFrames = 0;
     bool isReading = false;
     uint32_t cursor = 0;
-    int64_t filePosition = 0; ///< behind the next observation to read
+    int64_t filePosition = 0; ///< after the next observation to read
     ScratchFile file;
     TArray<trellis_mem_hypo*> inMemory;
 };

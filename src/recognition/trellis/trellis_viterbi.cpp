@@ -300,7 +300,7 @@ bool trellis_search::FindEndState(const uint32_t* map, uint32_t& endState) {
     return true;
 }
 
-/// Where `state` came from at observation `t`. After a loss the map is of the observation behind,
+/// Where `state` came from at observation `t`. After a loss the map is of the next observation,
 /// whose window may stand elsewhere, so the place is kept inside it.
 uint32_t trellis_search::Predecessor(const uint32_t* map, uint32_t t, uint32_t state) const {
     const uint32_t start = windowStarts[t];

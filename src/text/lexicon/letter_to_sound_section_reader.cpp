@@ -149,7 +149,7 @@ void section_reader::ReadLetterClasses() {
     }
 }
 
-/// Reads the frame of a section, and its body into the module. The cursor stands behind the
+/// Reads the frame of a section, and its body into the module. The cursor stands after the
 /// section after a success.
 error_code ReadSection(ByteCursor& cursor, CGraphemeToPhoneRules<char>& module) {
     const uint32_t magic = cursor.ReadU32();

@@ -17,7 +17,7 @@ template <class Char> class CGraphemeToPhoneRules;
 // A lexicon file is a header, a packed block and bytes without meaning. The plain bytes of the
 // block are a letter-to-sound section, the language once more, and a lexicon.
 
-/// Reads the header at `*position`, which is moved behind it, as `*remaining` is. What the file
+/// Reads the header at `*position`, which is moved past it, as `*remaining` is. What the file
 /// leaves out is empty or zero. On a failure, kInvalidFile or kNewerVersion, nothing changes.
 [[nodiscard]] error_code ReadLexiconHeader(const uint8_t** position, uint32_t* remaining,
                                            TranscriberInfo* info, std::string* infoString);

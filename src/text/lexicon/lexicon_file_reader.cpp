@@ -80,7 +80,7 @@ void ReadFields(ByteCursor& cursor, lexicon_header& header) {
     }
 }
 
-// Kept: a file that ends before its version is of a newer version, as far as hosts can tell.
+// Kept: a file that ends before its version is of a newer version, as far as hosts can know.
 error_code ReadHeader(ByteCursor& cursor, lexicon_header& header) {
     const uint32_t magic = cursor.ReadU32();
     if (cursor.Failed() || magic != kLexiconMagic) {
@@ -119,7 +119,7 @@ error_code ReadPayload(const uint8_t* position, uint32_t remaining, language_par
                                                : kInvalidFile;
 }
 
-/// Makes the transcriber of a file whose header was read. `packed` is what stands behind it.
+/// Makes the transcriber of a file whose header was read. `packed` is what stands after it.
 error_code MakeTranscriber(const lexicon_header& header, std::span<const uint8_t> packed,
                            counted_ptr<CTranscriber>& out, CCmDict*& outDict) {
     uint32_t size = 0;

@@ -34,7 +34,7 @@ void WriteHeader(const TranscriberInfo& info, std::string_view infoString, ByteW
     }
 }
 
-/// The block that holds all behind the header; null when it gets too large.
+/// The block that holds all after the header; null when it gets too large.
 std::unique_ptr<uint8_t[]> PackPayload(const TranscriberInfo& info,
                                        const CGraphemeToPhoneRules<char>& rules,
                                        const CCmDict& dict, uint32_t* packedSize) {
@@ -45,7 +45,7 @@ std::unique_ptr<uint8_t[]> PackPayload(const TranscriberInfo& info,
     return PackBytes(payload.Content(), packedSize);
 }
 
-// Kept: a small file gets filler behind its block, so that every lexicon file has some 16000 bytes
+// Kept: a small file gets filler after its block, so that every lexicon file has some 16000 bytes
 // at least, which other programs take for granted; readers never look at it.
 void WriteFiller(ByteWriter& file) {
     for (size_t count = 0; count < kFillerSize; ++count) {

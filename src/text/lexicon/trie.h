@@ -18,7 +18,7 @@ public:
     trie& operator=(const trie&) = delete;
     virtual ~trie();
 
-    /// The node where the key of `length` characters ends, or null when it is no key.
+    /// The node where the key of `length` characters ends, or null when it is not a key.
     virtual const trie* Find(const Char* key, int32_t length) const;
 
     /// The deepest node of a key that the zero-terminated text begins with, or null.

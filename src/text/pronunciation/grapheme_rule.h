@@ -7,8 +7,8 @@ namespace tessarin {
 struct GraphemeRule {
     const char* left;     ///< context pattern that ends where the match begins; empty: anything
     const char* match;    ///< the letters that the rule consumes
-    const char* right;    ///< context pattern behind the match; empty: anything
-    const char* phonemes; ///< empty for silent letters; behind a `?` a choice, parted by blanks
+    const char* right;    ///< context pattern after the match; empty: anything
+    const char* phonemes; ///< empty for silent letters; after a `?` a choice, separated by blanks
 };
 
 } // namespace tessarin

@@ -13,7 +13,7 @@
 namespace tessarin {
 namespace {
 
-/// Adds the pieces of a list that are parted by white space as one choice.
+/// Adds the pieces of a list that are separated by white space as one choice.
 void AppendChoice(PronunciationBuilder& builder, std::string_view list) {
     const auto isSpace = [](char character) { return IsSpace(CodeOf(character)); };
     builder.BeginAlternatives();
@@ -76,8 +76,8 @@ void CGraphemeToPhoneRules<char>::ApplyRules(PronunciationBuilder& builder,
     }
 }
 
-/// Appends the phonemes of the first rule that fits at `index`. Returns the index behind what it
-/// consumes, or behind the character when nothing is consumed.
+/// Appends the phonemes of the first rule that fits at `index`. Returns the index after what it
+/// consumes, or after the character when nothing is consumed.
 size_t CGraphemeToPhoneRules<char>::FindRule(const std::string& word, size_t index,
                                              const GraphemeRule* table, step_budget& budget,
                                              PronunciationBuilder& builder) const {
@@ -110,8 +110,8 @@ size_t CGraphemeToPhoneRules<char>::FindRule(const std::string& word, size_t ind
 void CGraphemeToPhoneRules<char>::ApplyTree(PronunciationBuilder& builder, std::string_view word) {
     const std::string_view letters = SubstituteLetters(word);
     const auto before = static_cast<size_t>(-left_context);
-    const auto behind = static_cast<size_t>(right_context);
-    paddedWord.assign(before + letters.size() + behind, '-');
+    const auto after = static_cast<size_t>(right_context);
+    paddedWord.assign(before + letters.size() + after, '-');
     std::transform(letters.begin(), letters.end(), paddedWord.begin() - left_context, CodeOf);
     for (size_t position = before; position < before + letters.size(); ++position) {
         if (tree_letters.contains(paddedWord[position])) {

@@ -72,8 +72,8 @@ public:
     void LoadBuiltinEnglish();
 
     /// Replaces all but the suffixes by the letter-to-sound section at `*position`, which is moved
-    /// behind it, as `*remaining` is. Otherwise answers kInvalidFile or kNewerVersion; what was
-    /// read so far stays, and is good for nothing. `message`, unless null, has room for
+    /// past it, as `*remaining` is. Otherwise returns kInvalidFile or kNewerVersion; what was
+    /// read so far stays, and is of no use. `message`, unless null, has room for
     /// kLetterToSoundMessageSize characters and gets the text of a failure.
     [[nodiscard]] error_code LoadLetterToSound(const uint8_t** position, uint32_t* remaining,
                                                char* message);
@@ -81,7 +81,7 @@ public:
     /// Appends the section that LoadLetterToSound reads, in its latest version.
     void WriteLetterToSound(ByteWriter& file) const;
 
-    /// Appends the phonemes of `padded`, a word in upper case with a blank before and behind it,
+    /// Appends the phonemes of `padded`, a word in upper case with a blank before and after it,
     /// which are the word boundaries that patterns test.
     void ApplyRules(PronunciationBuilder& builder, const std::string& padded);
 

@@ -19,7 +19,7 @@ using word_lookup = std::function<bool(std::string_view word)>;
 
 /// Reads a stretch of what is said: numbers by their kind, abbreviations, marks within a line,
 /// emphasis. Each Match function looks at what begins with the token `i` and gives what is said for
-/// it, or nothing when it is none of its kind.
+/// it, or nothing when it is not of its kind.
 class InlineReader {
 public:
     /// `known` may be empty; all else must outlive the reader.

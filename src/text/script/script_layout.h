@@ -71,7 +71,7 @@ script_line ReadScriptLine(std::string_view text, size_t at, size_t limit);
 bool IsSceneHeading(std::string_view line, const ScriptTable& table);
 bool IsTransition(std::string_view line, const ScriptTable& table);
 /// How long the name at the beginning of a line is that is nothing but a name in capitals, such as
-/// SARAH (CONT'D); 0 when it is none.
+/// SARAH (CONT'D); 0 when it is not one.
 size_t CueNameLength(std::string_view line, const ScriptTable& table);
 
 /// The name in the form in which names are compared.

@@ -72,7 +72,7 @@ public:
     using fields = std::vector<std::string>; ///< those after the key
 
     /// Adds the entries of `text`, in place of those of the same key. Returns 0, or the number of
-    /// the first line that is none, counted from 1; nothing is added then.
+    /// the first line that is not one, counted from 1; nothing is added then.
     size_t Add(std::string_view text);
 
     /// The fields of a key as it is written, or null.
