@@ -75,7 +75,8 @@ struct timed_result {
     std::vector<timed_span> words;
     std::vector<timed_span> unsaid; ///< words of the text that were not heard, without times
     std::vector<timed_span> events;
-    std::vector<float> loudness; ///< of each 10 ms of the audio, in dB; empty when not known
+    float adaptationGain = -1.0f; ///< of the model to the voice; -1 where there was none
+    std::vector<float> loudness;  ///< of each 10 ms of the audio, in dB; empty when not known
     std::vector<mouth_frame> frames;
     std::vector<weight_curve> curves;
     std::vector<mouth_frame> stretches; ///< mixtures that stand for stretches the user asked for

@@ -103,6 +103,14 @@ enum tessarin_match_mode {
     TESSARIN_MATCH_LOOSE = 2  /**< words may be missing, and other speech may stand between them */
 };
 
+/** Whether a recognition fits the model to the voice of the audio first. It takes another pass over
+   the audio, and the model stays as it is. */
+enum tessarin_adapt_mode {
+    TESSARIN_ADAPT_AUTO = 0, /**< to voices that the model does not know */
+    TESSARIN_ADAPT_OFF = 1,
+    TESSARIN_ADAPT_ON = 2
+};
+
 /** How audio is searched. */
 typedef struct tessarin_search_options {
     uint32_t size;       /**< of this struct, in bytes */
@@ -115,6 +123,8 @@ typedef struct tessarin_search_options {
                               which is taken, too, stands for TESSARIN_MATCH_EXACT */
     const tessarin_script_options* script; /**< how the text is read; null, or a struct of 24, 20
                                                 or 16 bytes, gives the defaults */
+    uint32_t adapt_mode; /**< of a recognition, a tessarin_adapt_mode; a struct that ends before
+                              stands for TESSARIN_ADAPT_AUTO */
 } tessarin_search_options;
 
 /** A sound. */
@@ -317,6 +327,10 @@ TESSARIN_API uint32_t tessarin_get_word_flags(const tessarin_result* result, uin
 /** The punctuation, tags, events of the script and other speech, likewise. */
 TESSARIN_API const tessarin_span* tessarin_get_events(const tessarin_result* result,
                                                       uint32_t* count);
+
+/** By how much the logarithm of the likelihood of an observation of a recognition grew, on average,
+   when the model was fitted to the voice; -1 when it was not. */
+TESSARIN_API float tessarin_get_adaptation_gain(const tessarin_result* result);
 
 /** Whether a text belongs to a recording. */
 enum tessarin_verdict {

@@ -33,7 +33,7 @@ static_assert(+TESSARIN_TRACK_SMOOTH == +kSmoothFrames &&
               +TESSARIN_TRACK_EXCESS_LEVEL == +kExcessLevel);
 static_assert(sizeof(tessarin_phoneme) == 20 && sizeof(tessarin_span) == 32 &&
               sizeof(tessarin_token) == 32 && sizeof(tessarin_frame) == 92 &&
-              sizeof(tessarin_search_options) == 32 && sizeof(tessarin_script_options) == 32 &&
+              sizeof(tessarin_search_options) == 40 && sizeof(tessarin_script_options) == 32 &&
               sizeof(tessarin_script_part) == 32 && sizeof(tessarin_track_options) == 64 &&
               sizeof(tessarin_match) == 32 && sizeof(tessarin_word_match) == 16);
 
@@ -264,6 +264,10 @@ uint32_t tessarin_get_word_flags(const tessarin_result* result, uint32_t word) {
 
 const tessarin_span* tessarin_get_events(const tessarin_result* result, uint32_t* count) {
     return Items(result != nullptr ? &result->events : nullptr, count);
+}
+
+float tessarin_get_adaptation_gain(const tessarin_result* result) {
+    return result != nullptr ? result->adaptationGain : -1.0f;
 }
 
 const tessarin_match* tessarin_get_match(const tessarin_result* result) {

@@ -1,6 +1,7 @@
 #include "session/search_run.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstring>
 #include <limits>
@@ -10,6 +11,7 @@
 #include "session/progress_bridge.h"
 #include "session/script_parts.h"
 #include "session/spoken_language.h"
+#include "session/voice_adaptation.h"
 
 namespace tessarin {
 
@@ -18,8 +20,8 @@ namespace {
 /// One search over a stretch of audio. The observations may know the progress, and go first.
 class Search {
 public:
-    explicit Search(const search_input& input)
-        : model(*input.model.hmm), audio(input.audio), progress(input.progress) {}
+    Search(const search_input& input, CAccousticHMM& searched)
+        : model(searched), audio(input.audio), progress(input.progress) {}
 
     error_code Open(const search_input& input);
     error_code Align(IVisemixTranscriber& transcriber, const std::string& calibration);
@@ -243,14 +245,16 @@ error_code ReadSearchOptions(const tessarin_search_options* given, tessarin_sear
     constexpr size_t kFirstSize = offsetof(tessarin_search_options, flags);
     constexpr size_t kSecondSize = offsetof(tessarin_search_options, match_mode);
     constexpr size_t kThirdSize = offsetof(tessarin_search_options, script);
-    if (given->size != kFirstSize && given->size != kSecondSize && given->size != kThirdSize &&
-        given->size != sizeof out) {
+    constexpr size_t kFourthSize = offsetof(tessarin_search_options, adapt_mode);
+    constexpr std::array kSizes = {kFirstSize, kSecondSize, kThirdSize, kFourthSize, sizeof out};
+    if (std::ranges::find(kSizes, given->size) == kSizes.end()) {
         return kInvalidArgument;
     }
     out.match_mode = TESSARIN_MATCH_EXACT;
     std::memcpy(&out, given, given->size);
     const bool isKnown = (out.flags & ~uint32_t{TESSARIN_SEARCH_RETRY}) == 0 &&
-                         out.match_mode <= TESSARIN_MATCH_LOOSE;
+                         out.match_mode <= TESSARIN_MATCH_LOOSE &&
+                         out.adapt_mode <= TESSARIN_ADAPT_ON;
     return isKnown ? kNoError : kInvalidArgument;
 }
 
@@ -286,7 +290,7 @@ error_code Align(const search_input& input, tessarin_language& language, const c
     if (spoken.GetCode() != kNoError) {
         return spoken.GetCode();
     }
-    Search search(input);
+    Search search(input, *input.model.hmm);
     code = search.Open(input);
     if (code != kNoError) {
         return code;
@@ -300,14 +304,20 @@ error_code Align(const search_input& input, tessarin_language& language, const c
 }
 
 error_code Recognize(const search_input& input, std::unique_ptr<tessarin_result>& out) {
-    Search search(input);
-    error_code code = search.Open(input);
+    adapted_model adapted;
+    error_code code = AdaptToVoice(input, adapted);
+    if (code != kNoError) {
+        return code;
+    }
+    Search search(input, adapted.hmm ? *adapted.hmm : *input.model.hmm);
+    code = search.Open(input);
     if (code != kNoError) {
         return code;
     }
     code = search.Recognize();
     if (HasFound(code)) {
         out = search.TakeResult(nullptr);
+        out->adaptationGain = adapted.hmm ? adapted.gain : -1.0f;
     }
     return code;
 }

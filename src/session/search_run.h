@@ -29,7 +29,8 @@ struct tessarin_result {
     std::vector<tessarin_span> words;
     std::vector<uint32_t> wordFlags; ///< of each word
     std::vector<tessarin_span> events;
-    std::vector<float> loudness; ///< of each 10 ms of the audio, in dB; empty when not known
+    std::vector<float> loudness;  ///< of each 10 ms of the audio, in dB; empty when not known
+    float adaptationGain = -1.0f; ///< -1: not adapted
     std::vector<tessarin_span> unsaid;
     std::optional<tessarin_match> match;
     std::vector<tessarin_word_match> wordMatches;

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <cstddef>
 #include <fstream>
 #include <iterator>
 #include <limits>
@@ -14,6 +15,7 @@
 #include "c_api/flat_fixture.h"
 #include "support/riff_builder.h"
 #include "support/temp_file.h"
+#include "tessarin/model_adaptation.h"
 #include "tessarin/owned.h"
 
 namespace {
@@ -202,6 +204,40 @@ TEST_F(FlatInterface, SearchOptionsOfEveryVersionAreTaken) {
         EXPECT_EQ(tessarin_create_recognition(model.get(), audio.get(), &options, nullptr, &result),
                   TESSARIN_INVALID_ARGUMENT);
     }
+}
+
+TEST_F(FlatInterface, FitsTheModelToTheVoiceWhereThatIsWanted) {
+    const auto recognize = [&](uint32_t size, uint32_t mode) {
+        tessarin_search_options options{};
+        options.size = size;
+        options.adapt_mode = mode;
+        tessarin_result* result = nullptr;
+        EXPECT_EQ(tessarin_create_recognition(model.get(), audio.get(), &options, nullptr, &result),
+                  TESSARIN_OK);
+        return result_owner(result);
+    };
+    constexpr uint32_t kSize = sizeof(tessarin_search_options);
+    const result_owner plain = recognize(kSize, TESSARIN_ADAPT_OFF);
+    EXPECT_EQ(tessarin_get_adaptation_gain(plain.get()), -1.0f);
+    EXPECT_EQ(tessarin_get_adaptation_gain(nullptr), -1.0f);
+    const result_owner fitted = recognize(kSize, TESSARIN_ADAPT_ON);
+    EXPECT_GT(tessarin_get_adaptation_gain(fitted.get()), 0.0f);
+    EXPECT_NE(Lines(fitted.get()), Lines(plain.get()));
+    EXPECT_EQ(Lines(recognize(kSize, TESSARIN_ADAPT_OFF).get()), Lines(plain.get()))
+        << "the model stays as it was";
+    // By itself only where the gain is that of a stranger; so, too, for a struct without the mode.
+    const bool isStranger = tessarin_get_adaptation_gain(fitted.get()) >= tessarin::kKnownVoiceGain;
+    const std::vector<std::string> expected = Lines(isStranger ? fitted.get() : plain.get());
+    EXPECT_EQ(Lines(recognize(kSize, TESSARIN_ADAPT_AUTO).get()), expected);
+    EXPECT_EQ(Lines(recognize(offsetof(tessarin_search_options, adapt_mode), 0xdead).get()),
+              expected);
+
+    tessarin_search_options options{};
+    options.size = kSize;
+    options.adapt_mode = TESSARIN_ADAPT_ON + 1;
+    tessarin_result* result = nullptr;
+    EXPECT_EQ(tessarin_create_recognition(model.get(), audio.get(), &options, nullptr, &result),
+              TESSARIN_INVALID_ARGUMENT);
 }
 
 TEST_F(FlatInterface, JudgesHowWellTextAndAudioFit) {

@@ -91,6 +91,15 @@ class SameAsTheTool(unittest.TestCase):
         result = tessarin.recognize(WAV)
         self.assert_same(result, expected)
         self.assert_same_frames(result.track(), expected)
+        for adapt in ("on", "off"):
+            expected = tool("recognize", WAV, "--adapt", adapt)
+            result = tessarin.recognize(WAV, adapt=adapt)
+            self.assert_same(result, expected)
+            self.assertEqual(result.adaptation_gain is None, "adaptation" not in expected)
+            self.assertAlmostEqual(result.adaptation_gain or 0.0,
+                                   expected.get("adaptation", {}).get("gain", 0.0), places=3)
+        with self.assertRaises(ValueError):
+            tessarin.recognize(WAV, adapt="perhaps")
 
     def test_sentences(self) -> None:
         text = TEXT + "\nThe children built a boat – of “paper” – by the river. "

@@ -48,6 +48,13 @@ void AddRecognizeCommand(CLI::App& app) {
                            ->add_flag("--no-trigrams", options->noTrigrams,
                                       "Search without statistics of phoneme sequences")
                            ->excludes(trigrams);
+    options->recording.adapt = "auto";
+    command
+        ->add_option("--adapt", options->recording.adapt,
+                     "Fit the model to the voice first: on, off, or auto, which does so for voices "
+                     "that it does not know [auto]")
+        ->check(CLI::IsMember({"auto", "on", "off"}))
+        ->option_text("auto|on|off");
     // Only the search with statistics knows limits.
     command
         ->add_option("--limits", options->limits,

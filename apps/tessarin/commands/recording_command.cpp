@@ -17,6 +17,35 @@ tessarin::results_owner MakeResults() {
     return tessarin::results_owner(results);
 }
 
+opened_recording OpenGated(const recording_options& options, tessarin::CAccousticHMM& model) {
+    opened_recording recording =
+        OpenRecording(options.audio, ChannelNumber(options.channel), options.stretch, model);
+    AddGate(options.gate, options.audio, *recording.observations);
+    return recording;
+}
+
+/// A copy of `model` that fits the voice, or null where that is not wanted or not worth while.
+tessarin::model_owner AdaptToVoice(const recording_options& options, tessarin::CAccousticHMM& model,
+                                   timed_result* result) {
+    if (options.adapt == "off") {
+        return {};
+    }
+    const opened_recording recording = OpenGated(options, model);
+    float gain = 0.0f;
+    tessarin::CAccousticHMM* made = nullptr;
+    const int32_t code =
+        CreateAdaptedAccHMM(&model, recording.observations.get(),
+                            options.adapt == "on" ? 0.0f : tessarin::kKnownVoiceGain, &gain, &made);
+    if (code != tessarin::kNoError) {
+        throw EngineFailure(options.audio, code);
+    }
+    tessarin::model_owner adapted(made);
+    if (adapted) {
+        result->adaptationGain = gain;
+    }
+    return adapted;
+}
+
 } // namespace
 
 int ChannelNumber(const std::string& channel) {
@@ -49,15 +78,14 @@ timed_result FindTimings(const recording_options& options, tessarin::CAccousticH
     CatchInterrupts();
     const tessarin::results_owner results = MakeResults();
     ProgressBar progress(options.quiet);
-    opened_recording recording =
-        OpenRecording(options.audio, ChannelNumber(options.channel), options.stretch, model);
-    AddGate(options.gate, options.audio, *recording.observations);
-
     timed_result result;
     result.audio = options.audio;
+    const tessarin::model_owner adapted = AdaptToVoice(options, model, &result);
+    tessarin::CAccousticHMM& used = adapted ? *adapted : model;
+    opened_recording recording = OpenGated(options, used);
     result.durationMs = recording.durationMs;
     match_report report;
-    result.code = search(recording, model, progress, *results, report);
+    result.code = search(recording, used, progress, *results, report);
     if (result.code != tessarin::kNoError && result.code != tessarin::kRecognitionFailed) {
         throw EngineFailure(options.audio, result.code);
     }

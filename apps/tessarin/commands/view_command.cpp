@@ -31,7 +31,9 @@ timed_result FindTimings(const view_options& options) {
     if (!options.text.IsGiven()) {
         const tessarin::model_owner model = LoadHearingModel(recording.data);
         LoadTrigrams({}, recording.data, *model);
-        return FindTimings(recording, *model, nullptr, SearchForSounds());
+        recording_options fitted = recording;
+        fitted.adapt = "auto";
+        return FindTimings(fitted, *model, nullptr, SearchForSounds());
     }
     const tessarin::model_owner model = LoadModel(recording.data);
     const tessarin::transcriber_owner transcriber = LoadTranscriber(recording.data);

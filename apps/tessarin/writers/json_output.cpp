@@ -155,6 +155,9 @@ std::string WriteJson(const timed_result& result) {
     if (!result.loudness.empty()) {
         document["loudness"] = LoudnessJson(result.loudness);
     }
+    if (result.adaptationGain >= 0.0f) {
+        document["adaptation"] = {{"gain", Rounded(result.adaptationGain)}};
+    }
     if (result.match) {
         document["match"] = MatchJson(*result.match);
     }

@@ -187,14 +187,15 @@ class Engine:
             self._library.free_sentence_search(handle)
 
     def recognize(self, audio: Recording, *, channel: int = 1, from_ms: int = 0,
-                  to_ms: int | None = None,
+                  to_ms: int | None = None, adapt: str = "auto",
                   progress: ProgressFunction | None = None) -> Result:
         """Hears the phonemes of a recording without a text. Arguments and errors are those of
-        `align`; there are no words."""
+        `align`; there are no words. `adapt` is "on" to fit the model to the voice first, "off", or
+        "auto", which does so for voices that the model does not know."""
         recording = self._audio(audio, channel)
         return self._search("create_recognition", recording.name, None, progress,
                             self.model_for_hearing(), recording._handle,
-                            self._options(from_ms, to_ms, None))
+                            self._options(from_ms, to_ms, None, adapt=adapt))
 
     def transcribe(self, text: str, **reading: Any) -> list[Token]:
         """Reports how a text is said; `literal` and its like are those of `align`. Raises
@@ -243,7 +244,9 @@ class Engine:
     @classmethod
     def _options(cls, from_ms: int, to_ms: int | None, beam_width: int | None,
                  retry: bool = False, match: str = "auto",
-                 reading: Mapping[str, Any] | None = None) -> Any:
+                 reading: Mapping[str, Any] | None = None, adapt: str = "auto") -> Any:
+        if adapt not in _library.ADAPT_MODES:
+            raise ValueError('adapt is "auto", "on" or "off"')
         if match not in _library.MATCH_MODES:
             raise ValueError('match is "auto", "exact" or "loose"')
         if to_ms is not None and to_ms <= from_ms:
@@ -252,7 +255,8 @@ class Engine:
             size=ctypes.sizeof(_library.SearchOptions), beam_width=beam_width or 0,
             from_ms=from_ms, to_ms=to_ms or 0, flags=_library.SEARCH_RETRY if retry else 0,
             match_mode=_library.MATCH_MODES[match],
-            script=ctypes.pointer(cls._script(**(reading or {})))))
+            script=ctypes.pointer(cls._script(**(reading or {}))),
+            adapt_mode=_library.ADAPT_MODES[adapt]))
 
     def _search(self, function: str, subject: str, places: TextPlaces | None,
                 progress: ProgressFunction | None, *arguments: Any) -> Result:

@@ -56,7 +56,7 @@ class ScriptOptions(Structure):
 class SearchOptions(Structure):
     _fields_ = [("size", c_uint32), ("beam_width", c_int32), ("from_ms", c_int32),
                 ("to_ms", c_int32), ("flags", c_uint32), ("match_mode", c_uint32),
-                ("script", POINTER(ScriptOptions))]
+                ("script", POINTER(ScriptOptions)), ("adapt_mode", c_uint32)]
 
 
 class Match(Structure):
@@ -170,6 +170,9 @@ SCRIPT_LITERAL = 1
 SCRIPT_CUE_TIMES = 2
 UNSCRIPTED = 5
 MATCH_MODES = {"auto": 0, "exact": 1, "loose": 2}
+
+#: By the names of Engine.recognize.
+ADAPT_MODES = {"auto": 0, "off": 1, "on": 2}
 VERDICTS = ("unknown", "good", "doubtful", "poor")
 FLOAT = 2
 SEARCH_RETRY = 1
@@ -219,6 +222,7 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
     "get_track_frames": (POINTER(Frame), [c_void_p, _COUNT]),
     "free_track": (None, [c_void_p]),
     "create_result_from_phonemes": (c_int32, [POINTER(Phoneme), c_uint32, _OUT]),
+    "get_adaptation_gain": (c_float, [c_void_p]),
     "get_loudness": (POINTER(c_float), [c_void_p, _COUNT]),
     "set_loudness": (c_int32, [c_void_p, POINTER(c_float), c_uint32]),
     "get_curves": (POINTER(Curve), [c_void_p, _COUNT]),

@@ -230,6 +230,9 @@ class Result:
     known."""
     unsaid: list[UnsaidWord]
     match: Match | None
+    adaptation_gain: float | None
+    """By how much the logarithm of the likelihood of an observation grew, on average, when the
+    model was fitted to the voice; None when it was not."""
 
     def __init__(self, handle: int, places: TextPlaces | None) -> None:
         self._library = Library.get()
@@ -256,6 +259,7 @@ class Result:
         match = self._library.get_match(handle)
         self.match = self._match(match.contents) if match else None
         self.loudness = self._library.items("get_loudness", handle)
+        self.adaptation_gain = _known(self._library.get_adaptation_gain(handle))
 
     @classmethod
     def from_phonemes(cls, phonemes: Sequence[Phoneme],
