@@ -2,8 +2,6 @@
 #include <memory>
 #include <string>
 
-#include <nlohmann/json.hpp>
-
 #include "apps/tessarin/commands/commands.h"
 #include "apps/tessarin/commands/recording_command.h"
 #include "apps/tessarin/console/failure.h"
@@ -39,22 +37,6 @@ timed_result FindTimings(const view_options& options) {
     return FindTimings(recording, *model, &text, SearchForText(text, *transcriber, recording.data));
 }
 
-/// The page shows what has times.
-std::string WithoutUnsaid(std::string text) {
-    nlohmann::ordered_json document = nlohmann::ordered_json::parse(text, nullptr, false);
-    if (document.is_discarded() || !document.is_object() || !document.contains("words")) {
-        return text; // to be judged as it is
-    }
-    auto& words = document["words"];
-    const size_t count = words.size();
-    for (size_t i = words.is_array() ? count : 0; i-- > 0;) {
-        if (words[i].is_object() && words[i].contains("said") && words[i]["said"] == false) {
-            words.erase(i);
-        }
-    }
-    return words.size() == count ? text : document.dump();
-}
-
 /// What is shown, for the sheet and for the page.
 struct shown_result {
     timed_result result;
@@ -64,14 +46,13 @@ struct shown_result {
 shown_result Find(const view_options& options) {
     shown_result shown;
     shown.result = FindTimings(options);
-    shown.result.unsaid.clear(); // what is shown has times
     shown.json = WriteJson(shown.result);
     return shown;
 }
 
 shown_result ReadKnown(const view_options& options) {
     shown_result shown;
-    shown.json = WithoutUnsaid(ReadWholeFile(options.timings));
+    shown.json = ReadWholeFile(options.timings);
     RequireShowableJson(options.timings, shown.json);
     if (!options.sheet.empty()) {
         shown.result = ReadTimings(options.timings, false);
