@@ -1,0 +1,16 @@
+#!/bin/sh
+# Runs the add-on in Blender: run.sh TOOL LIBRARY FOLDER. 77 and a reason where Blender is missing.
+set -eu
+here=$(cd "$(dirname "$0")" && pwd)
+if ! command -v blender >/dev/null; then
+    echo "skipped: Blender is not installed; ./dev integrations installs it"
+    exit 77
+fi
+tool=$1 library=$2 folder=$3
+rm -rf "$folder"
+mkdir -p "$folder/scripts" "$folder/config"
+python3 "$here/../../../integrations/package.py" blender "$folder/tessarin-blender.zip"
+export BLENDER_USER_SCRIPTS="$folder/scripts" BLENDER_USER_CONFIG="$folder/config"
+export TESSARIN_LIBRARY="$library" TESSARIN_DATA="$here/../../../data"
+blender -b --factory-startup --python-exit-code 1 --python "$here/add_on_test.py" -- \
+    "$folder/tessarin-blender.zip" "$tool" "$folder"
