@@ -41,7 +41,8 @@ def unity(library):
     place = "com.tessarin.mouth"
     yield from sources(HERE / "unity" / place, place)
     yield ROOT / "LICENSE", f"{place}/LICENSE.md"
-    for name in ("en-us.model", "en-us-hearing.model", "en-us.calibration", "en-us.lexicon"):
+    for name in ("en-us.model", "en-us-hearing.model", "en-us.calibration", "en-us.lexicon",
+                 "en-us.trigrams"):
         yield ROOT / "data" / name, f"{place}/Data~/{name}"
     yield ROOT / "data" / "LICENSES.md", f"{place}/Data~/LICENSES.md"
     if library:
