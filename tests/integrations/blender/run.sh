@@ -3,9 +3,10 @@
 set -eu
 here=$(cd "$(dirname "$0")" && pwd)
 if ! command -v blender >/dev/null; then
-    echo "skipped: Blender is not installed; ./dev integrations installs it"
+    echo "integrations.blender skipped: Blender is not installed; ./dev integrations installs it"
     exit 77
 fi
+[ "$1" != --why ] || exit 0
 tool=$1 library=$2 folder=$3
 rm -rf "$folder"
 mkdir -p "$folder/scripts" "$folder/config"

@@ -5,9 +5,10 @@ set -eu
 here=$(cd "$(dirname "$0")" && pwd)
 root=$here/../../..
 if ! command -v mcs >/dev/null || ! command -v mono >/dev/null; then
-    echo "skipped: Mono is not installed; ./dev integrations installs it"
+    echo "integrations.unity skipped: Mono is not installed; ./dev integrations installs it"
     exit 77
 fi
+[ "$1" != --why ] || exit 0
 tool=$1 library=$2 folder=$3
 rm -rf "$folder"
 mkdir -p "$folder"
