@@ -8,14 +8,14 @@ import bpy
 class TESSARIN_UL_shapes(bpy.types.UIList):
     def draw_item(self, _context, layout, _data, item, _icon, _active_data, _active_name):
         target = item.id_data
-        row = layout.row(align=True)
+        layout.use_property_split = layout.use_property_decorate = False
+        row = layout.split(factor=0.2, align=True)
         row.label(text=item.name)
         keys = getattr(target.data, "shape_keys", None)
         if target.type == "ARMATURE":
             row.prop(item, "pose", text="")
         elif keys is not None:
             row.prop_search(item, "key", keys, "key_blocks", text="")
-        row.prop(item, "factor", text="")
 
 
 class _Panel:
@@ -30,6 +30,7 @@ class _Panel:
     def draw(self, context):
         layout, settings = self.layout, context.object.tessarin
         layout.use_property_split = True
+        layout.use_property_decorate = False  # none of these is animated
         layout.row().prop(settings, "source", expand=True)
         if settings.source == "FILE":
             layout.prop(settings, "audio")
@@ -43,6 +44,9 @@ class _Panel:
         row.prop(settings, "set")
         row.operator("tessarin.guess", text="", icon="VIEWZOOM")
         layout.template_list("TESSARIN_UL_shapes", "", settings, "mapping", settings, "active")
+        if settings.active < len(settings.mapping):
+            item = settings.mapping[settings.active]
+            layout.prop(item, "factor", text=f"Factor of {item.name}")
         for name in ("strength", "tolerance", "words"):
             layout.prop(settings, name)
         layout.operator("tessarin.animate", icon="PLAY")
