@@ -100,13 +100,17 @@ class AddOnTest(unittest.TestCase):
         edited = next(point for point in curve.keyframe_points if 0.3 < point.co[1] < 0.9)
         edited_frame = round(edited.co[0])
         edited.co[1] = 0.123
-        for frame, value in ((2000, 0.5), (-20, 0.75)):
+        # One of the animator's keys stands where the second run wants to put one of its own.
+        wanted = 100 + next(frame for name, frame in before
+                            if name == curve.data_path and frame > 300)
+        for frame, value in ((2000, 0.5), (-20, 0.75), (wanted, 0.321)):
             curve.keyframe_points.insert(frame, value)
         head.tessarin.start_frame = 101
         bpy.ops.tessarin.load(filepath=str(FOLDER / "echo.json"))
         after = keys_of(keys)
         path = curve.data_path
-        kept = {(path, 2000): 0.5, (path, -20): 0.75, (path, edited_frame): 0.123}
+        kept = {(path, 2000): 0.5, (path, -20): 0.75, (path, wanted): 0.321,
+                (path, edited_frame): 0.123}
         for place, value in kept.items():
             self.assertAlmostEqual(after[place], value, places=5)
         moved = {(name, frame + 100): value for (name, frame), value in before.items()}
