@@ -76,7 +76,7 @@ internal static unsafe class BindingTest
             Marshal.Prelink(method);
             ++count;
         }
-        Check(count > 50, "only " + count + " functions");
+        Check(count > 85, "only " + count + " functions");
         Check(Engine.Version.Contains("."), "version " + Engine.Version);
     }
 
@@ -272,6 +272,95 @@ internal static unsafe class BindingTest
         }
     }
 
+    private static void TextsAreReadAsTheToolReadsThem(Engine engine, Recording recording)
+    {
+        Token[] tokens = engine.Transcribe("I paid $5 on May 3rd, 1905.", new ScriptOptions());
+        string[] lines = File.ReadAllLines(At("transcript.tsv"));
+        var phonemes = new List<string>();
+        foreach (Token token in tokens)
+        {
+            if (token.Kind == SpanKind.Word) phonemes.Add(token.Phonemes);
+        }
+        string listed = string.Join("\n", lines);
+        Check(phonemes.Count > 6, phonemes.Count + " words");
+        foreach (string each in phonemes) Check(listed.Contains(each.Split('|')[0].Trim()), each + " is not in " + listed);
+        Check(engine.Transcribe("Hello, world.").Length >= 2, "a plain transcript");
+        using (Script script = engine.ReadScript("MARY (low): It is $5.\nTOM: No.", new ScriptOptions { Speaker = "MARY" }))
+        {
+            Check(script.Text.Contains("five dollars") && !script.Text.Contains("No"), script.Text);
+            Check(script.GetWords().Length == 3 && script.GetWords()[2].Spoken == "five dollars" && script.GetCues().Length == 0, "words of a script");
+            Check(Array.Exists(script.GetEvents(), each => each.Kind == SpanKind.Speaker), "the name is an event");
+            ScriptPart part = script.FindPart(script.Text.IndexOf("is "), 2);
+            Check(part.TextOffset == 15 && part.TextLength == 2 && part.Spoken == "is", part.TextOffset + " " + part.Spoken);
+            Check(script.GetUnsaid().Length == 0, "all characters are said");
+        }
+        CheckThrows<TessarinException>(() => engine.ReadScript("a", new ScriptOptions { Table = "what is this" }), "(code 12)");
+        Check(Engine.GetNearText(0xE9) == "e" && Engine.GetNearText(0x4E00) == null, "near texts");
+
+        Sentence[] sentences = engine.FindSentences(recording, File.ReadAllText(At("demo.txt")));
+        List<string> found = new List<string>(File.ReadAllLines(At("sentences.tsv")));
+        Check(sentences.Length > 2 && sentences[0].IsFound, sentences.Length + " sentences");
+        foreach (Sentence each in sentences)
+            Check(found.Exists(line => line.StartsWith(each.StartMs + "\t" + each.EndMs + "\t") && line.EndsWith(each.Text)), each.Text);
+    }
+
+    private static void CommandsAreHeard(Engine engine, Recording recording)
+    {
+        using (var commands = new Commands(engine))
+        {
+            commands.AddText("echo", "You are about to enter an echo test.");
+            commands.AddText("stop", "Stop the music.");
+            commands.AddPhonemes("go", "gOW");
+            int end = engine.FindSentences(recording, "You are about to enter an echo test.")[0].EndMs;
+            CommandMatch[] ranking = commands.Rank(recording, 0, end);
+            Check(ranking.Length == 3 && ranking[0].Name == "echo" && ranking[0].Score > ranking[1].Score, "ranking");
+            short[] samples = recording.GetSamples();
+            bool hasEnded = false;
+            for (int at = 0; at < end * 16 + 16000 && !hasEnded; at += 160) hasEnded = commands.Push(samples, at, 160);
+            Check(commands.RankUtterance()[0].Name == "echo", "an utterance");
+            CheckThrows<TessarinException>(() => commands.AddSample("echo", recording, 0, end), "echo");
+        }
+        using (var commands = new Commands(engine))
+        using (var again = new Commands(engine))
+        {
+            commands.AddSample("first", recording, 0, 2500);
+            commands.AddSample("second", recording, 2500, 5000);
+            again.AddPackedSamples(commands.PackSamples());
+            CommandMatch[] ranking = again.Rank(recording, 2500, 5000);
+            Check(ranking.Length == 2 && ranking[0].Name == "second" && ranking[0].Score < ranking[1].Score, "samples");
+            CheckThrows<TessarinException>(() => again.AddPackedSamples(new byte[] { 1, 2, 3 }), "samples");
+        }
+    }
+
+    private static void FactsAndSoundAreMeasured(Engine engine, Recording recording)
+    {
+        Check(engine.GetLabels().Length == 40 && engine.Facts.RateHz == 16000, "facts of a model");
+        string lexicon = Path.Combine(data, "en-us.lexicon");
+        LexiconFacts facts = LexiconFacts.FromFile(lexicon);
+        Check(facts.WordCount > 10000 && facts.EntryCount >= facts.WordCount && facts.HasTree, "facts of a lexicon");
+        Check(LexiconFacts.FromMemory(File.ReadAllBytes(lexicon)).Name == facts.Name && facts.Name.Length > 0, facts.Name);
+        float[] loudness = Recording.MeasureLoudness(recording.GetSamples(), recording.RateHz);
+        List<object> expected = List(Load("demo.json")["loudness"], "db");
+        Check(loudness.Length == expected.Count, loudness.Length + " values of loudness, not " + expected.Count);
+        for (int i = 0; i < loudness.Length; ++i) CheckNear(loudness[i], (double)expected[i], 0.06, "loudness " + i);
+        float levelDb;
+        using (Recording gated = recording.MakeGated(-40, 0, out levelDb))
+        {
+            CheckNear(levelDb, -40, 0.01, "level of the gate");
+            int silent = Array.FindAll(gated.GetSamples(), each => each == 0).Length;
+            Check(silent > Array.FindAll(recording.GetSamples(), each => each == 0).Length + 1600, "the gate silences");
+        }
+        File.WriteAllText(At("own.shapes"), "set own\nshapes OPEN\nAA OPEN 0.5\n");
+        using (Shapes own = Shapes.FromFile(At("own.shapes"))) Check(own.Names[0] == "OPEN", "shapes of a file");
+        using (var packed = new Engine(File.ReadAllBytes(Path.Combine(data, "en-us.model")), File.ReadAllBytes(lexicon),
+                                       File.ReadAllBytes(Path.Combine(data, "en-us.calibration"))))
+        using (var samples = new Recording(Array.ConvertAll(recording.GetSamples(), each => each / 32768f), 16000))
+        using (Result result = packed.Align(samples, File.ReadAllText(At("demo.txt"))))
+        {
+            Check(result.GetWords().Length == List(Load("demo.json"), "words").Count, "an engine in memory");
+        }
+    }
+
     private static void FailuresSayWhatToDo(Engine engine, Recording recording)
     {
         CheckThrows<TessarinException>(() => new Recording(At("missing.wav")), "missing.wav");
@@ -383,6 +472,9 @@ internal static unsafe class BindingTest
             RecognitionIsThatOfTheTool(recording);
             ShapesAreThoseOfTheTool();
             LiveAudioMakesNoGarbage(recording);
+            TextsAreReadAsTheToolReadsThem(engine, recording);
+            CommandsAreHeard(engine, recording);
+            FactsAndSoundAreMeasured(engine, recording);
             FailuresSayWhatToDo(engine, recording);
             TheComponentPlaysAnImportedTrack();
             TheComponentFollowsWhatIsHeard(recording);

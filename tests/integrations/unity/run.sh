@@ -20,6 +20,8 @@ cd "$folder"
     -o demo.visemes.csv -o demo.arkit.csv -o demo.vrm.csv -o demo.switches.tsv
 "$tool" recognize demo.wav -q -o heard.json
 tail -c +45 demo.wav | "$tool" live > live.jsonl
+"$tool" transcribe --text 'I paid $5 on May 3rd, 1905.' >transcript.tsv
+"$tool" align demo.wav --text-file demo.txt --sentences --format tsv -q >sentences.tsv
 python3 "$root/integrations/package.py" unity package.zip
 python3 -m zipfile -e package.zip .
 package=com.tessarin.mouth

@@ -29,6 +29,32 @@ namespace Tessarin
                 samples, (uint)samples.Length, (uint)rateHz, out Handle));
         }
 
+        private Recording(AudioHandle made) { Handle = made; }
+
+        /// <summary>A copy whose quiet stretches are silenced; 0 lets the quietest `share` of it decide what is
+        /// quiet, and a share of 0 is 0.28.</summary>
+        public Recording MakeGated(float thresholdDb, float share, out float levelDb)
+        {
+            var options = new RawGateOptions {
+                Size = (uint)Marshal.SizeOf(typeof(RawGateOptions)), ThresholdDb = thresholdDb, Percentile = share
+            };
+            AudioHandle made;
+            TessarinException.ThrowUnlessDone(
+                "gate", Native.tessarin_create_gated_audio(Handle, ref options, out levelDb, out made));
+            return new Recording(made);
+        }
+
+        /// <summary>The loudness of each 10 ms of samples in dB of full scale.</summary>
+        public static float[] MeasureLoudness(short[] samples, int rateHz)
+        {
+            var db = new float[(long)samples.Length * 100 / Math.Max(rateHz, 1) + 2];
+            uint values = (uint)db.Length;
+            TessarinException.ThrowUnlessDone("samples",
+                Native.tessarin_measure_loudness(samples, (uint)samples.Length, (uint)rateHz, db, ref values));
+            Array.Resize(ref db, (int)values);
+            return db;
+        }
+
         public int RateHz { get { return (int)Native.tessarin_get_audio_rate_hz(Handle); } }
 
         public short[] GetSamples()
@@ -51,8 +77,21 @@ namespace Tessarin
         public int BeamWidth;  // 0: 2000
         public bool Retry;
         public MatchMode Match = MatchMode.Auto;
+        public ScriptOptions Script; // how the text is read; null: the defaults
         /// <summary>Called with what is done of how much, on the thread of the search; true cancels.</summary>
         public Func<uint, uint, bool> Progress;
+    }
+
+    /// <summary>A sentence of a text; its times are -1 when it was not found.</summary>
+    public struct Sentence
+    {
+        public string Text;
+        public double Score;
+        public bool IsFound;
+        public int StartMs;
+        public int EndMs;
+        public int TextOffset;
+        public int TextLength;
     }
 
     public enum MatchMode { Auto = 0, Exact = 1, Loose = 2 }
@@ -62,6 +101,8 @@ namespace Tessarin
     {
         internal ModelHandle Model;
         private LanguageHandle language;
+
+        internal LanguageHandle LanguageHandle { get { return language; } }
 
         /// <summary>Opens en-us.model and en-us.lexicon in a folder.</summary>
         public static Engine FromFolder(string folder)
@@ -149,31 +190,128 @@ namespace Tessarin
                 Native.tessarin_create_recognition(Model, recording.Handle, ref raw, ref progress, out made));
         }
 
-        private delegate int SearchCall(ref RawSearchOptions options, ref RawProgress progress, out ResultHandle made);
-
-        private static Result Search(string subject, SearchOptions options, SearchCall call)
+        /// <summary>Which sentences of a text were said, in the order of the text; 0 stands for the usual
+        /// least score.</summary>
+        public unsafe Sentence[] FindSentences(Recording recording, string text, float minScore = 0,
+                                               SearchOptions options = null)
         {
             options = options ?? new SearchOptions();
-            var raw = new RawSearchOptions {
+            RawSearchOptions raw = RawOptions(options);
+            SentencesHandle made = null;
+            int code = Watched(options, ref raw, (ref RawSearchOptions lent, ref RawProgress progress) =>
+                Native.tessarin_create_sentence_search(Model, language, recording.Handle, Texts.Bytes(text), minScore,
+                                                       ref lent, ref progress, out made));
+            TessarinException.ThrowUnlessDone("text", code);
+            using (made)
+            {
+                uint count;
+                RawSentence* first = Native.tessarin_get_sentences(made, out count);
+                var sentences = new Sentence[count];
+                for (int i = 0; i < count; ++i)
+                    sentences[i] = new Sentence {
+                        Score = first[i].Score, Text = Texts.Read(first[i].Text), IsFound = first[i].IsFound != 0,
+                        StartMs = first[i].StartMs, EndMs = first[i].EndMs, TextOffset = first[i].TextOffset,
+                        TextLength = first[i].TextLength
+                    };
+                return sentences;
+            }
+        }
+
+        /// <summary>How a text is said.</summary>
+        public unsafe Token[] Transcribe(string text, ScriptOptions options = null)
+        {
+            TranscriptHandle made = null;
+            byte[] bytes = Texts.Bytes(text);
+            TessarinException.ThrowUnlessDone("text", options == null
+                ? Native.tessarin_create_transcript(language, bytes, out made)
+                : ScriptOptions.Lend(options, lent =>
+                    Native.tessarin_create_script_transcript(language, bytes, lent, out made)));
+            using (made)
+            {
+                uint count;
+                RawToken* first = Native.tessarin_get_transcript_tokens(made, out count);
+                var tokens = new Token[count];
+                for (int i = 0; i < count; ++i)
+                    tokens[i] = new Token {
+                        Kind = (SpanKind)first[i].Kind, Text = Texts.Read(first[i].Text),
+                        Phonemes = Texts.Read(first[i].Phonemes), TextOffset = first[i].TextOffset,
+                        TextLength = first[i].TextLength, CutMs = first[i].CutMs
+                    };
+                return tokens;
+            }
+        }
+
+        /// <summary>Reads a text as people write it, without transcribing it.</summary>
+        public Script ReadScript(string text, ScriptOptions options = null)
+        {
+            ScriptHandle made = null;
+            TessarinException.ThrowUnlessDone("text", ScriptOptions.Lend(options, lent =>
+                Native.tessarin_create_script(language, Texts.Bytes(text), lent, out made)));
+            return new Script(made);
+        }
+
+        public unsafe ModelFacts Facts { get { return *Native.tessarin_get_model_facts(Model); } }
+
+        /// <summary>The phonemes of the model.</summary>
+        public unsafe string[] GetLabels()
+        {
+            ModelFacts facts = Facts;
+            var labels = new string[facts.PhonemeCount];
+            for (int i = 0; i < labels.Length; ++i) labels[i] = Texts.Read(((IntPtr*)facts.Labels)[i]);
+            return labels;
+        }
+
+        /// <summary>What to say for a character that a code page lacks; null when nothing is near.</summary>
+        public static string GetNearText(int character)
+        {
+            IntPtr text = Native.tessarin_get_near_text((uint)character);
+            return text == IntPtr.Zero ? null : Texts.Read(text);
+        }
+
+        private delegate int SearchCall(ref RawSearchOptions options, ref RawProgress progress, out ResultHandle made);
+
+        private static RawSearchOptions RawOptions(SearchOptions options)
+        {
+            return new RawSearchOptions {
                 Size = (uint)Marshal.SizeOf(typeof(RawSearchOptions)), BeamWidth = options.BeamWidth,
                 FromMs = options.FromMs, ToMs = options.ToMs, Flags = options.Retry ? 1u : 0u,
                 MatchMode = (uint)options.Match
             };
+        }
+
+        private static Result Search(string subject, SearchOptions options, SearchCall call)
+        {
+            options = options ?? new SearchOptions();
+            RawSearchOptions raw = RawOptions(options);
+            ResultHandle made = null;
+            int code = Watched(options, ref raw, (ref RawSearchOptions lent, ref RawProgress progress) =>
+                call(ref lent, ref progress, out made));
+            if (code == 0 || code == TessarinException.RecognitionFailed) return new Result(made, code);
+            made.Dispose();
+            throw new TessarinException(subject, code);
+        }
+
+        private delegate int WatchedCall(ref RawSearchOptions options, ref RawProgress progress);
+
+        /// <summary>Makes a call with the options for texts and the progress in the library's form; what the
+        /// progress function throws is thrown again.</summary>
+        private static int Watched(SearchOptions options, ref RawSearchOptions raw, WatchedCall call)
+        {
             GCHandle watched = GCHandle.Alloc(new Watch { Progress = options.Progress });
             try
             {
                 var progress = new RawProgress { User = GCHandle.ToIntPtr(watched) };
                 if (options.Progress != null)
                     progress.OnProgress = Marshal.GetFunctionPointerForDelegate(OnProgressCallback);
-                ResultHandle made;
-                int code = call(ref raw, ref progress, out made);
-                Exception raised = ((Watch)watched.Target).Raised;
-                if (raised != null || (code != 0 && code != TessarinException.RecognitionFailed))
+                RawSearchOptions lent = raw;
+                int code = ScriptOptions.Lend(options.Script, script =>
                 {
-                    made.Dispose();
-                    throw raised ?? new TessarinException(subject, code);
-                }
-                return new Result(made, code);
+                    lent.Script = script;
+                    return call(ref lent, ref progress);
+                });
+                Exception raised = ((Watch)watched.Target).Raised;
+                if (raised != null) throw raised;
+                return code;
             }
             finally
             {

@@ -50,4 +50,29 @@ namespace Tessarin
     {
         protected override bool ReleaseHandle() { Native.tessarin_free_live(handle); return true; }
     }
+
+    public sealed class LexiconHandle : Handle
+    {
+        protected override bool ReleaseHandle() { Native.tessarin_free_lexicon(handle); return true; }
+    }
+
+    public sealed class TranscriptHandle : Handle
+    {
+        protected override bool ReleaseHandle() { Native.tessarin_free_transcript(handle); return true; }
+    }
+
+    public sealed class ScriptHandle : Handle
+    {
+        protected override bool ReleaseHandle() { Native.tessarin_free_script(handle); return true; }
+    }
+
+    public sealed class SentencesHandle : Handle
+    {
+        protected override bool ReleaseHandle() { Native.tessarin_free_sentence_search(handle); return true; }
+    }
+
+    public sealed class CommandsHandle : Handle
+    {
+        protected override bool ReleaseHandle() { Native.tessarin_free_commands(handle); return true; }
+    }
 }

@@ -183,7 +183,7 @@ namespace Tessarin
     internal delegate int ProgressCallback(IntPtr user, uint done, uint total);
 
     /// <summary>The functions of the library. Texts are bytes of UTF-8 that end in a zero.</summary>
-    internal static unsafe class Native
+    internal static unsafe partial class Native
     {
         private const string Library = "tessarin";
         private const CallingConvention C = CallingConvention.Cdecl;

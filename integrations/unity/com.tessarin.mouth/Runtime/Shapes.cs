@@ -32,11 +32,24 @@ namespace Tessarin
         /// <summary>A map of your own.</summary>
         public static Shapes FromText(string text)
         {
+            return Read("mouth shapes", Texts.Bytes(text), Native.tessarin_create_shapes_from_text);
+        }
+
+        /// <summary>The same from a file.</summary>
+        public static Shapes FromFile(string path)
+        {
+            return Read(path, Texts.Bytes(path), Native.tessarin_create_shapes_from_file);
+        }
+
+        private delegate int ReadCall(byte[] source, byte[] reason, uint reasonSize, out ShapesHandle made);
+
+        private static Shapes Read(string subject, byte[] source, ReadCall call)
+        {
             var reason = new byte[ReasonBytes];
             ShapesHandle made;
-            int code = Native.tessarin_create_shapes_from_text(Texts.Bytes(text), reason, ReasonBytes, out made);
+            int code = call(source, reason, ReasonBytes, out made);
             if (code != 0)
-                throw new TessarinException("mouth shapes", code,
+                throw new TessarinException(subject, code,
                     Encoding.UTF8.GetString(reason, 0, Math.Max(0, Array.IndexOf(reason, (byte)0))));
             return new Shapes(made);
         }
