@@ -37,6 +37,9 @@ void AddListeningOptions(CLI::App& command, recording_options* options) {
     AddGateOption(command, &options->gate);
     AddTrackOptions(command, &options->track);
     command.add_flag("-q,--quiet", options->quiet, "Show no progress bar");
+    command.add_flag("--progress-lines", options->progressLines,
+                     "Write progress as lines, such as \"progress 42\", in percent of the search "
+                     "at hand, on standard error");
 }
 
 void AddRecordingOptions(CLI::App& command, recording_options* options) {
@@ -48,7 +51,7 @@ timed_result FindTimings(const recording_options& options, tessarin::CAccousticH
                          const SpokenText* text, const recording_search& search) {
     CatchInterrupts();
     const tessarin::results_owner results = MakeResults();
-    ProgressBar progress(options.quiet);
+    ProgressBar progress(options.quiet, options.progressLines);
     opened_recording recording =
         OpenRecording(options.audio, ChannelNumber(options.channel), options.stretch, model);
     AddGate(options.gate, options.audio, *recording.observations);

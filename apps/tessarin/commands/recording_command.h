@@ -23,6 +23,7 @@ struct recording_options {
     track_options track;
     output_options outputs;
     bool quiet = false;
+    bool progressLines = false; // for programs that start the tool
 };
 
 /// The recording, how it is listened to and how the track is made.
