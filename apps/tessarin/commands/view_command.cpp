@@ -34,9 +34,10 @@ timed_result FindTimings(const view_options& options) {
         return FindTimings(recording, *model, nullptr, SearchForSounds());
     }
     const tessarin::model_owner model = LoadModel(recording.data);
-    const tessarin::transcriber_owner transcriber = LoadTranscriber(recording.data);
-    const SpokenText text = ReadText(options.text, options.recording.data, *transcriber);
-    return FindTimings(recording, *model, &text, SearchForText(text, *transcriber, recording.data));
+    const EngineLanguage language(recording.data);
+    const SpokenText text = ReadText(options.text, language);
+    return FindTimings(recording, *model, &text,
+                       SearchForText(text, language.GetTranscriber(), recording.data));
 }
 
 /// The page shows what has times.
@@ -120,9 +121,11 @@ void AddViewCommand(CLI::App& app) {
         "the text, or recognized if no text is given");
     timings->option_text("FILE");
     // What was found already is shown as it is.
-    for (const char* other : {"--text", "--text-file", "--encoding", "--lexicon", "--words",
-                              "--model", "--from", "--to", "--gate", "--rules", "--fps", "--smooth",
-                              "--slope", "--max-shapes", "--gain", "--common-keys", "--quantize"}) {
+    for (const char* other :
+         {"--text", "--text-file", "--encoding", "--literal", "--text-format", "--speaker",
+          "--script-table", "--cue-times", "--lexicon", "--words", "--model", "--from", "--to",
+          "--gate", "--rules", "--fps", "--smooth", "--slope", "--max-shapes", "--gain",
+          "--common-keys", "--quantize"}) {
         timings->excludes(other);
     }
     command
