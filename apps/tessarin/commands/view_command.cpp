@@ -1,3 +1,4 @@
+#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -8,6 +9,7 @@
 #include "apps/tessarin/commands/recording_command.h"
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/console/file_io.h"
+#include "apps/tessarin/match_report.h"
 #include "apps/tessarin/options/text_options.h"
 #include "apps/tessarin/page/view_page.h"
 #include "apps/tessarin/pictures/mouth_sheet.h"
@@ -36,8 +38,12 @@ timed_result FindTimings(const view_options& options) {
     const tessarin::model_owner model = LoadModel(recording.data);
     const EngineLanguage language(recording.data);
     const SpokenText text = ReadText(options.text, language);
-    return FindTimings(recording, *model, &text,
-                       SearchForText(text, language.GetTranscriber(), recording.data));
+    timed_result result = FindTimings(
+        recording, *model, &text, SearchForText(text, language.GetTranscriber(), recording.data));
+    if (const std::string mismatch = DescribeMismatch(result); !mismatch.empty()) {
+        std::fprintf(stderr, "tessarin: %s\n", mismatch.c_str());
+    }
+    return result;
 }
 
 /// The page shows what has times.
@@ -101,9 +107,7 @@ void RunView(const view_options& options) {
         WriteOutput(options.output.empty() ? "-" : options.output,
                     MakeViewPage(title, shown.json, audio));
     }
-    if (shown.result.code != tessarin::kNoError) {
-        throw EngineFailure(path, shown.result.code);
-    }
+    RequireFound(shown.result);
 }
 
 } // namespace
@@ -122,9 +126,10 @@ void AddViewCommand(CLI::App& app) {
     timings->option_text("FILE");
     // What was found already is shown as it is.
     for (const char* other :
-         {"--text", "--text-file", "--encoding", "--literal", "--text-format", "--speaker",
-          "--script-table", "--cue-times", "--lexicon", "--words", "--model", "--from", "--to",
-          "--gate", "--rules", "--fps", "--smooth", "--slope", "--max-shapes", "--gain",
+         {"--text",        "--text-file",    "--encoding",  "--literal",    "--text-format",
+          "--speaker",     "--script-table", "--cue-times", "--lexicon",    "--words",
+          "--model",       "--from",         "--to",        "--gate",       "--rules",
+          "--fps",         "--smooth",       "--slope",     "--max-shapes", "--gain",
           "--common-keys", "--quantize"}) {
         timings->excludes(other);
     }
