@@ -1,5 +1,7 @@
 #include "apps/tessarin/commands/recording_command.h"
 
+#include <algorithm>
+
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/console/progress_bar.h"
 #include "apps/tessarin/match_report.h"
@@ -75,13 +77,25 @@ timed_result FindTimings(const recording_options& options, tessarin::CAccousticH
     return result;
 }
 
+void RequireFound(const timed_result& result) {
+    if (result.code == tessarin::kNoError) {
+        return;
+    }
+    constexpr float kSilentDb = -90.0f; // below the noise of any microphone
+    const bool isSilent =
+        !result.loudness.empty() &&
+        std::ranges::all_of(result.loudness, [](float db) { return db < kSilentDb; });
+    throw Failure(kExitFailed, DescribeCode(result.audio, result.code) +
+                                   (isSilent ? "\n  it is silent from beginning to end; check the "
+                                               "recording, or choose another --channel"
+                                             : ""));
+}
+
 timed_result AnimateRecording(const recording_options& options, tessarin::CAccousticHMM& model,
                               const SpokenText* text, const recording_search& search) {
     const OutputPlan outputs(options.outputs);
     const timed_result result = FindTimings(options, model, text, search);
     outputs.Write(result);
-    if (result.code != tessarin::kNoError) {
-        throw EngineFailure(options.audio, result.code);
-    }
+    RequireFound(result);
     return result;
 }

@@ -46,6 +46,9 @@ using recording_search = std::function<int32_t(
 timed_result FindTimings(const recording_options& options, tessarin::CAccousticHMM& model,
                          const SpokenText* text, const recording_search& search);
 
+/// Throws Failure where the search lost the text, with what is known of the reason.
+void RequireFound(const timed_result& result);
+
 /// FindTimings, and writes all that was found, which is returned. Throws Failure; when the search
 /// lost the text, only after what it found was written.
 timed_result AnimateRecording(const recording_options& options, tessarin::CAccousticHMM& model,

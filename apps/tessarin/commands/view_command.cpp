@@ -1,3 +1,4 @@
+#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -6,6 +7,7 @@
 #include "apps/tessarin/commands/recording_command.h"
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/console/file_io.h"
+#include "apps/tessarin/match_report.h"
 #include "apps/tessarin/options/text_options.h"
 #include "apps/tessarin/page/view_page.h"
 #include "apps/tessarin/pictures/mouth_sheet.h"
@@ -32,9 +34,14 @@ timed_result FindTimings(const view_options& options) {
         return FindTimings(recording, *model, nullptr, SearchForSounds());
     }
     const tessarin::model_owner model = LoadModel(recording.data);
-    const tessarin::transcriber_owner transcriber = LoadTranscriber(recording.data);
-    const SpokenText text = ReadText(options.text, options.recording.data, *transcriber);
-    return FindTimings(recording, *model, &text, SearchForText(text, *transcriber, recording.data));
+    const EngineLanguage language(recording.data);
+    const SpokenText text = ReadText(options.text, language);
+    timed_result result = FindTimings(
+        recording, *model, &text, SearchForText(text, language.GetTranscriber(), recording.data));
+    if (const std::string mismatch = DescribeMismatch(result); !mismatch.empty()) {
+        std::fprintf(stderr, "tessarin: %s\n", mismatch.c_str());
+    }
+    return result;
 }
 
 /// What is shown, for the sheet and for the page.
@@ -81,9 +88,7 @@ void RunView(const view_options& options) {
         WriteOutput(options.output.empty() ? "-" : options.output,
                     MakeViewPage(title, shown.json, audio));
     }
-    if (shown.result.code != tessarin::kNoError) {
-        throw EngineFailure(path, shown.result.code);
-    }
+    RequireFound(shown.result);
 }
 
 } // namespace
@@ -101,9 +106,12 @@ void AddViewCommand(CLI::App& app) {
         "the text, or recognized if no text is given");
     timings->option_text("FILE");
     // What was found already is shown as it is.
-    for (const char* other : {"--text", "--text-file", "--encoding", "--lexicon", "--words",
-                              "--model", "--from", "--to", "--gate", "--rules", "--fps", "--smooth",
-                              "--slope", "--max-shapes", "--gain", "--common-keys", "--quantize"}) {
+    for (const char* other :
+         {"--text",        "--text-file",    "--encoding",  "--literal",    "--text-format",
+          "--speaker",     "--script-table", "--cue-times", "--lexicon",    "--words",
+          "--model",       "--from",         "--to",        "--gate",       "--rules",
+          "--fps",         "--smooth",       "--slope",     "--max-shapes", "--gain",
+          "--common-keys", "--quantize"}) {
         timings->excludes(other);
     }
     command
