@@ -24,10 +24,20 @@ void SetCalibration(const std::string& path, const std::string& text,
     }
 }
 
+/// A text of marks alone would be found in every recording.
+void RequireWords(const std::string& local) {
+    constexpr const char* kMarks = " \t\r\n\f\v.,;:!?\"'()-\x85\x91\x92\x93\x94\x96\x97\xA0";
+    if (local.find_first_not_of(kMarks) == std::string::npos) {
+        throw Failure(kExitFailed, "the text has no words, only marks; give the words that are "
+                                   "said, or use recognize, which needs none");
+    }
+}
+
 } // namespace
 
 recording_search SearchForText(const SpokenText& text, tessarin::IVisemixTranscriber& transcriber,
                                const data_options& data, const text_search_options& options) {
+    RequireWords(text.GetLocal());
     tessarin::IMatchAligner* made = nullptr;
     const int32_t code = CreateMatchAligner(&made);
     if (code != tessarin::kNoError) {

@@ -1,5 +1,7 @@
 #include "apps/tessarin/timed_result.h"
 
+#include <string_view>
+
 #include "apps/tessarin/readers/spoken_text.h"
 
 using tessarin::CSyncMarker;
@@ -25,6 +27,26 @@ timed_span SpanOf(const CSyncMarker& marker, const SpokenText* text) {
     return span;
 }
 
+/// What stands between the halves of a word such as "re-enter", of which a script says two.
+bool IsJoint(std::string_view gap) {
+    return gap == "-" || gap == "/" || gap == "\xE2\x80\x90" || gap == "\xE2\x80\x91";
+}
+
+void FindJoints(const SpokenText& text, std::vector<timed_span>& words) {
+    constexpr int32_t kLongestJoint = 3; // bytes
+    for (size_t i = 0; i + 1 < words.size(); ++i) {
+        const int32_t end = words[i].textOffset + words[i].textLength;
+        const int32_t length = words[i + 1].textOffset - end;
+        if (length < 1 || length > kLongestJoint) {
+            continue;
+        }
+        const std::string gap = text.GetUtf8({end, length});
+        if (IsJoint(gap)) {
+            words[i].joint = gap;
+        }
+    }
+}
+
 } // namespace
 
 void CollectMarkers(tessarin::ISyncResultsCollection& results, const SpokenText* text,
@@ -45,6 +67,9 @@ void CollectMarkers(tessarin::ISyncResultsCollection& results, const SpokenText*
         default:
             break;
         }
+    }
+    if (text != nullptr) {
+        FindJoints(*text, out->words);
     }
 }
 

@@ -21,7 +21,8 @@ typedef struct tessarin_script_part {
 
 /** Reads a text without transcribing it. `language` may be null; with one, its lexicon
    decides what is a word and what is letters or a sound. LITERAL is not an option of it.
-   INVALID_ARGUMENT; INVALID_FILE for a table that does not read; INVALID_UTF8. */
+   INVALID_ARGUMENT; INVALID_FILE for a table that does not read; INVALID_UTF8; NOT_AVAILABLE for a
+   language that has no table, when the options have none: its texts are read literally. */
 TESSARIN_API int32_t tessarin_create_script(tessarin_language* language, const char* text,
                                             const tessarin_script_options* options,
                                             tessarin_script** out);

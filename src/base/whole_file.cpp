@@ -98,8 +98,8 @@ error_code WriteInPlace(const std::string& target, std::span<const uint8_t> cont
     uint32_t oldSize = 0;
     const auto old = ReadWholeFile(target.c_str(), &oldSize, false);
     const error_code code = OverwriteFrom0(target, content);
-    if (code == kWriteFailed && old != nullptr &&
-        OverwriteFrom0(target, {old.get(), oldSize}) != kNoError) {
+    if (code == kWriteFailed &&
+        (old == nullptr || OverwriteFrom0(target, {old.get(), oldSize}) != kNoError)) {
         flog::Message("WriteWholeFile: %s has lost its old contents", target.c_str());
     }
     return code;
@@ -122,12 +122,20 @@ error_code Replace(const std::string& target, std::span<const uint8_t> content, 
 
 /// Makes a file where there is none.
 error_code Make(const std::string& target, std::span<const uint8_t> content) {
-    const error_code code = WriteBeside(target, content, fs::perms::unknown);
-    if (code != kFileLocked) {
-        return code;
+    const error_code beside = WriteBeside(target, content, fs::perms::unknown);
+    if (beside != kFileLocked) {
+        return beside;
     }
     file_ptr file(std::fopen(target.c_str(), "wbx")); // a name that has no room for an ending
-    return file == nullptr ? kFileLocked : WriteAndClose(std::move(file), content);
+    if (file == nullptr) {
+        return kFileLocked;
+    }
+    const error_code written = WriteAndClose(std::move(file), content);
+    if (written != kNoError) {
+        std::error_code failure;
+        fs::remove(target, failure); // nobody takes the half of a file for the whole
+    }
+    return written;
 }
 
 } // namespace

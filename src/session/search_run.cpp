@@ -7,7 +7,7 @@
 #include <limits>
 #include <span>
 
-#include "mouth/loudness.h"
+#include "session/match_parts.h"
 #include "session/progress_bridge.h"
 #include "session/script_parts.h"
 #include "session/spoken_language.h"
@@ -29,7 +29,9 @@ public:
     /// Copies what was found; `text` is null without one.
     std::unique_ptr<tessarin_result> TakeResult(const SpanText* text);
     /// Adds what the alignment says of the match to the result that was taken.
-    void AddMatch(const SpanText& text, tessarin_result& taken) const;
+    void AddMatch(const SpanText& text, tessarin_result& taken) const {
+        tessarin::AddMatch(*aligner, options.from_ms, text, taken);
+    }
 
 private:
     CAccousticHMM& model;
@@ -99,16 +101,6 @@ error_code Search::Recognize() {
                                          result->markers.get());
 }
 
-/// Has a time in a stretch count from the beginning of the audio, held to the range of the result.
-void Shift(int32_t shiftMs, int32_t& ms) {
-    ms = static_cast<int32_t>(
-        std::min<int64_t>(int64_t{ms} + shiftMs, std::numeric_limits<int32_t>::max()));
-}
-
-const char* Keep(std::string text, std::vector<std::unique_ptr<std::string>>& texts) {
-    return texts.emplace_back(std::make_unique<std::string>(std::move(text)))->c_str();
-}
-
 tessarin_phoneme PhonemeOf(const CSyncMarker& marker) {
     tessarin_phoneme phoneme{marker.start, marker.end, marker.score, {}};
     std::memcpy(phoneme.label, marker.label, sizeof phoneme.label);
@@ -150,8 +142,8 @@ void AddSpan(const CSyncMarker& marker, const SpanText* text, tessarin_result& r
 std::unique_ptr<tessarin_result> Search::TakeResult(const SpanText* text) {
     CSyncMarker* const end = result->markers->end();
     for (CSyncMarker* marker = result->markers->begin(); marker != end; ++marker) {
-        Shift(options.from_ms, marker->start);
-        Shift(options.from_ms, marker->end);
+        marker->start = ShiftTime(marker->start, options.from_ms);
+        marker->end = ShiftTime(marker->end, options.from_ms);
         switch (marker->type) {
         case kPhonemeMarker:
             result->phonemes.push_back(PhonemeOf(*marker));
@@ -165,54 +157,8 @@ std::unique_ptr<tessarin_result> Search::TakeResult(const SpanText* text) {
             break;
         }
     }
-    result->loudness = MeasureLoudness(audio.samples, audio.rateHz);
+    result->loudness = audio.GetLoudness();
     return std::move(result);
-}
-
-tessarin_span SpanAt(int32_t kind, int32_t startMs, int32_t endMs, SpanText::place place,
-                     std::string spelling, tessarin_result& result) {
-    return {kind,         startMs,      endMs,
-            place.offset, place.length, Keep(std::move(spelling), result.texts)};
-}
-
-void Search::AddMatch(const SpanText& text, tessarin_result& taken) const {
-    uint32_t count = 0;
-    const match_word* const words = aligner->GetWords(&count);
-    if (count == 0) {
-        return;
-    }
-    uint32_t said = 0;
-    for (const match_word& word : std::span(words, count)) {
-        const bool isSaid = word.is_said != 0;
-        const auto index = isSaid ? said++ : static_cast<uint32_t>(taken.unsaid.size());
-        taken.wordMatches.push_back({isSaid ? 1 : 0, index, word.confidence, word.margin});
-        if (!isSaid) {
-            const SpanText::place place =
-                text.FindOriginal(static_cast<int32_t>(word.text_start),
-                                  static_cast<int32_t>(word.text_end - word.text_start));
-            taken.unsaid.push_back(
-                SpanAt(TESSARIN_WORD, -1, -1, place, text.GetOriginal(place), taken));
-        }
-    }
-    const match_stretch* const stretches = aligner->GetUnscripted(&count);
-    for (const match_stretch& each : std::span(stretches, count)) {
-        int32_t startMs = each.start_ms;
-        int32_t endMs = each.end_ms;
-        Shift(options.from_ms, startMs);
-        Shift(options.from_ms, endMs);
-        const SpanText::place place = text.FindOriginal(static_cast<int32_t>(each.text_start), 0);
-        taken.events.push_back(
-            SpanAt(TESSARIN_UNSCRIPTED, startMs, endMs, {place.offset, 0}, "", taken));
-    }
-    if (count > 0) {
-        std::ranges::stable_sort(taken.events, {}, &tessarin_span::start_ms);
-    }
-    const float* const confidences = aligner->GetPhonemeConfidences(&count);
-    taken.phonemeConfidences.assign(confidences, confidences + count);
-    match_summary summary;
-    aligner->GetSummary(&summary);
-    taken.match = {summary.verdict, summary.score, summary.is_loose, summary.unscripted_ms,
-                   summary.margin,  summary.fit,   summary.duration, summary.spread};
 }
 
 bool HasFound(error_code code) {
@@ -233,6 +179,15 @@ std::string PhonemesOf(const CTxMarker& token) {
 }
 
 } // namespace
+
+int32_t ShiftTime(int32_t ms, int32_t shiftMs) {
+    return static_cast<int32_t>(
+        std::min<int64_t>(int64_t{ms} + shiftMs, std::numeric_limits<int32_t>::max()));
+}
+
+const char* Keep(std::string text, std::vector<std::unique_ptr<std::string>>& texts) {
+    return texts.emplace_back(std::make_unique<std::string>(std::move(text)))->c_str();
+}
 
 error_code ReadSearchOptions(const tessarin_search_options* given, tessarin_search_options& out) {
     out = {};

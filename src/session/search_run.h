@@ -58,6 +58,12 @@ struct search_input {
 /// size or a flag that does not exist.
 error_code ReadSearchOptions(const tessarin_search_options* given, tessarin_search_options& out);
 
+/// Has a time in a stretch count from the beginning of the audio, held to the range of the result.
+int32_t ShiftTime(int32_t ms, int32_t shiftMs);
+
+/// `text` as it stays in `texts`.
+const char* Keep(std::string text, std::vector<std::unique_ptr<std::string>>& texts);
+
 /// Gives `model` the calibration `text`, or none when that fails.
 error_code SetCalibration(std::string_view text, tessarin_model& model);
 

@@ -1,7 +1,5 @@
 #include "session/spoken_language.h"
 
-#include <algorithm>
-#include <cstring>
 #include <limits>
 
 #include "session/locale_use.h"
@@ -9,23 +7,14 @@
 
 namespace tessarin {
 
-namespace {
-
-std::string InUpperCase(std::string_view word) {
-    std::string upper(word);
-    std::ranges::transform(upper, upper.begin(), [](char letter) {
-        return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-    });
-    return upper;
+error_code CheckText(std::string_view text) {
+    // Places are 32-bit numbers, and what is said of a text may be longer than the text.
+    constexpr size_t kLongest = static_cast<size_t>(std::numeric_limits<int32_t>::max()) / 4;
+    if (text.size() > kLongest) {
+        return kOutOfRange;
+    }
+    return utf8::is_valid(text.begin(), text.end()) ? kNoError : kInvalidUtf8;
 }
-
-/// The language of the built-in table. A text of words alone has the built-in English rules.
-bool IsEnglish(const TranscriberInfo& info) {
-    constexpr uint32_t kEnglish = 9;
-    return info.language == kEnglish || info.language == 0;
-}
-
-} // namespace
 
 error_code ReadScriptOptions(const tessarin_script_options* given, text_reading& out) {
     if (given == nullptr) {
@@ -46,6 +35,11 @@ error_code ReadScriptOptions(const tessarin_script_options* given, text_reading&
     out.hasOwnTable = true;
     out.ownTable = BuiltInEnglishScript();
     return out.ownTable.Add(given->table) == 0 ? kNoError : kInvalidFile;
+}
+
+bool CanReadScripts(const TranscriberInfo& info, const text_reading& how) {
+    constexpr uint32_t kEnglish = 9;
+    return info.language == kEnglish || info.language == 0 || how.hasOwnTable;
 }
 
 ScriptReading ReadScriptFor(IVisemixTranscriber* transcriber, std::string_view text,
@@ -70,18 +64,14 @@ SpokenLanguage::SpokenLanguage(tessarin_language& language, const char* text,
 }
 
 void SpokenLanguage::Read(const char* text, const text_reading& how) {
-    if (std::strlen(text) > static_cast<size_t>(std::numeric_limits<int32_t>::max()) / 4) {
-        code = kOutOfRange;
-        return;
-    }
-    if (!utf8::is_valid(text, text + std::strlen(text))) {
-        code = kInvalidUtf8;
+    code = CheckText(text);
+    if (code != kNoError) {
         return;
     }
     const LocaleUse use(info);
     code = RefusingBadUtf8([&] {
         spanText =
-            how.isLiteral || (!IsEnglish(info) && !how.hasOwnTable)
+            how.isLiteral || !CanReadScripts(info, how)
                 ? std::make_unique<SpanText>(text, info)
                 : std::make_unique<SpanText>(text, ReadScriptFor(borrowed.Get(), text, how), info);
         borrowed.Get()->Transcribe(spanText->GetLocal().c_str());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string_view>
 
 #include "session/span_text.h"
 #include "session/transcriber_pool.h"
@@ -16,9 +17,16 @@ struct text_reading {
     bool hasOwnTable = false;
 };
 
+/// 0 for a text that can be read, 3 for one that is too long, and 20 for what is not UTF-8.
+error_code CheckText(std::string_view text);
+
 /// Copies the options; null gives the defaults. Returns 0, or 2 for a size, a flag or a format that
 /// does not exist, and 12 for a table that does not read.
 error_code ReadScriptOptions(const tessarin_script_options* given, text_reading& out);
+
+/// Whether a text in the language can be read as a script: there is a table for it. A text of words
+/// alone has the built-in English rules.
+bool CanReadScripts(const TranscriberInfo& info, const text_reading& how);
 
 /// Reads a script for a language: of the words that may be said in two ways, its transcriber knows
 /// which exist.

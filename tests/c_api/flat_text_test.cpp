@@ -132,4 +132,20 @@ TEST_F(FlatTexts, AScriptReportsWhatItsPartsStandFor) {
     EXPECT_EQ(tessarin_create_script(nullptr, "caf\xE9", nullptr, &script), TESSARIN_INVALID_UTF8);
 }
 
+TEST_F(FlatTexts, TheNumbersOfAnotherLanguageAreNotSaidInEnglish) {
+    std::string lexicon = Content(std::string(kData) + "/en-us.lexicon");
+    lexicon[lexicon.find('\0', 6) + 1] = 7; // the language, after the name
+    language_owner other;
+    ASSERT_EQ(tessarin_create_language_from_memory(
+                  lexicon.data(), static_cast<uint32_t>(lexicon.size()), Out(other)),
+              TESSARIN_OK);
+    tessarin_script* script = nullptr;
+    EXPECT_EQ(tessarin_create_script(other.get(), "5 km", nullptr, &script),
+              TESSARIN_NOT_AVAILABLE);
+    EXPECT_EQ(script, nullptr);
+    const tessarin_script_options own{sizeof own, 0, 0, nullptr, ""};
+    ASSERT_EQ(tessarin_create_script(other.get(), "5 km", &own, &script), TESSARIN_OK);
+    tessarin_free_script(script);
+}
+
 } // namespace

@@ -217,6 +217,17 @@ class Facts(unittest.TestCase):
                 facts.from_file(DATA / name)
             self.assertEqual(caught.exception.code, 12)
 
+    def test_names_are_in_the_code_page_of_the_lexicon_or_in_1252(self) -> None:
+        content = (DATA / "en-us.lexicon").read_bytes()
+        for page, spelled in ((1252, "\u20ac"), (1251, "\u0402"), (1253, "\u20ac")):
+            own = content.replace(b"English", b"\x80nglish", 1)
+            own = own.replace((1252).to_bytes(4, "little"), page.to_bytes(4, "little"), 1)
+            with tempfile.TemporaryDirectory() as folder:
+                path = pathlib.Path(folder) / "own.lexicon"
+                path.write_bytes(own)
+                lexicon = tessarin.LexiconFacts.from_file(path)
+                self.assertEqual((lexicon.code_page, lexicon.name[0]), (page, spelled))
+
 
 class Texts(unittest.TestCase):
     def test_places_are_characters_of_the_text(self) -> None:

@@ -296,17 +296,20 @@ TEST(Outputs, ShortCaptionsStayWhileNothingFollows) {
 }
 
 TEST(Outputs, CaptionsOfATextHaveItsMarks) {
-    const tool_run run =
-        RunTool("align " TESSARIN_SOURCE_DIR "/data/demo/echo-test.wav --format srt"
-                " --literal --text-file -",
-                "You are - about to enter an echo-test; in this mode everything "
-                "you say will be repeated back.");
-    std::vector<std::string> lines;
-    for (const caption_line& each : ReadSrt(run.output)) {
-        lines.push_back(each.text);
+    for (const char* const options : {"", "--literal"}) {
+        SCOPED_TRACE(options);
+        const tool_run run =
+            RunTool("align " TESSARIN_SOURCE_DIR "/data/demo/echo-test.wav --format srt " +
+                        std::string(options) + " --text-file -",
+                    "You are - about to enter an echo-test; in this mode everything "
+                    "you say will be repeated back.");
+        std::vector<std::string> lines;
+        for (const caption_line& each : ReadSrt(run.output)) {
+            lines.push_back(each.text);
+        }
+        EXPECT_EQ(lines.front().substr(0, 9), "You are -") << run.errors;
+        EXPECT_THAT(lines, testing::Contains(HasSubstr("an echo-test;")));
     }
-    EXPECT_EQ(lines.front().substr(0, 9), "You are -") << run.errors;
-    EXPECT_THAT(lines, testing::Contains(HasSubstr("an echo-test;")));
 }
 
 TEST(Outputs, TextGridsHaveNoGapsAndDoubleTheirQuotes) {

@@ -53,7 +53,15 @@ TEST(Script, GivesTheLinesOfOneRole) {
     const tool_run none = RunTool("transcribe - --speaker CAT", text);
     EXPECT_EQ(none.exitCode, 2);
     EXPECT_THAT(none.errors, HasSubstr("has no line of CAT"));
-    EXPECT_EQ(RunTool("transcribe - --literal --speaker ANN", text).exitCode, 1);
+}
+
+TEST(Script, RefusesForALiteralTextWhatOnlyAScriptHas) {
+    for (const char* const option :
+         {"--speaker ANN", "--text-format srt", "--cue-times", "--script-table none"}) {
+        const tool_run run = RunTool("transcribe - --literal " + std::string(option), "ANN: One.");
+        EXPECT_EQ(run.exitCode, 1) << option;
+        EXPECT_THAT(run.errors, HasSubstr("does not go with --literal"));
+    }
 }
 
 TEST(Script, TakesScreenplaysAndSubtitlesByTheirNames) {

@@ -1,7 +1,8 @@
+#include <algorithm>
 #include <cstdio>
-#include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "apps/tessarin/commands/recording_command.h"
 #include "apps/tessarin/commands/sentence_command.h"
@@ -18,18 +19,37 @@ struct align_options {
     sentence_options sentences;
     bool areSentencesWanted = false;
     bool retry = false;
-    uint32_t match = tessarin::kMatchAuto;
+    std::string match = "auto";
     bool isStrict = false;
 };
+
+/// In the order of tessarin::match_mode.
+const std::vector<std::string> kMatchModes = {"auto", "exact", "loose"};
+
+uint32_t ModeOf(const align_options& options) {
+    return static_cast<uint32_t>(std::ranges::find(kMatchModes, options.match) -
+                                 kMatchModes.begin());
+}
+
+/// Why --strict does not take a match, or nothing.
+std::string WhyNotGood(const timed_result& result, const std::string& mismatch) {
+    if (!mismatch.empty() || (result.match && result.match->verdict == "good")) {
+        return mismatch;
+    }
+    if (result.match && result.match->verdict == "unknown") {
+        return result.audio + ": the fit cannot be judged, because the model has no calibration; "
+                              "put its file, with the ending .calibration, beside the model, or "
+                              "leave out --strict";
+    }
+    return result.audio + ": does not fit the text";
+}
 
 /// One line on what does not fit; with --strict that is a failure.
 void ReportMatch(const timed_result& result, bool isStrict) {
     const std::string mismatch = DescribeMismatch(result);
-    const bool isGood = result.match && (result.match->verdict == "good" ||
-                                         (result.match->verdict == "unknown" && mismatch.empty()));
-    if (isStrict && !isGood) {
-        throw Failure(kExitMismatch,
-                      mismatch.empty() ? result.audio + ": does not fit the text" : mismatch);
+    const std::string failure = isStrict ? WhyNotGood(result, mismatch) : "";
+    if (!failure.empty()) {
+        throw Failure(kExitMismatch, failure);
     }
     if (!mismatch.empty()) {
         std::fprintf(stderr, "tessarin: %s\n", mismatch.c_str());
@@ -41,18 +61,19 @@ void RunAlign(const align_options& options) {
         throw Failure(kExitUsage, "align: the text is missing; give what is said with --text or "
                                   "--text-file, or use recognize, which needs none");
     }
-    const tessarin::transcriber_owner transcriber = LoadTranscriber(options.recording.data);
-    const SpokenText text = ReadText(options.text, options.recording.data, *transcriber);
+    const EngineLanguage language(options.recording.data);
+    const SpokenText text = ReadText(options.text, language);
     if (options.areSentencesWanted) {
-        const ScriptOptions script(options.text, options.recording.data, *transcriber);
-        FindSentences(options.recording, options.sentences, text, script.GetFlat(), *transcriber);
+        const ScriptOptions script(options.text, language);
+        FindSentences(options.recording, options.sentences, text, script.GetFlat(),
+                      language.GetFlat());
         return;
     }
     const tessarin::model_owner model = LoadModel(options.recording.data);
     const timed_result result =
         AnimateRecording(options.recording, *model, &text,
-                         SearchForText(text, *transcriber, options.recording.data,
-                                       {options.sentences.beam, options.retry, options.match}));
+                         SearchForText(text, language.GetTranscriber(), options.recording.data,
+                                       {options.sentences.beam, options.retry, ModeOf(options)}));
     ReportMatch(result, options.isStrict);
 }
 
@@ -86,16 +107,13 @@ void AddAlignCommand(CLI::App& app) {
         ->add_flag("--retry", options->retry,
                    "Slide the search window ahead where the search loses the text")
         ->excludes(sentences);
-    static const std::map<std::string, uint32_t> kModes = {{"auto", tessarin::kMatchAuto},
-                                                           {"exact", tessarin::kMatchExact},
-                                                           {"loose", tessarin::kMatchLoose}};
     CLI::Option* match =
         command
             ->add_option("--match", options->match,
                          "exact: all of the text was said and nothing else; loose: words may be "
                          "missing and other speech may stand between them; auto: loose where the "
                          "recording shows it [auto]")
-            ->transform(CLI::CheckedTransformer(kModes))
+            ->check(CLI::IsMember(kMatchModes))
             ->excludes(sentences)
             ->option_text("exact|auto|loose");
     command
@@ -103,7 +121,7 @@ void AddAlignCommand(CLI::App& app) {
                    "End with exit code 4 when text and recording do not fit well")
         ->excludes(sentences);
     command->callback([options, match] {
-        if (options->isStrict && options->match == tessarin::kMatchExact) {
+        if (options->isStrict && options->match == "exact") {
             throw Failure(kExitUsage, match->get_name() + " exact does not look for what --strict "
                                                           "asks");
         }

@@ -1,5 +1,7 @@
 #include "apps/tessarin/commands/recording_command.h"
 
+#include <algorithm>
+
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/console/progress_bar.h"
 #include "apps/tessarin/match_report.h"
@@ -66,6 +68,9 @@ void AddListeningOptions(CLI::App& command, recording_options* options) {
     AddGateOption(command, &options->gate);
     AddTrackOptions(command, &options->track);
     command.add_flag("-q,--quiet", options->quiet, "Show no progress bar");
+    command.add_flag("--progress-lines", options->progressLines,
+                     "Write progress as lines, such as \"progress 42\", in percent of the search "
+                     "at hand, on standard error");
 }
 
 void AddRecordingOptions(CLI::App& command, recording_options* options) {
@@ -77,7 +82,7 @@ timed_result FindTimings(const recording_options& options, tessarin::CAccousticH
                          const SpokenText* text, const recording_search& search) {
     CatchInterrupts();
     const tessarin::results_owner results = MakeResults();
-    ProgressBar progress(options.quiet);
+    ProgressBar progress(options.quiet, options.progressLines);
     timed_result result;
     result.audio = options.audio;
     const tessarin::model_owner adapted = AdaptToVoice(options, model, &result);
@@ -100,13 +105,25 @@ timed_result FindTimings(const recording_options& options, tessarin::CAccousticH
     return result;
 }
 
+void RequireFound(const timed_result& result) {
+    if (result.code == tessarin::kNoError) {
+        return;
+    }
+    constexpr float kSilentDb = -90.0f; // below the noise of any microphone
+    const bool isSilent =
+        !result.loudness.empty() &&
+        std::ranges::all_of(result.loudness, [](float db) { return db < kSilentDb; });
+    throw Failure(kExitFailed, DescribeCode(result.audio, result.code) +
+                                   (isSilent ? "\n  it is silent from beginning to end; check the "
+                                               "recording, or choose another --channel"
+                                             : ""));
+}
+
 timed_result AnimateRecording(const recording_options& options, tessarin::CAccousticHMM& model,
                               const SpokenText* text, const recording_search& search) {
     const OutputPlan outputs(options.outputs);
     const timed_result result = FindTimings(options, model, text, search);
     outputs.Write(result);
-    if (result.code != tessarin::kNoError) {
-        throw EngineFailure(options.audio, result.code);
-    }
+    RequireFound(result);
     return result;
 }

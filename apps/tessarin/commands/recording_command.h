@@ -24,6 +24,7 @@ struct recording_options {
     track_options track;
     output_options outputs;
     bool quiet = false;
+    bool progressLines = false; // for programs that start the tool
 };
 
 /// The recording, how it is listened to and how the track is made.
@@ -45,6 +46,9 @@ using recording_search = std::function<int32_t(
 /// what is said. The code of the result is 0, or 8 when the search lost the text. Throws Failure.
 timed_result FindTimings(const recording_options& options, tessarin::CAccousticHMM& model,
                          const SpokenText* text, const recording_search& search);
+
+/// Throws Failure where the search lost the text, with what is known of the reason.
+void RequireFound(const timed_result& result);
 
 /// FindTimings, and writes all that was found, which is returned. Throws Failure; when the search
 /// lost the text, only after what it found was written.

@@ -26,8 +26,7 @@ struct text_options {
 class ScriptOptions {
 public:
     /// Throws Failure for a table that does not read.
-    ScriptOptions(const text_options& options, const data_options& data,
-                  tessarin::IVisemixTranscriber& transcriber);
+    ScriptOptions(const text_options& options, const EngineLanguage& language);
     ScriptOptions(const ScriptOptions&) = delete;
     ScriptOptions& operator=(const ScriptOptions&) = delete;
 
@@ -48,7 +47,6 @@ void AddTextOptions(CLI::App& command, text_options* options);
 SpokenText ReadSpokenText(const std::string& source, std::string bytes, const std::string& encoding,
                           tessarin::IVisemixTranscriber& transcriber);
 
-/// What is said of the text that was given, for `transcriber`, which `data` names. Warns of
-/// characters that it cannot read. Throws Failure, also for a text that is blank.
-SpokenText ReadText(const text_options& options, const data_options& data,
-                    tessarin::IVisemixTranscriber& transcriber);
+/// What is said of the text that was given. Warns of characters that the language cannot read.
+/// Throws Failure, also for a text that is blank, and for options that do not go together.
+SpokenText ReadText(const text_options& options, const EngineLanguage& language);

@@ -40,7 +40,11 @@ public:
     /// Where a stretch of the local text stands in the user's text.
     place FindOriginal(int32_t offset, int32_t length) const;
     /// A stretch of the local text in the user's spelling, as UTF-8.
-    std::string GetUtf8(int32_t offset, int32_t length) const;
+    std::string GetUtf8(int32_t offset, int32_t length) const {
+        return GetUtf8(FindOriginal(offset, length));
+    }
+    /// A stretch of the user's text, as UTF-8.
+    std::string GetUtf8(place stretch) const;
     /// What of the script a stretch of the local text stands for: a tessarin_span_kind and its
     /// flags. Empty where the text was read literally.
     std::optional<tessarin_script_part> FindPart(int32_t offset, int32_t length) const;
@@ -48,7 +52,7 @@ public:
     size_t GetNumUnsaid() const;
 
     /// All of the text as UTF-8.
-    std::string GetUtf8() const;
+    const std::string& GetUtf8() const { return userUtf8; }
     /// Where a stretch of that stands in the user's text.
     place FindOfUtf8(int32_t offset, int32_t length) const;
 
@@ -72,7 +76,8 @@ private:
     std::string bytes; ///< the user's
     std::string local;
     std::vector<character> characters; ///< of the user's text, and its end
-    std::vector<uint32_t> utf8Starts;  ///< of a script: of each character, in UTF-8, and its end
+    std::string userUtf8;              ///< the user's text
+    std::vector<uint32_t> utf8Starts;  ///< of each character, in UTF-8, and its end
     std::vector<character> spoken;     ///< of what is said of a script, and its end
     std::vector<uint32_t> owners; ///< for each byte of the local text and its end, the character
     tessarin::flat::script_owner script;

@@ -79,7 +79,8 @@ class LexiconFacts:
             raw = library.get_lexicon_facts(lexicon).contents
             values = {field: getattr(raw, field) for field in cls.__dataclass_fields__}
             values["has_tree"] = values["has_tree"] != 0
-            encoding = f"cp{raw.code_page}" if raw.code_page in (1250, 1251, 1252) else "latin-1"
+            # The library, too, takes any other code page for 1252.
+            encoding = f"cp{raw.code_page}" if raw.code_page in (1250, 1251) else "cp1252"
             return cls(**{field: value.decode(encoding, "replace")
                           if isinstance(value, bytes) else value
                           for field, value in values.items()})
