@@ -108,7 +108,7 @@ TEST_F(FlatCommands, RankWhatIsSaid) {
               0);
     // Another way to say a command, not another command.
     ASSERT_EQ(tessarin_add_command_text(commands.get(), language.get(), "enter", "enter"), 0);
-    const tessarin_search_options sentence{sizeof sentence, 0, 0, 2400, 0, 0, nullptr};
+    const tessarin_search_options sentence{sizeof sentence, 0, 0, 2400, 0, 0, nullptr, 0};
     testing::internal::CaptureStdout();
     ASSERT_EQ(tessarin_rank_commands(commands.get(), demo.get(), &sentence, nullptr), 0);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << "standard output is the host's";
@@ -260,7 +260,7 @@ TEST_F(FlatCommands, BadInputIsRefused) {
             << numSamples;
     }
     EXPECT_EQ(tessarin_pack_command_samples(refused.get(), &size, &data), 6) << "none was added";
-    const tessarin_search_options beyond{sizeof beyond, 0, 1000000, 0, 0, 0, nullptr};
+    const tessarin_search_options beyond{sizeof beyond, 0, 1000000, 0, 0, 0, nullptr, 0};
     EXPECT_EQ(tessarin_rank_commands(commands.get(), demo.get(), &beyond, nullptr), 3);
     tessarin_free_commands(nullptr);
 }

@@ -85,7 +85,7 @@ TEST_F(FlatInterface, AStretchIsFoundWhereItStandsInTheAudio) {
     result_owner alone;
     ASSERT_EQ(tessarin_create_recognition(model.get(), cut.get(), nullptr, nullptr, Out(alone)),
               TESSARIN_OK);
-    tessarin_search_options options{sizeof options, 0, 1000, 4000, 0, 0, nullptr};
+    tessarin_search_options options{sizeof options, 0, 1000, 4000, 0, 0, nullptr, 0};
     result_owner stretch;
     ASSERT_EQ(
         tessarin_create_recognition(model.get(), audio.get(), &options, nullptr, Out(stretch)),
@@ -105,9 +105,9 @@ TEST_F(FlatInterface, AStretchIsFoundWhereItStandsInTheAudio) {
 
     const int32_t past = static_cast<int32_t>(count / rate + 1) * 1000;
     for (const tessarin_search_options& bad :
-         {tessarin_search_options{sizeof options, 0, -1, 0, 0, 0, nullptr},
-          tessarin_search_options{sizeof options, 0, past, 0, 0, 0, nullptr},
-          tessarin_search_options{sizeof options, 0, 2000, 1000, 0, 0, nullptr}}) {
+         {tessarin_search_options{sizeof options, 0, -1, 0, 0, 0, nullptr, 0},
+          tessarin_search_options{sizeof options, 0, past, 0, 0, 0, nullptr, 0},
+          tessarin_search_options{sizeof options, 0, 2000, 1000, 0, 0, nullptr, 0}}) {
         EXPECT_EQ(
             tessarin_create_recognition(model.get(), audio.get(), &bad, nullptr, Out(stretch)),
             TESSARIN_OUT_OF_RANGE);
