@@ -208,6 +208,21 @@ test("memory does not grow from call to call", async () => {
     own.close();
 });
 
+test("memory does not grow while live audio goes on", async () => {
+    const live = await engine.live({ rate, shapes: "arkit", fps: 60 });
+    const once = async () => {
+        for (let begin = 0; begin < samples.length; begin += rate / 10) {
+            await live.push(samples.subarray(begin, begin + rate / 10));
+        }
+        return live.memory();
+    };
+    const before = await once();
+    await once();
+    await once();
+    assert.equal(await once(), before);
+    live.close();
+});
+
 test("what travels is small", () => {
     const gzipped = (...files) => files.reduce((sum, file) =>
         sum + gzipSync(readFileSync(new URL(file, packageUrl)), { level: 9 }).length, 0);

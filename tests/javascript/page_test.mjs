@@ -45,8 +45,7 @@ before(async () => {
             "--use-fake-ui-for-media-stream", "--use-fake-device-for-media-stream",
             `--use-file-for-fake-audio-capture=${demoWav}`,
             "--autoplay-policy=no-user-gesture-required",
-            // A container may have no real-time priority to give, and then no worklet starts.
-            "--disable-features=AudioWorkletRealtimeThread,AudioWorkletThreadRealtimePriority,AudioWorkletThreadPool",
+            "--disable-features=AudioWorkletThreadPool", // see openPage
             ...(process.getuid() === 0 ? ["--no-sandbox"] : []),
         ],
     });
@@ -65,6 +64,11 @@ async function openPage({ isolated = false } = {}) {
     });
     const page = await context.newPage();
     page.troubles = [];
+    // The first worklet of a page has a thread of real-time priority, which never starts in a
+    // container that has none to give; those after it share an ordinary one.
+    await page.addInitScript(() => {
+        void new AudioContext().audioWorklet.addModule("data:text/javascript,");
+    });
     page.on("pageerror", (error) => page.troubles.push(error.message));
     page.on("console", (message) => {
         if (["error", "warning"].includes(message.type())) {

@@ -92,7 +92,7 @@ function serve() {
             response.writeHead(404).end();
             return;
         }
-        response.writeHead(200, { "content-type": types[extname(path ?? ".html")] ??
+        response.writeHead(200, { "content-type": types[extname(path ?? "empty.html")] ??
             "application/octet-stream" });
         path === null ? response.end("<!doctype html>") : createReadStream(path).pipe(response);
     });
@@ -128,10 +128,15 @@ async function follow(start, recording) {
     const server = await chromium.launchServer({
         executablePath: process.env.CHROMIUM ?? "/usr/bin/chromium",
         args: ["--autoplay-policy=no-user-gesture-required",
+            "--disable-features=AudioWorkletThreadPool",
             ...(process.getuid() === 0 ? ["--no-sandbox"] : [])],
     });
     const browser = await chromium.connect(server.wsEndpoint());
     const page = await browser.newPage();
+    // Takes the worklet thread of real-time priority, which a container may never start.
+    await page.addInitScript(() => {
+        void new AudioContext().audioWorklet.addModule("data:text/javascript,");
+    });
     await page.goto(`${origin}/empty.html`);
     await page.evaluate(async ([source, url]) => {
         globalThis.element = new Audio(url);

@@ -187,7 +187,11 @@ export interface Live {
     readonly lost: number;
     /** How long before it came the newest frame ended, in milliseconds; NaN without a node. */
     readonly delayMs: number;
+    /** Hears the next samples; resolves when they are heard. */
     push(samples: Float32Array): Promise<void>;
+    /** The bytes of memory that the worker holds. */
+    memory(): Promise<number>;
+    /** Ends the audio; resolves when all frames have come. */
     finish(): Promise<void>;
     close(): void;
 }

@@ -147,6 +147,11 @@ export class Live {
         return this.#delayMs;
     }
 
+    /** The bytes of memory that the worker holds. */
+    memory() {
+        return this.#caller.call("memory");
+    }
+
     /** Hears the next samples. Resolves when they are heard, for whoever pushes faster than they
         were recorded. */
     async push(samples) {
