@@ -219,6 +219,10 @@ TESSARIN_API int32_t tessarin_create_model_from_memory(const void* data, uint32_
 TESSARIN_API int32_t tessarin_read_model_statistics(tessarin_model* model, const char* path,
                                                     int32_t are_counts);
 
+/** The same from the `size` bytes at `data`. */
+TESSARIN_API int32_t tessarin_set_model_statistics(tessarin_model* model, const void* data,
+                                                   uint32_t size, int32_t are_counts);
+
 /** Adds limits to the lengths of phonemes: lines of phonemes and milliseconds. Else as
    tessarin_read_model_statistics. */
 TESSARIN_API int32_t tessarin_read_model_limits(tessarin_model* model, const char* path);

@@ -27,8 +27,8 @@ struct tessarin_switches {
     std::vector<tessarin_switch> items;
 };
 
-static_assert(sizeof(tessarin_gain) == 16 && sizeof(tessarin_key) == 8 &&
-              sizeof(tessarin_curve) == 32 && sizeof(tessarin_switch) == 8);
+static_assert(sizeof(void*) != 8 || (sizeof(tessarin_gain) == 16 && sizeof(tessarin_key) == 8 &&
+                                     sizeof(tessarin_curve) == 32 && sizeof(tessarin_switch) == 8));
 static_assert(+TESSARIN_TRACK_COMMON_KEYS == +kCommonKeyTimes);
 
 namespace {
@@ -38,7 +38,7 @@ constexpr int32_t kMaxHoldMs = 10000;
 error_code ParseShapes(std::string_view text, char* reason, uint32_t reasonSize,
                        std::unique_ptr<tessarin_shapes>& out) {
     try {
-        out = std::make_unique<tessarin_shapes>(ShapeMap::Parse(text));
+        out.reset(new tessarin_shapes{ShapeMap::Parse(text)});
         return kNoError;
     } catch (const shape_map_error& wrong) {
         if (reason != nullptr && reasonSize > 0) {

@@ -12,7 +12,8 @@
 
 using namespace tessarin;
 
-static_assert(sizeof(tessarin_gate_options) == 24 && sizeof(tessarin_live_options) == 48 &&
+static_assert(sizeof(tessarin_gate_options) == 24 &&
+              (sizeof(void*) != 8 || sizeof(tessarin_live_options) == 48) &&
               sizeof(tessarin_live_phoneme) == 32 && sizeof(tessarin_live_frame) == 104);
 
 namespace {

@@ -240,6 +240,35 @@ TEST_F(FlatInterface, FitsTheModelToTheVoiceWhereThatIsWanted) {
               TESSARIN_INVALID_ARGUMENT);
 }
 
+TEST_F(FlatInterface, TakesStatisticsFromMemoryAsFromAFile) {
+    const std::string path = std::string(kData) + "/en-us.trigrams";
+    const std::string content = Content(path);
+    const auto heard = [&](const auto& addStatistics) {
+        tessarin_model* made = nullptr;
+        EXPECT_EQ(
+            tessarin_create_model_from_file((std::string(kData) + "/en-us.model").c_str(), &made),
+            TESSARIN_OK);
+        const model_owner hearing(made);
+        EXPECT_EQ(addStatistics(made), TESSARIN_OK);
+        tessarin_search_options options{};
+        options.size = sizeof options;
+        options.to_ms = 3000;
+        tessarin_result* result = nullptr;
+        EXPECT_EQ(tessarin_create_recognition(made, audio.get(), &options, nullptr, &result),
+                  TESSARIN_OK);
+        return Lines(result_owner(result).get());
+    };
+    const auto fromFile = heard(
+        [&](tessarin_model* to) { return tessarin_read_model_statistics(to, path.c_str(), 1); });
+    const auto fromMemory = heard([&](tessarin_model* to) {
+        return tessarin_set_model_statistics(to, content.data(),
+                                             static_cast<uint32_t>(content.size()), 1);
+    });
+    EXPECT_EQ(fromMemory, fromFile);
+    EXPECT_NE(fromMemory, heard([](tessarin_model*) { return TESSARIN_OK; }));
+    EXPECT_EQ(tessarin_set_model_statistics(nullptr, "x 1", 3, 1), TESSARIN_INVALID_ARGUMENT);
+}
+
 TEST_F(FlatInterface, JudgesHowWellTextAndAudioFit) {
     tessarin_model* made = nullptr;
     ASSERT_EQ(tessarin_create_model_from_file((std::string(kData) + "/en-us.model").c_str(), &made),
