@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <new>
 #include <numeric>
 #include <string>
@@ -54,7 +53,7 @@ void operator delete[](void* memory, size_t) noexcept {
 namespace {
 
 using tessarin::Out;
-using live_handle = std::unique_ptr<tessarin_live, tessarin::destroyer<tessarin_free_live>>;
+using live_handle = tessarin::flat::live_owner;
 using weights = std::array<float, TESSARIN_VISEME_COUNT>;
 
 /// The beginning of the demo recording, of 16 kHz, which fits into the ring as a whole.
