@@ -86,14 +86,14 @@ std::string ReadWholeFile(const std::string& path) {
         throw Failure(kExitFailed, path + ": is a folder, not a file");
     }
     errno = 0;
-    std::ifstream file(path, std::ios::binary | std::ios::ate);
+    std::ifstream file(fs::path(path), std::ios::binary | std::ios::ate);
     if (!file) {
         throw Failure(kExitFailed, WithReason(path + ": cannot be opened", errno));
     }
     const std::streamoff size = file.tellg();
     if (size < 0) { // a pipe or a device
         file.close();
-        std::ifstream stream(path, std::ios::binary);
+        std::ifstream stream(fs::path(path), std::ios::binary);
         return streams[path] = ReadStream(stream);
     }
     std::string content(static_cast<size_t>(size), '\0');
