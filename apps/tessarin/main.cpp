@@ -3,11 +3,13 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "apps/tessarin/commands/commands.h"
 #include "apps/tessarin/console/failure.h"
+#include "apps/tessarin/console/system.h"
 #include "apps/tessarin/describe/unknown_word.h"
 
 namespace {
@@ -59,7 +61,13 @@ int Run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     try {
-        return Run(argc, argv);
+        std::vector<std::string> arguments = PrepareConsole(argc, argv);
+        std::vector<char*> texts;
+        for (std::string& argument : arguments) {
+            texts.push_back(argument.data());
+        }
+        texts.push_back(nullptr);
+        return Run(static_cast<int>(arguments.size()), texts.data());
     } catch (const Failure& failure) {
         std::fprintf(stderr, "tessarin: %s\n", failure.what());
         return failure.exitCode;

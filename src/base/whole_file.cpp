@@ -9,6 +9,7 @@
 
 #include "base/flog.h"
 #include "platform/binary_file.h"
+#include "platform/stdio_file.h"
 
 namespace tessarin {
 namespace {
@@ -48,7 +49,7 @@ file_ptr OpenBeside(const std::string& target, std::string& path) {
     constexpr int kMostAttempts = 1000;
     for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
         path = target + ".new" + std::to_string(attempt);
-        file_ptr file(std::fopen(path.c_str(), "wbx"));
+        file_ptr file(OpenStdio(path.c_str(), "wbx"));
         if (file != nullptr || errno != EEXIST) {
             return file;
         }
@@ -81,7 +82,7 @@ error_code WriteBeside(const std::string& target, std::span<const uint8_t> conte
 }
 
 error_code OverwriteFrom0(const std::string& target, std::span<const uint8_t> content) {
-    file_ptr file(std::fopen(target.c_str(), "r+b"));
+    file_ptr file(OpenStdio(target.c_str(), "r+b"));
     if (file == nullptr) {
         return kFileLocked;
     }
@@ -126,7 +127,7 @@ error_code Make(const std::string& target, std::span<const uint8_t> content) {
     if (beside != kFileLocked) {
         return beside;
     }
-    file_ptr file(std::fopen(target.c_str(), "wbx")); // a name that has no room for an ending
+    file_ptr file(OpenStdio(target.c_str(), "wbx")); // a name that has no room for an ending
     if (file == nullptr) {
         return kFileLocked;
     }
@@ -173,7 +174,7 @@ error_code WriteWholeFile(const char* path, std::span<const uint8_t> content) {
         const std::optional<fs::path> target = FollowLinks(path);
         return target ? Make(target->string(), content) : kFileLocked;
     }
-    file_ptr probe(std::fopen(path, "r+b"));
+    file_ptr probe(OpenStdio(path, "r+b"));
     if (probe == nullptr) {
         return kFileLocked;
     }

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cmath>
+#include <span>
 
 #include "base/whole_file.h"
 #include "c_api/create.h"
@@ -75,6 +77,35 @@ int32_t tessarin_push_live_audio(tessarin_live* live, const void* samples, uint3
         return kInvalidArgument;
     }
     return Guarded([&] { return size > 0 ? live->listener.Push(samples, size) : kNoError; });
+}
+
+// Nothing here may wait or allocate, not even a line of the trace.
+int32_t tessarin_push_live_samples(tessarin_live* live, const void* samples, uint32_t count) {
+    if (live == nullptr || (samples == nullptr && count > 0)) {
+        return kInvalidArgument;
+    }
+    return live->listener.PushFromCallback(samples, count);
+}
+
+int64_t tessarin_get_lost_live_ms(const tessarin_live* live) {
+    return live != nullptr ? live->listener.GetLostMs() : 0;
+}
+
+int32_t tessarin_take_live_weights(tessarin_live* live, int64_t time_ms, float* weights,
+                                   int64_t* at_ms) {
+    if (weights == nullptr) {
+        return kInvalidArgument;
+    }
+    const std::span<float, LiveWeights::kVisemes> out(weights, LiveWeights::kVisemes);
+    std::ranges::fill(out, 0.0f);
+    int64_t atMs = 0;
+    const error_code code = live == nullptr
+                                ? error_code{kInvalidArgument}
+                                : Guarded([&] { return live->listener.Weigh(time_ms, out, atMs); });
+    if (at_ms != nullptr) {
+        *at_ms = atMs;
+    }
+    return code;
 }
 
 int32_t tessarin_take_live(tessarin_live* live, tessarin_live_stretch* out) {

@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <fstream>
 #include <locale>
 #include <memory>
@@ -21,7 +22,7 @@ bool OpenText(const char* path, std::ifstream& text) {
         return false;
     }
     text.imbue(std::locale::classic());
-    text.open(path);
+    text.open(std::filesystem::path(path));
     text.peek();
     return text.is_open() && !text.bad();
 }

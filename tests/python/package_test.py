@@ -440,6 +440,24 @@ class LiveAudio(unittest.TestCase):
             live.push(samples)
         self.assertEqual(caught.exception.code, 6)
 
+    def test_a_callback_feeds_weights(self) -> None:
+        samples = tessarin.Audio.from_file(WAV).samples[:16 * 2500]
+        live = tessarin.Live(delay_ms=10000)
+        self.assertTrue(live.push_from_callback(samples[:16 * 1900]))
+        self.assertFalse(live.push_from_callback(samples[16 * 1900:]))
+        self.assertEqual(live.lost_ms, 500)
+        shapes = tessarin.Shapes("visemes")
+        self.assertEqual(tuple(shapes.names), tessarin.VISEMES)
+        frames = live.finish().frames
+        for frame in frames:
+            middle = (frame.start_ms + frame.end_ms) // 2
+            given = live.weights(middle)
+            self.assertEqual(given.time_ms, middle)
+            for weight, expected in zip(given.weights.values(), shapes.mix([frame])[0]):
+                self.assertAlmostEqual(weight, expected, places=5)
+        newest = (frames[-1].start_ms + frames[-1].end_ms) // 2
+        self.assertEqual(live.weights().time_ms, newest)
+
     def test_the_gate_silences_what_is_quiet(self) -> None:
         audio = tessarin.Audio.from_file(WAV)
         with tempfile.TemporaryDirectory() as folder:

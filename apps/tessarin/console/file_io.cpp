@@ -86,7 +86,7 @@ std::string ReadWholeFile(const std::string& path) {
         throw Failure(kExitFailed, path + ": is a folder, not a file");
     }
     errno = 0;
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(fs::path(path), std::ios::binary);
     if (!file) {
         throw Failure(kExitFailed, WithReason(path + ": cannot be opened", errno));
     }

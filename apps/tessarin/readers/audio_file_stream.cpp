@@ -30,6 +30,14 @@ struct soxr_closer {
 };
 using soxr_handle = std::unique_ptr<std::remove_pointer_t<soxr_t>, soxr_closer>;
 
+SNDFILE* OpenSound(const std::string& path, SF_INFO* info) {
+#if defined(_WIN32)
+    return sf_wchar_open(std::filesystem::path(path).c_str(), SFM_READ, info);
+#else
+    return sf_open(path.c_str(), SFM_READ, info);
+#endif
+}
+
 std::string FormatName(int command, int format) {
     SF_FORMAT_INFO info{};
     info.format = format;
@@ -60,7 +68,7 @@ bool IsBuiltIn(const std::string& path, const SF_INFO& info) {
 
 bool ProbeRecording(const std::string& path, recording_info* info) {
     SF_INFO found{};
-    const sndfile_handle file(sf_open(path.c_str(), SFM_READ, &found));
+    const sndfile_handle file(OpenSound(path, &found));
     if (!file) {
         return false;
     }
@@ -88,7 +96,7 @@ AudioFileStream::AudioFileStream(const std::string& path, int channel)
     if (!std::filesystem::exists(path)) {
         throw EngineFailure(path, tessarin::kFileNotFound);
     }
-    source->file.reset(sf_open(path.c_str(), SFM_READ, &source->info));
+    source->file.reset(OpenSound(path, &source->info));
     if (!source->file) {
         throw NotARecording(path, sf_strerror(nullptr));
     }
