@@ -114,17 +114,22 @@ void text_follower::FindSpans() {
     }
 }
 
-/// Whether some words are surely said, without other speech between them.
+/// Whether some words are surely said, without other speech between them. Pauses that must not be
+/// left out are on every path and are no evidence.
 bool text_follower::IsSureRun(size_t begin, size_t end) const {
     double sum = 0.0;
+    size_t judged = 0;
     for (size_t word = begin; word < end; ++word) {
         const double margin = path.margins[word] / spread;
         if (!spans[word].isSaid() || !(margin >= 0.0)) {
             return false;
         }
-        sum += std::min(margin, kMostMargin);
+        if (chain.GetWords()[searched.firstWord + word].isSkippable) {
+            sum += std::min(margin, kMostMargin);
+            ++judged;
+        }
     }
-    return sum >= kSureMargin * static_cast<double>(end - begin) &&
+    return 3 * judged >= 2 * (end - begin) && sum >= kSureMargin * static_cast<double>(judged) &&
            fillersBefore[spans[begin].first] == fillersBefore[spans[end - 1].end];
 }
 
