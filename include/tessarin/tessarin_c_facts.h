@@ -34,7 +34,8 @@ enum tessarin_alphabet {
     TESSARIN_SAMPA = 3    /**< of English */
 };
 
-/** The label of phoneme number `index`, from 0 to 39; null beyond the last. The first is silence. */
+/** The label of phoneme number `index`, from 0 to 39; null beyond the last. The first is silence.
+ */
 TESSARIN_API const char* tessarin_get_phoneme_label(uint32_t index);
 
 /** How a phoneme, given by its label, is written in an alphabet of tessarin_alphabet; null when
