@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <span>
@@ -12,6 +13,7 @@
 #include "c_api/create.h"
 #include "c_api/weight_track.h"
 #include "mouth/built_in_shapes.h"
+#include "mouth/key_reduction.h"
 #include "mouth/loudness.h"
 #include "mouth/shape_map.h"
 #include "mouth/switches.h"
@@ -61,6 +63,10 @@ bool AreFrames(const tessarin_frame* frames, uint32_t count) {
            std::all_of(frames, frames + count, [](const tessarin_frame& frame) {
                return frame.count >= 0 && frame.count <= std::ssize(frame.weights);
            });
+}
+
+bool AreRising(std::span<const int32_t> timesMs) {
+    return std::ranges::adjacent_find(timesMs, std::greater_equal<>()) == timesMs.end();
 }
 
 bool HasShape(const tessarin_shapes* shapes, uint32_t shape) {
@@ -186,6 +192,31 @@ int32_t tessarin_mix_shapes(const tessarin_shapes* shapes, const tessarin_frame*
             const std::vector<double> mixed = shapes->map.Mix(frame);
             weights = std::copy(mixed.begin(), mixed.end(), weights);
         }
+        return kNoError;
+    });
+}
+
+int32_t tessarin_reduce_keys(const int32_t* times_ms, const double* weights, uint32_t count,
+                             uint32_t width, double tolerance, uint32_t* kept,
+                             uint32_t* kept_count) {
+    if (kept_count == nullptr) {
+        return kInvalidArgument;
+    }
+    *kept_count = 0;
+    const bool hasInput =
+        width > 0 && (count == 0 || (times_ms != nullptr && weights != nullptr && kept != nullptr));
+    if (!hasInput || !AreRising({times_ms, count})) {
+        return kInvalidArgument;
+    }
+    const std::span<const double> all(weights, size_t{count} * width);
+    if (!(tolerance >= 0.0 && tolerance <= 1.0) ||
+        !std::ranges::all_of(all, [](double weight) { return std::isfinite(weight); })) {
+        return kOutOfRange;
+    }
+    return Guarded([&] {
+        const std::vector<uint32_t> reduced = ReduceKeys({times_ms, count}, all, width, tolerance);
+        std::ranges::copy(reduced, kept);
+        *kept_count = static_cast<uint32_t>(reduced.size());
         return kNoError;
     });
 }

@@ -4,6 +4,8 @@
 
 #include "base/whole_file.h"
 #include "c_api/create.h"
+#include "model/phoneme_alphabet.h"
+#include "model/phoneme_alphabets.h"
 #include "session/lexicon_facts.h"
 #include "session/live_listener.h"
 #include "session/noise_gating.h"
@@ -164,6 +166,14 @@ int32_t tessarin_create_lexicon_from_memory(const void* data, uint32_t size,
     return Create(data != nullptr, out, [&](std::unique_ptr<tessarin_lexicon>& made) {
         return LookIntoLexicon(data, size, made);
     });
+}
+
+const char* tessarin_get_phoneme_label(uint32_t index) {
+    return index < PhonemeAlphabet().size() ? PhonemeAlphabet()[index].label : nullptr;
+}
+
+const char* tessarin_get_phoneme_symbol(const char* label, uint32_t alphabet) {
+    return label != nullptr ? SymbolInAlphabet(label, alphabet) : nullptr;
 }
 
 const tessarin_lexicon_facts* tessarin_get_lexicon_facts(const tessarin_lexicon* lexicon) {

@@ -199,6 +199,14 @@ class SpokenCommands(unittest.TestCase):
 
 
 class Facts(unittest.TestCase):
+    def test_phonemes_have_symbols(self) -> None:
+        self.assertEqual([tessarin.phoneme_symbol("NG", alphabet) for alphabet in tessarin.ALPHABETS],
+                         ["NG", "ŋ", "NG", "N"])
+        with self.assertRaisesRegex(ValueError, "QQ is not"):
+            tessarin.phoneme_symbol("QQ")
+        with self.assertRaisesRegex(ValueError, "no alphabet runes"):
+            tessarin.phoneme_symbol("AA", "runes")
+
     def test_are_what_the_tool_shows(self) -> None:
         def inspect(name: str) -> str:
             return subprocess.run([TOOL, "inspect", str(DATA / name)], check=True,
@@ -377,6 +385,26 @@ class Mouth(unittest.TestCase):
         for before, after in zip(switches, switches[1:]):
             self.assertNotEqual(before.shape, after.shape)
             self.assertTrue(after.start_ms - before.start_ms >= 80 or after.shape == "A")
+
+    def test_keys_stand_where_the_curves_bend(self) -> None:
+        frames = self.result.track().frames
+        visemes = tessarin.Shapes("visemes")
+        curves = visemes.keys(frames, tolerance=0.02)
+        times = [frame.start_ms for frame in frames]
+        for name, column in zip(visemes.names, zip(*visemes.mix(frames))):
+            self.assertEqual(name in curves, any(column))
+            keys = curves.get(name, [(0, 0.0), (times[-1], 0.0)])
+            for (start, a), (end, b) in zip(keys, keys[1:]):
+                for ms, weight in zip(times, column):
+                    if start <= ms <= end:
+                        line = a + (b - a) * (ms - start) / (end - start)
+                        self.assertAlmostEqual(line, weight, delta=0.0201)
+        self.assertLess(sum(map(len, curves.values())), len(curves) * len(frames) / 2)
+        self.assertEqual(tessarin.reduce_keys([0, 5, 9], [[0, 1], [0, 0], [0, 1]]), [0, 1, 2])
+        with self.assertRaises(tessarin.TessarinError):
+            tessarin.reduce_keys([0, 0], [1, 1])
+        with self.assertRaisesRegex(ValueError, "as many weights as times"):
+            tessarin.reduce_keys([0, 1], [1])
 
     def test_gains_and_common_keys_reach_the_curves(self) -> None:
         plain = self.result.track(curves=True)

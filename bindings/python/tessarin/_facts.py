@@ -84,3 +84,18 @@ class LexiconFacts:
             return cls(**{field: value.decode(encoding, "replace")
                           if isinstance(value, bytes) else value
                           for field, value in values.items()})
+
+
+ALPHABETS = ("labels", "ipa", "arpabet", "sampa")
+"""How phonemes can be written."""
+
+
+def phoneme_symbol(label: str, alphabet: str = "ipa") -> str:
+    """How a phoneme, given by its label, is written in one of ALPHABETS: `ɑ`, `AA` or `A` for the
+    label `AA`. Raises ValueError for what is not known."""
+    if alphabet not in ALPHABETS:
+        raise ValueError(f"no alphabet {alphabet}; there are {', '.join(ALPHABETS)}")
+    symbol = Library.get().get_phoneme_symbol(label.encode("utf-8"), ALPHABETS.index(alphabet))
+    if symbol is None:
+        raise ValueError(f"{label} is not the label of a phoneme")
+    return symbol.decode("utf-8")
