@@ -36,6 +36,7 @@ struct timed_span {
     uint32_t flags = 0;       ///< of a word: tessarin_word_flags
     float confidence = -1.0f; ///< of a word, 0 to 1; -1 where it is not known
     float margin = 0.0f;      ///< the evidence for a word
+    std::string reading = {}; ///< of a word with several: the one that was said
 };
 
 /// How well a text and a recording fit.

@@ -118,9 +118,10 @@ void RunTranscribe(const transcribe_options& options) {
     }
     const tessarin::transcriber_owner transcriber = LoadTranscriber(options.data);
     const SpokenText text = ReadText(source, options.data, *transcriber);
-    transcriber->Transcribe(text.GetLocal().c_str());
+    tessarin::IVisemixTranscriber& reader = text.TranscriberOr(*transcriber);
+    reader.Transcribe(text.GetLocal().c_str());
     uint32_t count = 0;
-    const CTxMarker* tokens = transcriber->GetOutputMarkers(&count);
+    const CTxMarker* tokens = reader.GetOutputMarkers(&count);
     WriteOutput(options.output, options.format == "json" ? TokensAsJson(text, tokens, count)
                                                          : TokensAsTsv(text, tokens, count));
 }

@@ -77,17 +77,9 @@ std::string ReadTable(const text_options& options, const data_options& data,
 
 /// Where the table does not read, or nothing.
 void RequireTable(const std::string& path, const std::string& table) {
-    tessarin_script_options options{};
-    options.size = sizeof options;
-    options.table = table.c_str();
-    tessarin_script* script = nullptr;
-    const int32_t code = tessarin_create_script(nullptr, "", &options, &script);
-    tessarin_free_script(script);
-    if (code != tessarin::kNoError) {
-        throw Failure(kExitFailed,
-                      path + ": is not a table of a script: it has sections in brackets, as "
-                             "data/en-us.script has them, and lines whose fields are separated by "
-                             "tabs");
+    char reason[200];
+    if (tessarin_check_script_table(table.c_str(), reason, sizeof reason) != tessarin::kNoError) {
+        throw Failure(kExitFailed, path + ": " + reason + "; data/en-us.script shows the form");
     }
 }
 
@@ -128,7 +120,8 @@ ScriptOptions::ScriptOptions(const text_options& options, const data_options& da
     }
     table = ReadTable(options, data, transcriber);
     RequireTable(options.table, table);
-    flat.flags = options.hasCueTimes ? TESSARIN_SCRIPT_CUE_TIMES : 0;
+    flat.flags = (options.hasCueTimes ? uint32_t{TESSARIN_SCRIPT_CUE_TIMES} : 0) |
+                 (options.hasOneReading ? uint32_t{TESSARIN_SCRIPT_ONE_READING} : 0);
     flat.format = FormOf(options);
     flat.speaker = speaker.c_str();
     flat.table = table.c_str();
@@ -165,6 +158,9 @@ void AddTextOptions(CLI::App& command, text_options* options) {
                     "Your own units, titles, abbreviations ..., on top of the project's: a file in "
                     "the form of data/en-us.script")
         ->option_text("FILE");
+    command.add_flag("--one-reading", options->hasOneReading,
+                     "Say numbers, times and unknown words in the usual way, where otherwise the "
+                     "recording chooses: 9:00 as nine o'clock, never as nine");
     command.add_flag("--cue-times", options->hasCueTimes,
                      "Divide subtitles at their pauses, by their times");
 }
