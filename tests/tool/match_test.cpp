@@ -92,9 +92,8 @@ TEST(Match, ReportsWhatDoesNotFit) {
     EXPECT_THAT(Align(scratch, text, "--format textgrid").output, HasSubstr("\"confidence\""));
     for (const char* name : {"x.json", "x.tsv"}) {
         WriteFile(scratch.Path("x.tsv"), table);
-        EXPECT_EQ(
-            RunTool("animate " + scratch.Path(name) + " -q -o /dev/null --format json").exitCode,
-            0);
+        EXPECT_EQ(RunTool("animate " + scratch.Path(name) + " -o /dev/null --format json").exitCode,
+                  0);
     }
     EXPECT_EQ(RunTool("view " + DemoRecording() + " -q --timings " + scratch.Path("x.json") +
                       " -o " + scratch.Path("x.html"))
