@@ -60,7 +60,7 @@ recording_search SearchForText(const SpokenText& text, tessarin::IVisemixTranscr
         }
         const int32_t found =
             aligner->Align(recording.observations.get(), &model, text.GetLocal().c_str(),
-                           &transcriber, &progress, &results);
+                           &text.TranscriberOr(transcriber), &progress, &results);
         report = ReadMatch(*aligner);
         return found;
     };

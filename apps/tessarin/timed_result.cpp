@@ -47,11 +47,27 @@ void FindJoints(const SpokenText& text, std::vector<timed_span>& words) {
     }
 }
 
+/// Finds what was said of each word by its phonemes. `starts` are the words' in the local text.
+void FindReadings(const SpokenText& text, const std::vector<int32_t>& starts, size_t firstWord,
+                  timed_result* out) {
+    auto phoneme = out->phonemes.begin();
+    for (size_t i = 0; i < starts.size(); ++i) {
+        timed_span& word = out->words[firstWord + i];
+        std::string said;
+        for (; phoneme != out->phonemes.end() && phoneme->startMs < word.endMs; ++phoneme) {
+            said += phoneme->startMs >= word.startMs && phoneme->label != "x" ? phoneme->label : "";
+        }
+        word.reading = text.FindReading(starts[i], said);
+    }
+}
+
 } // namespace
 
 void CollectMarkers(tessarin::ISyncResultsCollection& results, const SpokenText* text,
                     timed_result* out) {
     const CSyncMarker* const end = results.end();
+    const size_t firstWord = out->words.size();
+    std::vector<int32_t> wordStarts;
     for (const CSyncMarker* marker = results.begin(); marker != end; ++marker) {
         switch (marker->type) {
         case tessarin::kPhonemeMarker:
@@ -62,6 +78,9 @@ void CollectMarkers(tessarin::ISyncResultsCollection& results, const SpokenText*
         case tessarin::kTagMarker: {
             auto& spans = marker->type == tessarin::kWordMarker ? out->words : out->events;
             spans.push_back(SpanOf(*marker, text));
+            if (marker->type == tessarin::kWordMarker) {
+                wordStarts.push_back(marker->text_offset);
+            }
             break;
         }
         default:
@@ -70,6 +89,7 @@ void CollectMarkers(tessarin::ISyncResultsCollection& results, const SpokenText*
     }
     if (text != nullptr) {
         FindJoints(*text, out->words);
+        FindReadings(*text, wordStarts, firstWord, out);
     }
 }
 

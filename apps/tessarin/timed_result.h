@@ -37,6 +37,7 @@ struct timed_span {
     float confidence = -1.0f; ///< of a word, 0 to 1; -1 where it is not known
     float margin = 0.0f;      ///< the evidence for a word
     std::string joint = {};   ///< of a word: the hyphen or the like between it and the next
+    std::string reading = {}; ///< of a word with several: the one that was said
 };
 
 /// How well a text and a recording fit.

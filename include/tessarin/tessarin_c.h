@@ -83,7 +83,10 @@ enum tessarin_script_flags {
     /** The text is read as it stands, as the classes read it: numbers as numbers, no roles. */
     TESSARIN_SCRIPT_LITERAL = 1,
     /** The times of subtitles divide the text where there is a pause between two. */
-    TESSARIN_SCRIPT_CUE_TIMES = 2
+    TESSARIN_SCRIPT_CUE_TIMES = 2,
+    /** What may be said in several ways is said in the usual one, and unknown words in the
+       likeliest; otherwise, in an alignment, the recording chooses. */
+    TESSARIN_SCRIPT_ONE_READING = 4
 };
 
 /** How a text is read. People write 1905, Dr. and (sighs), and names before lines: what is said of

@@ -43,18 +43,8 @@ error_code ParseShapes(std::string_view text, char* reason, uint32_t reasonSize,
         out.reset(new tessarin_shapes{ShapeMap::Parse(text)});
         return kNoError;
     } catch (const shape_map_error& wrong) {
-        if (reason != nullptr && reasonSize > 0) {
-            const size_t length = std::min<size_t>(std::strlen(wrong.what()), reasonSize - 1);
-            std::memcpy(reason, wrong.what(), length);
-            reason[length] = '\0';
-        }
+        WriteReason(wrong.what(), reason, reasonSize);
         return kInvalidFile;
-    }
-}
-
-void ClearReason(char* reason, uint32_t reasonSize) {
-    if (reason != nullptr && reasonSize > 0) {
-        reason[0] = '\0';
     }
 }
 
@@ -142,7 +132,7 @@ int32_t tessarin_create_shapes(const char* set, tessarin_shapes** out) {
 
 int32_t tessarin_create_shapes_from_text(const char* text, char* reason, uint32_t reason_size,
                                          tessarin_shapes** out) {
-    ClearReason(reason, reason_size);
+    WriteReason("", reason, reason_size);
     return Create(text != nullptr, out, [&](std::unique_ptr<tessarin_shapes>& made) {
         return ParseShapes(text, reason, reason_size, made);
     });
@@ -150,7 +140,7 @@ int32_t tessarin_create_shapes_from_text(const char* text, char* reason, uint32_
 
 int32_t tessarin_create_shapes_from_file(const char* path, char* reason, uint32_t reason_size,
                                          tessarin_shapes** out) {
-    ClearReason(reason, reason_size);
+    WriteReason("", reason, reason_size);
     return Create(path != nullptr, out, [&](std::unique_ptr<tessarin_shapes>& made) -> error_code {
         uint32_t size = 0;
         const auto content = ReadWholeFile(path, &size, false);

@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <cmath>
 #include <span>
+#include <string>
+#include <utility>
 
 #include "base/whole_file.h"
 #include "c_api/create.h"
@@ -10,9 +12,11 @@
 #include "session/live_listener.h"
 #include "session/noise_gating.h"
 #include "session/script_parts.h"
+#include "session/script_transcriber.h"
 #include "session/search_run.h"
 #include "session/sentence_search.h"
 #include "tessarin/tessarin_c.h"
+#include "text/script/script_table.h"
 
 using namespace tessarin;
 
@@ -191,6 +195,19 @@ int32_t tessarin_create_script(tessarin_language* language, const char* text,
     });
 }
 
+int32_t tessarin_check_script_table(const char* table, char* reason, uint32_t reason_size) {
+    WriteReason("", reason, reason_size);
+    return table == nullptr ? error_code{kInvalidArgument} : Guarded([&] {
+        const script_table_error error = ScriptTable().Add(table);
+        if (error.line == 0) {
+            return kNoError;
+        }
+        WriteReason("line " + std::to_string(error.line) + ": " + error.reason, reason,
+                    reason_size);
+        return kInvalidFile;
+    });
+}
+
 const char* tessarin_get_script_text(const tessarin_script* script) {
     return script != nullptr ? script->reading.GetSpoken().c_str() : "";
 }
@@ -198,6 +215,12 @@ const char* tessarin_get_script_text(const tessarin_script* script) {
 const tessarin_script_part* tessarin_get_script_words(const tessarin_script* script,
                                                       uint32_t* count) {
     return Items(script != nullptr ? &script->words : nullptr, count);
+}
+
+const char* const* tessarin_get_script_readings(const tessarin_script* script, uint32_t word,
+                                                uint32_t* count) {
+    const bool isWord = script != nullptr && word < script->readings.size();
+    return Items(isWord ? &script->readings[word] : nullptr, count);
 }
 
 const tessarin_script_part* tessarin_get_script_events(const tessarin_script* script,
@@ -219,6 +242,32 @@ int32_t tessarin_find_script_part(const tessarin_script* script, int32_t offset,
                                   tessarin_script_part* out) {
     return script == nullptr || out == nullptr ? error_code{kInvalidArgument}
                                                : FindScriptPart(*script, offset, length, *out);
+}
+
+const char* tessarin_get_word_reading(const tessarin_result* result, uint32_t word) {
+    return result != nullptr && word < result->wordReadings.size()
+               ? result->wordReadings[word].c_str()
+               : "";
+}
+
+int32_t CreateScriptTranscriber(IVisemixTranscriber* inner, const tessarin_script* script,
+                                IScriptTranscriber** out) {
+    if (out == nullptr) {
+        return kInvalidArgument;
+    }
+    *out = nullptr;
+    if (inner == nullptr || script == nullptr) {
+        return kInvalidArgument;
+    }
+    return Guarded([&] {
+        return RefusingBadUtf8([&] {
+            TranscriberInfo info{};
+            inner->getTranscriberInfo(&info);
+            auto text = std::make_shared<const SpanText>("", script->reading, info);
+            *out = MakeScriptTranscriber(*inner, std::move(text)).release();
+            return kNoError;
+        });
+    });
 }
 
 void tessarin_free_script(tessarin_script* script) {

@@ -59,6 +59,10 @@ error_code MakeScript(tessarin_language* language, const char* text,
         ReadScriptFor(borrowed ? borrowed->Get() : nullptr, text, how));
     for (const script_word& word : script->reading.GetWords()) {
         script->words.push_back(PartOf(word));
+        auto& readings = script->readings.emplace_back();
+        for (const std::string& other : word.others) {
+            readings.push_back(other.c_str());
+        }
     }
     for (const script_event& event : script->reading.GetEvents()) {
         script->events.push_back(PartOf(SpanKindOf(event), event.place));

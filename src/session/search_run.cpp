@@ -26,8 +26,8 @@ public:
     error_code Open(const search_input& input);
     error_code Align(IVisemixTranscriber& transcriber, const std::string& calibration);
     error_code Recognize();
-    /// Copies what was found; `text` is null without one.
-    std::unique_ptr<tessarin_result> TakeResult(const SpanText* text);
+    /// Copies what was found; `spoken` is null without a text.
+    std::unique_ptr<tessarin_result> TakeResult(const SpokenLanguage* spoken);
     /// Adds what the alignment says of the match to the result that was taken.
     void AddMatch(const SpanText& text, tessarin_result& taken) const {
         tessarin::AddMatch(*aligner, options.from_ms, text, taken);
@@ -139,7 +139,25 @@ void AddSpan(const CSyncMarker& marker, const SpanText* text, tessarin_result& r
                      Keep(std::move(spelling), result.texts)});
 }
 
-std::unique_ptr<tessarin_result> Search::TakeResult(const SpanText* text) {
+/// Finds out by the phonemes of each word, which begin at `starts` in the local text, what was said
+/// of several readings.
+void AddReadings(IScriptTranscriber& readings, const std::vector<uint32_t>& starts,
+                 tessarin_result& result) {
+    auto phoneme = result.phonemes.begin();
+    for (size_t i = 0; i < starts.size(); ++i) {
+        const tessarin_span& word = result.words[i];
+        std::string said;
+        for (; phoneme != result.phonemes.end() && phoneme->start_ms < word.end_ms; ++phoneme) {
+            const std::string_view label = phoneme->label;
+            said += phoneme->start_ms >= word.start_ms && label != "x" ? label : "";
+        }
+        result.wordReadings.emplace_back(readings.FindReading(starts[i], said.c_str()));
+    }
+}
+
+std::unique_ptr<tessarin_result> Search::TakeResult(const SpokenLanguage* spoken) {
+    const SpanText* const text = spoken != nullptr ? &spoken->GetText() : nullptr;
+    std::vector<uint32_t> wordStarts;
     CSyncMarker* const end = result->markers->end();
     for (CSyncMarker* marker = result->markers->begin(); marker != end; ++marker) {
         marker->start = ShiftTime(marker->start, options.from_ms);
@@ -149,6 +167,8 @@ std::unique_ptr<tessarin_result> Search::TakeResult(const SpanText* text) {
             result->phonemes.push_back(PhonemeOf(*marker));
             break;
         case kWordMarker:
+            wordStarts.push_back(static_cast<uint32_t>(marker->text_offset));
+            [[fallthrough]];
         case kPunctuationMarker:
         case kTagMarker:
             AddSpan(*marker, text, *result);
@@ -156,6 +176,9 @@ std::unique_ptr<tessarin_result> Search::TakeResult(const SpanText* text) {
         default:
             break;
         }
+    }
+    if (spoken != nullptr && spoken->GetReadings() != nullptr) {
+        AddReadings(*spoken->GetReadings(), wordStarts, *result);
     }
     result->loudness = audio.GetLoudness();
     return std::move(result);
@@ -252,7 +275,7 @@ error_code Align(const search_input& input, tessarin_language& language, const c
     }
     code = search.Align(spoken.GetTranscriber(), input.model.calibration);
     if (HasFound(code)) {
-        out = search.TakeResult(&spoken.GetText());
+        out = search.TakeResult(&spoken);
         search.AddMatch(spoken.GetText(), *out);
     }
     return code;

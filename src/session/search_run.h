@@ -27,7 +27,8 @@ struct tessarin_result {
     tessarin::results_owner markers;
     std::vector<tessarin_phoneme> phonemes;
     std::vector<tessarin_span> words;
-    std::vector<uint32_t> wordFlags; ///< of each word
+    std::vector<uint32_t> wordFlags;       ///< of each word
+    std::vector<std::string> wordReadings; ///< likewise; empty where a word has only one
     std::vector<tessarin_span> events;
     std::vector<float> loudness;  ///< of each 10 ms of the audio, in dB; empty when not known
     float adaptationGain = -1.0f; ///< -1: not adapted

@@ -3,6 +3,8 @@
 #include <limits>
 
 #include "session/locale_use.h"
+#include "text/pronunciation/tree_guesses.h"
+#include "text/script/letter_case.h"
 #include "text/transcriber.h"
 
 namespace tessarin {
@@ -16,16 +18,37 @@ error_code CheckText(std::string_view text) {
     return utf8::is_valid(text.begin(), text.end()) ? kNoError : kInvalidUtf8;
 }
 
+namespace {
+
+/// What the tree makes of a word that neither the lexicon nor the user's table has, where it is not
+/// sure.
+void AddGuesses(const CTranscriber& transcriber, const ScriptTable& table, script_word& word) {
+    constexpr size_t kMostGuesses = 3;
+    const std::string upper = InUpperCase(word.spoken);
+    if (!std::ranges::all_of(upper, IsUpper) || transcriber.Knows(upper) ||
+        table.Find(script_section::kAcronyms, upper) != nullptr) {
+        return;
+    }
+    word.guesses = GuessPronunciations(transcriber.GetLanguageModule(), upper, kMostGuesses);
+    if (word.guesses.size() < 2) {
+        word.guesses.clear();
+    }
+}
+
+} // namespace
+
 error_code ReadScriptOptions(const tessarin_script_options* given, text_reading& out) {
     if (given == nullptr) {
         return kNoError;
     }
-    constexpr uint32_t kFlags = TESSARIN_SCRIPT_LITERAL | TESSARIN_SCRIPT_CUE_TIMES;
+    constexpr uint32_t kFlags =
+        TESSARIN_SCRIPT_LITERAL | TESSARIN_SCRIPT_CUE_TIMES | TESSARIN_SCRIPT_ONE_READING;
     if (given->size != sizeof *given || (given->flags & ~kFlags) != 0 ||
         given->format > TESSARIN_TEXTGRID_SCRIPT) {
         return kInvalidArgument;
     }
     out.isLiteral = (given->flags & TESSARIN_SCRIPT_LITERAL) != 0;
+    out.hasOneReading = (given->flags & TESSARIN_SCRIPT_ONE_READING) != 0;
     out.script.hasCueTimes = (given->flags & TESSARIN_SCRIPT_CUE_TIMES) != 0;
     out.script.format = static_cast<script_format>(given->format);
     out.script.speaker = given->speaker != nullptr ? given->speaker : "";
@@ -34,7 +57,7 @@ error_code ReadScriptOptions(const tessarin_script_options* given, text_reading&
     }
     out.hasOwnTable = true;
     out.ownTable = BuiltInEnglishScript();
-    return out.ownTable.Add(given->table) == 0 ? kNoError : kInvalidFile;
+    return out.ownTable.Add(given->table).line == 0 ? kNoError : kInvalidFile;
 }
 
 bool CanReadScripts(const TranscriberInfo& info, const text_reading& how) {
@@ -44,15 +67,22 @@ bool CanReadScripts(const TranscriberInfo& info, const text_reading& how) {
 
 ScriptReading ReadScriptFor(IVisemixTranscriber* transcriber, std::string_view text,
                             const text_reading& how) {
+    // The pool makes its transcribers itself, so they are the library's own.
+    const auto* const own = static_cast<const CTranscriber*>(transcriber);
     word_lookup isKnown;
-    if (transcriber != nullptr) {
-        // The pool makes its transcribers itself, so they are the library's own.
-        isKnown = [own = static_cast<const CTranscriber*>(transcriber)](std::string_view word) {
-            return own->Knows(InUpperCase(word));
-        };
+    if (own != nullptr) {
+        isKnown = [own](std::string_view word) { return own->Knows(InUpperCase(word)); };
     }
-    return ReadScript(text, how.hasOwnTable ? how.ownTable : BuiltInEnglishScript(), how.script,
-                      isKnown);
+    const ScriptTable& table = how.hasOwnTable ? how.ownTable : BuiltInEnglishScript();
+    ScriptReading reading = ReadScript(text, table, how.script, isKnown);
+    for (script_word& word : reading.GetMutableWords()) {
+        if (how.hasOneReading) {
+            word.others.clear();
+        } else if (own != nullptr) {
+            AddGuesses(*own, table, word);
+        }
+    }
+    return reading;
 }
 
 SpokenLanguage::SpokenLanguage(tessarin_language& language, const char* text,
@@ -70,18 +100,21 @@ void SpokenLanguage::Read(const char* text, const text_reading& how) {
     }
     const LocaleUse use(info);
     code = RefusingBadUtf8([&] {
-        spanText =
-            how.isLiteral || !CanReadScripts(info, how)
-                ? std::make_unique<SpanText>(text, info)
-                : std::make_unique<SpanText>(text, ReadScriptFor(borrowed.Get(), text, how), info);
-        borrowed.Get()->Transcribe(spanText->GetLocal().c_str());
+        if (how.isLiteral || !CanReadScripts(info, how)) {
+            spanText = std::make_shared<const SpanText>(text, info);
+        } else {
+            spanText = std::make_shared<const SpanText>(
+                text, ReadScriptFor(borrowed.Get(), text, how), info);
+            script = MakeScriptTranscriber(*borrowed.Get(), spanText);
+        }
+        GetTranscriber().Transcribe(spanText->GetLocal().c_str());
         return kNoError;
     });
 }
 
 void SpokenLanguage::Transcribe(const std::string& local) {
     const LocaleUse use(info);
-    borrowed.Get()->Transcribe(local.c_str());
+    GetTranscriber().Transcribe(local.c_str());
 }
 
 } // namespace tessarin

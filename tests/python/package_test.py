@@ -264,8 +264,11 @@ class Texts(unittest.TestCase):
                          + (("hAHndrEHd",), ("fAYv",)))
         table = "[units]\nlg\tleague\tleagues\n"
         self.assertEqual(len(tessarin.transcribe("20 lg", script_table=table)), 1)
-        with self.assertRaises(tessarin.TessarinError):
-            tessarin.transcribe("20 lg", script_table="nonsense")
+        with self.assertRaisesRegex(tessarin.TessarinError, "line 2: an entry"):
+            tessarin.transcribe("20 lg", script_table="[units]\nlg\n")
+        self.assertEqual(tessarin.transcribe("0", one_reading=True)[0].phonemes,
+                         (("zIHrOW", "zIYrOW"),))
+        self.assertIn("OW", tessarin.transcribe("0")[0].phonemes[0])
         with self.assertRaises(ValueError):
             tessarin.transcribe("x", script_format="odt")
 

@@ -118,9 +118,10 @@ void RunTranscribe(const transcribe_options& options) {
     }
     const EngineLanguage language(options.data);
     const SpokenText text = ReadText(source, language);
-    language.GetTranscriber().Transcribe(text.GetLocal().c_str());
+    tessarin::IVisemixTranscriber& reader = text.TranscriberOr(language.GetTranscriber());
+    reader.Transcribe(text.GetLocal().c_str());
     uint32_t count = 0;
-    const CTxMarker* tokens = language.GetTranscriber().GetOutputMarkers(&count);
+    const CTxMarker* tokens = reader.GetOutputMarkers(&count);
     WriteOutput(options.output, options.format == "json" ? TokensAsJson(text, tokens, count)
                                                          : TokensAsTsv(text, tokens, count));
 }

@@ -74,33 +74,35 @@ std::string ReadAcronyms(const EngineLanguage& language) {
     return table;
 }
 
-Failure NotATable(const std::string& path) {
-    return Failure(kExitFailed, path + ": is not a table of a script: it has sections in brackets, "
-                                       "as data/en-us.script has them, and lines whose fields are "
-                                       "separated by tabs");
-}
-
 /// The user's table; empty without one.
 std::string ReadTable(const text_options& options) {
     std::string table = options.table.empty() ? "" : ReadWholeFile(options.table);
     if (table.find('\0') != std::string::npos) {
-        throw NotATable(options.table);
+        throw Failure(kExitFailed, options.table + ": is not a text; data/en-us.script shows the "
+                                                   "form of a table");
     }
     return table;
+}
+
+/// Throws Failure with the line and the reason where the table does not read.
+void RequireTable(const std::string& path, const std::string& table) {
+    char reason[200];
+    if (tessarin_check_script_table(table.c_str(), reason, sizeof reason) != tessarin::kNoError) {
+        throw Failure(kExitFailed, path + ": " + reason + "; data/en-us.script shows the form");
+    }
 }
 
 /// Whether texts of the language are read as scripts: English ones are, and all for which the user
 /// has a table. Throws Failure for a table that does not read.
 bool ReadsScripts(const std::string& path, const std::string& table,
                   const EngineLanguage& language) {
+    RequireTable(path, table);
     tessarin_script_options options{};
     options.size = sizeof options;
     options.table = path.empty() ? nullptr : table.c_str();
     tessarin_script* made = nullptr;
     const int32_t code = tessarin_create_script(&language.GetFlat(), "", &options, &made);
     tessarin_free_script(made);
-    if (code == TESSARIN_INVALID_FILE) {
-        throw NotATable(path);
     }
     if (code != TESSARIN_OK && code != TESSARIN_NOT_AVAILABLE) {
         throw EngineFailure(path.empty() ? "script" : path, code);
@@ -138,7 +140,8 @@ ScriptOptions::ScriptOptions(const text_options& options, const EngineLanguage& 
         return;
     }
     table += ReadAcronyms(language);
-    flat.flags = options.hasCueTimes ? TESSARIN_SCRIPT_CUE_TIMES : 0;
+    flat.flags = (options.hasCueTimes ? uint32_t{TESSARIN_SCRIPT_CUE_TIMES} : 0) |
+                 (options.hasOneReading ? uint32_t{TESSARIN_SCRIPT_ONE_READING} : 0);
     flat.format = FormOf(options);
     flat.speaker = speaker.c_str();
     flat.table = table.c_str();
@@ -175,6 +178,9 @@ void AddTextOptions(CLI::App& command, text_options* options) {
                     "Your own units, titles, abbreviations ..., on top of the project's: a file in "
                     "the form of data/en-us.script")
         ->option_text("FILE");
+    command.add_flag("--one-reading", options->hasOneReading,
+                     "Say numbers, times and unknown words in the usual way, where otherwise the "
+                     "recording chooses: 9:00 as nine o'clock, never as nine");
     command.add_flag("--cue-times", options->hasCueTimes,
                      "Divide subtitles at their pauses, by their times");
 }

@@ -15,8 +15,9 @@ struct text_options {
     std::string encoding = "auto";
     bool isLiteral = false;
     std::string form = "auto"; ///< of a script
-    std::string speaker;       ///< whose lines are said; empty: everybody's
-    std::string table;         ///< entries on top of the built-in ones
+    bool hasOneReading = false;
+    std::string speaker; ///< whose lines are said; empty: everybody's
+    std::string table;   ///< entries on top of the built-in ones
     bool hasCueTimes = false;
 
     bool IsGiven() const { return text || file; }

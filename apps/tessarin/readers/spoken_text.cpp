@@ -64,7 +64,7 @@ SpokenText::SpokenText(const std::string& source, std::string userBytes,
     tessarin::TranscriberInfo info = {};
     transcriber.getTranscriberInfo(&info);
     ReadUser(source, encoding, info);
-    ReadScript(source, request);
+    ReadScript(source, request, transcriber);
     MakeLocal(info);
 }
 
@@ -83,7 +83,8 @@ void SpokenText::ReadUser(const std::string& source, const std::string& encoding
     utf8Starts.push_back(static_cast<uint32_t>(userUtf8.size()));
 }
 
-void SpokenText::ReadScript(const std::string& source, const script_request& request) {
+void SpokenText::ReadScript(const std::string& source, const script_request& request,
+                            tessarin::IVisemixTranscriber& transcriber) {
     tessarin_script* made = nullptr;
     const int32_t code =
         tessarin_create_script(request.language, userUtf8.c_str(), request.options, &made);
@@ -91,6 +92,11 @@ void SpokenText::ReadScript(const std::string& source, const script_request& req
     if (code != tessarin::kNoError) {
         throw Failure(kExitFailed, DescribeCode(source, code));
     }
+    const int32_t wrapped = CreateScriptTranscriber(&transcriber, script.get(), &readings);
+    if (wrapped != tessarin::kNoError) {
+        throw EngineFailure(source, wrapped);
+    }
+    readingsOwner.reset(readings);
     const std::string_view said = tessarin_get_script_text(script.get());
     for (const char* at = said.begin(); at != said.end();) {
         const auto start = static_cast<uint32_t>(at - said.begin());
@@ -227,6 +233,17 @@ std::optional<tessarin_script_part> SpokenText::FindPart(int32_t offset, int32_t
     tessarin_script_part part{};
     const int32_t code = tessarin_find_script_part(script.get(), said.offset, said.length, &part);
     return code == tessarin::kNoError ? std::optional(part) : std::nullopt;
+}
+
+tessarin::IVisemixTranscriber&
+SpokenText::TranscriberOr(tessarin::IVisemixTranscriber& plain) const {
+    return readings != nullptr ? *readings : plain;
+}
+
+std::string SpokenText::FindReading(int32_t offset, const std::string& phonemes) const {
+    return readings != nullptr
+               ? readings->FindReading(static_cast<uint32_t>(offset), phonemes.c_str())
+               : "";
 }
 
 size_t SpokenText::GetNumUnsaid() const {

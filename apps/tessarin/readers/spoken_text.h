@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tessarin/owned.h"
+#include "tessarin/script_transcriber.h"
 
 /// How a text is read as a script.
 struct script_request {
@@ -48,6 +49,11 @@ public:
     /// What of the script a stretch of the local text stands for: a tessarin_span_kind and its
     /// flags. Empty where the text was read literally.
     std::optional<tessarin_script_part> FindPart(int32_t offset, int32_t length) const;
+    /// The transcriber that knows all readings of the script, or `plain` for a literal text.
+    tessarin::IVisemixTranscriber& TranscriberOr(tessarin::IVisemixTranscriber& plain) const;
+    /// What was said for the word at `offset` of the local text, whose phonemes are `phonemes`;
+    /// empty for a word with one reading.
+    std::string FindReading(int32_t offset, const std::string& phonemes) const;
     /// How many characters of the script have no name and are not said.
     size_t GetNumUnsaid() const;
 
@@ -69,7 +75,8 @@ private:
     void ReadUtf16(bool swapped, size_t from);
     void ReadUser(const std::string& source, const std::string& encoding,
                   const tessarin::TranscriberInfo& info);
-    void ReadScript(const std::string& source, const script_request& request);
+    void ReadScript(const std::string& source, const script_request& request,
+                    tessarin::IVisemixTranscriber& transcriber);
     void MakeLocal(const tessarin::TranscriberInfo& info);
     place FindOwners(int32_t offset, int32_t length) const;
 
@@ -81,5 +88,7 @@ private:
     std::vector<character> spoken;     ///< of what is said of a script, and its end
     std::vector<uint32_t> owners; ///< for each byte of the local text and its end, the character
     tessarin::flat::script_owner script;
+    tessarin::IScriptTranscriber* readings = nullptr; ///< of the script
+    tessarin::transcriber_owner readingsOwner;
     size_t lost = 0;
 };

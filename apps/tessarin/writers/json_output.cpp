@@ -29,6 +29,9 @@ json SpanJson(const timed_span& span) {
     if ((span.flags & TESSARIN_WORD_DRAWL) != 0) {
         entry["drawl"] = true;
     }
+    if (!span.reading.empty()) {
+        entry["reading"] = span.reading;
+    }
     return entry;
 }
 

@@ -151,7 +151,8 @@ class Engine:
         stage directions as events. `literal=True` has it read as it stands; `speaker="NAME"` takes
         the lines of one role; `script_format` names the form of the text (SCRIPT_FORMATS);
         `cue_times=True` lets the times of subtitles divide it; `script_table` is a text of entries
-        in the form of data/en-us.script.
+        in the form of data/en-us.script. What may be said in several ways, such as 9:00 or 1905,
+        is said as in the recording (Word.reading); with `one_reading=True`, in the usual way.
 
         Raises Cancelled; RecognitionFailed, which has what was found; or TessarinError.
         """
@@ -231,13 +232,21 @@ class Engine:
 
     @staticmethod
     def _script(*, literal: bool = False, speaker: str = "", script_format: str = "auto",
-                cue_times: bool = False, script_table: str | None = None) -> Any:
+                cue_times: bool = False, script_table: str | None = None,
+                one_reading: bool = False) -> Any:
+        if script_table is not None:
+            reason = ctypes.create_string_buffer(200)
+            library = _library.Library.get()
+            code = library.check_script_table(TextPlaces(script_table).content, reason, 200)
+            if code != 0:
+                raise TessarinError("script_table", code, reason.value.decode("utf-8", "replace"))
         if script_format not in SCRIPT_FORMATS:
             raise ValueError(f"{script_format} is not one of {', '.join(SCRIPT_FORMATS)}")
         return _library.ScriptOptions(
             size=ctypes.sizeof(_library.ScriptOptions),
             flags=((_library.SCRIPT_LITERAL if literal else 0)
-                   | (_library.SCRIPT_CUE_TIMES if cue_times else 0)),
+                   | (_library.SCRIPT_CUE_TIMES if cue_times else 0)
+                   | (_library.SCRIPT_ONE_READING if one_reading else 0)),
             format=SCRIPT_FORMATS.index(script_format), speaker=TextPlaces(speaker).content,
             table=None if script_table is None else TextPlaces(script_table).content)
 

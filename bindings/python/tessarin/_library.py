@@ -168,6 +168,7 @@ WORD_EMPHASIS = 1
 WORD_DRAWL = 2
 SCRIPT_LITERAL = 1
 SCRIPT_CUE_TIMES = 2
+SCRIPT_ONE_READING = 4
 UNSCRIPTED = 5
 MATCH_MODES = {"auto": 0, "exact": 1, "loose": 2}
 
@@ -202,6 +203,7 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
     "get_audio_samples": (POINTER(c_int16), [c_void_p, _COUNT]),
     "get_audio_rate_hz": (c_uint32, [c_void_p]),
     "free_audio": (None, [c_void_p]),
+    "check_script_table": (c_int32, [c_char_p, c_char_p, c_uint32]),
     "create_script_transcript": (c_int32, [c_void_p, c_char_p, POINTER(ScriptOptions), _OUT]),
     "get_transcript_tokens": (POINTER(Token), [c_void_p, _COUNT]),
     "free_transcript": (None, [c_void_p]),
@@ -212,6 +214,7 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
     "get_phonemes": (POINTER(Phoneme), [c_void_p, _COUNT]),
     "get_words": (POINTER(Span), [c_void_p, _COUNT]),
     "get_word_flags": (c_uint32, [c_void_p, c_uint32]),
+    "get_word_reading": (c_char_p, [c_void_p, c_uint32]),
     "get_events": (POINTER(Span), [c_void_p, _COUNT]),
     "get_match": (POINTER(Match), [c_void_p]),
     "get_word_matches": (POINTER(WordMatch), [c_void_p, _COUNT]),
