@@ -69,14 +69,14 @@ error_code WriteBeside(const std::string& target, std::span<const uint8_t> conte
     error_code code = WriteAndClose(std::move(file), content);
     std::error_code failure;
     if (code == kNoError && rights != fs::perms::unknown) {
-        fs::permissions(path, rights, failure);
+        fs::permissions(PathOf(path), rights, failure);
     }
     if (code == kNoError) {
-        fs::rename(path, target, failure);
+        fs::rename(PathOf(path), PathOf(target), failure);
         code = failure ? kFileLocked : kNoError;
     }
     if (code != kNoError) {
-        fs::remove(path, failure);
+        fs::remove(PathOf(path), failure);
     }
     return code;
 }
@@ -89,7 +89,7 @@ error_code OverwriteFrom0(const std::string& target, std::span<const uint8_t> co
     const error_code code = WriteAndClose(std::move(file), content);
     std::error_code failure;
     if (code == kNoError) {
-        fs::resize_file(target, content.size(), failure);
+        fs::resize_file(PathOf(target), content.size(), failure);
     }
     return failure ? kWriteFailed : code;
 }
@@ -109,7 +109,7 @@ error_code WriteInPlace(const std::string& target, std::span<const uint8_t> cont
 /// Replaces the file at `target`, which can be written.
 error_code Replace(const std::string& target, std::span<const uint8_t> content, fs::perms rights) {
     std::error_code failure;
-    if (fs::hard_link_count(target, failure) > 1 && !failure) {
+    if (fs::hard_link_count(PathOf(target), failure) > 1 && !failure) {
         return WriteInPlace(target, content); // all its names go on meaning one file
     }
     const error_code code = WriteBeside(target, content, rights);
@@ -169,10 +169,10 @@ error_code WriteWholeFile(const char* path, std::span<const uint8_t> content) {
         return kFileLocked;
     }
     std::error_code failure;
-    const fs::file_status old = fs::status(path, failure);
+    const fs::file_status old = fs::status(PathOf(path), failure);
     if (!fs::exists(old)) {
-        const std::optional<fs::path> target = FollowLinks(path);
-        return target ? Make(target->string(), content) : kFileLocked;
+        const std::optional<fs::path> target = FollowLinks(PathOf(path));
+        return target ? Make(TextOf(*target), content) : kFileLocked;
     }
     file_ptr probe(OpenStdio(path, "r+b"));
     if (probe == nullptr) {
@@ -182,8 +182,8 @@ error_code WriteWholeFile(const char* path, std::span<const uint8_t> content) {
         return WriteAndClose(std::move(probe), content); // a device has no old contents to lose
     }
     probe.reset();
-    const fs::path target = fs::canonical(path, failure); // a link stays a link
-    return failure ? kFileLocked : Replace(target.string(), content, old.permissions());
+    const fs::path target = fs::canonical(PathOf(path), failure); // a link stays a link
+    return failure ? kFileLocked : Replace(TextOf(target), content, old.permissions());
 }
 
 } // namespace tessarin

@@ -1,4 +1,3 @@
-#include <filesystem>
 #include <fstream>
 #include <locale>
 #include <memory>
@@ -8,6 +7,7 @@
 #include "base/guarded.h"
 #include "model/accoustic_hmm.h"
 #include "platform/floating_point.h"
+#include "platform/stdio_file.h"
 #include "tessarin/acoustic_model.h"
 #include "tessarin/language_constraints.h"
 
@@ -22,7 +22,7 @@ bool OpenText(const char* path, std::ifstream& text) {
         return false;
     }
     text.imbue(std::locale::classic());
-    text.open(std::filesystem::path(path));
+    text.open(PathOf(path));
     text.peek();
     return text.is_open() && !text.bad();
 }

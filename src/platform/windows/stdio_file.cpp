@@ -38,4 +38,12 @@ std::FILE* OpenStdio(const char* path, const char* mode) {
     return text.ends_with('x') ? OpenNew(wide) : _wfopen(wide.c_str(), WideText(text).c_str());
 }
 
+std::filesystem::path PathOf(std::string_view text) {
+    return WideText(text);
+}
+
+std::string TextOf(const std::filesystem::path& path) {
+    return Utf8Text(path.native());
+}
+
 } // namespace tessarin
