@@ -20,9 +20,9 @@ enum match_mode : uint32_t {
 
 /// Whether a text belongs to a recording.
 enum match_verdict : int32_t {
-    kMatchUnknown = 0,  ///< no calibration was set, or no word was looked at: the text has none, the
-                        ///< mode is exact, or the text cannot fit into the audio
-    kMatchGood = 1,     ///< all of it was said and nothing else
+    kMatchUnknown = 0, ///< no calibration was set, or no word was looked at: the text has none, the
+                       ///< mode is exact, or the text cannot fit into the audio
+    kMatchGood = 1,    ///< all of it was said and nothing else
     kMatchDoubtful = 2, ///< words were not said, other speech was heard, or the sounds fit badly
     kMatchPoor = 3,     ///< it is hardly the text of this recording
 };
@@ -63,11 +63,11 @@ struct match_summary {
                            ///< path less that on the path heard without a text: 0 where the text
                            ///< fits as well as anything, -1 or lower where it does not
     float duration;        ///< mean distance of the phonemes' lengths from their usual ones, in
-                           ///< standard deviations: the lower the better; -1 unknown: no calibration
-                           ///< was set, or the text has no phonemes
-    float spread;          ///< by which factor scores vary more than for voices that the model was
-                           ///< trained on: 1 for these, up to 2.2 for others; the largest of all
-                           ///< regions
+                    ///< standard deviations: the lower the better; -1 unknown: no calibration
+                    ///< was set, or the text has no phonemes
+    float spread; ///< by which factor scores vary more than for voices that the model was
+                  ///< trained on: 1 for these, up to 2.2 for others; the largest of all
+                  ///< regions
 };
 static_assert(sizeof(match_summary) == 40);
 
