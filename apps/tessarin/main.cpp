@@ -36,6 +36,7 @@ int Run(int argc, char** argv) {
     AddViewCommand(app);
     AddSpectrogramCommand(app);
     AddCutCommand(app);
+    AddCuesCommand(app);
     AddCommandsCommand(app);
     AddGateCommand(app);
     AddLiveCommand(app);
@@ -61,7 +62,9 @@ int main(int argc, char** argv) {
     try {
         return Run(argc, argv);
     } catch (const Failure& failure) {
-        std::fprintf(stderr, "tessarin: %s\n", failure.what());
+        if (*failure.what() != '\0') { // else the command has said it in its own way
+            std::fprintf(stderr, "tessarin: %s\n", failure.what());
+        }
         return failure.exitCode;
     } catch (const std::bad_alloc&) {
         std::fprintf(stderr, "tessarin: %s\n", DescribeCode("memory", 1).c_str());
