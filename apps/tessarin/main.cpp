@@ -38,6 +38,7 @@ int Run(int argc, char** argv) {
     AddViewCommand(app);
     AddSpectrogramCommand(app);
     AddCutCommand(app);
+    AddCuesCommand(app);
     AddCommandsCommand(app);
     AddGateCommand(app);
     AddLiveCommand(app);
@@ -69,7 +70,9 @@ int main(int argc, char** argv) {
         texts.push_back(nullptr);
         return Run(static_cast<int>(arguments.size()), texts.data());
     } catch (const Failure& failure) {
-        std::fprintf(stderr, "tessarin: %s\n", failure.what());
+        if (*failure.what() != '\0') { // else the command has said it in its own way
+            std::fprintf(stderr, "tessarin: %s\n", failure.what());
+        }
         return failure.exitCode;
     } catch (const std::bad_alloc&) {
         std::fprintf(stderr, "tessarin: %s\n", DescribeCode("memory", 1).c_str());

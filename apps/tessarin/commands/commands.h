@@ -9,6 +9,7 @@ void AddRecognizeCommand(CLI::App& app);
 void AddAnimateCommand(CLI::App& app);
 void AddViewCommand(CLI::App& app);
 void AddSpectrogramCommand(CLI::App& app);
+void AddCuesCommand(CLI::App& app);
 void AddCutCommand(CLI::App& app);
 void AddCommandsCommand(CLI::App& app);
 void AddGateCommand(CLI::App& app);

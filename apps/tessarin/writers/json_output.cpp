@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "apps/tessarin/writers/output_formats.h"
+#include "apps/tessarin/writers/phoneme_symbols.h"
 #include "tessarin/tessarin_c.h"
 
 namespace {
@@ -122,13 +123,16 @@ json LoudnessJson(const std::vector<float>& loudness) {
 
 } // namespace
 
-std::string WriteJson(const timed_result& result) {
+std::string WriteJson(const timed_result& result, uint32_t alphabet) {
     json phonemes = json::array();
     for (const timed_phoneme& phoneme : result.phonemes) {
         json entry{{"label", phoneme.label},
                    {"start_ms", phoneme.startMs},
                    {"end_ms", phoneme.endMs},
                    {"score", Rounded(phoneme.score)}};
+        if (alphabet != TESSARIN_LABELS) {
+            entry["symbol"] = SymbolOf(phoneme.label, alphabet);
+        }
         if (phoneme.confidence >= 0.0f) {
             entry["confidence"] = Rounded(phoneme.confidence);
         }

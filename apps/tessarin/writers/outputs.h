@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -7,6 +8,7 @@
 
 #include "apps/tessarin/options/mouth_shapes.h"
 #include "apps/tessarin/timed_result.h"
+#include "apps/tessarin/writers/output_formats.h"
 
 /// Which files a command writes, and in which formats.
 struct output_options {
@@ -14,9 +16,14 @@ struct output_options {
     std::vector<std::string> formats;
     std::vector<std::string> shapes; ///< files with maps of mouth shapes
     int holdMs = 0;
+    std::string alphabet = "labels"; ///< of phonemes
+    std::string into;                ///< the glTF file that the animation is added to
+    std::optional<double> tolerance; ///< of curves; without one they keep all their keys
 };
 
-void AddOutputOptions(CLI::App& command, output_options* options);
+/// `alphabet` is what the option for the alphabet of the outputs is called.
+void AddOutputOptions(CLI::App& command, output_options* options,
+                      const char* alphabet = "--alphabet");
 
 /// The outputs that a user asked for, known to be possible before the long work begins.
 class OutputPlan {
@@ -31,8 +38,7 @@ private:
     struct output {
         std::string file;
         const struct output_format* format;
-        MouthShapes shapes; ///< empty for a format without shapes
+        write_settings settings;
     };
     std::vector<output> outputs;
-    int holdMs;
 };
