@@ -47,6 +47,8 @@ public:
     std::string GetOriginal(place stretch) const;
     /// What of the script a stretch of the local text stands for; empty without a script.
     ScriptReading::source FindSource(int32_t offset, int32_t length) const;
+    /// What was read of the script; null without one.
+    const ScriptReading* GetReading() const { return reading.get(); }
 
 private:
     place FindInConverted(int32_t offset, int32_t length) const;
