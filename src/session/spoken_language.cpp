@@ -24,7 +24,7 @@ namespace {
 /// sure.
 void AddGuesses(const CTranscriber& transcriber, const ScriptTable& table, script_word& word) {
     constexpr size_t kMostGuesses = 3;
-    const std::string upper = InUpperCase(word.spoken);
+    const std::string upper = InLexiconCase(word.spoken);
     if (!std::ranges::all_of(upper, IsUpper) || transcriber.Knows(upper) ||
         table.Find(script_section::kAcronyms, upper) != nullptr) {
         return;
@@ -71,7 +71,7 @@ ScriptReading ReadScriptFor(IVisemixTranscriber* transcriber, std::string_view t
     const auto* const own = static_cast<const CTranscriber*>(transcriber);
     word_lookup isKnown;
     if (own != nullptr) {
-        isKnown = [own](std::string_view word) { return own->Knows(InUpperCase(word)); };
+        isKnown = [own](std::string_view word) { return own->Knows(InLexiconCase(word)); };
     }
     const ScriptTable& table = how.hasOwnTable ? how.ownTable : BuiltInEnglishScript();
     ScriptReading reading = ReadScript(text, table, how.script, isKnown);

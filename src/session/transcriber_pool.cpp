@@ -116,7 +116,7 @@ error_code MakeFromImage(const std::string& image, const word_map& words, word_s
 
 } // namespace
 
-std::string InUpperCase(std::string_view word) {
+std::string InLexiconCase(std::string_view word) {
     std::string upper(word);
     std::ranges::transform(upper, upper.begin(), [](char letter) {
         return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
@@ -158,8 +158,8 @@ error_code tessarin_language::SetWord(std::string_view word, std::string_view pr
     }
     std::vector<word_speaker> outdated;
     const std::lock_guard guard(lock);
-    words[InUpperCase(local.GetLocal())] = all;
-    words[InUpperCase(plain.GetLocal())] = all;
+    words[InLexiconCase(local.GetLocal())] = all;
+    words[InLexiconCase(plain.GetLocal())] = all;
     ++revision;
     outdated.swap(idle);
     return kNoError;

@@ -22,7 +22,7 @@ struct word_speaker {
 };
 
 /// As a lexicon has its words: letters of ASCII alone become capitals.
-std::string InUpperCase(std::string_view word);
+std::string InLexiconCase(std::string_view word);
 
 } // namespace tessarin
 
