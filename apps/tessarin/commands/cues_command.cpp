@@ -76,10 +76,11 @@ timed_result FindCues(const cues_options& options, CueLog& log) {
     }
     log.Say(log_level::info, "The recording is aligned with the text.");
     const tessarin::model_owner model = LoadModel(recording.data);
-    const tessarin::transcriber_owner transcriber = LoadTranscriber(recording.data);
-    const SpokenText text = ReadText(options.text, recording.data, *transcriber);
-    const timed_result result = FindTimings(
-        recording, *model, &text, Logged(SearchForText(text, *transcriber, recording.data), log));
+    const EngineLanguage language(recording.data);
+    const SpokenText text = ReadText(options.text, language);
+    const timed_result result =
+        FindTimings(recording, *model, &text,
+                    Logged(SearchForText(text, language.GetTranscriber(), recording.data), log));
     const std::string mismatch = DescribeMismatch(result);
     if (!mismatch.empty()) {
         log.Say(log_level::warning, mismatch);

@@ -48,7 +48,6 @@ void AddRecognizeCommand(CLI::App& app) {
                            ->add_flag("--no-trigrams", options->noTrigrams,
                                       "Search without statistics of phoneme sequences")
                            ->excludes(trigrams);
-    options->recording.adapt = "auto";
     command
         ->add_option("--adapt", options->recording.adapt,
                      "Fit the model to the voice first: on, off, or auto, which does so for voices "

@@ -85,7 +85,8 @@ timed_result FindTimings(const recording_options& options, tessarin::CAccousticH
     ProgressBar progress(options.quiet, options.progressLines);
     timed_result result;
     result.audio = options.audio;
-    const tessarin::model_owner adapted = AdaptToVoice(options, model, &result);
+    const tessarin::model_owner adapted =
+        text == nullptr ? AdaptToVoice(options, model, &result) : tessarin::model_owner();
     tessarin::CAccousticHMM& used = adapted ? *adapted : model;
     opened_recording recording = OpenGated(options, used);
     result.durationMs = recording.durationMs;

@@ -20,7 +20,7 @@ struct recording_options {
     std::string channel = "1";
     recording_stretch stretch;
     gate_options gate;
-    std::string adapt = "off"; ///< the model to the voice: auto, on or off
+    std::string adapt = "auto"; ///< the model to the voice, without a text: auto, on or off
     track_options track;
     output_options outputs;
     bool quiet = false;

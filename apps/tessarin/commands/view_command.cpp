@@ -31,9 +31,7 @@ timed_result FindTimings(const view_options& options) {
     if (!options.text.IsGiven()) {
         const tessarin::model_owner model = LoadHearingModel(recording.data);
         LoadTrigrams({}, recording.data, *model);
-        recording_options fitted = recording;
-        fitted.adapt = "auto";
-        return FindTimings(fitted, *model, nullptr, SearchForSounds());
+        return FindTimings(recording, *model, nullptr, SearchForSounds());
     }
     const tessarin::model_owner model = LoadModel(recording.data);
     const EngineLanguage language(recording.data);
