@@ -100,7 +100,7 @@ std::vector<searched_sentence> Search(const recording_options& options,
     const tessarin::flat::model_owner model = LoadFlatModel(options.data);
     const tessarin_search_options range{
         sizeof range,         search.beam, options.stretch.fromMs, options.stretch.toMs, 0,
-        TESSARIN_MATCH_EXACT, &script};
+        TESSARIN_MATCH_EXACT, &script,     TESSARIN_ADAPT_OFF};
     ProgressBar bar(options.quiet);
     const tessarin_progress progress = bar.GetFlat();
     tessarin::flat::sentence_search_owner found;

@@ -103,7 +103,6 @@ bool ReadsScripts(const std::string& path, const std::string& table,
     tessarin_script* made = nullptr;
     const int32_t code = tessarin_create_script(&language.GetFlat(), "", &options, &made);
     tessarin_free_script(made);
-    }
     if (code != TESSARIN_OK && code != TESSARIN_NOT_AVAILABLE) {
         throw EngineFailure(path.empty() ? "script" : path, code);
     }
