@@ -2,18 +2,21 @@
 
 #include "base/whole_file.h"
 #include "c_api/create.h"
+#include "session/audio_facts.h"
 #include "session/lexicon_facts.h"
 #include "session/live_listener.h"
 #include "session/noise_gating.h"
 #include "session/script_parts.h"
 #include "session/search_run.h"
 #include "session/sentence_search.h"
+#include "session/spoken_language.h"
 #include "tessarin/tessarin_c.h"
 
 using namespace tessarin;
 
 static_assert(sizeof(tessarin_gate_options) == 24 && sizeof(tessarin_live_options) == 48 &&
-              sizeof(tessarin_live_phoneme) == 32 && sizeof(tessarin_live_frame) == 104);
+              sizeof(tessarin_live_phoneme) == 32 && sizeof(tessarin_live_frame) == 104 &&
+              sizeof(tessarin_audio_facts) == 28);
 
 namespace {
 
@@ -136,6 +139,36 @@ int32_t tessarin_create_lexicon_from_memory(const void* data, uint32_t size,
 
 const tessarin_lexicon_facts* tessarin_get_lexicon_facts(const tessarin_lexicon* lexicon) {
     return lexicon != nullptr ? &lexicon->facts : nullptr;
+}
+
+int32_t tessarin_measure_audio(const tessarin_audio* audio, tessarin_audio_facts* out) {
+    if (out == nullptr) {
+        return kInvalidArgument;
+    }
+    *out = {};
+    if (audio == nullptr) {
+        return kInvalidArgument;
+    }
+    return Guarded([&] {
+        *out = FindAudioFacts(*audio);
+        return kNoError;
+    });
+}
+
+int32_t tessarin_has_word(tessarin_language* language, const char* word, int32_t* out) {
+    if (out == nullptr) {
+        return kInvalidArgument;
+    }
+    *out = 0;
+    if (language == nullptr || word == nullptr) {
+        return kInvalidArgument;
+    }
+    return Guarded([&] {
+        bool isKnown = false;
+        const error_code code = FindWord(*language, word, isKnown);
+        *out = isKnown ? 1 : 0;
+        return code;
+    });
 }
 
 void tessarin_free_lexicon(tessarin_lexicon* lexicon) {

@@ -25,7 +25,25 @@ bool IsEnglish(const TranscriberInfo& info) {
     return info.language == kEnglish || info.language == 0;
 }
 
+/// The pool makes its transcribers itself, so they are the library's own.
+const CTranscriber& OwnTranscriber(const IVisemixTranscriber& transcriber) {
+    return static_cast<const CTranscriber&>(transcriber);
+}
+
 } // namespace
+
+error_code FindWord(tessarin_language& language, const char* word, bool& isKnown) {
+    if (!utf8::is_valid(word, word + std::strlen(word))) {
+        return kInvalidUtf8;
+    }
+    const BorrowedTranscriber borrowed(language);
+    if (borrowed.GetCode() == kNoError) {
+        const LocaleUse use(language.info);
+        const SpanText local(word, language.info);
+        isKnown = OwnTranscriber(*borrowed.Get()).Knows(InUpperCase(local.GetLocal()));
+    }
+    return borrowed.GetCode();
+}
 
 error_code ReadScriptOptions(const tessarin_script_options* given, text_reading& out) {
     if (given == nullptr) {
@@ -52,9 +70,8 @@ ScriptReading ReadScriptFor(IVisemixTranscriber* transcriber, std::string_view t
                             const text_reading& how) {
     word_lookup isKnown;
     if (transcriber != nullptr) {
-        // The pool makes its transcribers itself, so they are the library's own.
-        isKnown = [own = static_cast<const CTranscriber*>(transcriber)](std::string_view word) {
-            return own->Knows(InUpperCase(word));
+        isKnown = [&own = OwnTranscriber(*transcriber)](std::string_view word) {
+            return own.Knows(InUpperCase(word));
         };
     }
     return ReadScript(text, how.hasOwnTable ? how.ownTable : BuiltInEnglishScript(), how.script,

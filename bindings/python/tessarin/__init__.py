@@ -11,22 +11,24 @@ interpreter is free while a search runs.
 """
 
 from tessarin._audio import Audio
+from tessarin._batch import BatchItem
 from tessarin._commands import CommandMatch, Commands
-from tessarin._engine import (SCRIPT_FORMATS, Engine, align, align_many, default_engine,
+from tessarin._engine import (SCRIPT_FORMATS, Engine, align, align_many, batch,
+                              default_engine,
                               find_sentences, recognize,
                               transcribe, version)
 from tessarin._errors import Cancelled, RecognitionFailed, TessarinError
-from tessarin._facts import LexiconFacts, ModelFacts
+from tessarin._facts import AudioFacts, LexiconFacts, ModelFacts
 from tessarin._live import Live, LiveStretch
 from tessarin._results import (Curve, Event, Frame, Match, Phoneme, Result, Sentence, Token, Track,
                                UnsaidWord, Word)
 from tessarin._shapes import Shapes, Switch
 
 __all__ = [
-    "Audio", "Cancelled", "CommandMatch", "Commands", "Curve", "Engine", "Event", "Frame",
+    "Audio", "AudioFacts", "BatchItem", "Cancelled", "CommandMatch", "Commands", "Curve", "Engine", "Event", "Frame",
     "LexiconFacts", "Live", "LiveStretch", "Match", "ModelFacts", "Phoneme", "RecognitionFailed",
     "Result", "SCRIPT_FORMATS", "Sentence", "Shapes", "Switch", "TessarinError", "Token",
-    "Track", "UnsaidWord", "Word", "align", "align_many", "default_engine", "find_sentences",
+    "Track", "UnsaidWord", "Word", "align", "align_many", "batch", "default_engine", "find_sentences",
     "recognize",
     "transcribe", "version",
 ]
