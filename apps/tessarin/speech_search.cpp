@@ -1,6 +1,7 @@
 #include "apps/tessarin/speech_search.h"
 
 #include <cstdio>
+#include <map>
 #include <memory>
 
 #include "apps/tessarin/console/failure.h"
@@ -72,12 +73,62 @@ recording_search SearchForSounds() {
     };
 }
 
-void LoadTrigrams(const trigram_options& options, const data_options& data,
-                  tessarin::CAccousticHMM& model) {
-    const std::string path = DataPathOr(options.file, data, kTrigramsName);
-    const uint8_t normalise = options.counts || options.file.empty() ? 1 : 0;
-    const int32_t code = LoadTrigramFileIntoHMM(&model, path.c_str(), normalise);
-    if (code != tessarin::kNoError) {
-        throw EngineFailure(path, code);
+void AddTextSearchOptions(CLI::App& command, text_search_options* options) {
+    static const std::map<std::string, uint32_t> kModes = {{"auto", tessarin::kMatchAuto},
+                                                           {"exact", tessarin::kMatchExact},
+                                                           {"loose", tessarin::kMatchLoose}};
+    command
+        .add_option("--beam", options->beam,
+                    "Width of the search in states, 500 to 8000 [2000]; raise it if the search "
+                    "loses the text")
+        ->check(CLI::Range(500, 8000))
+        ->option_text("N");
+    command.add_flag("--retry", options->retry,
+                     "Slide the search window ahead where the search loses the text");
+    command
+        .add_option("--match", options->match,
+                    "exact: all of the text was said and nothing else; loose: words may be "
+                    "missing and other speech may stand between them; auto: loose where the "
+                    "recording shows it [auto]")
+        ->transform(CLI::CheckedTransformer(kModes))
+        ->option_text("exact|auto|loose");
+}
+
+void AddSoundSearchOptions(CLI::App& command, sound_search_options* options) {
+    auto* trigrams = command.add_option("--trigrams", options->trigrams,
+                                        "Statistics of phoneme sequences [the project's own]");
+    trigrams->option_text("FILE");
+    command.add_flag("--counts", options->areCounts, "The numbers in --trigrams are counts")
+        ->needs(trigrams);
+    auto* noTrigrams = command
+                           .add_flag("--no-trigrams", options->noTrigrams,
+                                     "Search without statistics of phoneme sequences")
+                           ->excludes(trigrams);
+    // Only the search with statistics knows limits.
+    command
+        .add_option("--limits", options->limits,
+                    "Longest durations: lines of phonemes and milliseconds")
+        ->excludes(noTrigrams)
+        ->option_text("FILE");
+}
+
+tessarin::model_owner LoadSoundModel(const sound_search_options& options,
+                                     const data_options& data) {
+    tessarin::model_owner model = LoadHearingModel(data);
+    if (!options.noTrigrams) {
+        const std::string path = DataPathOr(options.trigrams, data, kTrigramsName);
+        const uint8_t normalise = options.areCounts || options.trigrams.empty() ? 1 : 0;
+        const int32_t code = LoadTrigramFileIntoHMM(model.get(), path.c_str(), normalise);
+        if (code != tessarin::kNoError) {
+            throw EngineFailure(path, code);
+        }
     }
+    if (!options.limits.empty()) {
+        const int32_t code =
+            LoadPhoneConstraintsFileIntoHMM(model.get(), options.limits.c_str(), 0);
+        if (code != tessarin::kNoError) {
+            throw EngineFailure(options.limits, code);
+        }
+    }
+    return model;
 }

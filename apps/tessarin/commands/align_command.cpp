@@ -1,5 +1,4 @@
 #include <cstdio>
-#include <map>
 #include <memory>
 #include <string>
 
@@ -15,10 +14,9 @@ namespace {
 struct align_options {
     recording_options recording;
     text_options text;
-    sentence_options sentences;
+    double leastScore = sentence_options{}.leastScore;
     bool areSentencesWanted = false;
-    bool retry = false;
-    uint32_t match = tessarin::kMatchAuto;
+    text_search_options search;
     bool isStrict = false;
 };
 
@@ -45,14 +43,14 @@ void RunAlign(const align_options& options) {
     const SpokenText text = ReadText(options.text, options.recording.data, *transcriber);
     if (options.areSentencesWanted) {
         const ScriptOptions script(options.text, options.recording.data, *transcriber);
-        FindSentences(options.recording, options.sentences, text, script.GetFlat(), *transcriber);
+        FindSentences(options.recording, {options.search.beam, options.leastScore}, text,
+                      script.GetFlat(), *transcriber);
         return;
     }
     const tessarin::model_owner model = LoadModel(options.recording.data);
     const timed_result result =
         AnimateRecording(options.recording, *model, &text,
-                         SearchForText(text, *transcriber, options.recording.data,
-                                       {options.sentences.beam, options.retry, options.match}));
+                         SearchForText(text, *transcriber, options.recording.data, options.search));
     ReportMatch(result, options.isStrict);
 }
 
@@ -65,45 +63,26 @@ void AddAlignCommand(CLI::App& app) {
     AddRecordingOptions(*command, &options->recording);
     AddTextOptions(*command, &options->text);
     AddLexiconOptions(*command, &options->recording.data);
-    command
-        ->add_option("--beam", options->sentences.beam,
-                     "Width of the search in states, 500 to 8000 [2000]; raise it if the search "
-                     "loses the text")
-        ->check(CLI::Range(500, 8000))
-        ->option_text("N");
+    AddTextSearchOptions(*command, &options->search);
     CLI::Option* sentences =
         command->add_flag("--sentences", options->areSentencesWanted,
                           "Find which sentences of the text were said, in the order of the text, "
                           "in a recording that may contain other speech");
     command
-        ->add_option("--least-score", options->sentences.leastScore,
+        ->add_option("--least-score", options->leastScore,
                      "Score that a sentence must reach to be found; one that was not said seldom "
                      "reaches it [5.5]")
         ->check(CLI::Range(-100.0, 100.0))
         ->needs(sentences)
         ->option_text("SCORE");
-    command
-        ->add_flag("--retry", options->retry,
-                   "Slide the search window ahead where the search loses the text")
-        ->excludes(sentences);
-    static const std::map<std::string, uint32_t> kModes = {{"auto", tessarin::kMatchAuto},
-                                                           {"exact", tessarin::kMatchExact},
-                                                           {"loose", tessarin::kMatchLoose}};
-    CLI::Option* match =
-        command
-            ->add_option("--match", options->match,
-                         "exact: all of the text was said and nothing else; loose: words may be "
-                         "missing and other speech may stand between them; auto: loose where the "
-                         "recording shows it [auto]")
-            ->transform(CLI::CheckedTransformer(kModes))
-            ->excludes(sentences)
-            ->option_text("exact|auto|loose");
+    CLI::Option* match = command->get_option("--match")->excludes(sentences);
+    command->get_option("--retry")->excludes(sentences);
     command
         ->add_flag("--strict", options->isStrict,
                    "End with exit code 4 when text and recording do not fit well")
         ->excludes(sentences);
     command->callback([options, match] {
-        if (options->isStrict && options->match == tessarin::kMatchExact) {
+        if (options->isStrict && options->search.match == tessarin::kMatchExact) {
             throw Failure(kExitUsage, match->get_name() + " exact does not look for what --strict "
                                                           "asks");
         }

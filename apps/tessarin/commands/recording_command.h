@@ -25,8 +25,12 @@ struct recording_options {
     bool quiet = false;
 };
 
-/// The recording, how it is listened to and how the track is made.
+/// The recording, the model, how it is listened to and how the track is made.
 void AddListeningOptions(CLI::App& command, recording_options* options);
+
+/// Of these, the model and its folder; and all that may differ from one recording to the next.
+void AddModelOptions(CLI::App& command, data_options* options);
+void AddHearingOptions(CLI::App& command, recording_options* options);
 
 /// These, and the outputs.
 void AddRecordingOptions(CLI::App& command, recording_options* options);
@@ -44,6 +48,11 @@ using recording_search = std::function<int32_t(
 /// what is said. The code of the result is 0, or 8 when the search lost the text. Throws Failure.
 timed_result FindTimings(const recording_options& options, tessarin::CAccousticHMM& model,
                          const SpokenText* text, const recording_search& search);
+
+/// The same with a progress of its own, which several threads may do at once.
+timed_result FindTimings(const recording_options& options, tessarin::CAccousticHMM& model,
+                         const SpokenText* text, const recording_search& search,
+                         tessarin::ProgressSink& progress);
 
 /// FindTimings, and writes all that was found, which is returned. Throws Failure; when the search
 /// lost the text, only after what it found was written.

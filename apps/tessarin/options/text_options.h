@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -42,6 +43,8 @@ private:
 /// Adds --text and --text-file, of which only one may be given, --encoding, and how a script is
 /// read.
 void AddTextOptions(CLI::App& command, text_options* options);
+/// Of these, all but the text itself.
+void AddReadingOptions(CLI::App& command, text_options* options);
 
 /// The text of `bytes`. Warns where a text whose encoding is found out stops being UTF-8. Throws
 /// Failure, which names `source`.
@@ -52,3 +55,14 @@ SpokenText ReadSpokenText(const std::string& source, std::string bytes, const st
 /// characters that it cannot read. Throws Failure, also for a text that is blank.
 SpokenText ReadText(const text_options& options, const data_options& data,
                     tessarin::IVisemixTranscriber& transcriber);
+
+/// Receives what is to be said of a text that can be read all the same.
+using text_warning = std::function<void(const std::string& warning)>;
+
+/// The language that scripts are read for, without the user's words. Throws Failure.
+tessarin::flat::language_owner LoadScriptLanguage(const data_options& data);
+
+/// The same as ReadText with a language that is there already, which several threads may share.
+SpokenText ReadText(const text_options& options, const data_options& data,
+                    tessarin::IVisemixTranscriber& transcriber, tessarin_language* language,
+                    const text_warning& warn);

@@ -121,6 +121,21 @@ void AddOutputOptions(CLI::App& command, output_options* options) {
         ->check(CLI::IsMember(FormatNames()))
         ->allow_extra_args(false)
         ->option_text("FORMAT");
+    AddShapeOptions(command, options);
+}
+
+void AddFormatOptions(CLI::App& command, output_options* options) {
+    command
+        .add_option("--format", options->formats,
+                    "Format that is written of each recording; may be repeated: " +
+                        CLI::detail::join(FormatNames(), ", ") + " [json]")
+        ->check(CLI::IsMember(FormatNames()))
+        ->allow_extra_args(false)
+        ->option_text("FORMAT");
+    AddShapeOptions(command, options);
+}
+
+void AddShapeOptions(CLI::App& command, output_options* options) {
     command
         .add_option("--shapes", options->shapes,
                     "Map from phonemes to mouth shapes, in place of the built-in one of the same "
@@ -133,6 +148,29 @@ void AddOutputOptions(CLI::App& command, output_options* options) {
                     "frames; closed lips may come sooner, but each shape stays at least 50 ms [0]")
         ->check(CLI::Range(0, 10000))
         ->option_text("MS");
+}
+
+OutputForms::OutputForms(const output_options& options) : holdMs(options.holdMs) {
+    std::vector<std::string> names = options.formats;
+    if (names.empty()) {
+        names.emplace_back("json");
+    }
+    const std::vector<MouthShapes> maps = ReadMaps(options.shapes);
+    for (const std::string& name : names) {
+        const output_format& format = FindFormat(name);
+        if (std::ranges::find(forms, &format, &form::format) == forms.end()) {
+            forms.push_back({&format, ChooseMap(format, maps)});
+        }
+    }
+}
+
+std::vector<written_form> OutputForms::Write(const timed_result& result) const {
+    std::vector<written_form> written;
+    for (const form& each : forms) {
+        written.push_back(
+            {std::string(each.format->ending), each.format->write(result, each.shapes, holdMs)});
+    }
+    return written;
 }
 
 OutputPlan::OutputPlan(const output_options& options) : holdMs(options.holdMs) {

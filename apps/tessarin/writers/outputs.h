@@ -17,6 +17,33 @@ struct output_options {
 };
 
 void AddOutputOptions(CLI::App& command, output_options* options);
+/// Of these, all but the files: the formats, and what shapes they show.
+void AddFormatOptions(CLI::App& command, output_options* options);
+/// --shapes and --hold.
+void AddShapeOptions(CLI::App& command, output_options* options);
+
+/// A result in one of the formats.
+struct written_form {
+    std::string ending; ///< of a file in this format, such as ".json"
+    std::string content;
+};
+
+/// The formats that many results are written in; read-only once made.
+class OutputForms {
+public:
+    /// Throws Failure for a map that cannot be read.
+    explicit OutputForms(const output_options& options);
+
+    std::vector<written_form> Write(const timed_result& result) const;
+
+private:
+    struct form {
+        const struct output_format* format;
+        MouthShapes shapes;
+    };
+    std::vector<form> forms;
+    int holdMs;
+};
 
 /// The outputs that a user asked for, known to be possible before the long work begins.
 class OutputPlan {
