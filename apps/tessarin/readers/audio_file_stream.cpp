@@ -6,6 +6,7 @@
 #include <cstring>
 #include <filesystem>
 #include <limits>
+#include <mutex>
 
 #include <sndfile.h>
 #include <soxr.h>
@@ -37,6 +38,18 @@ std::string FormatName(int command, int format) {
     return known ? info.name : "unknown";
 }
 
+/// Opens a file; null, with the reason, when that fails. The audio library keeps the reason in one
+/// place for all threads.
+sndfile_handle OpenSound(const std::string& path, SF_INFO* info, std::string* reason) {
+    static std::mutex lock;
+    const std::lock_guard guard(lock);
+    sndfile_handle file(sf_open(path.c_str(), SFM_READ, info));
+    if (!file) {
+        *reason = sf_strerror(nullptr);
+    }
+    return file;
+}
+
 bool HasExtension(const std::string& path, const std::string& extension) {
     return path.size() >= extension.size() &&
            std::equal(extension.rbegin(), extension.rend(), path.rbegin(), [](char a, char b) {
@@ -60,7 +73,8 @@ bool IsBuiltIn(const std::string& path, const SF_INFO& info) {
 
 bool ProbeRecording(const std::string& path, recording_info* info) {
     SF_INFO found{};
-    const sndfile_handle file(sf_open(path.c_str(), SFM_READ, &found));
+    std::string reason;
+    const sndfile_handle file = OpenSound(path, &found, &reason);
     if (!file) {
         return false;
     }
@@ -88,9 +102,10 @@ AudioFileStream::AudioFileStream(const std::string& path, int channel)
     if (!std::filesystem::exists(path)) {
         throw EngineFailure(path, tessarin::kFileNotFound);
     }
-    source->file.reset(sf_open(path.c_str(), SFM_READ, &source->info));
+    std::string reason;
+    source->file = OpenSound(path, &source->info, &reason);
     if (!source->file) {
-        throw NotARecording(path, sf_strerror(nullptr));
+        throw NotARecording(path, reason);
     }
     const SF_INFO& info = source->info;
     RequireSamples(path, info.frames);
