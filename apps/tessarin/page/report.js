@@ -9,6 +9,12 @@ function stateOf(line) {
     return line.status === "failed" ? "failed" : line.verdict ?? "heard";
 }
 
+// Why a line failed or does not fit, without the name of its recording.
+function whyOf(line) {
+    const why = line.reason ?? line.why;
+    return why?.startsWith(`${line.audio}: `) ? why.slice(line.audio.length + 2) : why;
+}
+
 const kStates = ["failed", "poor", "doubtful", "unknown", "good", "heard"];
 const seconds = (ms) => ms / 1000;
 const percent = (share) => `${Math.round(share * 100)} %`;
@@ -26,6 +32,7 @@ const columns = [
     { name: "Verdict", of: (line) => kStates.indexOf(stateOf(line)), show: (_, line) => stateOf(line),
         kindOf: stateOf },
     { name: "Fits", of: (line) => line.confidence, show: percent, number: true },
+    { name: "Why", of: whyOf, kind: "why" },
     { name: "Not said", of: (line) => line.unsaid?.length, number: true, isBad: () => true },
     { name: "Not in lexicon", of: (line) => line.unknown?.length, number: true },
     { name: "Length s", of: (line) => line.duration_ms, show: (ms) => seconds(ms).toFixed(2),
@@ -43,7 +50,6 @@ const columns = [
     { name: "Phonemes a s", of: (line) => line.phonemes_per_s, show: fixed(1), number: true,
         isBad: (rate) => rate < kRates[0] || rate > kRates[1] },
     { name: "Words a s", of: (line) => line.words_per_s, show: fixed(1), number: true },
-    { name: "Why", of: (line) => line.reason ?? line.why, kind: "why" },
 ].filter((column) => !column.optional || lines.some((line) => column.of(line) !== undefined));
 
 // First what has to be looked at: the states in their order, and of each what fits worst.
@@ -93,7 +99,7 @@ function detailsOf(line) {
     const add = (name, value) => value &&
         list.append(element("dt", { textContent: name }), element("dd", {}, value));
     add("Text", line.text);
-    add("Reason", line.reason ?? line.why);
+    add("Reason", whyOf(line));
     add("Not said", line.unsaid?.join(" "));
     add("Not in the lexicon", line.unknown?.map((word) => `${word.word}=${word.phonemes}`).join("  "));
     add("Other speech", line.other_speech_ms && `${seconds(line.other_speech_ms).toFixed(1)} s`);
