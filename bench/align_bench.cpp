@@ -1,5 +1,6 @@
 // The whole road on one core: a recording in memory and its text become markers and frames. The
-// counter `x_real_time` is seconds of audio for each second of work.
+// counter `x_real_time` is seconds of audio for each second of work. `mode` is a match_mode: 1 for
+// the exact search alone, 0 for both.
 
 #include <algorithm>
 #include <cstring>
@@ -65,7 +66,7 @@ void Align(benchmark::State& state) {
     const std::string image = Content(TESSARIN_SOURCE_DIR "/data/en-us.model");
     tessarin::CAccousticHMM* model = nullptr;
     tessarin::IVisemixTranscriber* transcriber = nullptr;
-    tessarin::ITextBasedPhnRecognizer* recognizer = nullptr;
+    tessarin::IMatchAligner* aligner = nullptr;
     tessarin::IPhnMixtureArticulator* articulator = nullptr;
     tessarin::ISyncResultsCollection* results = nullptr;
     if (CreateAccHMM(image.data(), static_cast<uint32_t>(image.size()), nullptr, &model) != 0) {
@@ -73,7 +74,8 @@ void Align(benchmark::State& state) {
         return;
     }
     CreateTranscriberFromLexiconFile(TESSARIN_SOURCE_DIR "/data/en-us.lexicon", &transcriber);
-    CreateTextBasedRecognizer(&recognizer);
+    CreateMatchAligner(&aligner);
+    aligner->SetMode(static_cast<uint32_t>(state.range(1)));
     CreatePhonemeArticulator(&articulator, 0);
     CreateSyncResultsCollection(tessarin::kPostProcessScores, &results);
 
@@ -87,8 +89,8 @@ void Align(benchmark::State& state) {
         tessarin::IObservationStream* stream = nullptr;
         CreateObservationStreamFromQuibStream(&recording, model, &stream);
         results->clear();
-        const int32_t code = recognizer->RecognizePhonemes(stream, model, text.c_str(), transcriber,
-                                                           nullptr, results);
+        const int32_t code =
+            aligner->Align(stream, model, text.c_str(), transcriber, nullptr, results);
         articulator->GenerateArticulations(results, nullptr);
         DestroyObservationStream(stream);
         if (code != 0) {
@@ -103,10 +105,13 @@ void Align(benchmark::State& state) {
 
     DestroySyncResultsCollection(results);
     DestroyPhonemeArticulator(articulator);
-    DestroyTextBasedRecognizer(recognizer);
+    DestroyMatchAligner(aligner);
     DestroyTranscriber(transcriber);
     DestroyAccHMM(model);
 }
-BENCHMARK(Align)->Arg(1)->Arg(10)->Arg(100)->Unit(benchmark::kMillisecond);
+BENCHMARK(Align)
+    ->ArgNames({"repeats", "mode"})
+    ->ArgsProduct({{1, 10, 100}, {tessarin::kMatchExact, tessarin::kMatchAuto}})
+    ->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -39,6 +39,14 @@ else()
     if(TESSARIN_WARNINGS_AS_ERRORS)
         target_compile_options(tessarin_options INTERFACE -Werror)
     endif()
+    if(EMSCRIPTEN)
+        # The package of UTF8-CPP has a folder of its own; all of /usr/include is the host's.
+        find_path(TESSARIN_UTF8 utf8.h PATHS /usr/include/utf8cpp NO_DEFAULT_PATH
+            NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+        target_include_directories(tessarin_options SYSTEM INTERFACE ${TESSARIN_UTF8})
+        target_compile_options(tessarin_options INTERFACE -fwasm-exceptions
+            -include ${PROJECT_SOURCE_DIR}/bindings/javascript/native/missing_standard.h)
+    endif()
     if(CMAKE_INTERPROCEDURAL_OPTIMIZATION AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
         # The archive must serve other compilers too.
         target_compile_options(tessarin_options INTERFACE -ffat-lto-objects)

@@ -1,9 +1,14 @@
 #include "text/script/script_reader.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <string>
 #include <string_view>
+#include <vector>
+
+#include "text/script/built_in_script.h"
 
 using namespace tessarin;
 
@@ -34,6 +39,47 @@ void CheckPlaces(const ScriptReading& reading, size_t textLength) {
     }
 }
 
+/// A line of the built-in table, and what may stand in its place.
+using line_variants = std::vector<std::string>;
+
+/// Lines without fields, with odd ones and with one more, as far as they read.
+std::vector<line_variants> MakeVariants() {
+    std::string_view text = kBuiltInScripts.english;
+    std::string section;
+    std::vector<line_variants> lines;
+    while (!text.empty()) {
+        const std::string line(text.substr(0, text.find('\n')));
+        text.remove_prefix(std::min(line.size() + 1, text.size()));
+        if (line.starts_with('[')) {
+            section = line + "\n";
+            continue;
+        }
+        const std::string key = line.substr(0, line.find('\t'));
+        line_variants& variants = lines.emplace_back(line_variants{"", section + line + "\n"});
+        for (const char* const rest :
+             {"", "\t ", "\ta b", "\t\"<>'", "\t\xC3\xA9", "\t12\t\tx", "\ta\tb\tstop\tc\td"}) {
+            const std::string variant = section + key + rest + "\n";
+            if (ScriptTable().Add(variant).line == 0) {
+                variants.push_back(variant);
+            }
+        }
+    }
+    return lines;
+}
+
+/// The built-in table as the bytes change it. Its keys are those that the reader looks for.
+ScriptTable MakeTable(const uint8_t* data, size_t size) {
+    static const std::vector<line_variants> lines = MakeVariants();
+    std::string text;
+    for (size_t i = 0; i < lines.size(); ++i) {
+        const uint8_t choice = size > 0 ? data[i % size] : 1;
+        text += lines[i][choice / 2 % lines[i].size() * (choice % 2)];
+    }
+    ScriptTable table;
+    Require(table.Add(text).line == 0);
+    return table;
+}
+
 } // namespace
 
 // The first byte chooses the form and the role; the rest is a script of any bytes.
@@ -51,5 +97,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     ScriptTable table;
     static_cast<void>(table.Add(text));
     CheckPlaces(ReadScript(text, table, options, {}), text.size());
+    const ScriptTable odd = MakeTable(data, std::min<size_t>(size, 40));
+    CheckPlaces(ReadScript(text, odd, options, isKnown), text.size());
     return 0;
 }

@@ -2,8 +2,10 @@
 """Tests of what the measures are made of, on cases small enough to work out by hand."""
 
 import array
+import math
 import pathlib
 import random
+import sys
 import tempfile
 import unittest
 import wave
@@ -14,6 +16,9 @@ import judge
 import mismatch
 import mouth
 import phoneme_errors
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "train"))
+import calibrate  # noqa: E402
 
 
 def intervals(labels: str, length: float = 100.0):
@@ -181,6 +186,21 @@ class Mouth(unittest.TestCase):
         self.assertAlmostEqual(loudness([0.2, 0.1, 0.3, 0.5, 0.6, 0.7, 0.8, 1]), 1 - 12 / 504)
         self.assertEqual(loudness([1] * 8), 0)
         self.assertAlmostEqual(mouth.rank_correlation([1, 2, 2, 3], [1, 2, 3, 4]), 0.9486833)
+
+
+class Calibrate(unittest.TestCase):
+    def test_lengths_are_those_that_the_engine_judges(self):
+        # Of right texts, by the exact search, without silence.
+        rows = [{"kind": "right", "phones": [["AA", 900]],
+                 "exact_phones": [["x", 10]] + [["AA", 80], ["AA", 120]] * 10},
+                {"kind": "less", "phones": [], "exact_phones": [["s", 500]]}]
+        usual = {label: (mean, dev) for label, mean, dev in calibrate.usual_durations(rows)}
+        self.assertEqual(list(usual), ["AA"])
+        self.assertAlmostEqual(usual["AA"][0], math.log(80 * 120) / 2)
+        # One that is unknown is at no distance, but counts; silence does not.
+        found = {"exact_phones": [["AA", 100 * math.e], ["s", 5], ["x", 900]]}
+        self.assertAlmostEqual(calibrate.duration_distance(found, {"AA": (math.log(100), 0.5)}), 1)
+        self.assertEqual(calibrate.duration_distance({"exact_phones": []}, {}), 2)
 
 
 if __name__ == "__main__":

@@ -13,6 +13,7 @@ import argparse
 import array
 import itertools
 import pathlib
+import sys
 import threading
 import time
 import wave
@@ -44,14 +45,19 @@ def measure(samples: array.array, rate: int, push_ms: int, **options: int) -> li
 
     microphone = threading.Thread(target=listen)
     microphone.start()
-    delays = []
-    while microphone.is_alive():
+    delays: list[float] = []
+
+    def take() -> None:
         frames, now = live.take().frames, time.perf_counter()
         for frame in frames:
-            delays += [1000 * (now - pushed) for pushed in pushed_at[frame.start_ms:frame.end_ms]
-                       if pushed > 0]
+            delays.extend(1000 * (now - pushed)
+                          for pushed in pushed_at[frame.start_ms:frame.end_ms] if pushed > 0)
+
+    while microphone.is_alive():
+        take()
         time.sleep(TAKE_EVERY_S)
     microphone.join()
+    take()  # what the last push completed
     return sorted(delays)
 
 
@@ -70,6 +76,9 @@ def main() -> None:
             arguments.delay or [25], arguments.look_ahead or [20], arguments.fps or [30]):
         delays = measure(samples, rate, arguments.push, delay_ms=delay, look_ahead_ms=look_ahead,
                          fps=fps)
+        if not delays:
+            sys.exit(f"{arguments.audio}: is too short: it lasts {len(samples) / rate:.2f} s and "
+                     "ends before the first frame is shown; give some seconds of speech")
         at = [delays[int(share * (len(delays) - 1))] for share in (0.5, 0.95, 0.99)]
         print(f"{delay:5d}  {look_ahead:10d}  {fps:3d}  {at[0]:6.0f}  {at[1]:4.0f}  {at[2]:4.0f}")
 

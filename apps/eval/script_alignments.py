@@ -5,10 +5,10 @@
         apps/eval/script_alignments.py
 
 The truth is the alignment of what is said, in words. The same recording is aligned with the text as
-it is written, once literal and once as a script, and the shares of 10 ms that have the same phoneme
-are compared. Recordings are the prompts of the trainer's development set, with their transcript as
-it comes with them, and the lines of tests/text/script_lines.tsv that are held out, spoken by
-espeak-ng.
+it is written: literal, as a script with one reading, and as a script whose readings the recording
+chooses from. The shares of 10 ms that have the same phoneme are compared. Recordings are the
+prompts of the trainer's development set, with their transcript as it comes with them, and the lines
+of tests/text/script_lines.tsv that are held out, spoken by espeak-ng.
 """
 
 from __future__ import annotations
@@ -28,6 +28,7 @@ sys.path.insert(0, str(ROOT / "apps/train/corpus"))
 import prompts  # noqa: E402  pylint: disable=wrong-import-position
 
 ESPEAK_RATE = 22050
+WAYS = {"literal": {"literal": True}, "one reading": {"one_reading": True}, "script": {}}
 WAV_HEADER = 44
 Spoken = tuple[tessarin.Audio, int, str, str]
 
@@ -58,11 +59,11 @@ def held_out_lines() -> Iterator[Spoken]:
 
 
 def phonemes(engine: tessarin.Engine, audio: tessarin.Audio, length: int, text: str,
-             literal: bool) -> list[str]:
+             **reading: bool) -> list[str]:
     """The phoneme of each 10 ms; silence where the text is lost."""
     track = ["x"] * (length // 10 + 1)
     try:
-        result = engine.align(audio, text, literal=literal)
+        result = engine.align(audio, text, **reading)
     except tessarin.RecognitionFailed as failure:
         result = failure.result
     except tessarin.TessarinError:
@@ -76,11 +77,11 @@ def phonemes(engine: tessarin.Engine, audio: tessarin.Audio, length: int, text: 
 def main() -> int:
     engine = tessarin.Engine(data=ROOT / "data")
     for name, recordings in (("prompts", development_prompts()), ("lines", held_out_lines())):
-        shares: dict[str, list[float]] = {"literal": [], "script": []}
+        shares: dict[str, list[float]] = {way: [] for way in WAYS}
         for audio, length, written, said in recordings:
-            truth = phonemes(engine, audio, length, said, True)
+            truth = phonemes(engine, audio, length, said, literal=True)
             for way, found in shares.items():
-                track = phonemes(engine, audio, length, written, way == "literal")
+                track = phonemes(engine, audio, length, written, **WAYS[way])
                 found.append(sum(a == b for a, b in zip(track, truth)) / len(truth))
         for way, found in shares.items():
             whole = sum(share > 0.95 for share in found)

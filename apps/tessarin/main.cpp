@@ -3,11 +3,13 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "apps/tessarin/commands/commands.h"
 #include "apps/tessarin/console/failure.h"
+#include "apps/tessarin/console/system.h"
 #include "apps/tessarin/describe/unknown_word.h"
 
 namespace {
@@ -37,6 +39,7 @@ int Run(int argc, char** argv) {
     AddViewCommand(app);
     AddSpectrogramCommand(app);
     AddCutCommand(app);
+    AddCuesCommand(app);
     AddCommandsCommand(app);
     AddGateCommand(app);
     AddLiveCommand(app);
@@ -60,9 +63,17 @@ int Run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     try {
-        return Run(argc, argv);
+        std::vector<std::string> arguments = PrepareConsole(argc, argv);
+        std::vector<char*> texts;
+        for (std::string& argument : arguments) {
+            texts.push_back(argument.data());
+        }
+        texts.push_back(nullptr);
+        return Run(static_cast<int>(arguments.size()), texts.data());
     } catch (const Failure& failure) {
-        std::fprintf(stderr, "tessarin: %s\n", failure.what());
+        if (*failure.what() != '\0') { // else the command has said it in its own way
+            std::fprintf(stderr, "tessarin: %s\n", failure.what());
+        }
         return failure.exitCode;
     } catch (const std::bad_alloc&) {
         std::fprintf(stderr, "tessarin: %s\n", DescribeCode("memory", 1).c_str());

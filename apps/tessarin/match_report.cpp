@@ -28,10 +28,15 @@ const char* VerdictName(int32_t verdict) {
 
 std::string CountOf(size_t unsaid, size_t words) {
     return std::to_string(unsaid) + " of " + std::to_string(words) +
-           (words == 1 ? " word was not heard" : " words were not heard");
+           (words == 1 ? " word" : " words") + (unsaid == 1 ? " was" : " were") + " not heard";
 }
 
+/// Why a match is not good, or nothing. A good one may have a moment of other speech that is too
+/// short to count.
 std::string ReasonOf(const timed_result& result) {
+    if (result.match->verdict == "good") {
+        return "";
+    }
     std::string reason;
     const auto add = [&](const std::string& part) {
         reason += (reason.empty() ? "" : "; ") + part;

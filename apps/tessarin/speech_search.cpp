@@ -1,8 +1,9 @@
 #include "apps/tessarin/speech_search.h"
 
+#include <algorithm>
 #include <cstdio>
-#include <map>
 #include <memory>
+#include <vector>
 
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/console/file_io.h"
@@ -10,6 +11,9 @@
 #include "apps/tessarin/readers/spoken_text.h"
 
 namespace {
+
+/// In the order of tessarin::match_mode.
+const std::vector<std::string> kMatchModes = {"auto", "exact", "loose"};
 
 /// That of another model is not used, and that is said.
 void SetCalibration(const std::string& path, const std::string& text,
@@ -25,10 +29,20 @@ void SetCalibration(const std::string& path, const std::string& text,
     }
 }
 
+/// A text of marks alone would be found in every recording.
+void RequireWords(const std::string& local) {
+    constexpr const char* kMarks = " \t\r\n\f\v.,;:!?\"'()-\x85\x91\x92\x93\x94\x96\x97\xA0";
+    if (local.find_first_not_of(kMarks) == std::string::npos) {
+        throw Failure(kExitFailed, "the text has no words, only marks; give the words that are "
+                                   "said, or use recognize, which needs none");
+    }
+}
+
 } // namespace
 
 recording_search SearchForText(const SpokenText& text, tessarin::IVisemixTranscriber& transcriber,
                                const data_options& data, const text_search_options& options) {
+    RequireWords(text.GetLocal());
     tessarin::IMatchAligner* made = nullptr;
     const int32_t code = CreateMatchAligner(&made);
     if (code != tessarin::kNoError) {
@@ -39,7 +53,8 @@ recording_search SearchForText(const SpokenText& text, tessarin::IVisemixTranscr
         aligner->SetBeamWidth(options.beam);
     }
     aligner->SetRetry(options.retry ? 1 : 0);
-    aligner->SetMode(options.match);
+    aligner->SetMode(
+        static_cast<uint32_t>(std::ranges::find(kMatchModes, options.match) - kMatchModes.begin()));
     const std::string path = CalibrationPath(data);
     const std::string calibration = path.empty() ? "" : ReadWholeFile(path);
     return [aligner, &text, &transcriber, path,
@@ -51,7 +66,7 @@ recording_search SearchForText(const SpokenText& text, tessarin::IVisemixTranscr
         }
         const int32_t found =
             aligner->Align(recording.observations.get(), &model, text.GetLocal().c_str(),
-                           &transcriber, &progress, &results);
+                           &text.TranscriberOr(transcriber), &progress, &results);
         report = ReadMatch(*aligner);
         return found;
     };
@@ -74,9 +89,6 @@ recording_search SearchForSounds() {
 }
 
 void AddTextSearchOptions(CLI::App& command, text_search_options* options) {
-    static const std::map<std::string, uint32_t> kModes = {{"auto", tessarin::kMatchAuto},
-                                                           {"exact", tessarin::kMatchExact},
-                                                           {"loose", tessarin::kMatchLoose}};
     command
         .add_option("--beam", options->beam,
                     "Width of the search in states, 500 to 8000 [2000]; raise it if the search "
@@ -90,7 +102,7 @@ void AddTextSearchOptions(CLI::App& command, text_search_options* options) {
                     "exact: all of the text was said and nothing else; loose: words may be "
                     "missing and other speech may stand between them; auto: loose where the "
                     "recording shows it [auto]")
-        ->transform(CLI::CheckedTransformer(kModes))
+        ->check(CLI::IsMember(kMatchModes))
         ->option_text("exact|auto|loose");
 }
 

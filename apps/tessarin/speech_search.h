@@ -8,9 +8,9 @@
 
 /// How a text is looked for.
 struct text_search_options {
-    int beam = 0;       ///< states; 0 is the engine's own
-    bool retry = false; ///< the window slides ahead where it loses the text
-    uint32_t match = tessarin::kMatchAuto;
+    int beam = 0;               ///< states; 0 is the engine's own
+    bool retry = false;         ///< the window slides ahead where it loses the text
+    std::string match = "auto"; ///< or exact, or loose
 };
 
 /// --beam, --retry and --match.

@@ -36,6 +36,8 @@ struct timed_span {
     uint32_t flags = 0;       ///< of a word: tessarin_word_flags
     float confidence = -1.0f; ///< of a word, 0 to 1; -1 where it is not known
     float margin = 0.0f;      ///< the evidence for a word
+    std::string joint = {};   ///< of a word: the hyphen or the like between it and the next
+    std::string reading = {}; ///< of a word with several: the one that was said
 };
 
 /// How well a text and a recording fit.
@@ -75,7 +77,8 @@ struct timed_result {
     std::vector<timed_span> words;
     std::vector<timed_span> unsaid; ///< words of the text that were not heard, without times
     std::vector<timed_span> events;
-    std::vector<float> loudness; ///< of each 10 ms of the audio, in dB; empty when not known
+    float adaptationGain = -1.0f; ///< of the model to the voice; -1 where there was none
+    std::vector<float> loudness;  ///< of each 10 ms of the audio, in dB; empty when not known
     std::vector<mouth_frame> frames;
     std::vector<weight_curve> curves;
     std::vector<mouth_frame> stretches; ///< mixtures that stand for stretches the user asked for

@@ -41,7 +41,8 @@ struct articulation_envelope {
     int32_t count;          ///< points
     envelope_point* points; ///< owned by the articulator
 };
-static_assert(sizeof(articulation_envelope) == 24 && offsetof(articulation_envelope, points) == 16);
+static_assert(sizeof(void*) != 8 || (sizeof(articulation_envelope) == 24 &&
+                                     offsetof(articulation_envelope, points) == 16));
 
 /// Flags of an articulator.
 enum articulator_flags : uint32_t {

@@ -62,6 +62,7 @@ using shapes_owner = std::unique_ptr<tessarin_shapes, destroyer<tessarin_free_sh
 using switches_owner = std::unique_ptr<tessarin_switches, destroyer<tessarin_free_switches>>;
 using lexicon_owner = std::unique_ptr<tessarin_lexicon, destroyer<tessarin_free_lexicon>>;
 using commands_owner = std::unique_ptr<tessarin_commands, destroyer<tessarin_free_commands>>;
+using live_owner = std::unique_ptr<tessarin_live, destroyer<tessarin_free_live>>;
 using sentence_search_owner =
     std::unique_ptr<tessarin_sentence_search, destroyer<tessarin_free_sentence_search>>;
 } // namespace flat

@@ -15,7 +15,8 @@ struct CPronunciationRec {
     const char* pronunciation;     ///< phoneme string
     uint16_t pronunciation_length; ///< bytes
 };
-static_assert(sizeof(CPronunciationRec) == 32 && offsetof(CPronunciationRec, pronunciation) == 16);
+static_assert(sizeof(void*) != 8 || (sizeof(CPronunciationRec) == 32 &&
+                                     offsetof(CPronunciationRec, pronunciation) == 16));
 
 /// A pronunciation lexicon. Words compare without regard to the case of ASCII letters. Read-only
 /// once built: several threads may look words up.

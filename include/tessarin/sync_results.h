@@ -20,8 +20,9 @@ struct CSyncMarker {
     int32_t text_length;  ///< spans: length in the transcription text
     uint32_t reserved[2]; ///< not used
 };
-static_assert(sizeof(CSyncMarker) == 48 && offsetof(CSyncMarker, label) == 16 &&
-              offsetof(CSyncMarker, text) == 24 && offsetof(CSyncMarker, text_offset) == 32);
+static_assert(sizeof(void*) != 8 ||
+              (sizeof(CSyncMarker) == 48 && offsetof(CSyncMarker, label) == 16 &&
+               offsetof(CSyncMarker, text) == 24 && offsetof(CSyncMarker, text_offset) == 32));
 
 /// What CSyncMarker::type says.
 enum sync_marker_type : uint32_t {

@@ -12,6 +12,7 @@
 #include "tessarin/lexicon_file.h"
 #include "tessarin/logging.h"
 #include "tessarin/match_aligner.h"
+#include "tessarin/model_adaptation.h"
 #include "tessarin/observation_stream.h"
 #include "tessarin/pcm_data_source.h"
 #include "tessarin/pcm_stream.h"

@@ -83,7 +83,10 @@ enum tessarin_script_flags {
     /** The text is read as it stands, as the classes read it: numbers as numbers, no roles. */
     TESSARIN_SCRIPT_LITERAL = 1,
     /** The times of subtitles divide the text where there is a pause between two. */
-    TESSARIN_SCRIPT_CUE_TIMES = 2
+    TESSARIN_SCRIPT_CUE_TIMES = 2,
+    /** What may be said in several ways is said in the usual one, and unknown words in the
+       likeliest; otherwise, in an alignment, the recording chooses. */
+    TESSARIN_SCRIPT_ONE_READING = 4
 };
 
 /** How a text is read. People write 1905, Dr. and (sighs), and names before lines: what is said of
@@ -103,6 +106,14 @@ enum tessarin_match_mode {
     TESSARIN_MATCH_LOOSE = 2  /**< words may be missing, and other speech may stand between them */
 };
 
+/** Whether a recognition fits the model to the voice of the audio first. It takes another pass over
+   the audio, and the model stays as it is. */
+enum tessarin_adapt_mode {
+    TESSARIN_ADAPT_AUTO = 0, /**< to voices that the model does not know */
+    TESSARIN_ADAPT_OFF = 1,
+    TESSARIN_ADAPT_ON = 2
+};
+
 /** How audio is searched. */
 typedef struct tessarin_search_options {
     uint32_t size;       /**< of this struct, in bytes */
@@ -115,6 +126,8 @@ typedef struct tessarin_search_options {
                               which is taken, too, stands for TESSARIN_MATCH_EXACT */
     const tessarin_script_options* script; /**< how the text is read; null, or a struct of 24, 20
                                                 or 16 bytes, gives the defaults */
+    uint32_t adapt_mode; /**< of a recognition, a tessarin_adapt_mode; a struct that ends before
+                              stands for TESSARIN_ADAPT_AUTO */
 } tessarin_search_options;
 
 /** A sound. */
@@ -208,6 +221,10 @@ TESSARIN_API int32_t tessarin_create_model_from_memory(const void* data, uint32_
    other thread may use the model meanwhile. FILE_NOT_FOUND; INVALID_FILE. */
 TESSARIN_API int32_t tessarin_read_model_statistics(tessarin_model* model, const char* path,
                                                     int32_t are_counts);
+
+/** The same from the `size` bytes at `data`. */
+TESSARIN_API int32_t tessarin_set_model_statistics(tessarin_model* model, const void* data,
+                                                   uint32_t size, int32_t are_counts);
 
 /** Adds limits to the lengths of phonemes: lines of phonemes and milliseconds. Else as
    tessarin_read_model_statistics. */
@@ -317,6 +334,10 @@ TESSARIN_API uint32_t tessarin_get_word_flags(const tessarin_result* result, uin
 /** The punctuation, tags, events of the script and other speech, likewise. */
 TESSARIN_API const tessarin_span* tessarin_get_events(const tessarin_result* result,
                                                       uint32_t* count);
+
+/** By how much the logarithm of the likelihood of an observation of a recognition grew, on average,
+   when the model was fitted to the voice; -1 when it was not. */
+TESSARIN_API float tessarin_get_adaptation_gain(const tessarin_result* result);
 
 /** Whether a text belongs to a recording. */
 enum tessarin_verdict {

@@ -26,6 +26,22 @@ typedef struct tessarin_model_facts {
 /** What the model holds, or null without a model. */
 TESSARIN_API const tessarin_model_facts* tessarin_get_model_facts(const tessarin_model* model);
 
+/** How phonemes can be written. The labels are what the library itself reads and writes. */
+enum tessarin_alphabet {
+    TESSARIN_LABELS = 0,  /**< forty symbols: b, CH, AA ... */
+    TESSARIN_IPA = 1,     /**< of the International Phonetic Association, in UTF-8 */
+    TESSARIN_ARPABET = 2, /**< as in the CMU pronouncing dictionary, without stress */
+    TESSARIN_SAMPA = 3    /**< of English */
+};
+
+/** The label of phoneme number `index`, from 0 to 39; null beyond the last. The first is silence.
+ */
+TESSARIN_API const char* tessarin_get_phoneme_label(uint32_t index);
+
+/** How a phoneme, given by its label, is written in an alphabet of tessarin_alphabet; null when
+   either is not known. Silence is `(.)` in IPA, `SIL` in ARPAbet and `_` in SAMPA. */
+TESSARIN_API const char* tessarin_get_phoneme_symbol(const char* label, uint32_t alphabet);
+
 typedef struct tessarin_lexicon tessarin_lexicon; /**< a lexicon file that was looked into */
 
 /** What a lexicon file says of itself and holds. */

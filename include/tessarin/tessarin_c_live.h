@@ -60,6 +60,13 @@ typedef struct tessarin_live_stretch {
     uint32_t frame_count;
 } tessarin_live_stretch;
 
+/** How many visemes there are: sil PP FF TH DD kk CH SS nn RR aa E ih oh ou, the shapes of the set
+   "visemes" in their order. */
+#define TESSARIN_VISEME_COUNT 15
+
+/** The time of tessarin_take_live_weights for the newest weights that there are. */
+#define TESSARIN_LIVE_NEWEST INT64_MAX
+
 /** Begins to follow audio that is still coming in; `options` may be null. A thread of the library
    does the search. The model may be freed before. One thread may push while another takes; else one
    thread at a time. OUT_OF_RANGE for options that are not in their ranges and for a model of more
@@ -74,6 +81,31 @@ TESSARIN_API int32_t tessarin_create_live(const tessarin_model* model,
    OUT_OF_RANGE for 2 GiB and more; OUT_OF_MEMORY; NOT_AVAILABLE once it is finished. */
 TESSARIN_API int32_t tessarin_push_live_audio(tessarin_live* live, const void* samples,
                                               uint32_t size);
+
+/** The same from an audio callback: takes `count` samples of each channel, and never waits, locks
+   or allocates. Two seconds have room between the callback and the search. OUT_OF_RANGE when there
+   was no room for all: the last samples of the block are then lost, as if they had never been, so
+   times count what was taken. A thread of the library carries the samples on from the first call
+   that takes. Push one live audio in one way, and from one thread. NOT_AVAILABLE once it is
+   finished. */
+TESSARIN_API int32_t tessarin_push_live_samples(tessarin_live* live, const void* samples,
+                                                uint32_t count);
+
+/** How much of what tessarin_push_live_samples was given was lost, in milliseconds. Any thread may
+   ask. */
+TESSARIN_API int64_t tessarin_get_lost_live_ms(const tessarin_live* live);
+
+/** Writes the weight of each of the fifteen visemes, 0 to 1, that sum to 1, to `weights`. They are
+   for `time_ms`: a time since the audio began, TESSARIN_LIVE_NEWEST, or, below 0, a time before the
+   end of what was pushed, such as -120 for a mouth that follows 120 ms after the voice. Weights
+   between two frames lie on a straight line between theirs. A time that is not known yet gets the
+   newest ones. `at_ms`, which may be null, receives the time that the weights are for. Before the
+   first frame the mouth rests. Does not wait; for the thread that takes. It takes what became final
+   as tessarin_take_live does, unless that was called for `live` before; call it then for new
+   frames. OUT_OF_RANGE, with a mouth at rest, for what is more than ten seconds older than the
+   newest; OUT_OF_MEMORY, with zeros, when the search has ended for want of it. */
+TESSARIN_API int32_t tessarin_take_live_weights(tessarin_live* live, int64_t time_ms,
+                                                float* weights, int64_t* at_ms);
 
 /** Replaces `*out` by what became final since the last call, which may be nothing. Does not wait.
    The phonemes and frames are borrowed until the next call for `live` other than a push. Failures

@@ -165,6 +165,17 @@ TESSARIN_API int32_t tessarin_mix_shapes(const tessarin_shapes* shapes,
                                          const tessarin_frame* frames, uint32_t count,
                                          double* weights);
 
+/** Finds the keys that tracks of weights need: straight lines between them stay within `tolerance`
+   (0 to 1) of every weight. `weights` has a row of `width` weights for each of the `count` times,
+   as tessarin_mix_shapes writes them; all of a row share their keys, so reduce each column by
+   itself, with a width of 1, where each curve may have its own. `kept`, with room for `count`,
+   receives the numbers of the times that stay keys, the first and the last among them, and
+   `*kept_count` how many. INVALID_ARGUMENT when the times do not rise or the width is 0;
+   OUT_OF_RANGE for another tolerance and for a weight that is not a number. */
+TESSARIN_API int32_t tessarin_reduce_keys(const int32_t* times_ms, const double* weights,
+                                          uint32_t count, uint32_t width, double tolerance,
+                                          uint32_t* kept, uint32_t* kept_count);
+
 /** Null is allowed. */
 TESSARIN_API void tessarin_free_shapes(tessarin_shapes* shapes);
 

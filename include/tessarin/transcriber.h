@@ -16,7 +16,7 @@ struct PhonemeGroup {
     int32_t alternative_count; ///< 1 or more
     char** alternatives;       ///< zero-terminated phoneme strings
 };
-static_assert(sizeof(PhonemeGroup) == 16);
+static_assert(sizeof(void*) != 8 || sizeof(PhonemeGroup) == 16);
 
 /// What CTxMarker::kind says.
 enum tx_marker_kind : uint32_t {
@@ -43,7 +43,7 @@ struct CTxMarker {
     int32_t group_count;  ///< stretches
     PhonemeGroup* groups; ///< null when there are none
 };
-static_assert(sizeof(CTxMarker) == 40 && offsetof(CTxMarker, groups) == 32);
+static_assert(sizeof(void*) != 8 || (sizeof(CTxMarker) == 40 && offsetof(CTxMarker, groups) == 32));
 
 /// Flags of TranscriberInfo.
 enum transcriber_info_flags : uint32_t {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -11,7 +12,8 @@ namespace tessarin {
 /// passes the signed 32-bit range, which no real block of audio does.
 [[nodiscard]] inline std::unique_ptr<float[]> NewFloats(uint64_t count) {
     constexpr uint64_t kMost = std::numeric_limits<int32_t>::max() / sizeof(float);
-    return std::unique_ptr<float[]>(count > kMost ? nullptr : new (std::nothrow) float[count]);
+    return std::unique_ptr<float[]>(
+        count > kMost ? nullptr : new (std::nothrow) float[static_cast<size_t>(count)]);
 }
 
 } // namespace tessarin

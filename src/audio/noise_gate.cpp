@@ -116,7 +116,7 @@ float LevelAtPercentile(std::vector<float> levels, float percentile) {
     if (index >= static_cast<int64_t>(levels.size())) {
         return kNoLevelDb;
     }
-    std::nth_element(levels.begin(), levels.begin() + index, levels.end());
+    std::nth_element(levels.begin(), levels.begin() + static_cast<ptrdiff_t>(index), levels.end());
     return levels[static_cast<size_t>(index)];
 }
 

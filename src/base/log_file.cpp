@@ -4,6 +4,7 @@
 
 #include "base/crit_section.h"
 #include "platform/local_time.h"
+#include "platform/stdio_file.h"
 
 namespace tessarin {
 
@@ -20,7 +21,7 @@ int32_t OpenLog(const char* path) {
     if (FILE* previous = openedLog) {
         std::fclose(previous);
     }
-    FILE* log = path != nullptr ? std::fopen(path, "w+") : nullptr;
+    FILE* log = path != nullptr ? OpenStdio(path, "w+") : nullptr;
     openedLog = log;
     if (log == nullptr) {
         return 0;

@@ -2,11 +2,10 @@
 
 #include <algorithm>
 
-#include <zlib.h>
-
 #include "base/byte_cursor.h"
 #include "base/little_endian.h"
 #include "base/whole_file.h"
+#include "base/zlib_stream.h"
 
 namespace tessarin {
 namespace {
@@ -57,16 +56,16 @@ std::unique_ptr<uint8_t[]> PackBytes(std::span<const uint8_t> plain, uint32_t* p
     if (plain.size() > uint32_t{INT32_MAX}) {
         return nullptr;
     }
-    auto length = static_cast<uLongf>(plain.size() * 2 + kSlack);
-    auto packed = std::make_unique_for_overwrite<uint8_t[]>(length + kPackedHeaderSize);
-    if (compress2(packed.get() + kPackedHeaderSize, &length, plain.data(),
-                  static_cast<uLong>(plain.size()), Z_BEST_COMPRESSION) != Z_OK ||
-        length > UINT32_MAX - kPackedHeaderSize) {
+    const size_t room = plain.size() * 2 + kSlack;
+    auto packed = std::make_unique_for_overwrite<uint8_t[]>(room + kPackedHeaderSize);
+    const std::optional<size_t> length =
+        DeflateZlib(plain, {packed.get() + kPackedHeaderSize, room});
+    if (!length || *length > UINT32_MAX - kPackedHeaderSize) {
         return nullptr;
     }
     StoreLittleEndian(packed.get(), kPackedMagic);
     StoreLittleEndian(packed.get() + sizeof(kPackedMagic), static_cast<uint32_t>(plain.size()));
-    *packedSize = static_cast<uint32_t>(length + kPackedHeaderSize);
+    *packedSize = static_cast<uint32_t>(*length + kPackedHeaderSize);
     return packed;
 }
 
@@ -78,11 +77,9 @@ std::unique_ptr<uint8_t[]> UnpackBytes(std::span<const uint8_t> packed, uint32_t
         stated > kMaxRatio * cursor.Remaining() + kRatioSlack) {
         return nullptr;
     }
-    auto plain = std::make_unique_for_overwrite<uint8_t[]>(std::max<size_t>(stated, 1));
-    auto length = static_cast<uLongf>(std::max<uint32_t>(stated, 1)); // one too many is seen
-    if (uncompress(plain.get(), &length, cursor.Position(),
-                   static_cast<uLong>(cursor.Remaining())) != Z_OK ||
-        length != stated) {
+    const size_t room = std::max<size_t>(stated, 1); // one too many is seen
+    auto plain = std::make_unique_for_overwrite<uint8_t[]>(room);
+    if (InflateZlib({cursor.Position(), cursor.Remaining()}, {plain.get(), room}) != stated) {
         return nullptr;
     }
     *plainSize = stated;

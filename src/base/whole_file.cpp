@@ -9,6 +9,7 @@
 
 #include "base/flog.h"
 #include "platform/binary_file.h"
+#include "platform/stdio_file.h"
 
 namespace tessarin {
 namespace {
@@ -48,7 +49,7 @@ file_ptr OpenBeside(const std::string& target, std::string& path) {
     constexpr int kMostAttempts = 1000;
     for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
         path = target + ".new" + std::to_string(attempt);
-        file_ptr file(std::fopen(path.c_str(), "wbx"));
+        file_ptr file(OpenStdio(path.c_str(), "wbx"));
         if (file != nullptr || errno != EEXIST) {
             return file;
         }
@@ -68,27 +69,27 @@ error_code WriteBeside(const std::string& target, std::span<const uint8_t> conte
     error_code code = WriteAndClose(std::move(file), content);
     std::error_code failure;
     if (code == kNoError && rights != fs::perms::unknown) {
-        fs::permissions(path, rights, failure);
+        fs::permissions(PathOf(path), rights, failure);
     }
     if (code == kNoError) {
-        fs::rename(path, target, failure);
+        fs::rename(PathOf(path), PathOf(target), failure);
         code = failure ? kFileLocked : kNoError;
     }
     if (code != kNoError) {
-        fs::remove(path, failure);
+        fs::remove(PathOf(path), failure);
     }
     return code;
 }
 
 error_code OverwriteFrom0(const std::string& target, std::span<const uint8_t> content) {
-    file_ptr file(std::fopen(target.c_str(), "r+b"));
+    file_ptr file(OpenStdio(target.c_str(), "r+b"));
     if (file == nullptr) {
         return kFileLocked;
     }
     const error_code code = WriteAndClose(std::move(file), content);
     std::error_code failure;
     if (code == kNoError) {
-        fs::resize_file(target, content.size(), failure);
+        fs::resize_file(PathOf(target), content.size(), failure);
     }
     return failure ? kWriteFailed : code;
 }
@@ -98,8 +99,8 @@ error_code WriteInPlace(const std::string& target, std::span<const uint8_t> cont
     uint32_t oldSize = 0;
     const auto old = ReadWholeFile(target.c_str(), &oldSize, false);
     const error_code code = OverwriteFrom0(target, content);
-    if (code == kWriteFailed && old != nullptr &&
-        OverwriteFrom0(target, {old.get(), oldSize}) != kNoError) {
+    if (code == kWriteFailed &&
+        (old == nullptr || OverwriteFrom0(target, {old.get(), oldSize}) != kNoError)) {
         flog::Message("WriteWholeFile: %s has lost its old contents", target.c_str());
     }
     return code;
@@ -108,7 +109,7 @@ error_code WriteInPlace(const std::string& target, std::span<const uint8_t> cont
 /// Replaces the file at `target`, which can be written.
 error_code Replace(const std::string& target, std::span<const uint8_t> content, fs::perms rights) {
     std::error_code failure;
-    if (fs::hard_link_count(target, failure) > 1 && !failure) {
+    if (fs::hard_link_count(PathOf(target), failure) > 1 && !failure) {
         return WriteInPlace(target, content); // all its names go on meaning one file
     }
     const error_code code = WriteBeside(target, content, rights);
@@ -122,12 +123,20 @@ error_code Replace(const std::string& target, std::span<const uint8_t> content, 
 
 /// Makes a file where there is none.
 error_code Make(const std::string& target, std::span<const uint8_t> content) {
-    const error_code code = WriteBeside(target, content, fs::perms::unknown);
-    if (code != kFileLocked) {
-        return code;
+    const error_code beside = WriteBeside(target, content, fs::perms::unknown);
+    if (beside != kFileLocked) {
+        return beside;
     }
-    file_ptr file(std::fopen(target.c_str(), "wbx")); // a name that has no room for an ending
-    return file == nullptr ? kFileLocked : WriteAndClose(std::move(file), content);
+    file_ptr file(OpenStdio(target.c_str(), "wbx")); // a name that has no room for an ending
+    if (file == nullptr) {
+        return kFileLocked;
+    }
+    const error_code written = WriteAndClose(std::move(file), content);
+    if (written != kNoError) {
+        std::error_code failure;
+        fs::remove(target, failure); // nobody takes the half of a file for the whole
+    }
+    return written;
 }
 
 } // namespace
@@ -160,12 +169,12 @@ error_code WriteWholeFile(const char* path, std::span<const uint8_t> content) {
         return kFileLocked;
     }
     std::error_code failure;
-    const fs::file_status old = fs::status(path, failure);
+    const fs::file_status old = fs::status(PathOf(path), failure);
     if (!fs::exists(old)) {
-        const std::optional<fs::path> target = FollowLinks(path);
-        return target ? Make(target->string(), content) : kFileLocked;
+        const std::optional<fs::path> target = FollowLinks(PathOf(path));
+        return target ? Make(TextOf(*target), content) : kFileLocked;
     }
-    file_ptr probe(std::fopen(path, "r+b"));
+    file_ptr probe(OpenStdio(path, "r+b"));
     if (probe == nullptr) {
         return kFileLocked;
     }
@@ -173,8 +182,8 @@ error_code WriteWholeFile(const char* path, std::span<const uint8_t> content) {
         return WriteAndClose(std::move(probe), content); // a device has no old contents to lose
     }
     probe.reset();
-    const fs::path target = fs::canonical(path, failure); // a link stays a link
-    return failure ? kFileLocked : Replace(target.string(), content, old.permissions());
+    const fs::path target = fs::canonical(PathOf(path), failure); // a link stays a link
+    return failure ? kFileLocked : Replace(TextOf(target), content, old.permissions());
 }
 
 } // namespace tessarin

@@ -4,7 +4,8 @@
 
 using namespace tessarin;
 
-static_assert(sizeof(tessarin_command_options) == 12 && sizeof(tessarin_command_match) == 16);
+static_assert(sizeof(tessarin_command_options) == 12 &&
+              (sizeof(void*) != 8 || sizeof(tessarin_command_match) == 16));
 
 int32_t tessarin_create_commands(const tessarin_model* model,
                                  const tessarin_command_options* options, tessarin_commands** out) {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "base/guarded.h"
@@ -24,6 +25,13 @@ template <class T, class Make> int32_t Create(bool hasInput, T** out, Make&& mak
         *out = made.release();
         return code;
     });
+}
+
+/// Copies as much of `text` as the caller has room for; `reason` may be null.
+inline void WriteReason(std::string_view text, char* reason, uint32_t size) {
+    if (reason != nullptr && size > 0) {
+        reason[text.copy(reason, size - 1)] = '\0';
+    }
 }
 
 /// The items of a list that may be null, and how many they are.

@@ -31,11 +31,12 @@ static_assert(+TESSARIN_WORD == +kWordToken && +TESSARIN_TAG == +kTagToken &&
               +TESSARIN_CUT == +kCutToken && +TESSARIN_PUNCTUATION == +kPunctuationToken);
 static_assert(+TESSARIN_TRACK_SMOOTH == +kSmoothFrames &&
               +TESSARIN_TRACK_EXCESS_LEVEL == +kExcessLevel);
-static_assert(sizeof(tessarin_phoneme) == 20 && sizeof(tessarin_span) == 32 &&
-              sizeof(tessarin_token) == 32 && sizeof(tessarin_frame) == 92 &&
-              sizeof(tessarin_search_options) == 32 && sizeof(tessarin_script_options) == 32 &&
-              sizeof(tessarin_script_part) == 32 && sizeof(tessarin_track_options) == 64 &&
-              sizeof(tessarin_match) == 32 && sizeof(tessarin_word_match) == 16);
+static_assert(sizeof(void*) != 8 ||
+              (sizeof(tessarin_phoneme) == 20 && sizeof(tessarin_span) == 32 &&
+               sizeof(tessarin_token) == 32 && sizeof(tessarin_frame) == 92 &&
+               sizeof(tessarin_search_options) == 40 && sizeof(tessarin_script_options) == 32 &&
+               sizeof(tessarin_script_part) == 32 && sizeof(tessarin_track_options) == 64 &&
+               sizeof(tessarin_match) == 32 && sizeof(tessarin_word_match) == 16));
 
 namespace {
 
@@ -119,6 +120,17 @@ int32_t tessarin_read_model_statistics(tessarin_model* model, const char* path,
     return model == nullptr || path == nullptr
                ? kInvalidArgument
                : LoadTrigramFileIntoHMM(model->hmm.get(), path, are_counts != 0 ? 1 : 0);
+}
+
+int32_t tessarin_set_model_statistics(tessarin_model* model, const void* data, uint32_t size,
+                                      int32_t are_counts) {
+    if (model == nullptr || (data == nullptr && size > 0)) {
+        return kInvalidArgument;
+    }
+    return size > static_cast<uint32_t>(std::numeric_limits<int32_t>::max())
+               ? kInvalidFile
+               : LoadTrigramIntoHMM(model->hmm.get(), static_cast<const char*>(data),
+                                    static_cast<int32_t>(size), are_counts != 0 ? 1 : 0);
 }
 
 int32_t tessarin_read_model_limits(tessarin_model* model, const char* path) {
@@ -264,6 +276,10 @@ uint32_t tessarin_get_word_flags(const tessarin_result* result, uint32_t word) {
 
 const tessarin_span* tessarin_get_events(const tessarin_result* result, uint32_t* count) {
     return Items(result != nullptr ? &result->events : nullptr, count);
+}
+
+float tessarin_get_adaptation_gain(const tessarin_result* result) {
+    return result != nullptr ? result->adaptationGain : -1.0f;
 }
 
 const tessarin_match* tessarin_get_match(const tessarin_result* result) {

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <span>
@@ -12,6 +13,7 @@
 #include "c_api/create.h"
 #include "c_api/weight_track.h"
 #include "mouth/built_in_shapes.h"
+#include "mouth/key_reduction.h"
 #include "mouth/loudness.h"
 #include "mouth/shape_map.h"
 #include "mouth/switches.h"
@@ -27,8 +29,8 @@ struct tessarin_switches {
     std::vector<tessarin_switch> items;
 };
 
-static_assert(sizeof(tessarin_gain) == 16 && sizeof(tessarin_key) == 8 &&
-              sizeof(tessarin_curve) == 32 && sizeof(tessarin_switch) == 8);
+static_assert(sizeof(void*) != 8 || (sizeof(tessarin_gain) == 16 && sizeof(tessarin_key) == 8 &&
+                                     sizeof(tessarin_curve) == 32 && sizeof(tessarin_switch) == 8));
 static_assert(+TESSARIN_TRACK_COMMON_KEYS == +kCommonKeyTimes);
 
 namespace {
@@ -38,21 +40,11 @@ constexpr int32_t kMaxHoldMs = 10000;
 error_code ParseShapes(std::string_view text, char* reason, uint32_t reasonSize,
                        std::unique_ptr<tessarin_shapes>& out) {
     try {
-        out = std::make_unique<tessarin_shapes>(ShapeMap::Parse(text));
+        out.reset(new tessarin_shapes{ShapeMap::Parse(text)});
         return kNoError;
     } catch (const shape_map_error& wrong) {
-        if (reason != nullptr && reasonSize > 0) {
-            const size_t length = std::min<size_t>(std::strlen(wrong.what()), reasonSize - 1);
-            std::memcpy(reason, wrong.what(), length);
-            reason[length] = '\0';
-        }
+        WriteReason(wrong.what(), reason, reasonSize);
         return kInvalidFile;
-    }
-}
-
-void ClearReason(char* reason, uint32_t reasonSize) {
-    if (reason != nullptr && reasonSize > 0) {
-        reason[0] = '\0';
     }
 }
 
@@ -61,6 +53,10 @@ bool AreFrames(const tessarin_frame* frames, uint32_t count) {
            std::all_of(frames, frames + count, [](const tessarin_frame& frame) {
                return frame.count >= 0 && frame.count <= std::ssize(frame.weights);
            });
+}
+
+bool AreRising(std::span<const int32_t> timesMs) {
+    return std::ranges::adjacent_find(timesMs, std::greater_equal<>()) == timesMs.end();
 }
 
 bool HasShape(const tessarin_shapes* shapes, uint32_t shape) {
@@ -136,7 +132,7 @@ int32_t tessarin_create_shapes(const char* set, tessarin_shapes** out) {
 
 int32_t tessarin_create_shapes_from_text(const char* text, char* reason, uint32_t reason_size,
                                          tessarin_shapes** out) {
-    ClearReason(reason, reason_size);
+    WriteReason("", reason, reason_size);
     return Create(text != nullptr, out, [&](std::unique_ptr<tessarin_shapes>& made) {
         return ParseShapes(text, reason, reason_size, made);
     });
@@ -144,7 +140,7 @@ int32_t tessarin_create_shapes_from_text(const char* text, char* reason, uint32_
 
 int32_t tessarin_create_shapes_from_file(const char* path, char* reason, uint32_t reason_size,
                                          tessarin_shapes** out) {
-    ClearReason(reason, reason_size);
+    WriteReason("", reason, reason_size);
     return Create(path != nullptr, out, [&](std::unique_ptr<tessarin_shapes>& made) -> error_code {
         uint32_t size = 0;
         const auto content = ReadWholeFile(path, &size, false);
@@ -186,6 +182,31 @@ int32_t tessarin_mix_shapes(const tessarin_shapes* shapes, const tessarin_frame*
             const std::vector<double> mixed = shapes->map.Mix(frame);
             weights = std::copy(mixed.begin(), mixed.end(), weights);
         }
+        return kNoError;
+    });
+}
+
+int32_t tessarin_reduce_keys(const int32_t* times_ms, const double* weights, uint32_t count,
+                             uint32_t width, double tolerance, uint32_t* kept,
+                             uint32_t* kept_count) {
+    if (kept_count == nullptr) {
+        return kInvalidArgument;
+    }
+    *kept_count = 0;
+    const bool hasInput =
+        width > 0 && (count == 0 || (times_ms != nullptr && weights != nullptr && kept != nullptr));
+    if (!hasInput || !AreRising({times_ms, count})) {
+        return kInvalidArgument;
+    }
+    const std::span<const double> all(weights, size_t{count} * width);
+    if (!(tolerance >= 0.0 && tolerance <= 1.0) ||
+        !std::ranges::all_of(all, [](double weight) { return std::isfinite(weight); })) {
+        return kOutOfRange;
+    }
+    return Guarded([&] {
+        const std::vector<uint32_t> reduced = ReduceKeys({times_ms, count}, all, width, tolerance);
+        std::ranges::copy(reduced, kept);
+        *kept_count = static_cast<uint32_t>(reduced.size());
         return kNoError;
     });
 }

@@ -1,20 +1,29 @@
+#include <algorithm>
 #include <cmath>
+#include <span>
+#include <string>
+#include <utility>
 
 #include "base/whole_file.h"
 #include "c_api/create.h"
+#include "model/phoneme_alphabet.h"
+#include "model/phoneme_alphabets.h"
 #include "session/audio_facts.h"
 #include "session/lexicon_facts.h"
 #include "session/live_listener.h"
 #include "session/noise_gating.h"
 #include "session/script_parts.h"
+#include "session/script_transcriber.h"
 #include "session/search_run.h"
 #include "session/sentence_search.h"
 #include "session/spoken_language.h"
 #include "tessarin/tessarin_c.h"
+#include "text/script/script_table.h"
 
 using namespace tessarin;
 
-static_assert(sizeof(tessarin_gate_options) == 24 && sizeof(tessarin_live_options) == 48 &&
+static_assert(sizeof(tessarin_gate_options) == 24 &&
+              (sizeof(void*) != 8 || sizeof(tessarin_live_options) == 48) &&
               sizeof(tessarin_live_phoneme) == 32 && sizeof(tessarin_live_frame) == 104 &&
               sizeof(tessarin_audio_facts) == 28);
 
@@ -79,6 +88,35 @@ int32_t tessarin_push_live_audio(tessarin_live* live, const void* samples, uint3
     return Guarded([&] { return size > 0 ? live->listener.Push(samples, size) : kNoError; });
 }
 
+// Nothing here may wait or allocate, not even a line of the trace.
+int32_t tessarin_push_live_samples(tessarin_live* live, const void* samples, uint32_t count) {
+    if (live == nullptr || (samples == nullptr && count > 0)) {
+        return kInvalidArgument;
+    }
+    return live->listener.PushFromCallback(samples, count);
+}
+
+int64_t tessarin_get_lost_live_ms(const tessarin_live* live) {
+    return live != nullptr ? live->listener.GetLostMs() : 0;
+}
+
+int32_t tessarin_take_live_weights(tessarin_live* live, int64_t time_ms, float* weights,
+                                   int64_t* at_ms) {
+    if (weights == nullptr) {
+        return kInvalidArgument;
+    }
+    const std::span<float, LiveWeights::kVisemes> out(weights, LiveWeights::kVisemes);
+    std::ranges::fill(out, 0.0f);
+    int64_t atMs = 0;
+    const error_code code = live == nullptr
+                                ? error_code{kInvalidArgument}
+                                : Guarded([&] { return live->listener.Weigh(time_ms, out, atMs); });
+    if (at_ms != nullptr) {
+        *at_ms = atMs;
+    }
+    return code;
+}
+
 int32_t tessarin_take_live(tessarin_live* live, tessarin_live_stretch* out) {
     return Lend(live, out, [](LiveListener& listener, live_stretch& stretch) {
         return listener.Take(stretch);
@@ -137,6 +175,14 @@ int32_t tessarin_create_lexicon_from_memory(const void* data, uint32_t size,
     });
 }
 
+const char* tessarin_get_phoneme_label(uint32_t index) {
+    return index < PhonemeAlphabet().size() ? PhonemeAlphabet()[index].label : nullptr;
+}
+
+const char* tessarin_get_phoneme_symbol(const char* label, uint32_t alphabet) {
+    return label != nullptr ? SymbolInAlphabet(label, alphabet) : nullptr;
+}
+
 const tessarin_lexicon_facts* tessarin_get_lexicon_facts(const tessarin_lexicon* lexicon) {
     return lexicon != nullptr ? &lexicon->facts : nullptr;
 }
@@ -182,6 +228,19 @@ int32_t tessarin_create_script(tessarin_language* language, const char* text,
     });
 }
 
+int32_t tessarin_check_script_table(const char* table, char* reason, uint32_t reason_size) {
+    WriteReason("", reason, reason_size);
+    return table == nullptr ? error_code{kInvalidArgument} : Guarded([&] {
+        const script_table_error error = ScriptTable().Add(table);
+        if (error.line == 0) {
+            return kNoError;
+        }
+        WriteReason("line " + std::to_string(error.line) + ": " + error.reason, reason,
+                    reason_size);
+        return kInvalidFile;
+    });
+}
+
 const char* tessarin_get_script_text(const tessarin_script* script) {
     return script != nullptr ? script->reading.GetSpoken().c_str() : "";
 }
@@ -189,6 +248,12 @@ const char* tessarin_get_script_text(const tessarin_script* script) {
 const tessarin_script_part* tessarin_get_script_words(const tessarin_script* script,
                                                       uint32_t* count) {
     return Items(script != nullptr ? &script->words : nullptr, count);
+}
+
+const char* const* tessarin_get_script_readings(const tessarin_script* script, uint32_t word,
+                                                uint32_t* count) {
+    const bool isWord = script != nullptr && word < script->readings.size();
+    return Items(isWord ? &script->readings[word] : nullptr, count);
 }
 
 const tessarin_script_part* tessarin_get_script_events(const tessarin_script* script,
@@ -210,6 +275,32 @@ int32_t tessarin_find_script_part(const tessarin_script* script, int32_t offset,
                                   tessarin_script_part* out) {
     return script == nullptr || out == nullptr ? error_code{kInvalidArgument}
                                                : FindScriptPart(*script, offset, length, *out);
+}
+
+const char* tessarin_get_word_reading(const tessarin_result* result, uint32_t word) {
+    return result != nullptr && word < result->wordReadings.size()
+               ? result->wordReadings[word].c_str()
+               : "";
+}
+
+int32_t CreateScriptTranscriber(IVisemixTranscriber* inner, const tessarin_script* script,
+                                IScriptTranscriber** out) {
+    if (out == nullptr) {
+        return kInvalidArgument;
+    }
+    *out = nullptr;
+    if (inner == nullptr || script == nullptr) {
+        return kInvalidArgument;
+    }
+    return Guarded([&] {
+        return RefusingBadUtf8([&] {
+            TranscriberInfo info{};
+            inner->getTranscriberInfo(&info);
+            auto text = std::make_shared<const SpanText>("", script->reading, info);
+            *out = MakeScriptTranscriber(*inner, std::move(text)).release();
+            return kNoError;
+        });
+    });
 }
 
 void tessarin_free_script(tessarin_script* script) {

@@ -187,6 +187,11 @@ uint32_t CQuibAccousticCmdCtrl::RecognizeLive(bool finished, float* distance) {
     return id;
 }
 
+uint32_t CQuibAccousticCmdCtrl::GetNumObservations(uint32_t id) {
+    command* known = commands.Find(id);
+    return known != nullptr ? known->footprint.GetNumObservations() : 0;
+}
+
 error_code CQuibAccousticCmdCtrl::FindDistances(IObservationStream& stream,
                                                 std::vector<command_score>& out) {
     MaskFloatUnderflow();

@@ -36,6 +36,8 @@ public:
     /// cannot be.
     virtual error_code InitFeatures(CAccousticHMM* model, float newEnergyFloor);
 
+    /// How many observations of a sample take part in comparisons; 0 for an id that is not known.
+    uint32_t GetNumObservations(uint32_t id);
     /// Replaces `out` by the distance of each command that can be compared with the utterance in
     /// `stream`, in the order in which the commands were added; by nothing for an utterance that is
     /// too short. Returns 0, or the code of a failed read.

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/trunc_sat.h"
+#include "features/delta_layouts.h"
 #include "features/spectral_feature_descriptor.h"
 
 namespace tessarin {
@@ -14,8 +15,6 @@ namespace {
 constexpr uint32_t kChannel = 1;
 constexpr float kStopBandCutoff = 0.8f;
 constexpr PCMFormat kResampledFormat{16000u << 16, 16, 1};
-/// From this many features on an observation needs no frames ahead of it.
-constexpr int32_t kThreeLayerFeatures = 35;
 
 constexpr size_t kShortestSpeech = 60; ///< frames before the end is looked for
 constexpr size_t kTailFrames = 30;

@@ -11,6 +11,14 @@ inline constexpr int32_t kMaxFrameValues = 20;
 /// Room for an observation while it is put together: three layers of a frame's values and more.
 inline constexpr int32_t kObservationScratch = 64;
 
+/// From so many features on, observations have three layers; with less, five frames.
+inline constexpr int32_t kThreeLayerFeatures = 35;
+
+/// Whether observations of `numFeatures` values carry the energy of the frame.
+constexpr bool LayoutHasEnergy(int32_t numFeatures) {
+    return numFeatures % 2 == 0 || numFeatures == 39;
+}
+
 /// What the difference features of a run remember of the frames before. The five-frame layout uses
 /// all places of `frameHistory`; the three-layer layout keeps in place j what layer j held one
 /// frame back, and in `deltaHistory` what it held two frames back.

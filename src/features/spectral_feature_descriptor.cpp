@@ -1,6 +1,8 @@
 #include "features/spectral_feature_descriptor.h"
 
+#include <algorithm>
 #include <array>
+#include <new>
 #include <ostream>
 #include <span>
 
@@ -87,6 +89,21 @@ bool CSpectralFeatureDescriptor::Read(const uint8_t** cursor, uint32_t* remainin
         ReadValue(record, flags);
     }
     return !record.Failed() && numCepstra >= 0;
+}
+
+void CSpectralFeatureDescriptor::CopyFrom(const CSpectralFeatureDescriptor& other) {
+    sampleRate = other.sampleRate;
+    preEmphasis = other.preEmphasis;
+    windowSize = other.windowSize;
+    windowOverlap = other.windowOverlap;
+    numBands = other.numBands;
+    if (bands.SetSize(other.bands.GetSize(), 4) == 0) {
+        throw std::bad_alloc();
+    }
+    std::copy(other.bands.begin(), other.bands.end(), bands.begin());
+    numCepstra = other.numCepstra;
+    numFeatures = other.numFeatures;
+    flags = other.flags;
 }
 
 bool CSpectralFeatureDescriptor::Write(std::FILE* file) {

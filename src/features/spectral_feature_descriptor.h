@@ -21,6 +21,8 @@ struct CSpectralFeatureDescriptor final {
     /// caller asks `file` for errors.
     virtual bool Write(std::FILE* file);
 
+    /// Takes all values of `other`.
+    void CopyFrom(const CSpectralFeatureDescriptor& other);
     /// Writes the values as labelled lines for people to read.
     void WriteText(std::ostream& out) const;
 

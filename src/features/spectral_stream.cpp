@@ -8,6 +8,7 @@
 #include "base/flog.h"
 #include "base/guarded.h"
 #include "features/decibel_power.h"
+#include "features/delta_layouts.h"
 #include "features/hamming_window.h"
 #include "features/spectral_feature_descriptor.h"
 
@@ -22,11 +23,6 @@ constexpr float kNoEnergyYet = 1e33f;
 bool FitsWindow(int32_t samples) {
     return samples >= 2 && samples <= kMaxWindowSize &&
            std::has_single_bit(static_cast<uint32_t>(samples));
-}
-
-/// Whether observations of `numFeatures` values carry the energy of the frame.
-bool LayoutHasEnergy(int32_t numFeatures) {
-    return numFeatures % 2 == 0 || numFeatures == 39;
 }
 
 float RateInHz(CPCMRdrStream& pcm) {

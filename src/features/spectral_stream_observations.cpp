@@ -6,6 +6,7 @@
 
 #include "base/guarded.h"
 #include "base/timed_progress.h"
+#include "features/delta_layouts.h"
 #include "features/power_spectrum.h"
 #include "features/spectral_feature_descriptor.h"
 #include "features/spectral_stream.h"
@@ -14,8 +15,6 @@ namespace tessarin {
 
 namespace {
 
-// From this many features on, observations have the three-layer layout.
-constexpr int32_t kThreeLayerFeatures = 35;
 // A louder frame is clipped or broken, and says nothing about the level of the speech.
 constexpr float kMaxPlausibleRoot = 10000.0f;
 constexpr uint32_t kProgressInterval = 1000;

@@ -18,6 +18,28 @@ CAccousticHMM::~CAccousticHMM() {
     Destroy();
 }
 
+std::unique_ptr<CAccousticHMM> CAccousticHMM::Copy() const {
+    auto copy = std::make_unique<CAccousticHMM>();
+    copy->reserved = reserved;
+    copy->numModels = numModels;
+    copy->numStates = numStates;
+    copy->numMixtures = numMixtures;
+    copy->descriptor.CopyFrom(descriptor);
+    copy->models = models;
+    copy->transitions = transitions;
+    copy->labels = labels;
+    copy->hasLongTransitions = hasLongTransitions;
+    copy->phonemeInfo1 = phonemeInfo1;
+    copy->phonemeInfo2 = phonemeInfo2;
+    copy->trigrams = trigrams;
+    copy->bigrams = bigrams;
+    copy->unigrams = unigrams;
+    copy->trigramVersion = trigramVersion;
+    copy->constraints = constraints;
+    copy->scoring = scoring;
+    return copy;
+}
+
 void CAccousticHMM::Destroy() {
     flog scope("CAccousticHMM::Destroy");
     models.clear();

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <iosfwd>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -60,6 +61,9 @@ public:
     CAccousticHMM(const CAccousticHMM&) = delete;
     CAccousticHMM& operator=(const CAccousticHMM&) = delete;
     virtual ~CAccousticHMM();
+
+    /// A model of its own that says the same, for one that is to be changed.
+    std::unique_ptr<CAccousticHMM> Copy() const;
 
     /// Reads n-gram statistics of the phonemes: pairs of a key (one to three labels) and a number.
     /// `normalise` says that the numbers are counts. False, with no statistics in force, when the

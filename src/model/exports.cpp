@@ -7,6 +7,7 @@
 #include "base/guarded.h"
 #include "model/accoustic_hmm.h"
 #include "platform/floating_point.h"
+#include "platform/stdio_file.h"
 #include "tessarin/acoustic_model.h"
 #include "tessarin/language_constraints.h"
 
@@ -21,7 +22,7 @@ bool OpenText(const char* path, std::ifstream& text) {
         return false;
     }
     text.imbue(std::locale::classic());
-    text.open(path);
+    text.open(PathOf(path));
     text.peek();
     return text.is_open() && !text.bad();
 }

@@ -142,8 +142,9 @@ bool CAccousticHMM::ReadTransitionsAndLabels(const uint8_t** cursor, uint32_t* r
     if (image.ReadU32() != kModelMagic || !image.Holds(totalStates, sizeof(float) * totalStates)) {
         return Fail(errorText, kShortModel);
     }
-    transitions = float_matrix(totalStates, totalStates);
-    image.ReadAll(std::span(transitions[0], totalStates * totalStates));
+    const auto states = static_cast<size_t>(totalStates);
+    transitions = float_matrix(states, states);
+    image.ReadAll(std::span(transitions[0], states * states));
 
     flog::Message("Read Labels");
     labels.clear();

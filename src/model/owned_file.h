@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <memory>
 
+#include "platform/stdio_file.h"
+
 namespace tessarin {
 
 struct file_closer {
@@ -14,7 +16,7 @@ using owned_file = std::unique_ptr<std::FILE, file_closer>;
 
 /// Null when the file cannot be opened, or without a path.
 inline owned_file OpenFile(const char* path, const char* mode) {
-    return owned_file(path != nullptr ? std::fopen(path, mode) : nullptr);
+    return owned_file(path != nullptr ? OpenStdio(path, mode) : nullptr);
 }
 
 /// Closes `file`. Returns whether all that was written to it has arrived.

@@ -5,6 +5,9 @@
 
 namespace tessarin {
 
+/// Whether the system has threads: WebAssembly mostly has none.
+bool HasThreads();
+
 /// A thread of the system with a chosen stack size, which the standard one does not offer. Starts
 /// once. The destructor waits for the thread, unless it runs in it.
 class NativeThread {

@@ -113,6 +113,7 @@ error_code CTextbasedPhnRecognizer::AlignRegions(const alignment_run& run, CTxMa
     CTxMarker* cut = nullptr;
     const auto align = [&](CTxMarker* endCut) {
         const error_code code = AlignRegion(run, cut, endCut, first, last);
+        EndRegion(code);
         lastFailure = code != kNoError ? code : lastFailure;
     };
     for (CTxMarker* marker = first; marker != last; ++marker) {

@@ -73,6 +73,10 @@ public:
     uint16_t GetKeptPerFrame() const { return keptPerFrame; }
     double GetLogBeam() const { return logBeam; }
 
+protected:
+    /// Called after each region with its code.
+    virtual void EndRegion(error_code) {}
+
 private:
     struct alignment_run;
     struct alignment_region;

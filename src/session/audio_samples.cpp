@@ -9,6 +9,12 @@
 #include "audio/files/mmio_file.h"
 #include "audio/files/pcm_data_source_factory.h"
 #include "base/little_endian.h"
+#include "mouth/loudness.h"
+
+const std::vector<float>& tessarin_audio::GetLoudness() const {
+    std::call_once(isMeasured, [this] { loudness = tessarin::MeasureLoudness(samples, rateHz); });
+    return loudness;
+}
 
 namespace tessarin {
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <span>
 #include <vector>
 
@@ -13,6 +14,14 @@
 struct tessarin_audio {
     std::vector<int16_t> samples;
     uint32_t rateHz = 0;
+
+    /// The loudness of each 10 ms of the samples, which do not change any more. Measured once,
+    /// however many searches ask; any thread may.
+    const std::vector<float>& GetLoudness() const;
+
+private:
+    mutable std::once_flag isMeasured;
+    mutable std::vector<float> loudness;
 };
 
 namespace tessarin {

@@ -30,6 +30,9 @@ constexpr float kMaxFrameRate = 1000.0f;
 /// What the analysis needs to see of the silence after the end.
 constexpr int64_t kAnalysisMs = 200;
 constexpr std::chrono::milliseconds kPause{2};
+/// What a callback pushed waits in its ring while more than this is on its way through the search,
+/// so that a host that stops taking fills no memory.
+constexpr int64_t kMostWaitingMs = 5000;
 
 bool IsInRange(const tessarin_live_options& options) {
     return options.rate_hz >= 4000 && options.rate_hz <= 50000 && options.channels >= 1 &&
@@ -116,6 +119,9 @@ error_code LiveListener::Start(int32_t bits) {
         return code;
     }
     recognizer->SetResultOverlap(options.overlap_ms);
+    feed.Open(
+        options.rate_hz, [this](std::span<const int16_t> samples) { return Carry(samples); },
+        [this] { return GetPushedMs() - heardMs < kMostWaitingMs + 2 * options.delay_ms; });
     return recognizer->Start();
 }
 
@@ -126,8 +132,55 @@ error_code LiveListener::Push(const void* samples, uint32_t size) {
     if (size > static_cast<uint32_t>(std::numeric_limits<int32_t>::max())) {
         return kOutOfRange;
     }
+    const std::lock_guard guard(pushLock);
     return options.format == TESSARIN_FLOAT ? PushFloats(static_cast<const char*>(samples), size)
                                             : PushBytes(samples, size);
+}
+
+error_code LiveListener::PushFromCallback(const void* samples, uint32_t count) {
+    if (isFinished) {
+        return kNotAvailable;
+    }
+    const size_t channels = options.channels;
+    const auto* const bytes = static_cast<const uint8_t*>(samples);
+    const auto sampleAt = [&]<class Sample>(size_t i, Sample sample) {
+        std::memcpy(&sample, bytes + i * channels * sizeof sample, sizeof sample);
+        return sample;
+    };
+    bool tookAll = false;
+    switch (options.format) {
+    case TESSARIN_FLOAT:
+        tookAll = feed.Push(count, [&](size_t i) { return SampleFromFloat(sampleAt(i, 0.0f)); });
+        break;
+    case TESSARIN_UINT8:
+        tookAll = feed.Push(count, [&](size_t i) {
+            return static_cast<int16_t>((sampleAt(i, uint8_t{0}) - 128) * 256);
+        });
+        break;
+    default:
+        tookAll = feed.Push(count, [&](size_t i) {
+            const uint8_t* const sample = bytes + i * channels * 2;
+            return static_cast<int16_t>(sample[0] | sample[1] << 8);
+        });
+        break;
+    }
+    return tookAll ? kNoError : kOutOfRange;
+}
+
+/// The recognizer takes all channels, of which it hears the first.
+bool LiveListener::Carry(std::span<const int16_t> samples) {
+    const std::lock_guard guard(pushLock);
+    carried.assign(samples.size() * frameBytes, 0);
+    for (size_t i = 0; i < samples.size(); ++i) {
+        uint8_t* const sample = carried.data() + i * frameBytes;
+        if (options.format == TESSARIN_UINT8) {
+            sample[0] = static_cast<uint8_t>(samples[i] / 256 + 128);
+        } else {
+            sample[0] = static_cast<uint8_t>(samples[i] & 0xFF);
+            sample[1] = static_cast<uint8_t>(samples[i] >> 8 & 0xFF);
+        }
+    }
+    return PushBytes(carried.data(), carried.size()) == kNoError;
 }
 
 error_code LiveListener::PushBytes(const void* bytes, size_t size) {
@@ -181,12 +234,25 @@ error_code LiveListener::PushSilence(int64_t ms) {
     return code;
 }
 
+int64_t LiveListener::ToMs(uint64_t frames) const {
+    return static_cast<int64_t>(frames * 1000 / options.rate_hz);
+}
+
 int64_t LiveListener::GetPushedMs() const {
-    return static_cast<int64_t>(pushedBytes / frameBytes * 1000 / options.rate_hz);
+    return ToMs(pushedBytes / frameBytes);
+}
+
+/// What waits in the ring of the callback counts as well.
+int64_t LiveListener::GetComeMs() const {
+    return ToMs(std::max<uint64_t>(pushedBytes / frameBytes, feed.GetTaken()));
+}
+
+int64_t LiveListener::GetLostMs() const {
+    return ToMs(feed.GetLost());
 }
 
 int64_t LiveListener::GetWaitingMs() const {
-    return isFinished ? 0 : std::max<int64_t>(GetPushedMs() - mouth.GetHeardMs(), 0);
+    return isFinished ? 0 : std::max<int64_t>(GetComeMs() - mouth.GetHeardMs(), 0);
 }
 
 /// Takes what the recognizer is sure of by now. Returns whether there was anything.
@@ -199,12 +265,23 @@ bool LiveListener::Flush() {
     const int64_t tailMs = std::min<int64_t>(options.overlap_ms / 2, lastFlushMs);
     mouth.Add(*results, ms, options.overlap_ms > 0 ? tailMs : 0);
     lastFlushMs = ms;
+    heardMs = mouth.GetHeardMs();
     return true;
 }
 
 error_code LiveListener::Take(live_stretch& out) {
+    givesStretches = true;
+    return Hear(out);
+}
+
+/// Replaces `out` by what became final, and weighs its frames.
+error_code LiveListener::Hear(live_stretch& out) {
     out = {};
     if (!isFinished) {
+        const error_code startCode = feed.Start();
+        if (startCode != kNoError) {
+            return startCode;
+        }
         const bool isActive = recognizer->IsActive() != 0;
         while (Flush()) {
         }
@@ -212,16 +289,35 @@ error_code LiveListener::Take(live_stretch& out) {
             return kOutOfMemory;
         }
     }
-    return mouth.TakeFinal(isFinished, out);
+    const error_code code = mouth.TakeFinal(isFinished, out);
+    weights.Add(out.frames);
+    return code;
+}
+
+error_code LiveListener::Weigh(int64_t timeMs, std::span<float, LiveWeights::kVisemes> out,
+                               int64_t& atMs) {
+    if (!givesStretches) {
+        live_stretch taken;
+        const error_code code = Hear(taken);
+        if (code != kNoError) {
+            return code;
+        }
+    }
+    if (timeMs < 0) {
+        const int64_t endMs = isFinished ? mouth.GetHeardMs() : GetComeMs();
+        timeMs = std::max<int64_t>(timeMs + endMs, 0);
+    }
+    return weights.At(timeMs, out, atMs);
 }
 
 /// The end is heard in silence that follows it, as everything else is before its future.
 error_code LiveListener::Finish(live_stretch& out) {
     out = {};
     if (!isFinished) {
+        isFinished = true;
+        feed.Drain();
         const int64_t audioMs = GetPushedMs();
         mouth.SetEnd(std::max(audioMs, mouth.GetHeardMs()));
-        isFinished = true;
         // The silence also completes what was cut within a sample.
         const error_code code = PushSilence(2 * int64_t{options.delay_ms} + kAnalysisMs);
         if (code != kNoError) {
@@ -238,7 +334,9 @@ error_code LiveListener::Finish(live_stretch& out) {
         }
         recognizer->Stop();
     }
-    return mouth.TakeFinal(true, out);
+    const error_code code = mouth.TakeFinal(true, out);
+    weights.Add(out.frames);
+    return code;
 }
 
 } // namespace tessarin

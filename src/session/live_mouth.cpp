@@ -34,9 +34,9 @@ tessarin_live_phoneme PhonemeOf(const CSyncMarker& from, int64_t startMs, int64_
 } // namespace
 
 void RunningLevel::Hear(float db, int64_t ms) {
-    constexpr float kMaxStepDb = 20.0f; // what is not a vowel, but noise, moves it no further
-    constexpr int64_t kMemoryMs = 3000; // of vowels
-    heardMs = std::min(heardMs + ms, kMemoryMs);
+    constexpr float kMaxStepDb = 20.0f;      // what is not a vowel, but noise, moves it no further
+    constexpr int64_t kVowelMemoryMs = 3000; // of vowels
+    heardMs = std::min(heardMs + ms, kVowelMemoryMs);
     const float step = std::clamp(db - usualDb, -kMaxStepDb, kMaxStepDb);
     usualDb += step * static_cast<float>(ms) / static_cast<float>(heardMs);
 }

@@ -1,10 +1,5 @@
 #include "session/script_parts.h"
 
-#include <cstring>
-#include <limits>
-
-#include <utf8.h>
-
 namespace tessarin {
 
 namespace {
@@ -42,19 +37,19 @@ error_code MakeScript(tessarin_language* language, const char* text,
                       const tessarin_script_options* options,
                       std::unique_ptr<tessarin_script>& out) {
     text_reading how;
-    const error_code code = ReadScriptOptions(options, how);
+    error_code code = ReadScriptOptions(options, how);
     if (code != kNoError || how.isLiteral) {
         return code != kNoError ? code : error_code{kInvalidArgument};
     }
-    const size_t size = std::strlen(text);
-    if (size > static_cast<size_t>(std::numeric_limits<int32_t>::max()) / 4) {
-        return kOutOfRange;
-    }
-    if (!utf8::is_valid(text, text + size)) {
-        return kInvalidUtf8;
+    code = CheckText(text);
+    if (code != kNoError) {
+        return code;
     }
     std::unique_ptr<BorrowedTranscriber> borrowed;
     if (language != nullptr) {
+        if (!CanReadScripts(language->info, how)) {
+            return kNotAvailable;
+        }
         borrowed = std::make_unique<BorrowedTranscriber>(*language);
         if (borrowed->GetCode() != kNoError) {
             return borrowed->GetCode();
@@ -64,6 +59,10 @@ error_code MakeScript(tessarin_language* language, const char* text,
         ReadScriptFor(borrowed ? borrowed->Get() : nullptr, text, how));
     for (const script_word& word : script->reading.GetWords()) {
         script->words.push_back(PartOf(word));
+        auto& readings = script->readings.emplace_back();
+        for (const std::string& other : word.others) {
+            readings.push_back(other.c_str());
+        }
     }
     for (const script_event& event : script->reading.GetEvents()) {
         script->events.push_back(PartOf(SpanKindOf(event), event.place));

@@ -13,6 +13,7 @@ struct tessarin_script {
 
     tessarin::ScriptReading reading;
     std::vector<tessarin_script_part> words;
+    std::vector<std::vector<const char*>> readings; ///< of each word, but the first
     std::vector<tessarin_script_part> events;
     std::vector<tessarin_script_part> cues;
     std::vector<tessarin_script_part> unsaid;

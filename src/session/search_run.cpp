@@ -1,15 +1,17 @@
 #include "session/search_run.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstring>
 #include <limits>
 #include <span>
 
-#include "mouth/loudness.h"
+#include "session/match_parts.h"
 #include "session/progress_bridge.h"
 #include "session/script_parts.h"
 #include "session/spoken_language.h"
+#include "session/voice_adaptation.h"
 
 namespace tessarin {
 
@@ -18,16 +20,18 @@ namespace {
 /// One search over a stretch of audio. The observations may know the progress, and go first.
 class Search {
 public:
-    explicit Search(const search_input& input)
-        : model(*input.model.hmm), audio(input.audio), progress(input.progress) {}
+    Search(const search_input& input, CAccousticHMM& searched)
+        : model(searched), audio(input.audio), progress(input.progress) {}
 
     error_code Open(const search_input& input);
     error_code Align(IVisemixTranscriber& transcriber, const std::string& calibration);
     error_code Recognize();
-    /// Copies what was found; `text` is null without one.
-    std::unique_ptr<tessarin_result> TakeResult(const SpanText* text);
+    /// Copies what was found; `spoken` is null without a text.
+    std::unique_ptr<tessarin_result> TakeResult(const SpokenLanguage* spoken);
     /// Adds what the alignment says of the match to the result that was taken.
-    void AddMatch(const SpanText& text, tessarin_result& taken) const;
+    void AddMatch(const SpanText& text, tessarin_result& taken) const {
+        tessarin::AddMatch(*aligner, options.from_ms, text, taken);
+    }
 
 private:
     CAccousticHMM& model;
@@ -97,16 +101,6 @@ error_code Search::Recognize() {
                                          result->markers.get());
 }
 
-/// Has a time in a stretch count from the beginning of the audio, held to the range of the result.
-void Shift(int32_t shiftMs, int32_t& ms) {
-    ms = static_cast<int32_t>(
-        std::min<int64_t>(int64_t{ms} + shiftMs, std::numeric_limits<int32_t>::max()));
-}
-
-const char* Keep(std::string text, std::vector<std::unique_ptr<std::string>>& texts) {
-    return texts.emplace_back(std::make_unique<std::string>(std::move(text)))->c_str();
-}
-
 tessarin_phoneme PhonemeOf(const CSyncMarker& marker) {
     tessarin_phoneme phoneme{marker.start, marker.end, marker.score, {}};
     std::memcpy(phoneme.label, marker.label, sizeof phoneme.label);
@@ -145,16 +139,36 @@ void AddSpan(const CSyncMarker& marker, const SpanText* text, tessarin_result& r
                      Keep(std::move(spelling), result.texts)});
 }
 
-std::unique_ptr<tessarin_result> Search::TakeResult(const SpanText* text) {
+/// Finds out by the phonemes of each word, which begin at `starts` in the local text, what was said
+/// of several readings.
+void AddReadings(IScriptTranscriber& readings, const std::vector<uint32_t>& starts,
+                 tessarin_result& result) {
+    auto phoneme = result.phonemes.begin();
+    for (size_t i = 0; i < starts.size(); ++i) {
+        const tessarin_span& word = result.words[i];
+        std::string said;
+        for (; phoneme != result.phonemes.end() && phoneme->start_ms < word.end_ms; ++phoneme) {
+            const std::string_view label = phoneme->label;
+            said += phoneme->start_ms >= word.start_ms && label != "x" ? label : "";
+        }
+        result.wordReadings.emplace_back(readings.FindReading(starts[i], said.c_str()));
+    }
+}
+
+std::unique_ptr<tessarin_result> Search::TakeResult(const SpokenLanguage* spoken) {
+    const SpanText* const text = spoken != nullptr ? &spoken->GetText() : nullptr;
+    std::vector<uint32_t> wordStarts;
     CSyncMarker* const end = result->markers->end();
     for (CSyncMarker* marker = result->markers->begin(); marker != end; ++marker) {
-        Shift(options.from_ms, marker->start);
-        Shift(options.from_ms, marker->end);
+        marker->start = ShiftTime(marker->start, options.from_ms);
+        marker->end = ShiftTime(marker->end, options.from_ms);
         switch (marker->type) {
         case kPhonemeMarker:
             result->phonemes.push_back(PhonemeOf(*marker));
             break;
         case kWordMarker:
+            wordStarts.push_back(static_cast<uint32_t>(marker->text_offset));
+            [[fallthrough]];
         case kPunctuationMarker:
         case kTagMarker:
             AddSpan(*marker, text, *result);
@@ -163,54 +177,11 @@ std::unique_ptr<tessarin_result> Search::TakeResult(const SpanText* text) {
             break;
         }
     }
-    result->loudness = MeasureLoudness(audio.samples, audio.rateHz);
+    if (spoken != nullptr && spoken->GetReadings() != nullptr) {
+        AddReadings(*spoken->GetReadings(), wordStarts, *result);
+    }
+    result->loudness = audio.GetLoudness();
     return std::move(result);
-}
-
-tessarin_span SpanAt(int32_t kind, int32_t startMs, int32_t endMs, SpanText::place place,
-                     std::string spelling, tessarin_result& result) {
-    return {kind,         startMs,      endMs,
-            place.offset, place.length, Keep(std::move(spelling), result.texts)};
-}
-
-void Search::AddMatch(const SpanText& text, tessarin_result& taken) const {
-    uint32_t count = 0;
-    const match_word* const words = aligner->GetWords(&count);
-    if (count == 0) {
-        return;
-    }
-    uint32_t said = 0;
-    for (const match_word& word : std::span(words, count)) {
-        const bool isSaid = word.is_said != 0;
-        const auto index = isSaid ? said++ : static_cast<uint32_t>(taken.unsaid.size());
-        taken.wordMatches.push_back({isSaid ? 1 : 0, index, word.confidence, word.margin});
-        if (!isSaid) {
-            const SpanText::place place =
-                text.FindOriginal(static_cast<int32_t>(word.text_start),
-                                  static_cast<int32_t>(word.text_end - word.text_start));
-            taken.unsaid.push_back(
-                SpanAt(TESSARIN_WORD, -1, -1, place, text.GetOriginal(place), taken));
-        }
-    }
-    const match_stretch* const stretches = aligner->GetUnscripted(&count);
-    for (const match_stretch& each : std::span(stretches, count)) {
-        int32_t startMs = each.start_ms;
-        int32_t endMs = each.end_ms;
-        Shift(options.from_ms, startMs);
-        Shift(options.from_ms, endMs);
-        const SpanText::place place = text.FindOriginal(static_cast<int32_t>(each.text_start), 0);
-        taken.events.push_back(
-            SpanAt(TESSARIN_UNSCRIPTED, startMs, endMs, {place.offset, 0}, "", taken));
-    }
-    if (count > 0) {
-        std::ranges::stable_sort(taken.events, {}, &tessarin_span::start_ms);
-    }
-    const float* const confidences = aligner->GetPhonemeConfidences(&count);
-    taken.phonemeConfidences.assign(confidences, confidences + count);
-    match_summary summary;
-    aligner->GetSummary(&summary);
-    taken.match = {summary.verdict, summary.score, summary.is_loose, summary.unscripted_ms,
-                   summary.margin,  summary.fit,   summary.duration, summary.spread};
 }
 
 bool HasFound(error_code code) {
@@ -232,6 +203,15 @@ std::string PhonemesOf(const CTxMarker& token) {
 
 } // namespace
 
+int32_t ShiftTime(int32_t ms, int32_t shiftMs) {
+    return static_cast<int32_t>(
+        std::min<int64_t>(int64_t{ms} + shiftMs, std::numeric_limits<int32_t>::max()));
+}
+
+const char* Keep(std::string text, std::vector<std::unique_ptr<std::string>>& texts) {
+    return texts.emplace_back(std::make_unique<std::string>(std::move(text)))->c_str();
+}
+
 error_code ReadSearchOptions(const tessarin_search_options* given, tessarin_search_options& out) {
     out = {};
     if (given == nullptr) {
@@ -243,14 +223,16 @@ error_code ReadSearchOptions(const tessarin_search_options* given, tessarin_sear
     constexpr size_t kFirstSize = offsetof(tessarin_search_options, flags);
     constexpr size_t kSecondSize = offsetof(tessarin_search_options, match_mode);
     constexpr size_t kThirdSize = offsetof(tessarin_search_options, script);
-    if (given->size != kFirstSize && given->size != kSecondSize && given->size != kThirdSize &&
-        given->size != sizeof out) {
+    constexpr size_t kFourthSize = offsetof(tessarin_search_options, adapt_mode);
+    constexpr std::array kSizes = {kFirstSize, kSecondSize, kThirdSize, kFourthSize, sizeof out};
+    if (std::ranges::find(kSizes, given->size) == kSizes.end()) {
         return kInvalidArgument;
     }
     out.match_mode = TESSARIN_MATCH_EXACT;
     std::memcpy(&out, given, given->size);
     const bool isKnown = (out.flags & ~uint32_t{TESSARIN_SEARCH_RETRY}) == 0 &&
-                         out.match_mode <= TESSARIN_MATCH_LOOSE;
+                         out.match_mode <= TESSARIN_MATCH_LOOSE &&
+                         out.adapt_mode <= TESSARIN_ADAPT_ON;
     return isKnown ? kNoError : kInvalidArgument;
 }
 
@@ -286,28 +268,34 @@ error_code Align(const search_input& input, tessarin_language& language, const c
     if (spoken.GetCode() != kNoError) {
         return spoken.GetCode();
     }
-    Search search(input);
+    Search search(input, *input.model.hmm);
     code = search.Open(input);
     if (code != kNoError) {
         return code;
     }
     code = search.Align(spoken.GetTranscriber(), input.model.calibration);
     if (HasFound(code)) {
-        out = search.TakeResult(&spoken.GetText());
+        out = search.TakeResult(&spoken);
         search.AddMatch(spoken.GetText(), *out);
     }
     return code;
 }
 
 error_code Recognize(const search_input& input, std::unique_ptr<tessarin_result>& out) {
-    Search search(input);
-    error_code code = search.Open(input);
+    adapted_model adapted;
+    error_code code = AdaptToVoice(input, adapted);
+    if (code != kNoError) {
+        return code;
+    }
+    Search search(input, adapted.hmm ? *adapted.hmm : *input.model.hmm);
+    code = search.Open(input);
     if (code != kNoError) {
         return code;
     }
     code = search.Recognize();
     if (HasFound(code)) {
         out = search.TakeResult(nullptr);
+        out->adaptationGain = adapted.hmm ? adapted.gain : -1.0f;
     }
     return code;
 }

@@ -27,9 +27,11 @@ struct tessarin_result {
     tessarin::results_owner markers;
     std::vector<tessarin_phoneme> phonemes;
     std::vector<tessarin_span> words;
-    std::vector<uint32_t> wordFlags; ///< of each word
+    std::vector<uint32_t> wordFlags;       ///< of each word
+    std::vector<std::string> wordReadings; ///< likewise; empty where a word has only one
     std::vector<tessarin_span> events;
-    std::vector<float> loudness; ///< of each 10 ms of the audio, in dB; empty when not known
+    std::vector<float> loudness;  ///< of each 10 ms of the audio, in dB; empty when not known
+    float adaptationGain = -1.0f; ///< -1: not adapted
     std::vector<tessarin_span> unsaid;
     std::optional<tessarin_match> match;
     std::vector<tessarin_word_match> wordMatches;
@@ -56,6 +58,12 @@ struct search_input {
 /// Copies the options of any version of the struct; null gives the defaults. Returns 0, or 2 for a
 /// size or a flag that does not exist.
 error_code ReadSearchOptions(const tessarin_search_options* given, tessarin_search_options& out);
+
+/// Has a time in a stretch count from the beginning of the audio, held to the range of the result.
+int32_t ShiftTime(int32_t ms, int32_t shiftMs);
+
+/// `text` as it stays in `texts`.
+const char* Keep(std::string text, std::vector<std::unique_ptr<std::string>>& texts);
 
 /// Gives `model` the calibration `text`, or none when that fails.
 error_code SetCalibration(std::string_view text, tessarin_model& model);

@@ -139,7 +139,9 @@ private:
     bool TakeFound(const occurrences& here, const std::vector<size_t>& left);
 
     const std::string& image;
-    model_owner model; ///< its own, as this search leaves limits in its model
+    /// Its own, since the published search loads duration limits into the model that it is given,
+    /// where they stay: in a shared one they would change what every later search finds.
+    model_owner model;
     const tessarin_audio& audio;
     SpokenLanguage& spoken;
     double minScore;

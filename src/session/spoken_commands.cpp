@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <set>
+#include <utility>
 
 #include "model/accoustic_hmm.h"
 #include "session/audio_samples.h"
@@ -20,6 +21,8 @@ constexpr uint32_t kMinRateHz = 8000;
 constexpr uint64_t kLongestSeconds = 20; ///< of an utterance
 constexpr float kMaxFloorDb = 100.0f;
 
+using name_map = std::map<uint32_t, std::string>;
+
 PCMFormat MonoFormat(uint32_t rateHz) {
     return {rateHz << 16, 16, 1};
 }
@@ -29,6 +32,14 @@ error_code FindGivenStretch(const tessarin_audio& audio, const tessarin_search_o
     tessarin_search_options options{};
     const error_code code = ReadSearchOptions(given, options);
     return code == kNoError ? FindStretch(audio, options.from_ms, options.to_ms, out) : code;
+}
+
+/// The entry of a command whose id is not known yet. Made before the controller has the command, so
+/// that none is left without a name when memory ends.
+name_map::node_type MakeName(std::string name) {
+    name_map one;
+    one.emplace(0, std::move(name));
+    return one.extract(one.begin());
 }
 
 } // namespace
@@ -70,12 +81,14 @@ error_code tessarin_commands::WithObservations(std::span<const int16_t> stretch,
 
 /// `add` gives the controller's id, or 0 for what cannot be said.
 template <class Add> error_code tessarin_commands::AddSounds(const char* name, Add add) {
+    name_map::node_type named = MakeName(name);
     const uint32_t id = AreSampled() ? 0 : add();
     if (id == 0) {
         return kInvalidArgument;
     }
     isSampled = false;
-    names[id] = name;
+    named.key() = id;
+    names.insert(std::move(named));
     return kNoError;
 }
 
@@ -105,13 +118,16 @@ error_code tessarin_commands::AddSample(const char* name, const tessarin_audio& 
     if (code != kNoError) {
         return code;
     }
+    name_map::node_type named = MakeName(name);
     return WithObservations(stretch, audio.rateHz, [&](IObservationStream& observations) {
         const uint32_t id = AreSounds() ? 0 : samples->AddCommandFromStream(&observations);
-        if (id == 0) {
+        if (id == 0 || samples->GetNumObservations(id) == 0) {
+            samples->DeleteCommand(id);
             return error_code{kInvalidArgument};
         }
         isSampled = true;
-        names[id] = name;
+        named.key() = id;
+        names.insert(std::move(named));
         return error_code{kNoError};
     });
 }
@@ -125,16 +141,21 @@ error_code tessarin_commands::AddPacked(std::string_view data) {
     if (code != kNoError) {
         return code;
     }
-    std::map<uint32_t, std::string> added;
+    std::vector<name_map::node_type> named;
     for (const command_sample& sample : unpacked) {
-        const uint32_t id = samples->AddCommandFromData(sample.data.data());
+        named.push_back(MakeName(sample.name));
+    }
+    name_map added;
+    for (size_t i = 0; i < unpacked.size(); ++i) {
+        const uint32_t id = samples->AddCommandFromData(unpacked[i].data.data());
         if (id == 0) {
             for (const auto& [known, name] : added) {
                 samples->DeleteCommand(known);
             }
             return kInvalidFile;
         }
-        added[id] = sample.name;
+        named[i].key() = id;
+        added.insert(std::move(named[i]));
     }
     isSampled = true;
     names.merge(added);
@@ -220,6 +241,7 @@ error_code tessarin_commands::Push(std::span<const int16_t> block, bool& isOver)
         return code;
     }
     isUttering = true;
+    block = block.first(std::min<size_t>(block.size(), kLongestSeconds * liveRateHz - heard));
     if (!hasEnded && !block.empty()) {
         if (!isSampled) {
             utterance.insert(utterance.end(), block.begin(), block.end());
@@ -234,16 +256,16 @@ error_code tessarin_commands::Push(std::span<const int16_t> block, bool& isOver)
 
 error_code tessarin_commands::RankUtterance(const tessarin_progress* progress) {
     ranking.clear();
-    error_code code = kNoError;
-    if (isUttering && isSampled) {
+    // However the ranking ends, the next utterance begins afresh.
+    const bool wasUttering = std::exchange(isUttering, false);
+    const std::vector<int16_t> said = std::exchange(utterance, {});
+    hasEnded = false;
+    heard = 0;
+    if (wasUttering && isSampled) {
         std::vector<command_score> scores;
         samples->FindLiveDistances(true, scores);
         SetRanking(std::move(scores));
-    } else if (isUttering) {
-        code = RankStretch(utterance, liveRateHz, progress);
+        return kNoError;
     }
-    isUttering = hasEnded = false;
-    heard = 0;
-    utterance.clear();
-    return code;
+    return wasUttering ? RankStretch(said, liveRateHz, progress) : error_code{kNoError};
 }

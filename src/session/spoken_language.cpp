@@ -5,29 +5,41 @@
 #include <limits>
 
 #include "session/locale_use.h"
+#include "text/pronunciation/tree_guesses.h"
+#include "text/script/letter_case.h"
 #include "text/transcriber.h"
 
 namespace tessarin {
 
-namespace {
-
-std::string InUpperCase(std::string_view word) {
-    std::string upper(word);
-    std::ranges::transform(upper, upper.begin(), [](char letter) {
-        return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-    });
-    return upper;
+error_code CheckText(std::string_view text) {
+    // Places are 32-bit numbers, and what is said of a text may be longer than the text.
+    constexpr size_t kLongest = static_cast<size_t>(std::numeric_limits<int32_t>::max()) / 4;
+    if (text.size() > kLongest) {
+        return kOutOfRange;
+    }
+    return utf8::is_valid(text.begin(), text.end()) ? kNoError : kInvalidUtf8;
 }
 
-/// The language of the built-in table. A text of words alone has the built-in English rules.
-bool IsEnglish(const TranscriberInfo& info) {
-    constexpr uint32_t kEnglish = 9;
-    return info.language == kEnglish || info.language == 0;
+namespace {
+
+/// What the tree makes of a word that neither the lexicon nor the user's table has, where it is not
+/// sure.
+void AddGuesses(const CTranscriber& transcriber, const ScriptTable& table, script_word& word) {
+    constexpr size_t kMostGuesses = 3;
+    const std::string upper = InLexiconCase(word.spoken);
+    if (!std::ranges::all_of(upper, IsUpper) || transcriber.Knows(upper) ||
+        table.Find(script_section::kAcronyms, upper) != nullptr) {
+        return;
+    }
+    word.guesses = GuessPronunciations(transcriber.GetLanguageModule(), upper, kMostGuesses);
+    if (word.guesses.size() < 2) {
+        word.guesses.clear();
+    }
 }
 
 /// The pool makes its transcribers itself, so they are the library's own.
-const CTranscriber& OwnTranscriber(const IVisemixTranscriber& transcriber) {
-    return static_cast<const CTranscriber&>(transcriber);
+const CTranscriber* OwnTranscriber(const IVisemixTranscriber* transcriber) {
+    return static_cast<const CTranscriber*>(transcriber);
 }
 
 } // namespace
@@ -40,7 +52,7 @@ error_code FindWord(tessarin_language& language, const char* word, bool& isKnown
     if (borrowed.GetCode() == kNoError) {
         const LocaleUse use(language.info);
         const SpanText local(word, language.info);
-        isKnown = OwnTranscriber(*borrowed.Get()).Knows(InUpperCase(local.GetLocal()));
+        isKnown = OwnTranscriber(borrowed.Get())->Knows(InLexiconCase(local.GetLocal()));
     }
     return borrowed.GetCode();
 }
@@ -49,12 +61,14 @@ error_code ReadScriptOptions(const tessarin_script_options* given, text_reading&
     if (given == nullptr) {
         return kNoError;
     }
-    constexpr uint32_t kFlags = TESSARIN_SCRIPT_LITERAL | TESSARIN_SCRIPT_CUE_TIMES;
+    constexpr uint32_t kFlags =
+        TESSARIN_SCRIPT_LITERAL | TESSARIN_SCRIPT_CUE_TIMES | TESSARIN_SCRIPT_ONE_READING;
     if (given->size != sizeof *given || (given->flags & ~kFlags) != 0 ||
         given->format > TESSARIN_TEXTGRID_SCRIPT) {
         return kInvalidArgument;
     }
     out.isLiteral = (given->flags & TESSARIN_SCRIPT_LITERAL) != 0;
+    out.hasOneReading = (given->flags & TESSARIN_SCRIPT_ONE_READING) != 0;
     out.script.hasCueTimes = (given->flags & TESSARIN_SCRIPT_CUE_TIMES) != 0;
     out.script.format = static_cast<script_format>(given->format);
     out.script.speaker = given->speaker != nullptr ? given->speaker : "";
@@ -63,19 +77,31 @@ error_code ReadScriptOptions(const tessarin_script_options* given, text_reading&
     }
     out.hasOwnTable = true;
     out.ownTable = BuiltInEnglishScript();
-    return out.ownTable.Add(given->table) == 0 ? kNoError : kInvalidFile;
+    return out.ownTable.Add(given->table).line == 0 ? kNoError : kInvalidFile;
+}
+
+bool CanReadScripts(const TranscriberInfo& info, const text_reading& how) {
+    constexpr uint32_t kEnglish = 9;
+    return info.language == kEnglish || info.language == 0 || how.hasOwnTable;
 }
 
 ScriptReading ReadScriptFor(IVisemixTranscriber* transcriber, std::string_view text,
                             const text_reading& how) {
+    const CTranscriber* const own = OwnTranscriber(transcriber);
     word_lookup isKnown;
-    if (transcriber != nullptr) {
-        isKnown = [&own = OwnTranscriber(*transcriber)](std::string_view word) {
-            return own.Knows(InUpperCase(word));
-        };
+    if (own != nullptr) {
+        isKnown = [own](std::string_view word) { return own->Knows(InLexiconCase(word)); };
     }
-    return ReadScript(text, how.hasOwnTable ? how.ownTable : BuiltInEnglishScript(), how.script,
-                      isKnown);
+    const ScriptTable& table = how.hasOwnTable ? how.ownTable : BuiltInEnglishScript();
+    ScriptReading reading = ReadScript(text, table, how.script, isKnown);
+    for (script_word& word : reading.GetMutableWords()) {
+        if (how.hasOneReading) {
+            word.others.clear();
+        } else if (own != nullptr) {
+            AddGuesses(*own, table, word);
+        }
+    }
+    return reading;
 }
 
 SpokenLanguage::SpokenLanguage(tessarin_language& language, const char* text,
@@ -87,28 +113,27 @@ SpokenLanguage::SpokenLanguage(tessarin_language& language, const char* text,
 }
 
 void SpokenLanguage::Read(const char* text, const text_reading& how) {
-    if (std::strlen(text) > static_cast<size_t>(std::numeric_limits<int32_t>::max()) / 4) {
-        code = kOutOfRange;
-        return;
-    }
-    if (!utf8::is_valid(text, text + std::strlen(text))) {
-        code = kInvalidUtf8;
+    code = CheckText(text);
+    if (code != kNoError) {
         return;
     }
     const LocaleUse use(info);
     code = RefusingBadUtf8([&] {
-        spanText =
-            how.isLiteral || (!IsEnglish(info) && !how.hasOwnTable)
-                ? std::make_unique<SpanText>(text, info)
-                : std::make_unique<SpanText>(text, ReadScriptFor(borrowed.Get(), text, how), info);
-        borrowed.Get()->Transcribe(spanText->GetLocal().c_str());
+        if (how.isLiteral || !CanReadScripts(info, how)) {
+            spanText = std::make_shared<const SpanText>(text, info);
+        } else {
+            spanText = std::make_shared<const SpanText>(
+                text, ReadScriptFor(borrowed.Get(), text, how), info);
+            script = MakeScriptTranscriber(*borrowed.Get(), spanText);
+        }
+        GetTranscriber().Transcribe(spanText->GetLocal().c_str());
         return kNoError;
     });
 }
 
 void SpokenLanguage::Transcribe(const std::string& local) {
     const LocaleUse use(info);
-    borrowed.Get()->Transcribe(local.c_str());
+    GetTranscriber().Transcribe(local.c_str());
 }
 
 } // namespace tessarin

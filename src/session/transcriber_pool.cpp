@@ -21,13 +21,6 @@ constexpr size_t kLongestWord = 511;        ///< that a lexicon looks up
 
 using word_map = std::map<std::string, std::vector<std::string>>;
 
-std::string InUpperCase(std::string word) {
-    std::ranges::transform(word, word.begin(), [](char letter) {
-        return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-    });
-    return word;
-}
-
 /// The word with plain letters in place of those with accents: so a language that folds accents
 /// away looks it up.
 std::string WithoutAccents(std::string_view word) {
@@ -123,6 +116,14 @@ error_code MakeFromImage(const std::string& image, const word_map& words, word_s
 
 } // namespace
 
+std::string InLexiconCase(std::string_view word) {
+    std::string upper(word);
+    std::ranges::transform(upper, upper.begin(), [](char letter) {
+        return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
+    });
+    return upper;
+}
+
 } // namespace tessarin
 
 using namespace tessarin;
@@ -157,8 +158,8 @@ error_code tessarin_language::SetWord(std::string_view word, std::string_view pr
     }
     std::vector<word_speaker> outdated;
     const std::lock_guard guard(lock);
-    words[InUpperCase(local.GetLocal())] = all;
-    words[InUpperCase(plain.GetLocal())] = all;
+    words[InLexiconCase(local.GetLocal())] = all;
+    words[InLexiconCase(plain.GetLocal())] = all;
     ++revision;
     outdated.swap(idle);
     return kNoError;

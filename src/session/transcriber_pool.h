@@ -21,6 +21,9 @@ struct word_speaker {
     uint32_t revision = 0;
 };
 
+/// As a lexicon has its words: letters of ASCII alone become capitals.
+std::string InLexiconCase(std::string_view word);
+
 } // namespace tessarin
 
 /// A language that several threads share: a transcriber serves one thread at a time, so each call

@@ -44,7 +44,9 @@ std::string SpokenWords(std::string_view tag, size_t from) {
     const auto equals = std::find(tag.begin() + std::min(from, tag.size()), tag.end(), '=');
     const auto start = std::find_if(equals, tag.end(), isWordStart);
     std::string words;
-    for (const char character : std::string_view(start, std::find(start, tag.end(), '>'))) {
+    const auto close = std::find(start, tag.end(), '>');
+    for (const char character :
+         tag.substr(static_cast<size_t>(start - tag.begin()), static_cast<size_t>(close - start))) {
         const bool isRepeatedBlank = IsBlank(character) && !words.empty() && IsBlank(words.back());
         if (!IsPunctuation(CodeOf(character)) && !isRepeatedBlank) {
             words += ToUpper(CodeOf(character));
@@ -118,7 +120,7 @@ bool tag_handlers::CheckPronunciationXML(CTxMarker& marker) {
     }
     for (auto place = words.begin(); place != words.end();) {
         const auto end = std::find_if(place, words.end(), IsBlank);
-        speaker.TranscribeInPieces({place, end});
+        speaker.TranscribeInPieces({&*place, static_cast<size_t>(end - place)});
         place = std::find_if_not(end, words.end(), IsBlank);
     }
     if (replaces) {

@@ -109,6 +109,19 @@ TEST(MmioFile, UnknownSizesReachToTheEndOfTheFile) {
         << "of the other chunks every size is believed";
 }
 
+TEST(MmioFile, AFileCutAtAnyByteGivesACodeOrWhatIsLeft) {
+    const bytes whole = RiffFile("WAVE", {FormatChunk(), RiffChunk("data", Letters("1234"))});
+    const size_t dataStart = whole.size() - 4;
+    for (size_t length = 0; length < whole.size(); ++length) {
+        SCOPED_TRACE(length);
+        const walk seen =
+            Walk(bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length)));
+        EXPECT_EQ(seen.data == kMmioNoError, length >= dataStart);
+        EXPECT_EQ(seen.content,
+                  std::string("1234").substr(0, length - std::min(length, dataStart)));
+    }
+}
+
 TEST(MmioFile, SpoiltHeadersEndInACode) {
     const bytes whole = RiffFile("WAVE", {RiffChunk("LIST", Letters("odd")), FormatChunk(),
                                           RiffChunk("data", Letters("12345678"))});

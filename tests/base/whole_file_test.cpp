@@ -142,4 +142,21 @@ TEST(WriteWholeFile, PassesOverALeftOver) {
 }
 
 } // namespace
+TEST(WriteWholeFile, TakesPathsOfAnyAlphabet) {
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / u8"tessarin_\u97f3_\u00e4";
+    std::filesystem::create_directories(folder);
+    const std::filesystem::path file = folder / u8"\u97f3.bin";
+    const std::u8string name = file.u8string();
+    const std::string path(name.begin(), name.end());
+    for (int round = 0; round < 2; ++round) { // a new file, and one that is replaced
+        EXPECT_EQ(WriteWholeFile(path.c_str(), std::vector<uint8_t>{1, 2, 3}), kNoError);
+        EXPECT_TRUE(std::filesystem::exists(file));
+    }
+    uint32_t size = 0;
+    EXPECT_NE(ReadWholeFile(path.c_str(), &size, false), nullptr);
+    EXPECT_EQ(size, 3u);
+    std::filesystem::remove_all(folder);
+}
+
 } // namespace tessarin

@@ -108,7 +108,7 @@ TEST_F(FlatCommands, RankWhatIsSaid) {
               0);
     // Another way to say a command, not another command.
     ASSERT_EQ(tessarin_add_command_text(commands.get(), language.get(), "enter", "enter"), 0);
-    const tessarin_search_options sentence{sizeof sentence, 0, 0, 2400, 0, 0, nullptr};
+    const tessarin_search_options sentence{sizeof sentence, 0, 0, 2400, 0, 0, nullptr, 0};
     testing::internal::CaptureStdout();
     ASSERT_EQ(tessarin_rank_commands(commands.get(), demo.get(), &sentence, nullptr), 0);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << "standard output is the host's";
@@ -209,6 +209,26 @@ TEST_F(FlatCommands, HearSamplesLiveAtAnyRate) {
     EXPECT_EQ(Push(noise), size_t{20} * 3 * kRateHz) << "an utterance lasts 20 seconds at most";
 }
 
+TEST_F(FlatCommands, HearTheFirst20SecondsOfALongBlock) {
+    ASSERT_EQ(tessarin_add_command_phonemes(commands.get(), "enter", "EHntER"), 0);
+    std::vector<double> scores;
+    for (const uint32_t seconds : {20, 30}) {
+        std::vector<int16_t> live;
+        while (live.size() < kRateHz * seconds) {
+            const std::vector<int16_t> glide = Glide(300, 3000);
+            live.insert(live.end(), glide.begin(), glide.begin() + kRateHz / 2);
+        }
+        int32_t hasEnded = 0;
+        ASSERT_EQ(tessarin_push_command_audio(commands.get(), live.data(),
+                                              static_cast<uint32_t>(live.size()), &hasEnded),
+                  TESSARIN_OK);
+        EXPECT_EQ(hasEnded, 1);
+        ASSERT_EQ(tessarin_rank_utterance(commands.get(), nullptr), 0);
+        scores.push_back(BestScore());
+    }
+    EXPECT_EQ(scores[0], scores[1]);
+}
+
 TEST_F(FlatCommands, BadInputIsRefused) {
     tessarin::flat::commands_owner refused;
     tessarin_command_options options{sizeof options, 0, 0.0f};
@@ -230,7 +250,17 @@ TEST_F(FlatCommands, BadInputIsRefused) {
     EXPECT_THAT(Ranking(), ElementsAre());
     ASSERT_EQ(tessarin_add_command_phonemes(commands.get(), "yes", "yEHs"), 0);
     EXPECT_EQ(AddSample("no", Glide(300, 3000)), 2) << "commands of two kinds do not compare";
-    const tessarin_search_options beyond{sizeof beyond, 0, 1000000, 0, 0, 0, nullptr};
+
+    options = {sizeof options, 0, 35.0f};
+    ASSERT_EQ(tessarin_create_commands(model.get(), &options, Out(refused)), 0);
+    for (const size_t numSamples : {1, 100, 16000}) { // too short, and not above the floor
+        const std::vector<int16_t> nothing(numSamples);
+        EXPECT_EQ(tessarin_add_command_sample(refused.get(), "no", AudioOf(nothing).get(), nullptr),
+                  2)
+            << numSamples;
+    }
+    EXPECT_EQ(tessarin_pack_command_samples(refused.get(), &size, &data), 6) << "none was added";
+    const tessarin_search_options beyond{sizeof beyond, 0, 1000000, 0, 0, 0, nullptr, 0};
     EXPECT_EQ(tessarin_rank_commands(commands.get(), demo.get(), &beyond, nullptr), 3);
     tessarin_free_commands(nullptr);
 }

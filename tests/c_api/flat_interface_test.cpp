@@ -1,4 +1,5 @@
 #include <cmath>
+#include <cstddef>
 #include <fstream>
 #include <iterator>
 #include <limits>
@@ -14,6 +15,7 @@
 #include "c_api/flat_fixture.h"
 #include "support/riff_builder.h"
 #include "support/temp_file.h"
+#include "tessarin/model_adaptation.h"
 #include "tessarin/owned.h"
 
 namespace {
@@ -83,7 +85,7 @@ TEST_F(FlatInterface, AStretchIsFoundWhereItStandsInTheAudio) {
     result_owner alone;
     ASSERT_EQ(tessarin_create_recognition(model.get(), cut.get(), nullptr, nullptr, Out(alone)),
               TESSARIN_OK);
-    tessarin_search_options options{sizeof options, 0, 1000, 4000, 0, 0, nullptr};
+    tessarin_search_options options{sizeof options, 0, 1000, 4000, 0, 0, nullptr, 0};
     result_owner stretch;
     ASSERT_EQ(
         tessarin_create_recognition(model.get(), audio.get(), &options, nullptr, Out(stretch)),
@@ -103,9 +105,9 @@ TEST_F(FlatInterface, AStretchIsFoundWhereItStandsInTheAudio) {
 
     const int32_t past = static_cast<int32_t>(count / rate + 1) * 1000;
     for (const tessarin_search_options& bad :
-         {tessarin_search_options{sizeof options, 0, -1, 0, 0, 0, nullptr},
-          tessarin_search_options{sizeof options, 0, past, 0, 0, 0, nullptr},
-          tessarin_search_options{sizeof options, 0, 2000, 1000, 0, 0, nullptr}}) {
+         {tessarin_search_options{sizeof options, 0, -1, 0, 0, 0, nullptr, 0},
+          tessarin_search_options{sizeof options, 0, past, 0, 0, 0, nullptr, 0},
+          tessarin_search_options{sizeof options, 0, 2000, 1000, 0, 0, nullptr, 0}}) {
         EXPECT_EQ(
             tessarin_create_recognition(model.get(), audio.get(), &bad, nullptr, Out(stretch)),
             TESSARIN_OUT_OF_RANGE);
@@ -202,6 +204,69 @@ TEST_F(FlatInterface, SearchOptionsOfEveryVersionAreTaken) {
         EXPECT_EQ(tessarin_create_recognition(model.get(), audio.get(), &options, nullptr, &result),
                   TESSARIN_INVALID_ARGUMENT);
     }
+}
+
+TEST_F(FlatInterface, FitsTheModelToTheVoiceWhereThatIsWanted) {
+    const auto recognize = [&](uint32_t size, uint32_t mode) {
+        tessarin_search_options options{};
+        options.size = size;
+        options.adapt_mode = mode;
+        tessarin_result* result = nullptr;
+        EXPECT_EQ(tessarin_create_recognition(model.get(), audio.get(), &options, nullptr, &result),
+                  TESSARIN_OK);
+        return result_owner(result);
+    };
+    constexpr uint32_t kSize = sizeof(tessarin_search_options);
+    const result_owner plain = recognize(kSize, TESSARIN_ADAPT_OFF);
+    EXPECT_EQ(tessarin_get_adaptation_gain(plain.get()), -1.0f);
+    EXPECT_EQ(tessarin_get_adaptation_gain(nullptr), -1.0f);
+    const result_owner fitted = recognize(kSize, TESSARIN_ADAPT_ON);
+    EXPECT_GT(tessarin_get_adaptation_gain(fitted.get()), 0.0f);
+    EXPECT_NE(Lines(fitted.get()), Lines(plain.get()));
+    EXPECT_EQ(Lines(recognize(kSize, TESSARIN_ADAPT_OFF).get()), Lines(plain.get()))
+        << "the model stays as it was";
+    // By itself only where the gain is that of a stranger; so, too, for a struct without the mode.
+    const bool isStranger = tessarin_get_adaptation_gain(fitted.get()) >= tessarin::kKnownVoiceGain;
+    const std::vector<std::string> expected = Lines(isStranger ? fitted.get() : plain.get());
+    EXPECT_EQ(Lines(recognize(kSize, TESSARIN_ADAPT_AUTO).get()), expected);
+    EXPECT_EQ(Lines(recognize(offsetof(tessarin_search_options, adapt_mode), 0xdead).get()),
+              expected);
+
+    tessarin_search_options options{};
+    options.size = kSize;
+    options.adapt_mode = TESSARIN_ADAPT_ON + 1;
+    tessarin_result* result = nullptr;
+    EXPECT_EQ(tessarin_create_recognition(model.get(), audio.get(), &options, nullptr, &result),
+              TESSARIN_INVALID_ARGUMENT);
+}
+
+TEST_F(FlatInterface, TakesStatisticsFromMemoryAsFromAFile) {
+    const std::string path = std::string(kData) + "/en-us.trigrams";
+    const std::string content = Content(path);
+    const auto heard = [&](const auto& addStatistics) {
+        tessarin_model* made = nullptr;
+        EXPECT_EQ(
+            tessarin_create_model_from_file((std::string(kData) + "/en-us.model").c_str(), &made),
+            TESSARIN_OK);
+        const model_owner hearing(made);
+        EXPECT_EQ(addStatistics(made), TESSARIN_OK);
+        tessarin_search_options options{};
+        options.size = sizeof options;
+        options.to_ms = 3000;
+        tessarin_result* result = nullptr;
+        EXPECT_EQ(tessarin_create_recognition(made, audio.get(), &options, nullptr, &result),
+                  TESSARIN_OK);
+        return Lines(result_owner(result).get());
+    };
+    const auto fromFile = heard(
+        [&](tessarin_model* to) { return tessarin_read_model_statistics(to, path.c_str(), 1); });
+    const auto fromMemory = heard([&](tessarin_model* to) {
+        return tessarin_set_model_statistics(to, content.data(),
+                                             static_cast<uint32_t>(content.size()), 1);
+    });
+    EXPECT_EQ(fromMemory, fromFile);
+    EXPECT_NE(fromMemory, heard([](tessarin_model*) { return TESSARIN_OK; }));
+    EXPECT_EQ(tessarin_set_model_statistics(nullptr, "x 1", 3, 1), TESSARIN_INVALID_ARGUMENT);
 }
 
 TEST_F(FlatInterface, JudgesHowWellTextAndAudioFit) {

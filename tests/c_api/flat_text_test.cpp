@@ -78,7 +78,7 @@ TEST_F(FlatTexts, AScriptIsReadUnlessItIsLiteral) {
     EXPECT_EQ(codeOf(sizeof options, 0, 0, "[units]\nlg\tleague\n"), TESSARIN_OK);
     tessarin_free_transcript(transcript);
     EXPECT_EQ(codeOf(8, 0, 0, nullptr), TESSARIN_INVALID_ARGUMENT);
-    EXPECT_EQ(codeOf(sizeof options, 4, 0, nullptr), TESSARIN_INVALID_ARGUMENT);
+    EXPECT_EQ(codeOf(sizeof options, 8, 0, nullptr), TESSARIN_INVALID_ARGUMENT);
     EXPECT_EQ(codeOf(sizeof options, 0, 6, nullptr), TESSARIN_INVALID_ARGUMENT);
     EXPECT_EQ(codeOf(sizeof options, 0, 0, "[of no kind]\n"), TESSARIN_INVALID_FILE);
 }
@@ -102,6 +102,50 @@ TEST_F(FlatTexts, AnAlignedScriptHasItsWordsAndEventsAtTheirPlaces) {
     }
     EXPECT_EQ(tessarin_get_word_flags(result.get(), count), 0u);
     EXPECT_EQ(tessarin_get_word_flags(nullptr, 0), 0u);
+}
+
+TEST_F(FlatTexts, AReadingIsTheOneThatWasSaid) {
+    std::string script = text;
+    script.replace(script.find("echo"), 4, "0");
+    // Once the usual way and once the other one is said.
+    for (const char* const table : {"[cardinals]\n0\techo\n[words]\noh\tumbrella\n",
+                                    "[cardinals]\n0\tumbrella\n[words]\noh\techo\n"}) {
+        tessarin_script_options how{sizeof how, 0, 0, nullptr, table};
+        tessarin_search_options options{};
+        options.size = sizeof options;
+        options.script = &how;
+        const result_owner result = Align(&options, script);
+        EXPECT_EQ(Lines(result.get()).size(), Lines(Align().get()).size());
+        uint32_t count = 0;
+        const tessarin_span* words = tessarin_get_words(result.get(), &count);
+        for (uint32_t i = 0; i < count; ++i) {
+            EXPECT_STREQ(tessarin_get_word_reading(result.get(), i),
+                         words[i].text == std::string_view("0") ? "echo" : "");
+        }
+        EXPECT_STREQ(tessarin_get_word_reading(result.get(), count), "");
+        how.flags = TESSARIN_SCRIPT_ONE_READING;
+        EXPECT_STREQ(tessarin_get_word_reading(Align(&options, script).get(), 5), "");
+
+        tessarin_script* made = nullptr;
+        ASSERT_EQ(tessarin_create_script(language.get(), "0 is 42", nullptr, &made), TESSARIN_OK);
+        const char* const* const readings = tessarin_get_script_readings(made, 0, &count);
+        ASSERT_EQ(count, 1u);
+        EXPECT_STREQ(readings[0], "oh");
+        EXPECT_EQ(tessarin_get_script_readings(made, 2, &count), nullptr);
+        tessarin_free_script(made);
+    }
+}
+
+TEST_F(FlatTexts, ATableIsCheckedLineByLine) {
+    char reason[24] = "left";
+    EXPECT_EQ(tessarin_check_script_table("[units]\nlg\tleague\n", reason, sizeof reason),
+              TESSARIN_OK);
+    EXPECT_STREQ(reason, "");
+    EXPECT_EQ(tessarin_check_script_table("[units]\nlg\n", reason, sizeof reason),
+              TESSARIN_INVALID_FILE);
+    EXPECT_STREQ(reason, "line 2: an entry of thi"); // as much as there is room for
+    EXPECT_EQ(tessarin_check_script_table("x", nullptr, 0), TESSARIN_INVALID_FILE);
+    EXPECT_EQ(tessarin_check_script_table(nullptr, nullptr, 0), TESSARIN_INVALID_ARGUMENT);
 }
 
 TEST_F(FlatTexts, AScriptReportsWhatItsPartsStandFor) {
@@ -130,6 +174,22 @@ TEST_F(FlatTexts, AScriptReportsWhatItsPartsStandFor) {
     EXPECT_EQ(tessarin_find_script_part(script, 0, static_cast<int32_t>(said.size()) + 1, &part),
               TESSARIN_OUT_OF_RANGE);
     EXPECT_EQ(tessarin_create_script(nullptr, "caf\xE9", nullptr, &script), TESSARIN_INVALID_UTF8);
+}
+
+TEST_F(FlatTexts, TheNumbersOfAnotherLanguageAreNotSaidInEnglish) {
+    std::string lexicon = Content(std::string(kData) + "/en-us.lexicon");
+    lexicon[lexicon.find('\0', 6) + 1] = 7; // the language, after the name
+    language_owner other;
+    ASSERT_EQ(tessarin_create_language_from_memory(
+                  lexicon.data(), static_cast<uint32_t>(lexicon.size()), Out(other)),
+              TESSARIN_OK);
+    tessarin_script* script = nullptr;
+    EXPECT_EQ(tessarin_create_script(other.get(), "5 km", nullptr, &script),
+              TESSARIN_NOT_AVAILABLE);
+    EXPECT_EQ(script, nullptr);
+    const tessarin_script_options own{sizeof own, 0, 0, nullptr, ""};
+    ASSERT_EQ(tessarin_create_script(other.get(), "5 km", &own, &script), TESSARIN_OK);
+    tessarin_free_script(script);
 }
 
 } // namespace

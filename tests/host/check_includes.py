@@ -10,8 +10,8 @@ import pathlib
 import re
 import sys
 
-FOLDERS = ["platform", "base", "audio", "features", "model", "results", "articulation", "text",
-           "recognition", "commands", "mouth", "session", "c_api"]
+FOLDERS = ["platform", "base", "audio", "features", "model", "adaptation", "results",
+           "articulation", "text", "recognition", "commands", "mouth", "session", "c_api"]
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
 
 

@@ -166,5 +166,18 @@ TEST_F(LanguageConstraints, ATextThatFailsInTheMiddleLeavesNothingInForce) {
     }
 }
 
+TEST_F(LanguageConstraints, TheStreamIsReadAsTheHostSetItAndShowsItsEnd) {
+    std::istringstream limits("x 5A");
+    limits >> std::hex;
+    limits.exceptions(std::ios_base::eofbit); // which is no reason to fail
+    EXPECT_TRUE(model->ReadConstraints(limits));
+    EXPECT_EQ(model->GetPhoneLimitMs("x"), 30); // of each state
+    EXPECT_TRUE(limits.eof());
+    std::istringstream statistics("x 1 s one");
+    EXPECT_TRUE(model->ReadTrigrams(statistics, true));
+    EXPECT_TRUE(statistics.fail());
+    EXPECT_FALSE(statistics.bad());
+}
+
 } // namespace
 } // namespace tessarin

@@ -3,7 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <set>
 #include <string>
+
+#include "model/phoneme_alphabets.h"
+#include "tessarin/tessarin_c.h"
 
 namespace tessarin {
 namespace {
@@ -35,6 +39,23 @@ TEST(PhonemeAlphabet, IsOneStringOfFortySymbols) {
     EXPECT_EQ(all, "xmpbvfZHCHjSHszDHTHtNGgkhrERwUHUWAWIYyIHAEAYEYEHndlAAAHAOOWOY");
     EXPECT_EQ(FindPhonemeSymbol("a"), nullptr);
     EXPECT_EQ(FindPhonemeSymbol("A"), nullptr);
+}
+
+TEST(PhonemeAlphabet, EveryPhonemeHasOneSymbolInEachAlphabet) {
+    for (const uint32_t alphabet :
+         {TESSARIN_LABELS, TESSARIN_IPA, TESSARIN_ARPABET, TESSARIN_SAMPA}) {
+        std::set<std::string> symbols;
+        for (const phoneme_symbol& phoneme : PhonemeAlphabet()) {
+            ASSERT_NE(SymbolInAlphabet(phoneme.label, alphabet), nullptr) << phoneme.label;
+            symbols.insert(SymbolInAlphabet(phoneme.label, alphabet));
+        }
+        EXPECT_EQ(symbols.size(), 40u) << alphabet;
+    }
+    EXPECT_STREQ(SymbolInAlphabet("NG", TESSARIN_IPA), "\u014B");
+    EXPECT_STREQ(SymbolInAlphabet("j", TESSARIN_ARPABET), "JH");
+    EXPECT_STREQ(SymbolInAlphabet("OW", TESSARIN_SAMPA), "oU");
+    EXPECT_EQ(SymbolInAlphabet("Q", TESSARIN_IPA), nullptr);
+    EXPECT_EQ(SymbolInAlphabet("AA", TESSARIN_SAMPA + 1), nullptr);
 }
 
 TEST(PhonemeAlphabet, SplitsAPhonemeString) {

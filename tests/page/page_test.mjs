@@ -232,6 +232,99 @@ test("what is shown and saved is what the tool writes, in every set", async () =
     await setStrength(1);
 });
 
+// A boundary within a word and one between words, with room on both sides.
+function joints() {
+    const isWide = ({ start_ms, end_ms }) => end_ms - start_ms >= 50;
+    const both = result.phonemes.map((phoneme, i) => [result.phonemes[i - 1], phoneme])
+        .filter(([before, after]) => before && isWide(before) && isWide(after));
+    const isWord = ([, after]) => result.words.some((word) => word.start_ms === after.start_ms);
+    return [both.find((joint) => !isWord(joint)), both.find(isWord)].map(([, after]) => after);
+}
+
+test("a boundary that is dragged takes its word along, and can be saved and taken back",
+    async () => {
+        const spans = () => page.evaluate(() => {
+            const { phonemes, words, frames } = window.tessarin.findings;
+            return structuredClone({ phonemes, words, frames });
+        });
+        const found = await spans();
+        for (const [row, joint] of [["phonemes", joints()[0]], ["words", joints()[1]]]) {
+            const ms = joint.start_ms;
+            await page.evaluate((from) => window.tessarin.timeline.setView(from, 2), ms - 200);
+            const from = await placeOf(page, ms, row);
+            await page.mouse.move(from.x + 1, from.y);
+            assert.equal(await page.evaluate(() =>
+                document.getElementById("timeline").style.cursor), "ew-resize");
+            await page.mouse.down();
+            await page.mouse.move(from.x + 41, from.y, { steps: 4 });
+            await page.mouse.up();
+            const moved = await spans();
+            assert.equal(moved.phonemes.find(({ end_ms }) => end_ms === ms + 20).end_ms, ms + 20);
+            const index = found.phonemes.findIndex(({ start_ms }) => start_ms === ms);
+            assert.equal(moved.phonemes[index].start_ms, ms + 20);
+            assert.equal(moved.phonemes[index].end_ms, found.phonemes[index].end_ms);
+            found.words.forEach((word, i) => {
+                assert.equal(moved.words[i].start_ms, word.start_ms + (word.start_ms === ms && 20));
+                assert.equal(moved.words[i].end_ms, word.end_ms + (word.end_ms === ms && 20));
+            });
+            // What was in the middle of the sound before is a little later, and nothing is far away.
+            const { frames } = moved;
+            assert.notDeepEqual(frames, found.frames);
+            const isNear = ({ end_ms, start_ms }) => end_ms > ms - 600 && start_ms < ms + 600;
+            frames.forEach((frame, i) => isNear(frame) || assert.deepEqual(frame, found.frames[i]));
+
+            const again = scratch("moved.json");
+            writeFileSync(again, (await saved("Save as JSON")).text);
+            const animated = JSON.parse(runTool("animate", again));
+            assert.deepEqual(animated.phonemes.map(({ start_ms, end_ms }) => [start_ms, end_ms]),
+                moved.phonemes.map(({ start_ms, end_ms }) => [start_ms, end_ms]));
+            assert.notDeepEqual(animated.frames, result.frames);
+
+            await page.getByRole("button", { name: "Undo" }).click();
+            assert.deepEqual(await spans(), found);
+            assert.equal(await page.locator("#moved").isVisible(), false);
+        }
+        // No sound gets shorter than a step of the search, and keys move boundaries too.
+        const joint = joints()[0];
+        const from = await placeOf(page, joint.start_ms, "phonemes");
+        await page.evaluate((ms) => window.tessarin.timeline.setView(ms - 200, 2), joint.start_ms);
+        const place = await placeOf(page, joint.start_ms, "phonemes");
+        await page.mouse.move(place.x, place.y);
+        await page.mouse.down();
+        await page.mouse.move(place.x + 500, from.y, { steps: 4 });
+        await page.mouse.up();
+        await page.keyboard.press("[");
+        const at = (await spans()).phonemes.find(({ end_ms }) => end_ms === joint.end_ms);
+        assert.equal(at.start_ms, joint.end_ms - 15);
+        await page.keyboard.press("Control+z");
+        await page.keyboard.press("u");
+        assert.deepEqual(await spans(), found);
+        // Where sounds are too narrow on the screen a drag selects, as elsewhere.
+        await page.evaluate(() => window.tessarin.timeline.setView(0, 0.05));
+        const narrow = await placeOf(page, joint.start_ms, "phonemes");
+        await page.mouse.move(narrow.x, narrow.y);
+        assert.equal(await page.evaluate(() =>
+            document.getElementById("timeline").style.cursor), "");
+        await page.evaluate(() => window.tessarin.timeline.setView(0, 0.2));
+    });
+
+test("words that were not heard and speech that is not in the text show", async () => {
+    const text = readFileSync(demoText, "utf8").replace("about", "about seven purple elephants");
+    const fresh = await openPage(makePage("more.html", demoWav, "--text", text));
+    const struckOut = await fresh.locator("#transcript del").allTextContents();
+    assert.deepEqual(struckOut.slice(0, 3), ["seven", "purple", "elephants"]);
+    assert.ok(struckOut.length < 6, struckOut.join());
+    assert.match(await fresh.locator("#summary").textContent(), /match (good|doubtful|poor)/);
+    assert.deepEqual(fresh.troubles, []);
+    await fresh.context().close();
+    const words = result.words.map((word) => ({ ...word, confidence: 0.2, said: true }));
+    const unsure = await openPage(makePageOf("unsure.html", demoWav, { ...result, words }));
+    assert.equal(await unsure.locator("#transcript .unsure").count(), words.length);
+    await seek(unsure, middleOf(words[3]));
+    assert.equal(await unsure.locator("#confidence").textContent(), "20 %");
+    await unsure.context().close();
+});
+
 // The row of small mouths as it is drawn.
 function stripPixels() {
     return page.evaluate(() => {

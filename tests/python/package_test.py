@@ -91,6 +91,15 @@ class SameAsTheTool(unittest.TestCase):
         result = tessarin.recognize(WAV)
         self.assert_same(result, expected)
         self.assert_same_frames(result.track(), expected)
+        for adapt in ("on", "off"):
+            expected = tool("recognize", WAV, "--adapt", adapt)
+            result = tessarin.recognize(WAV, adapt=adapt)
+            self.assert_same(result, expected)
+            self.assertEqual(result.adaptation_gain is None, "adaptation" not in expected)
+            self.assertAlmostEqual(result.adaptation_gain or 0.0,
+                                   expected.get("adaptation", {}).get("gain", 0.0), places=3)
+        with self.assertRaises(ValueError):
+            tessarin.recognize(WAV, adapt="perhaps")
 
     def test_sentences(self) -> None:
         text = TEXT + "\nThe children built a boat – of “paper” – by the river. "
@@ -190,6 +199,14 @@ class SpokenCommands(unittest.TestCase):
 
 
 class Facts(unittest.TestCase):
+    def test_phonemes_have_symbols(self) -> None:
+        self.assertEqual([tessarin.phoneme_symbol("NG", alphabet) for alphabet in tessarin.ALPHABETS],
+                         ["NG", "ŋ", "NG", "N"])
+        with self.assertRaisesRegex(ValueError, "QQ is not"):
+            tessarin.phoneme_symbol("QQ")
+        with self.assertRaisesRegex(ValueError, "no alphabet runes"):
+            tessarin.phoneme_symbol("AA", "runes")
+
     def test_are_what_the_tool_shows(self) -> None:
         def inspect(name: str) -> str:
             return subprocess.run([TOOL, "inspect", str(DATA / name)], check=True,
@@ -207,6 +224,17 @@ class Facts(unittest.TestCase):
             with self.assertRaises(tessarin.TessarinError) as caught:
                 facts.from_file(DATA / name)
             self.assertEqual(caught.exception.code, 12)
+
+    def test_names_are_in_the_code_page_of_the_lexicon_or_in_1252(self) -> None:
+        content = (DATA / "en-us.lexicon").read_bytes()
+        for page, spelled in ((1252, "\u20ac"), (1251, "\u0402"), (1253, "\u20ac")):
+            own = content.replace(b"English", b"\x80nglish", 1)
+            own = own.replace((1252).to_bytes(4, "little"), page.to_bytes(4, "little"), 1)
+            with tempfile.TemporaryDirectory() as folder:
+                path = pathlib.Path(folder) / "own.lexicon"
+                path.write_bytes(own)
+                lexicon = tessarin.LexiconFacts.from_file(path)
+                self.assertEqual((lexicon.code_page, lexicon.name[0]), (page, spelled))
 
 
     def test_a_recording_is_measured(self) -> None:
@@ -279,8 +307,11 @@ class Texts(unittest.TestCase):
                          + (("hAHndrEHd",), ("fAYv",)))
         table = "[units]\nlg\tleague\tleagues\n"
         self.assertEqual(len(tessarin.transcribe("20 lg", script_table=table)), 1)
-        with self.assertRaises(tessarin.TessarinError):
-            tessarin.transcribe("20 lg", script_table="nonsense")
+        with self.assertRaisesRegex(tessarin.TessarinError, "line 2: an entry"):
+            tessarin.transcribe("20 lg", script_table="[units]\nlg\n")
+        self.assertEqual(tessarin.transcribe("0", one_reading=True)[0].phonemes,
+                         (("zIHrOW", "zIYrOW"),))
+        self.assertIn("OW", tessarin.transcribe("0")[0].phonemes[0])
         with self.assertRaises(ValueError):
             tessarin.transcribe("x", script_format="odt")
 
@@ -401,6 +432,26 @@ class Mouth(unittest.TestCase):
             self.assertNotEqual(before.shape, after.shape)
             self.assertTrue(after.start_ms - before.start_ms >= 80 or after.shape == "A")
 
+    def test_keys_stand_where_the_curves_bend(self) -> None:
+        frames = self.result.track().frames
+        visemes = tessarin.Shapes("visemes")
+        curves = visemes.keys(frames, tolerance=0.02)
+        times = [frame.start_ms for frame in frames]
+        for name, column in zip(visemes.names, zip(*visemes.mix(frames))):
+            self.assertEqual(name in curves, any(column))
+            keys = curves.get(name, [(0, 0.0), (times[-1], 0.0)])
+            for (start, a), (end, b) in zip(keys, keys[1:]):
+                for ms, weight in zip(times, column):
+                    if start <= ms <= end:
+                        line = a + (b - a) * (ms - start) / (end - start)
+                        self.assertAlmostEqual(line, weight, delta=0.0201)
+        self.assertLess(sum(map(len, curves.values())), len(curves) * len(frames) / 2)
+        self.assertEqual(tessarin.reduce_keys([0, 5, 9], [[0, 1], [0, 0], [0, 1]]), [0, 1, 2])
+        with self.assertRaises(tessarin.TessarinError):
+            tessarin.reduce_keys([0, 0], [1, 1])
+        with self.assertRaisesRegex(ValueError, "as many weights as times"):
+            tessarin.reduce_keys([0, 1], [1])
+
     def test_gains_and_common_keys_reach_the_curves(self) -> None:
         plain = self.result.track(curves=True)
         louder = self.result.track(gains={"EYIHEH": 1.0}, common_keys=True)
@@ -462,6 +513,24 @@ class LiveAudio(unittest.TestCase):
         with self.assertRaises(tessarin.TessarinError) as caught:
             live.push(samples)
         self.assertEqual(caught.exception.code, 6)
+
+    def test_a_callback_feeds_weights(self) -> None:
+        samples = tessarin.Audio.from_file(WAV).samples[:16 * 2500]
+        live = tessarin.Live(delay_ms=10000)
+        self.assertTrue(live.push_from_callback(samples[:16 * 1900]))
+        self.assertFalse(live.push_from_callback(samples[16 * 1900:]))
+        self.assertEqual(live.lost_ms, 500)
+        shapes = tessarin.Shapes("visemes")
+        self.assertEqual(tuple(shapes.names), tessarin.VISEMES)
+        frames = live.finish().frames
+        for frame in frames:
+            middle = (frame.start_ms + frame.end_ms) // 2
+            given = live.weights(middle)
+            self.assertEqual(given.time_ms, middle)
+            for weight, expected in zip(given.weights.values(), shapes.mix([frame])[0]):
+                self.assertAlmostEqual(weight, expected, places=5)
+        newest = (frames[-1].start_ms + frames[-1].end_ms) // 2
+        self.assertEqual(live.weights().time_ms, newest)
 
     def test_the_gate_silences_what_is_quiet(self) -> None:
         audio = tessarin.Audio.from_file(WAV)

@@ -54,7 +54,7 @@ protected:
     loose_path Find(size_t blockBytes = size_t{32} << 20) {
         loose_path path;
         EXPECT_TRUE(FindLoosePath(
-            word_chain(*model, graph, positions, tokens.markers), *scores, fillers, costs,
+            word_chain(*model, graph, positions, tokens.markers), stretch, *scores, fillers, costs,
             [](double) { return false; }, path, blockBytes));
         return path;
     }
@@ -67,6 +67,7 @@ protected:
     std::optional<state_scores> scores{*model};
     std::vector<float> fillers;
     departure_costs costs{3.0, 4.0, 1.0};
+    chain_stretch stretch{0, 3};
 };
 
 /// The best path when just the words in `skipped` are left out, by recursion over all that may come
@@ -231,7 +232,7 @@ TEST_F(LooseViterbi, EndsWhenItIsCancelled) {
     Speak(1, 300);
     loose_path path;
     EXPECT_FALSE(FindLoosePath(
-        word_chain(*model, graph, positions, tokens.markers), *scores, fillers, costs,
+        word_chain(*model, graph, positions, tokens.markers), stretch, *scores, fillers, costs,
         [](double share) { return share > 0.6; }, path, 1));
 }
 
@@ -247,9 +248,40 @@ TEST_F(LooseViterbi, DoesNotSkipAPauseThatWasAskedFor) {
     Speak(3, 12);
     loose_path path;
     ASSERT_TRUE(FindLoosePath(
-        chain, *scores, fillers, {0.0, 0.0, 0.0}, [](double) { return false; }, path));
+        chain, {0, 2}, *scores, fillers, {0.0, 0.0, 0.0}, [](double) { return false; }, path));
     EXPECT_EQ(path.margins[1], -kNever);
     EXPECT_TRUE(std::ranges::any_of(path.states, [](uint32_t s) { return s >= 9 && s < 12; }));
+}
+
+/// The ends of a stretch: by the reference, whose way to any junction is a path that ends there.
+TEST_F(LooseViterbi, MayBeginAndEndAnywhere) {
+    costs.skip = 1e9;
+    for (uint32_t seed = 0; seed < 20; ++seed) {
+        SCOPED_TRACE(seed);
+        scores.emplace(*model);
+        fillers.clear();
+        Speak(seed, 8);
+        const loose_path closed = Find();
+        stretch = {0, 3, true, true};
+        const loose_path open = Find();
+        // Each of its observations is in order, and its score is at least that of any part.
+        EXPECT_GE(open.score, closed.score);
+        for (size_t first = 0; first < 3; ++first) {
+            for (size_t end = first + 1; end <= 3; ++end) {
+                stretch = {first, end};
+                EXPECT_GE(open.score, Find().score - 1e-9);
+            }
+        }
+        // What a part alone finds is found in the whole that has nothing else to offer.
+        stretch = {1, 2};
+        const loose_path part = Find();
+        for (const uint32_t state : part.states) {
+            EXPECT_TRUE(state >= loose_path::kFiller
+                            ? state - loose_path::kFiller >= 1 && state - loose_path::kFiller <= 2
+                            : state >= 12 && state < 21);
+        }
+        stretch = {0, 3};
+    }
 }
 
 /// By trying all paths: the loop has phones of one state here.

@@ -1,6 +1,7 @@
 #include "recognition/loose/match_aligner.h"
 
 #include <algorithm>
+#include <chrono>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -67,9 +68,9 @@ protected:
     const char* text = "sa ta ss at";
 };
 
-class ThreeWords : public MatchAligner {
+class FourWords : public MatchAligner {
 protected:
-    ThreeWords() {
+    FourWords() {
         transcriber.tokens.AddWord(0, 2, "sAA");
         transcriber.tokens.AddWord(3, 5, "tAA");
         transcriber.tokens.AddWord(6, 8, "ss");
@@ -77,7 +78,7 @@ protected:
     }
 };
 
-TEST_F(ThreeWords, HaveTheExactTimesWhereTheTextIsWhatWasSaid) {
+TEST_F(FourWords, HaveTheExactTimesWhereTheTextIsWhatWasSaid) {
     Speak({0, 2, 1, 3, 1, 2, 2, 1, 3, 0});
     for (const uint32_t mode : {kMatchAuto, kMatchExact}) {
         SCOPED_TRACE(mode);
@@ -99,7 +100,7 @@ TEST_F(ThreeWords, HaveTheExactTimesWhereTheTextIsWhatWasSaid) {
     EXPECT_EQ(aligner.SetMode(3), kInvalidArgument);
 }
 
-TEST_F(ThreeWords, HaveNoMarkerWhenTheyWereNotSaid) {
+TEST_F(FourWords, HaveNoMarkerWhenTheyWereNotSaid) {
     Speak({0, 2, 1, 1, 3, 0});
     EXPECT_EQ(Align(), kNoError);
     EXPECT_EQ(SaidWords(), "1001");
@@ -117,7 +118,7 @@ TEST_F(ThreeWords, HaveNoMarkerWhenTheyWereNotSaid) {
     EXPECT_EQ(words[0].confidence, -1.0f);
 }
 
-TEST_F(ThreeWords, LetOtherSpeechStandBetweenThemAsItIsHeard) {
+TEST_F(FourWords, LetOtherSpeechStandBetweenThemAsItIsHeard) {
     Speak({0, 2, 1, 3, 1});
     Speak({0}, 2);
     Speak({3, 2, 1, 3});
@@ -130,7 +131,49 @@ TEST_F(ThreeWords, LetOtherSpeechStandBetweenThemAsItIsHeard) {
                                          "AA 695-785 50\nt 785-875 50\nx 875-935 50\n<ss> 935-"));
 }
 
-TEST_F(ThreeWords, AreFoundAgainWhereTheExactSearchLosesTheText) {
+TEST_F(FourWords, HaveTheLooseTimesWhenTheyAreAskedFor) {
+    Speak({0, 2, 1, 3, 1, 2, 2});
+    Speak({3}, 1); // too little other speech to depart from the text for
+    Speak({1, 3, 0});
+    match_summary summary;
+    for (const uint32_t mode : {kMatchAuto, kMatchLoose}) {
+        SCOPED_TRACE(mode);
+        results.clear();
+        stream.next = 0;
+        EXPECT_EQ(aligner.SetMode(mode), kNoError);
+        EXPECT_EQ(Align(), kNoError);
+        aligner.GetSummary(&summary);
+        EXPECT_EQ(summary.is_loose, mode == kMatchLoose ? 1 : 0);
+        EXPECT_EQ(SaidWords(), "1111");
+    }
+}
+
+TEST_F(FourWords, HaveSegmentsWhereTheyAreAskedFor) {
+    Speak({0, 2, 1, 1, 3, 0});
+    results.set_flags(kWriteStateMarkers);
+    EXPECT_EQ(Align(), kNoError);
+    EXPECT_EQ(SaidWords(), "1001");
+    std::vector<int32_t> starts;
+    for (const CSyncMarker& marker : static_cast<TArray<CSyncMarker>&>(results)) {
+        if (marker.type == kStateMarker) {
+            starts.push_back(marker.start);
+        }
+    }
+    // Of all phonemes but the last.
+    EXPECT_THAT(starts,
+                ElementsAre(5, 35, 65, 95, 125, 155, 185, 215, 245, 275, 305, 335, 365, 395, 425));
+}
+
+TEST_F(FourWords, EndWhereTheyAreCancelled) {
+    Speak({0, 2, 1, 3, 1, 2, 2, 1, 3, 0});
+    stream.slowAt = 20;
+    recording_sink sink(0);
+    EXPECT_EQ(Align(&sink), kUserCancelled);
+    EXPECT_EQ(SaidWords(), "");
+    EXPECT_EQ(results.GetSize(), 0);
+}
+
+TEST_F(FourWords, AreFoundAgainWhereTheExactSearchLosesTheText) {
     // A text of twelve states of which the audio has room for five.
     Speak({2, 1}, 1);
     EXPECT_EQ(Align(), kRecognitionFailed); // one of four is not most of it
@@ -149,6 +192,63 @@ TEST_F(MatchAligner, TreatsEachRegionForItself) {
                              "<ss> 185-365 50\ns 185-275 50\ns 275-365 50\nx 365-455 50\n");
 }
 
+/// Fails once and then goes on.
+class stumbling_stream : public list_stream {
+public:
+    error_code GetObservation(float* features, float* energy) override {
+        const error_code code = list_stream::GetObservation(features, energy);
+        failAt = code == failure ? SIZE_MAX : failAt;
+        return code;
+    }
+};
+
+/// The first region cannot be read; the second has no room for its last word, and finds the rest.
+TEST_F(MatchAligner, ReportsTheFailureOfAnyRegion) {
+    transcriber.tokens.AddWord(0, 2, "sAA");
+    transcriber.tokens.AddCut(180);
+    transcriber.tokens.AddWord(3, 5, "sAA");
+    transcriber.tokens.AddWord(6, 14, "ssssssss");
+    Speak({2, 1, 3, 1});
+    stumbling_stream stumbling;
+    stumbling.observations = stream.observations;
+    stumbling.energies = stream.energies;
+    stumbling.failAt = 4;
+    EXPECT_EQ(aligner.Align(&stumbling, model.get(), text, &transcriber, nullptr, &results),
+              kFileNotFound);
+}
+
+/// Sixteen thousand pauses that must not be left out, in a recording that has room for none.
+TEST_F(MatchAligner, DoesNotSearchWhatCannotBeThere) {
+    for (uint32_t i = 0; i < 16000; ++i) {
+        transcriber.tokens.Add(kPunctuationToken, i, i + 1, {{{"x"}}}, kPauseTokenFlag);
+    }
+    Speak({0, 2, 1, 0}, 200);
+    const auto begun = std::chrono::steady_clock::now();
+    EXPECT_EQ(Align(), kRecognitionFailed);
+    EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(10));
+    match_summary summary;
+    aligner.GetSummary(&summary);
+    EXPECT_EQ(summary.is_loose, 0);
+}
+
+TEST_F(MatchAligner, KnowsNothingAtFirst) {
+    match_summary summary{};
+    aligner.GetSummary(&summary);
+    EXPECT_EQ(summary.score, -1.0f);
+    EXPECT_EQ(summary.duration, -1.0f);
+    EXPECT_EQ(summary.spread, 1.0f);
+    EXPECT_EQ(summary.verdict, kMatchUnknown);
+    uint32_t count = 1;
+    EXPECT_EQ(aligner.GetWords(&count), nullptr);
+    EXPECT_EQ(count, 0u);
+    EXPECT_EQ(aligner.GetUnscripted(nullptr), nullptr);
+    EXPECT_EQ(aligner.GetPhonemeConfidences(nullptr), nullptr);
+    aligner.GetSummary(nullptr);
+    EXPECT_EQ(aligner.GetFingerprint(nullptr), 0u);
+    EXPECT_EQ(aligner.SetCalibration(nullptr, "", 0), kInvalidArgument);
+    EXPECT_EQ(aligner.SetCalibration(model.get(), nullptr, 1), kInvalidArgument);
+}
+
 TEST_F(MatchAligner, RefusesWhatTheExactAlignerRefuses) {
     transcriber.tokens.AddWord(0, 2, "sAA");
     Speak({2, 1});
@@ -156,12 +256,16 @@ TEST_F(MatchAligner, RefusesWhatTheExactAlignerRefuses) {
               kInvalidArgument);
     EXPECT_EQ(aligner.Align(&stream, model.get(), text, &transcriber, nullptr, nullptr),
               kInvalidArgument);
+    EXPECT_EQ(aligner.Align(&stream, nullptr, text, &transcriber, nullptr, &results),
+              kInvalidArgument);
+    EXPECT_EQ(aligner.Align(&stream, model.get(), text, nullptr, nullptr, &results),
+              kInvalidArgument);
     stream.failAt = 4;
     EXPECT_EQ(Align(), kFileNotFound);
     EXPECT_EQ(SaidWords(), "");
 }
 
-class Calibration : public ThreeWords {
+class Calibration : public FourWords {
 protected:
     std::string Text(const std::string& more = "") {
         char print[32];
@@ -212,6 +316,13 @@ TEST_F(Calibration, OfAnotherModelOrNoneIsRefused) {
         SCOPED_TRACE(wrong);
         EXPECT_EQ(Set(wrong), kInvalidFile);
     }
+    EXPECT_EQ(Set(Text("model 0\n")), kInvalidFile);
+    const auto print = aligner.GetFingerprint(model.get());
+    model->models[1].states[0].mixtures[0].inverseCovariance[0] += 0.1f;
+    const auto changed = aligner.GetFingerprint(model.get());
+    EXPECT_NE(changed, print);
+    model->models[1].states[0].transitions[0] -= 0.1f;
+    EXPECT_NE(aligner.GetFingerprint(model.get()), changed);
     const std::string given = Text();
     model->models[1].states[0].mixtures[0].mean[0] += 0.1f;
     EXPECT_EQ(Set(given), kInvalidArgument);

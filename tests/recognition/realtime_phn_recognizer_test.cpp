@@ -170,6 +170,51 @@ TEST_F(RealtimeRecognizer, AcceptsWhatMicrophonesGive) {
     EXPECT_EQ(fresh.WriteBytes("ab", 0x80000000u), kOutOfRange);
 }
 
+/// What flushes of a recognizer give while audio comes in by and by.
+std::vector<std::string> FlushesOf(CRealtimePhnRecognizer& recognizer, CAccousticHMM& model,
+                                   const std::vector<int16_t>& samples, int32_t rateHz,
+                                   size_t blockBytes, bool waits) {
+    EXPECT_EQ(recognizer.Init(rateHz, 16, 1, 0.0, &model), 0);
+    EXPECT_EQ(recognizer.Start(), 0);
+    EXPECT_EQ(recognizer.IsActive(), 1u);
+    CConcreteSyncMarkerCollection results;
+    std::vector<std::string> all;
+    const size_t half = samples.size() / 2;
+    for (const auto& part : {std::vector<int16_t>(samples.begin(), samples.begin() + half),
+                             std::vector<int16_t>(samples.begin() + half, samples.end())}) {
+        Push(recognizer, part, blockBytes);
+        if (waits) { // until the worker has heard all that it can
+            size_t before = 0;
+            do {
+                before = recognizer.GetPendingFrames();
+                std::this_thread::sleep_for(std::chrono::milliseconds(150));
+            } while (recognizer.GetPendingFrames() != before);
+        }
+        all.push_back(std::to_string(recognizer.GetPendingFrames()));
+        EXPECT_TRUE(recognizer.FlushResults(&results, -1));
+        const std::vector<std::string> lines = Lines(results);
+        all.insert(all.end(), lines.begin(), lines.end());
+    }
+    recognizer.Stop();
+    EXPECT_EQ(recognizer.IsActive(), 0u);
+    return all;
+}
+
+TEST_F(RealtimeRecognizer, HearsTheSameWithoutAWorker) {
+    const auto samples = Sounds({"x", "AA", "s", "IY", "AA", "x", "s", "x"}, 150);
+    CRealtimePhnRecognizer alone(false);
+    for (const int32_t rateHz : {16000, 8000, 48000, 44100, 11025, 22050}) {
+        SCOPED_TRACE(rateHz);
+        const auto expected = FlushesOf(recognizer, *model, samples, rateHz, 640, true);
+        EXPECT_EQ(FlushesOf(alone, *model, samples, rateHz, 640, false), expected);
+        EXPECT_EQ(FlushesOf(alone, *model, samples, rateHz, 7, false), expected);
+        // A second run begins like the first.
+        EXPECT_EQ(alone.Start(), 0);
+        Push(alone, samples);
+        EXPECT_GT(alone.GetPendingFrames(), 0u);
+    }
+}
+
 TEST_F(RealtimeRecognizer, HearsWhatTheFreeSearchHears) {
     model->hasLongTransitions = 1; // so that all transitions are tried
     const auto samples = Sounds({"x", "AA", "s", "IY", "AA", "x"}, 150);

@@ -10,6 +10,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "text/script/built_in_script.h"
+#include "text/script/script_layout.h"
+
 using namespace tessarin;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -330,13 +333,125 @@ TEST(ScriptReader, WarnsOfSymbolsWithoutANameAndReadsAnyBytes) {
     EXPECT_THAT(ReadIt("").GetWords(), IsEmpty());
 }
 
+TEST(ScriptReader, KeepsTheWaysInWhichPeopleSayIt) {
+    struct ways {
+        const char* written;
+        std::vector<std::string> spoken; ///< some of them, the usual one first
+    };
+    for (const ways& each : std::initializer_list<ways>{
+             {"0", {"zero", "oh"}},
+             {"100", {"one hundred", "a hundred"}},
+             {"101", {"one hundred one", "one oh one", "one hundred and one"}},
+             {"Room 101", {"one oh one", "one hundred one"}},
+             {"1905", {"nineteen oh five", "nineteen hundred five", "nineteen five"}},
+             {"2010", {"twenty ten", "two thousand ten", "two thousand and ten"}},
+             {"1,905", {"one thousand nine hundred five", "one thousand nine hundred and five"}},
+             {"007", {"double oh seven", "oh oh seven", "zero zero seven", "seven"}},
+             {"0.5", {"zero point five", "point five"}},
+             {"9:00", {"nine uh clock", "nine"}},
+             {"10:05", {"ten oh five", "ten five", "five past ten"}},
+             {"12:45", {"twelve forty five", "a quarter to one", "quarter to one"}},
+             {"3:30", {"three thirty", "half past three"}},
+             {"$2.50", {"two dollars and fifty cents", "two fifty", "two dollars fifty"}},
+             {"May 5", {"fifth", "the fifth", "five"}},
+         }) {
+        const ScriptReading reading = ReadIt(each.written);
+        const script_word& word = reading.GetWords().back();
+        EXPECT_EQ(word.spoken, each.spoken.front()) << each.written;
+        EXPECT_LT(word.others.size(), kMostReadings);
+        for (size_t i = 1; i < each.spoken.size(); ++i) {
+            EXPECT_THAT(word.others, testing::Contains(each.spoken[i])) << each.written;
+        }
+        EXPECT_THAT(word.others, testing::Not(testing::Contains(word.spoken)));
+    }
+    for (const char* const written : {"42", "10-20", "9:00-5", "3rd", "5 kg", "v2.0"}) {
+        EXPECT_THAT(ReadIt(written).GetWords()[0].others, IsEmpty()) << written;
+    }
+}
+
+TEST(ScriptReader, ComparesNamesInAnyCase) {
+    script_options options;
+    for (const char* const name : {"josé", "José", "JOSÉ"}) {
+        options.speaker = name;
+        EXPECT_EQ(Said("José: One.\nMary: Two.\nJOSÉ: Three.", options), "one three") << name;
+    }
+    options.speaker = "ÿñ дёд ςάω ŻŽ";
+    EXPECT_EQ(Said("WEBVTT\n\n00:01.000 --> 00:02.000\n<v ŸÑ ДЁД ΣΆΩ żž>Hi", options), "hi");
+    // Of a name of any length the beginning counts, cut between characters.
+    const std::string name(60, 'x');
+    options.speaker = name + "y";
+    options.format = script_format::kFountain;
+    EXPECT_EQ(Said("\n@" + name + "z\nHi.", options), "hi");
+    EXPECT_THAT(Events("\n@(x)\nHi.\n", options), IsEmpty()); // nobody's name
+    EXPECT_EQ(SpeakerName(std::string(39, 'x') + "é"), std::string(39, 'X'));
+}
+
+TEST(ScriptReader, ReadsCharacterReferencesOfSubtitles) {
+    const std::string head = "WEBVTT\n\n00:01.000 --> 00:02.000\n";
+    const std::string text = head + "Don&#39;t &lt;go&nbsp;to AT&amp;T &#x2014; &bogus; &#0; R&D";
+    const ScriptReading reading = ReadIt(text);
+    std::vector<std::string> written;
+    for (const script_word& word : reading.GetWords()) {
+        written.emplace_back(At(text, word.place));
+    }
+    EXPECT_THAT(written, ElementsAre("Don&#39;t", "go", "to", "AT", "&amp;", "T", "&", "bogus", "&",
+                                     "#", "0", "R", "&", "D"));
+    EXPECT_EQ(reading.GetWords()[0].spoken, "Don't");
+    EXPECT_EQ(Said("Don&#39;t"), "don and number thirty nine t"); // only subtitles have them
+}
+
+TEST(ScriptReader, LeavesOutTheCommentsOfAScreenplay) {
+    script_options options;
+    options.format = script_format::kFountain;
+    const char* const play = "/*/ no\n\nBOB\nnot this\n*/\nBOB\nThis.\n\n/*";
+    EXPECT_EQ(Said(play, options), "this");
+}
+
 TEST(ScriptTable, TakesEntriesOfOnesOwn) {
     ScriptTable table = BuiltInEnglishScript();
-    EXPECT_EQ(table.Add("# mine\r\n[units]\r\nlg\tleague\tleagues\r\n"), 0u);
+    EXPECT_EQ(table
+                  .Add("# mine\r\n#old\tentry\n[units]\r\nlg\tleague\tleagues\r\n"
+                       "[symbols]\n#\thash\n[words]\nper\t<a> \"b\"\n")
+                  .line,
+              0u);
     EXPECT_EQ(Said(ReadScript("20 lg and 5 kg", table, {}, {})),
               "twenty leagues and five kilograms");
-    EXPECT_EQ(table.Add("[units]\n\n[nonsense]\n"), 3u);
-    EXPECT_EQ(table.Add("lg\tleague\n"), 1u);
+    EXPECT_THAT(ReadScript("# 5 kg/s", table, {}, {}).GetSpoken(),
+                testing::StartsWith("hash <pron say=\"five kilograms a b second\"> _"));
+}
+
+TEST(ScriptTable, SaysWhatIsWrongWithALine) {
+    struct wrong_table {
+        const char* text;
+        size_t line;
+        const char* reason;
+    };
+    for (const wrong_table& each : std::initializer_list<wrong_table>{
+             {"[units]\n\n[nonsense]\n", 3, "no section"},
+             {"lg\tleague\n", 1, "before the first section"},
+             {"[roman]\n123456789012345678901234567890123\n", 2, "32 bytes"},
+             {"[units]\n#\n°c\n", 3, "a field after its key"},
+             {"[fractions]\n3\tthird\n", 2, "two fields"},
+         }) {
+        ScriptTable table;
+        const script_table_error error = table.Add(each.text);
+        EXPECT_EQ(error.line, each.line) << each.text;
+        EXPECT_THAT(error.reason, testing::HasSubstr(each.reason));
+    }
+    EXPECT_EQ(ScriptTable().Add(kBuiltInScripts.english).line, 0u);
+}
+
+// A unit without words is not an entry; texts that ask for one are read without it.
+TEST(ScriptTable, DoesWithoutAnyEntry) {
+    ScriptTable table;
+    for (const char* const entry : {"°c", "x/y", "min", "$", "½"}) {
+        static_cast<void>(table.Add(std::string("[units]\n") + entry));
+        static_cast<void>(table.Add(std::string("[currencies]\n") + entry));
+    }
+    ASSERT_EQ(table.Add("[units]\nh\thour\nm\tmeter\n[currencies]\n$\tdollar\n").line, 0u);
+    for (const char* const text : {"½ °C", "$5/x/y", "5h 3m", "$1.01 1/2 kg 6'2\" 3/4/2026"}) {
+        EXPECT_FALSE(ReadScript(text, table, {}, {}).GetSpoken().empty()) << text;
+    }
 }
 
 } // namespace

@@ -89,6 +89,7 @@ TEST(Animate, ReadsTheShortFormOfATextGridAndUtf16) {
 TEST(Animate, NamesTheLineThatItCannotRead) {
     const std::string gridHead = "File type = \"ooTextFile\"\nObject class = \"TextGrid\"\n0\n1\n"
                                  "<exists>\n";
+    constexpr const char* kLoudness = "-: \"loudness\" is not {\"step_ms\": 10, \"db\": [a number";
     const struct {
         std::string text;
         const char* message;
@@ -103,6 +104,10 @@ TEST(Animate, NamesTheLineThatItCannotRead) {
         {"{\"phonemes\": []}", "there are no phonemes in it"},
         {"{\"version\": 2}", "version 2 of the JSON is not known"},
         {"{", "parse error"},
+        {R"({"phonemes": [], "loudness": 5})", kLoudness},
+        {R"({"phonemes": [], "loudness": {"db": [-5]}})", kLoudness},
+        {R"({"phonemes": [], "loudness": {"step_ms": 20, "db": [-5]}})", kLoudness},
+        {R"({"phonemes": [], "loudness": {"step_ms": 10, "db": ["loud"]}})", kLoudness},
         {gridHead + "99999999\n", "a size in the TextGrid is larger than what follows"},
         {gridHead + "1\n\"IntervalTier\"\n\"phones\"\n0\n1\n1\n0\n1\n\"AH", "does not end"},
         {gridHead + "0\n", "it has no tier called phones"},

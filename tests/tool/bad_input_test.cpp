@@ -26,6 +26,32 @@ void ExpectFailure(const std::string& arguments, int exitCode, const std::string
     }
 }
 
+TEST(BadInput, WhatIsAlignedHasWordsAndSound) {
+    const ScratchFolder scratch;
+    const std::string silent = scratch.Path("silent.wav");
+    WriteWav(silent, std::vector<int16_t>(32000));
+    for (const std::string command : {"align", "view"}) {
+        const tool_run marks = RunTool(command + " -q " + DemoRecording() + " --text '... - ?!'");
+        EXPECT_EQ(marks.exitCode, 2) << command;
+        EXPECT_THAT(marks.errors, HasSubstr("the text has no words, only marks"));
+        const tool_run run = RunTool(command + " -q " + silent + " --text 'Hello there.'");
+        EXPECT_EQ(run.exitCode, 2) << command;
+        EXPECT_THAT(run.errors, HasSubstr("it is silent from beginning to end"));
+        EXPECT_THAT(RunTool(command + " -q " + DemoRecording() + " --text 'Good morning.'").errors,
+                    HasSubstr("of other speech at"))
+            << command;
+    }
+}
+
+TEST(BadInput, ATextMayComeThroughAPipe) {
+    const ScratchFolder scratch;
+    const std::string pipe = scratch.Path("pipe");
+    const tool_run run = RunTool("--version >/dev/null; mkfifo " + pipe + "; printf hello >" +
+                                 pipe + " & " TESSARIN_TOOL " transcribe --text-file " + pipe);
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_THAT(run.output, HasSubstr("\tword\thello\t"));
+}
+
 TEST(BadInput, TextThatSaysNothingIsRefused) {
     const ScratchFolder scratch;
     const std::string blank = scratch.Path("blank.txt");

@@ -92,9 +92,8 @@ TEST(Match, ReportsWhatDoesNotFit) {
     EXPECT_THAT(Align(scratch, text, "--format textgrid").output, HasSubstr("\"confidence\""));
     for (const char* name : {"x.json", "x.tsv"}) {
         WriteFile(scratch.Path("x.tsv"), table);
-        EXPECT_EQ(
-            RunTool("animate " + scratch.Path(name) + " -q -o /dev/null --format json").exitCode,
-            0);
+        EXPECT_EQ(RunTool("animate " + scratch.Path(name) + " -o /dev/null --format json").exitCode,
+                  0);
     }
     EXPECT_EQ(RunTool("view " + DemoRecording() + " -q --timings " + scratch.Path("x.json") +
                       " -o " + scratch.Path("x.html"))
@@ -122,15 +121,52 @@ TEST(Match, HearsOtherSpeech) {
 TEST(Match, IsPoorForAnotherText) {
     const ScratchFolder scratch;
     const tool_run run = Align(scratch,
-                               "It was a bright cold day in April, and the clocks were striking "
-                               "thirteen. Winston Smith slipped quickly through the glass doors.",
+                               "The harbour lights went out one after another, and nobody on the "
+                               "quay could say whose boat it was that had come in before dawn.",
                                "--strict");
     EXPECT_EQ(run.exitCode, 4);
     EXPECT_THAT(run.errors, HasSubstr("hardly the text"));
 }
 
+TEST(Match, HasNoReasonWhereItIsGood) {
+    const ScratchFolder scratch;
+    const tool_run run = Align(scratch, ReadFile(DemoText()), "--match loose --strict");
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_THAT(run.errors, IsEmpty());
+    const json result = json::parse(run.output);
+    EXPECT_EQ(result["match"]["reason"], "");
+    EXPECT_EQ(result["match"]["verdict"], "good");
+    size_t unscripted = 0;
+    for (const json& event : result["events"]) {
+        unscripted += event["type"] == "unscripted" ? 1 : 0;
+    }
+    EXPECT_EQ(unscripted, 1u) << "a moment that does not count";
+}
+
+TEST(Match, SpeaksOfOneWord) {
+    const ScratchFolder scratch;
+    std::string text = Changed("echo test", "echo umbrella test");
+    text.resize(text.find("The purpose"));
+    EXPECT_THAT(Align(scratch, text, "--to 8200").errors,
+                HasSubstr(": 1 of 28 words was not heard (from \"umbrella\" at "));
+}
+
+TEST(Match, IsNotStrictWithoutACalibration) {
+    const ScratchFolder scratch;
+    WriteFile(scratch.Path("own.model"), ReadFile(TESSARIN_SOURCE_DIR "/data/en-us.model"));
+    const std::string own = "--model " + scratch.Path("own.model");
+    const tool_run plain = Align(scratch, ReadFile(DemoText()), own);
+    EXPECT_EQ(plain.exitCode, 0);
+    EXPECT_EQ(json::parse(plain.output)["match"]["verdict"], "unknown");
+    const tool_run strict = Align(scratch, ReadFile(DemoText()), own + " --strict");
+    EXPECT_EQ(strict.exitCode, 4);
+    EXPECT_THAT(strict.errors, AllOf(HasSubstr("the model has no calibration"),
+                                     HasSubstr("beside the model, or leave out --strict")));
+}
+
 TEST(Match, RefusesModesThatDoNotGoTogether) {
     const ScratchFolder scratch;
+    EXPECT_EQ(Align(scratch, "hello", "--match 1").exitCode, 1) << "modes have names";
     EXPECT_EQ(Align(scratch, "hello", "--match sometimes").exitCode, 1);
     EXPECT_EQ(Align(scratch, "hello", "--match exact --strict").exitCode, 1);
     EXPECT_EQ(Align(scratch, "hello.", "--sentences --strict").exitCode, 1);

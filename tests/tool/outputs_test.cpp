@@ -214,6 +214,36 @@ TEST(Outputs, ControlsReachTheTrack) {
     EXPECT_EQ(stretch[0]["weights"].begin().key(), "AA");
 }
 
+double WeightAt(const json& keys, double ms) {
+    for (size_t i = 0; i + 1 < keys.size(); ++i) {
+        const double from = keys[i][0];
+        const double to = keys[i + 1][0];
+        if (ms >= from && ms <= to) {
+            const double share = to > from ? (ms - from) / (to - from) : 0.0;
+            return keys[i][1].get<double>() * (1 - share) + keys[i + 1][1].get<double>() * share;
+        }
+    }
+    return 0.0;
+}
+
+TEST(Outputs, ReducedCurvesStayWithinTheTolerance) {
+    const std::string options = "--fps 60 --smooth";
+    const json all = json::parse(Animate(options))["curves"];
+    const json reduced = json::parse(Animate(options + " --tolerance 0.05"))["curves"];
+    ASSERT_EQ(all.size(), reduced.size());
+    size_t keys = 0;
+    size_t keptKeys = 0;
+    for (size_t i = 0; i < all.size(); ++i) {
+        keys += all[i]["keys"].size();
+        keptKeys += reduced[i]["keys"].size();
+        for (const json& key : all[i]["keys"]) {
+            EXPECT_NEAR(WeightAt(reduced[i]["keys"], key[0]), key[1], 0.0502) << all[i]["label"];
+        }
+    }
+    EXPECT_LT(keptKeys, keys * 3 / 4);
+    EXPECT_EQ(RunTool("animate - --tolerance 0.1 --common-keys", kMapa).exitCode, 1);
+}
+
 TEST(Outputs, CaptionsEndWithSentencesAndPauses) {
     const std::string rows = "start_ms\tend_ms\ttype\ttext\n"
                              "0\t300\tphoneme\tAH\n"
@@ -296,17 +326,20 @@ TEST(Outputs, ShortCaptionsStayWhileNothingFollows) {
 }
 
 TEST(Outputs, CaptionsOfATextHaveItsMarks) {
-    const tool_run run =
-        RunTool("align " TESSARIN_SOURCE_DIR "/data/demo/echo-test.wav --format srt"
-                " --literal --text-file -",
-                "You are - about to enter an echo-test; in this mode everything "
-                "you say will be repeated back.");
-    std::vector<std::string> lines;
-    for (const caption_line& each : ReadSrt(run.output)) {
-        lines.push_back(each.text);
+    for (const char* const options : {"", "--literal"}) {
+        SCOPED_TRACE(options);
+        const tool_run run =
+            RunTool("align " TESSARIN_SOURCE_DIR "/data/demo/echo-test.wav --format srt " +
+                        std::string(options) + " --text-file -",
+                    "You are - about to enter an echo-test; in this mode everything "
+                    "you say will be repeated back.");
+        std::vector<std::string> lines;
+        for (const caption_line& each : ReadSrt(run.output)) {
+            lines.push_back(each.text);
+        }
+        EXPECT_EQ(lines.front().substr(0, 9), "You are -") << run.errors;
+        EXPECT_THAT(lines, testing::Contains(HasSubstr("an echo-test;")));
     }
-    EXPECT_EQ(lines.front().substr(0, 9), "You are -") << run.errors;
-    EXPECT_THAT(lines, testing::Contains(HasSubstr("an echo-test;")));
 }
 
 TEST(Outputs, TextGridsHaveNoGapsAndDoubleTheirQuotes) {

@@ -81,6 +81,31 @@ def check_switches(folder: pathlib.Path) -> None:
     assert len(seen) > 20 and rows[:-1] == seen
 
 
+def check_annotations(folder: pathlib.Path, result: dict) -> None:
+    document = xml.etree.ElementTree.parse(folder / "a.eaf").getroot()
+    times = {slot.get("TIME_SLOT_ID"): int(slot.get("TIME_VALUE"))
+             for slot in document.find("TIME_ORDER")}
+    tiers = {tier.get("TIER_ID"): [
+        (times[one.get("TIME_SLOT_REF1")], one.findtext("ANNOTATION_VALUE"))
+        for one in tier.iter("ALIGNABLE_ANNOTATION")] for tier in document.iter("TIER")}
+    assert tiers["words"] == [(word["start_ms"], word["text"]) for word in result["words"]]
+    assert len(tiers["phones"]) == sum(each["label"] != "x" for each in result["phonemes"])
+    media = document.find("HEADER/MEDIA_DESCRIPTOR").get("RELATIVE_MEDIA_URL")
+    assert (folder / media).resolve().is_file(), media
+
+    page = xml.etree.ElementTree.parse(folder / "a.xhtml").getroot()
+    spans = {each.get("id"): each.text for each in page.iter("{http://www.w3.org/1999/xhtml}span")}
+    smil = xml.etree.ElementTree.parse(folder / "a.smil").getroot()
+    space = "{http://www.w3.org/ns/SMIL}"
+    spoken = []
+    for pair in smil.iter(space + "par"):
+        file, place = pair.find(space + "text").get("src").split("#")
+        audio = pair.find(space + "audio")
+        assert file == "a.xhtml" and (folder / audio.get("src")).resolve().is_file()
+        spoken.append((round(float(audio.get("clipBegin")[:-1]) * 1000), spans[place]))
+    assert spoken == tiers["words"]
+
+
 def main() -> int:
     tool, source = sys.argv[1], pathlib.Path(sys.argv[2])
     readers = {"praat": shutil.which("praat"), "ffmpeg": shutil.which("ffmpeg")}
@@ -91,12 +116,14 @@ def main() -> int:
         readers["jsonschema"] = None
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
-        outputs = ["a.json", "a.TextGrid", "a.vtt", "a.srt", "a.xml", "a.switches.tsv"]
+        outputs = ["a.json", "a.TextGrid", "a.vtt", "a.srt", "a.xml", "a.switches.tsv",
+                   "a.eaf", "a.smil", "a.xhtml"]
         demo = source / "data/demo/echo-test"
         run(tool, "align", f"{demo}.wav", "--text-file", f"{demo}.txt", "--quantize", "500-900",
             *(part for output in outputs for part in ("-o", str(folder / output))))
         result = json.loads((folder / "a.json").read_text(encoding="utf-8"))
         check_switches(folder)
+        check_annotations(folder, result)
         if readers["praat"]:
             check_grid(folder, result)
         if readers["ffmpeg"]:

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <sstream>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -47,6 +48,24 @@ TEST(Recognize, HearsPhonemesAndMakesTheMouthTrack) {
               run.output)
         << "the project's own statistics are used by default";
     EXPECT_NE(RunTool("recognize " + DemoRecording() + " --no-trigrams").output, run.output);
+}
+
+TEST(Recognize, WritesProgressAsLinesForPrograms) {
+    const tool_run run = RunTool("recognize --progress-lines " + DemoRecording());
+    ASSERT_EQ(run.exitCode, 0) << run.errors;
+    std::istringstream lines(run.errors);
+    std::string word;
+    int percent = 0, last = -1, count = 0;
+    while (lines >> word >> percent) {
+        EXPECT_EQ(word, "progress");
+        EXPECT_NE(percent, last);
+        EXPECT_LE(percent, 100);
+        last = percent;
+        ++count;
+    }
+    EXPECT_TRUE(lines.eof());
+    EXPECT_GT(count, 5);
+    EXPECT_EQ(RunTool("recognize " + DemoRecording()).errors, "");
 }
 
 TEST(Recognize, LimitsEndALongVowel) {

@@ -42,7 +42,7 @@ TEST(Script, HasItsPlacesInTheUsersBytesInUtf16) {
     for (const char letter : std::string("MARY: In 1905.")) {
         wide += {letter, '\0'};
     }
-    const tool_run run = RunTool("transcribe - --format tsv", wide);
+    const tool_run run = RunTool("transcribe - --one-reading --format tsv", wide);
     EXPECT_THAT(run.output, HasSubstr("\n2\t12\tspeaker\tMARY:\t"));
     EXPECT_THAT(run.output, HasSubstr("\n20\t28\tword\t1905\tnAYntIYn OW fAYv\n"));
 }
@@ -53,7 +53,15 @@ TEST(Script, GivesTheLinesOfOneRole) {
     const tool_run none = RunTool("transcribe - --speaker CAT", text);
     EXPECT_EQ(none.exitCode, 2);
     EXPECT_THAT(none.errors, HasSubstr("has no line of CAT"));
-    EXPECT_EQ(RunTool("transcribe - --literal --speaker ANN", text).exitCode, 1);
+}
+
+TEST(Script, RefusesForALiteralTextWhatOnlyAScriptHas) {
+    for (const char* const option :
+         {"--speaker ANN", "--text-format srt", "--cue-times", "--script-table none"}) {
+        const tool_run run = RunTool("transcribe - --literal " + std::string(option), "ANN: One.");
+        EXPECT_EQ(run.exitCode, 1) << option;
+        EXPECT_THAT(run.errors, HasSubstr("does not go with --literal"));
+    }
 }
 
 TEST(Script, TakesScreenplaysAndSubtitlesByTheirNames) {
@@ -85,10 +93,31 @@ TEST(Script, TakesATableOfOnesOwn) {
     WriteFile(scratch.Path("bad"), "a text\n");
     const tool_run bad = RunTool("transcribe - --script-table " + scratch.Path("bad"), "one");
     EXPECT_EQ(bad.exitCode, 2);
-    EXPECT_THAT(bad.errors, HasSubstr("is not a table of a script"));
+    EXPECT_THAT(bad.errors, HasSubstr("bad: line 1: an entry stands before the first section"));
     WriteFile(scratch.Path("words"), "XYZ=zIHz\n");
     const std::string words = " --words " + scratch.Path("words");
     EXPECT_THAT(RunTool("transcribe -" + words, "an XYZ").output, HasSubstr("\tXYZ\tzIHz\n"));
+}
+
+// The recording says "echo", which here is one of two ways to read 0.
+TEST(Script, LetsTheRecordingChooseAReading) {
+    const ScratchFolder scratch;
+    std::string text = ReadFile(DemoText());
+    text.replace(text.find("echo"), 4, "0");
+    WriteFile(scratch.Path("text"), text);
+    WriteFile(scratch.Path("table"), "[cardinals]\n0\tumbrella\n[words]\noh\techo\n");
+    const std::string command = "align -q " + DemoRecording() + " --text-file " +
+                                scratch.Path("text") + " --script-table " + scratch.Path("table");
+    const json result = json::parse(RunTool(command).output);
+    const json plain = json::parse(
+        RunTool("align -q " + DemoRecording() + " --literal --text-file " + DemoText()).output);
+    for (size_t i = 0; i < result["words"].size(); ++i) {
+        const json& word = result["words"][i];
+        EXPECT_EQ(word.value("reading", ""), word["text"] == "0" ? "echo" : "");
+        EXPECT_EQ(word["start_ms"], plain["words"][i]["start_ms"]);
+    }
+    const json usual = json::parse(RunTool(command + " --one-reading").output);
+    EXPECT_THAT(usual.dump(), testing::Not(HasSubstr("\"reading\"")));
 }
 
 TEST(Script, WarnsOnceOfSymbols) {

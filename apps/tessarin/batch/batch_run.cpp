@@ -117,9 +117,9 @@ private:
 };
 
 /// A language whose lexicon names a locale switches the whole process to it while a text is read.
-bool NeedsOneThread(const data_options& data) {
+bool NeedsOneThread(const EngineLanguage& language) {
     tessarin::TranscriberInfo info{};
-    LoadTranscriber({data.folder, data.model, data.lexicon, ""})->getTranscriberInfo(&info);
+    language.GetTranscriber().getTranscriberInfo(&info);
     return info.locale[0] != '\0';
 }
 
@@ -144,6 +144,7 @@ private:
     std::string common; ///< the fingerprint of what all lines share
     std::vector<batch_line> lines;
     std::unique_ptr<batch_engine> engine;
+    bool needsOneThread = false;
     std::unique_ptr<BatchJournal> journal;
     std::atomic<size_t> next{0};
     std::mutex lock;
@@ -212,11 +213,11 @@ void BatchRun::LoadEngine(const std::vector<size_t>& open) {
     const data_options& data = options.line.recording.data;
     engine = std::make_unique<batch_engine>(
         batch_engine{options.line, options.sounds, options.outputFolder, options.pages,
-                     OutputForms(options.line.recording.outputs), nullptr, nullptr, nullptr});
+                     OutputForms(options.line.recording.outputs), nullptr, nullptr});
     if (std::ranges::any_of(open, [this](size_t i) { return lines[i].HasText(); })) {
         engine->model = LoadModel(data);
-        engine->language = LoadScriptLanguage(data);
-        LoadTranscriber(data); // says what is wrong with the words before the long work
+        // This says what is wrong with the user's words before the long work.
+        needsOneThread = NeedsOneThread(EngineLanguage(data));
     }
     if (std::ranges::any_of(open, [this](size_t i) { return !lines[i].HasText(); })) {
         engine->soundModel = LoadSoundModel(options.sounds, data);
@@ -226,8 +227,7 @@ void BatchRun::LoadEngine(const std::vector<size_t>& open) {
 uint32_t BatchRun::CountJobs(size_t open) const {
     const uint32_t cores = std::max(std::thread::hardware_concurrency(), 1u);
     const uint32_t jobs = options.jobs > 0 ? options.jobs : cores;
-    const bool isAlone = engine->language != nullptr && NeedsOneThread(options.line.recording.data);
-    return isAlone ? 1 : static_cast<uint32_t>(std::min<size_t>(jobs, open));
+    return needsOneThread ? 1 : static_cast<uint32_t>(std::min<size_t>(jobs, open));
 }
 
 void BatchRun::Stop(std::exception_ptr why) {

@@ -20,7 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 /// A worker forgets the own words of lines before when there are more files of them than these.
-constexpr size_t kMostVoices = 8;
+constexpr size_t kMostLanguages = 8;
 
 void SetFailed(const std::string& reason, batch_record* record) {
     (*record)["status"] = "failed";
@@ -115,9 +115,7 @@ void BatchWorker::Work(const batch_line& line, batch_record* record) {
     AddResultFacts(result, record);
     AddAudioFacts(line.audio, ChannelNumber(options.recording.channel), record);
     Write(line, options, result, record);
-    if (result.code != tessarin::kNoError) {
-        throw EngineFailure(line.audio, result.code);
-    }
+    RequireFound(result);
 }
 
 timed_result BatchWorker::Search(const batch_line& line, const line_options& options,
@@ -126,44 +124,40 @@ timed_result BatchWorker::Search(const batch_line& line, const line_options& opt
         return FindTimings(options.recording, *engine.soundModel, nullptr, SearchForSounds(),
                            progress);
     }
-    voice& said = VoiceOf(line.words.empty() ? options.recording.data.words : line.words);
+    const recording_options& recording = options.recording;
+    const EngineLanguage& language =
+        LanguageWith(line.words.empty() ? recording.data.words : line.words);
     const auto warn = [record](const std::string& warning) {
         (*record)["notes"].push_back(warning);
     };
-    const SpokenText text = ReadText(TextOf(line, options.text), said.data, *said.transcriber,
-                                     engine.language.get(), warn);
+    const SpokenText text = ReadText(TextOf(line, options.text), language, warn);
     (*record)["text"] = text.GetUtf8();
-    timed_result result =
-        FindTimings(options.recording, *engine.model, &text,
-                    SearchForText(text, *said.transcriber, said.data, options.search), progress);
-    AddUnknownWords(text, said, record);
+    timed_result result = FindTimings(
+        recording, *engine.model, &text,
+        SearchForText(text, language.GetTranscriber(), recording.data, options.search), progress);
+    AddUnknownWords(text, language, record);
     return result;
 }
 
-BatchWorker::voice& BatchWorker::VoiceOf(const std::string& words) {
-    const auto known = voices.find(words);
-    if (known != voices.end()) {
+const EngineLanguage& BatchWorker::LanguageWith(const std::string& words) {
+    const auto known = languages.find(words);
+    if (known != languages.end()) {
         return known->second;
     }
-    voice made;
-    made.data = engine.common.recording.data;
-    made.data.words = words;
-    made.transcriber = LoadTranscriber(made.data);
-    if (!words.empty()) {
-        made.ownLanguage = LoadFlatLanguage(made.data, *made.transcriber);
+    if (languages.size() >= kMostLanguages) {
+        languages.clear();
     }
-    if (voices.size() >= kMostVoices) {
-        voices.clear();
-    }
-    return voices.emplace(words, std::move(made)).first->second;
+    data_options data = engine.common.recording.data;
+    data.words = words;
+    return languages.try_emplace(words, data).first->second;
 }
 
-void BatchWorker::AddUnknownWords(const SpokenText& text, voice& said, batch_record* record) {
-    tessarin_language* const language =
-        said.ownLanguage ? said.ownLanguage.get() : engine.language.get();
-    said.transcriber->Transcribe(text.GetLocal().c_str());
+void BatchWorker::AddUnknownWords(const SpokenText& text, const EngineLanguage& language,
+                                  batch_record* record) {
+    tessarin::IVisemixTranscriber& transcriber = language.GetTranscriber();
+    transcriber.Transcribe(text.GetLocal().c_str());
     uint32_t count = 0;
-    const tessarin::CTxMarker* const tokens = said.transcriber->GetOutputMarkers(&count);
+    const tessarin::CTxMarker* const tokens = transcriber.GetOutputMarkers(&count);
     std::vector<batch_record> unknown;
     std::set<std::string> seen;
     for (uint32_t i = 0; i < count; ++i) {
@@ -175,7 +169,8 @@ void BatchWorker::AddUnknownWords(const SpokenText& text, voice& said, batch_rec
             text.GetLocal().substr(token.text_start, token.text_end - token.text_start);
         int32_t isKnown = 0;
         if (!IsMadeOfLetters(word) || !seen.insert(InUpperCase(word)).second ||
-            tessarin_has_word(language, word.c_str(), &isKnown) != TESSARIN_OK || isKnown != 0) {
+            tessarin_has_word(&language.GetFlat(), word.c_str(), &isKnown) != TESSARIN_OK ||
+            isKnown != 0) {
             continue;
         }
         unknown.push_back({{"word", word}, {"phonemes", token.groups[0].alternatives[0]}});
@@ -187,23 +182,22 @@ void BatchWorker::AddUnknownWords(const SpokenText& text, voice& said, batch_rec
 
 void BatchWorker::Write(const batch_line& line, const line_options& options,
                         const timed_result& result, batch_record* record) {
-    for (const written_form& form : engine.forms.Write(result)) {
+    const std::string stem = (fs::path(engine.outputFolder) / line.name).string();
+    for (const written_form& form : engine.forms.Write(result, stem)) {
         const std::string name = line.name + form.ending;
-        const std::string path = (fs::path(engine.outputFolder) / name).string();
+        const std::string path = stem + form.ending;
         RequireOtherFile(path, line.audio);
         RequireOtherFile(path, line.textFile);
         WriteRecorded(engine.outputFolder, name, form.content, record);
     }
     if (engine.pages == batch_pages::kAll ||
         (engine.pages == batch_pages::kFlagged && IsFlagged(*record))) {
-        timed_result shown = result;
-        shown.unsaid.clear(); // what is shown has times
         const page_audio audio =
             ReadPageAudio(line.audio, ChannelNumber(options.recording.channel));
         const std::string name = "pages/" + line.name + ".html";
         WriteRecorded(
             engine.outputFolder, name,
-            MakeViewPage(fs::path(line.audio).filename().string(), WriteJson(shown), audio),
+            MakeViewPage(fs::path(line.audio).filename().string(), WriteJson(result), audio),
             record);
         (*record)["page"] = name;
     }

@@ -23,7 +23,6 @@ struct batch_engine {
     OutputForms forms;
     tessarin::model_owner model;      ///< null when no line has a text
     tessarin::model_owner soundModel; ///< null when each has
-    tessarin::flat::language_owner language;
 };
 
 /// Works on one line after the other; each thread has its own.
@@ -36,23 +35,17 @@ public:
     batch_record Run(const batch_line& line);
 
 private:
-    /// How texts are said with the own words of a file, or without any.
-    struct voice {
-        data_options data;
-        tessarin::transcriber_owner transcriber;
-        tessarin::flat::language_owner ownLanguage; ///< with those words; null without any
-    };
-
     void Work(const batch_line& line, batch_record* record);
     timed_result Search(const batch_line& line, const line_options& options, batch_record* record);
-    voice& VoiceOf(const std::string& words);
-    void AddUnknownWords(const SpokenText& text, voice& said, batch_record* record);
+    const EngineLanguage& LanguageWith(const std::string& words);
+    void AddUnknownWords(const SpokenText& text, const EngineLanguage& language,
+                         batch_record* record);
     void Write(const batch_line& line, const line_options& options, const timed_result& result,
                batch_record* record);
 
     const batch_engine& engine;
-    std::map<std::string, voice> voices; ///< by the file of own words
-    ProgressBar progress{true};          ///< shows nothing, and cancels after Ctrl-C
+    std::map<std::string, EngineLanguage> languages; ///< by the file of own words
+    ProgressBar progress{true};                      ///< shows nothing, and cancels after Ctrl-C
 };
 
 /// Whether a person ought to look at the line of a record.

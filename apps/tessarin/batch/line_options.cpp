@@ -6,6 +6,7 @@ void AddLineOptions(CLI::App& command, line_options* options) {
     AddHearingOptions(command, &options->recording);
     AddReadingOptions(command, &options->text);
     AddTextSearchOptions(command, &options->search);
+    AddAdaptOption(command, &options->recording);
 }
 
 line_options ReadLineOptions(const std::string& own, const line_options& common) {

@@ -20,14 +20,25 @@ struct align_options {
     bool isStrict = false;
 };
 
+/// Why --strict does not take a match, or nothing.
+std::string WhyNotGood(const timed_result& result, const std::string& mismatch) {
+    if (!mismatch.empty() || (result.match && result.match->verdict == "good")) {
+        return mismatch;
+    }
+    if (result.match && result.match->verdict == "unknown") {
+        return result.audio + ": the fit cannot be judged, because the model has no calibration; "
+                              "put its file, with the ending .calibration, beside the model, or "
+                              "leave out --strict";
+    }
+    return result.audio + ": does not fit the text";
+}
+
 /// One line on what does not fit; with --strict that is a failure.
 void ReportMatch(const timed_result& result, bool isStrict) {
     const std::string mismatch = DescribeMismatch(result);
-    const bool isGood = result.match && (result.match->verdict == "good" ||
-                                         (result.match->verdict == "unknown" && mismatch.empty()));
-    if (isStrict && !isGood) {
-        throw Failure(kExitMismatch,
-                      mismatch.empty() ? result.audio + ": does not fit the text" : mismatch);
+    const std::string failure = isStrict ? WhyNotGood(result, mismatch) : "";
+    if (!failure.empty()) {
+        throw Failure(kExitMismatch, failure);
     }
     if (!mismatch.empty()) {
         std::fprintf(stderr, "tessarin: %s\n", mismatch.c_str());
@@ -39,18 +50,18 @@ void RunAlign(const align_options& options) {
         throw Failure(kExitUsage, "align: the text is missing; give what is said with --text or "
                                   "--text-file, or use recognize, which needs none");
     }
-    const tessarin::transcriber_owner transcriber = LoadTranscriber(options.recording.data);
-    const SpokenText text = ReadText(options.text, options.recording.data, *transcriber);
+    const EngineLanguage language(options.recording.data);
+    const SpokenText text = ReadText(options.text, language);
     if (options.areSentencesWanted) {
-        const ScriptOptions script(options.text, options.recording.data, *transcriber);
+        const ScriptOptions script(options.text, language);
         FindSentences(options.recording, {options.search.beam, options.leastScore}, text,
-                      script.GetFlat(), *transcriber);
+                      script.GetFlat(), language.GetFlat());
         return;
     }
     const tessarin::model_owner model = LoadModel(options.recording.data);
-    const timed_result result =
-        AnimateRecording(options.recording, *model, &text,
-                         SearchForText(text, *transcriber, options.recording.data, options.search));
+    const timed_result result = AnimateRecording(
+        options.recording, *model, &text,
+        SearchForText(text, language.GetTranscriber(), options.recording.data, options.search));
     ReportMatch(result, options.isStrict);
 }
 
@@ -82,7 +93,7 @@ void AddAlignCommand(CLI::App& app) {
                    "End with exit code 4 when text and recording do not fit well")
         ->excludes(sentences);
     command->callback([options, match] {
-        if (options->isStrict && options->search.match == tessarin::kMatchExact) {
+        if (options->isStrict && options->search.match == "exact") {
             throw Failure(kExitUsage, match->get_name() + " exact does not look for what --strict "
                                                           "asks");
         }

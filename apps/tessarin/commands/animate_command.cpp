@@ -43,6 +43,6 @@ void AddAnimateCommand(CLI::App& app) {
         ->check(CLI::IsMember({"auto", "sampa"}))
         ->option_text("NAME");
     AddTrackOptions(*command, &options->track);
-    AddOutputOptions(*command, &options->outputs);
+    AddOutputOptions(*command, &options->outputs, "--output-alphabet");
     command->callback([options] { RunAnimate(*options); });
 }

@@ -121,10 +121,10 @@ void AddBatchCommand(CLI::App& app) {
                      "none, those to be looked at (flagged), or all [none]")
         ->transform(CLI::CheckedTransformer(kPages))
         ->option_text("WHICH");
-    AddFormatOptions(*command, &options->line.recording.outputs);
     AddModelOptions(*command, &options->line.recording.data);
     AddLexiconOptions(*command, &options->line.recording.data);
     AddLineOptions(*command, &options->line);
+    AddFormatOptions(*command, &options->line.recording.outputs);
     AddSoundSearchOptions(*command, &options->sounds);
     command->add_flag("-q,--quiet", options->line.recording.quiet, "Show no progress");
     command->callback([options, command] {

@@ -10,6 +10,7 @@ void AddBatchCommand(CLI::App& app);
 void AddAnimateCommand(CLI::App& app);
 void AddViewCommand(CLI::App& app);
 void AddSpectrogramCommand(CLI::App& app);
+void AddCuesCommand(CLI::App& app);
 void AddCutCommand(CLI::App& app);
 void AddCommandsCommand(CLI::App& app);
 void AddGateCommand(CLI::App& app);

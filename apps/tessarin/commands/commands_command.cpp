@@ -151,9 +151,9 @@ void FillSamples(const commands_options& options, CommandMatcher& commands) {
 }
 
 void FillTexts(const commands_options& options, CommandMatcher& commands) {
-    const tessarin::transcriber_owner transcriber = LoadTranscriber(options.data);
-    const tessarin::flat::language_owner language = LoadFlatLanguage(options.data, *transcriber);
-    commands.Add(ReadCommandList(options.files.front()), *language, *transcriber);
+    const EngineLanguage language(options.data);
+    commands.Add(ReadCommandList(options.files.front()), language.GetFlat(),
+                 language.GetTranscriber());
 }
 
 void MatchRecordings(const commands_options& options, CommandMatcher& commands,

@@ -19,7 +19,7 @@ namespace {
 
 /// Enough to recognize a model or a lexicon, without reading a long recording whole.
 std::string ReadHead(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
     std::string head(4, '\0');
     file.read(head.data(), static_cast<std::streamsize>(head.size()));
     head.resize(static_cast<size_t>(file.gcount()));

@@ -22,6 +22,7 @@ void AddRecognizeCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand(
         "recognize", "Find phonemes without a text, and make the mouth shapes from them");
     AddRecordingOptions(*command, &options->recording);
+    AddAdaptOption(*command, &options->recording);
     AddSoundSearchOptions(*command, &options->search);
     command->callback([options] { RunRecognize(*options); });
 }

@@ -1,5 +1,7 @@
 #include "apps/tessarin/commands/recording_command.h"
 
+#include <algorithm>
+
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/console/progress_bar.h"
 #include "apps/tessarin/match_report.h"
@@ -17,6 +19,35 @@ tessarin::results_owner MakeResults() {
     return tessarin::results_owner(results);
 }
 
+opened_recording OpenGated(const recording_options& options, tessarin::CAccousticHMM& model) {
+    opened_recording recording =
+        OpenRecording(options.audio, ChannelNumber(options.channel), options.stretch, model);
+    AddGate(options.gate, options.audio, *recording.observations);
+    return recording;
+}
+
+/// A copy of `model` that fits the voice, or null where that is not wanted or not worth while.
+tessarin::model_owner AdaptToVoice(const recording_options& options, tessarin::CAccousticHMM& model,
+                                   timed_result* result) {
+    if (options.adapt == "off") {
+        return {};
+    }
+    const opened_recording recording = OpenGated(options, model);
+    float gain = 0.0f;
+    tessarin::CAccousticHMM* made = nullptr;
+    const int32_t code =
+        CreateAdaptedAccHMM(&model, recording.observations.get(),
+                            options.adapt == "on" ? 0.0f : tessarin::kKnownVoiceGain, &gain, &made);
+    if (code != tessarin::kNoError) {
+        throw EngineFailure(options.audio, code);
+    }
+    tessarin::model_owner adapted(made);
+    if (adapted) {
+        result->adaptationGain = gain;
+    }
+    return adapted;
+}
+
 } // namespace
 
 int ChannelNumber(const std::string& channel) {
@@ -30,6 +61,9 @@ void AddListeningOptions(CLI::App& command, recording_options* options) {
     AddModelOptions(command, &options->data);
     AddHearingOptions(command, options);
     command.add_flag("-q,--quiet", options->quiet, "Show no progress bar");
+    command.add_flag("--progress-lines", options->progressLines,
+                     "Write progress as lines, such as \"progress 42\", in percent of the search "
+                     "at hand, on standard error");
 }
 
 void AddModelOptions(CLI::App& command, data_options* options) {
@@ -47,6 +81,16 @@ void AddHearingOptions(CLI::App& command, recording_options* options) {
     AddTrackOptions(command, &options->track);
 }
 
+void AddAdaptOption(CLI::App& command, recording_options* options) {
+    command
+        .add_option(
+            "--adapt", options->adapt,
+            "Without a text, fit the model to the voice first: on, off, or auto, which does "
+            "so for voices that it does not know [auto]")
+        ->check(CLI::IsMember({"auto", "on", "off"}))
+        ->option_text("auto|on|off");
+}
+
 void AddRecordingOptions(CLI::App& command, recording_options* options) {
     AddListeningOptions(command, options);
     AddOutputOptions(command, &options->outputs);
@@ -55,7 +99,7 @@ void AddRecordingOptions(CLI::App& command, recording_options* options) {
 timed_result FindTimings(const recording_options& options, tessarin::CAccousticHMM& model,
                          const SpokenText* text, const recording_search& search) {
     CatchInterrupts();
-    ProgressBar progress(options.quiet);
+    ProgressBar progress(options.quiet, options.progressLines);
     return FindTimings(options, model, text, search, progress);
 }
 
@@ -63,15 +107,15 @@ timed_result FindTimings(const recording_options& options, tessarin::CAccousticH
                          const SpokenText* text, const recording_search& search,
                          tessarin::ProgressSink& progress) {
     const tessarin::results_owner results = MakeResults();
-    opened_recording recording =
-        OpenRecording(options.audio, ChannelNumber(options.channel), options.stretch, model);
-    AddGate(options.gate, options.audio, *recording.observations);
-
     timed_result result;
     result.audio = options.audio;
+    const tessarin::model_owner adapted =
+        text == nullptr ? AdaptToVoice(options, model, &result) : tessarin::model_owner();
+    tessarin::CAccousticHMM& used = adapted ? *adapted : model;
+    opened_recording recording = OpenGated(options, used);
     result.durationMs = recording.durationMs;
     match_report report;
-    result.code = search(recording, model, progress, *results, report);
+    result.code = search(recording, used, progress, *results, report);
     if (result.code != tessarin::kNoError && result.code != tessarin::kRecognitionFailed) {
         throw EngineFailure(options.audio, result.code);
     }
@@ -86,13 +130,25 @@ timed_result FindTimings(const recording_options& options, tessarin::CAccousticH
     return result;
 }
 
+void RequireFound(const timed_result& result) {
+    if (result.code == tessarin::kNoError) {
+        return;
+    }
+    constexpr float kSilentDb = -90.0f; // below the noise of any microphone
+    const bool isSilent =
+        !result.loudness.empty() &&
+        std::ranges::all_of(result.loudness, [](float db) { return db < kSilentDb; });
+    throw Failure(kExitFailed, DescribeCode(result.audio, result.code) +
+                                   (isSilent ? "\n  it is silent from beginning to end; check the "
+                                               "recording, or choose another --channel"
+                                             : ""));
+}
+
 timed_result AnimateRecording(const recording_options& options, tessarin::CAccousticHMM& model,
                               const SpokenText* text, const recording_search& search) {
     const OutputPlan outputs(options.outputs);
     const timed_result result = FindTimings(options, model, text, search);
     outputs.Write(result);
-    if (result.code != tessarin::kNoError) {
-        throw EngineFailure(options.audio, result.code);
-    }
+    RequireFound(result);
     return result;
 }

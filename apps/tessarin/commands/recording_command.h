@@ -20,9 +20,11 @@ struct recording_options {
     std::string channel = "1";
     recording_stretch stretch;
     gate_options gate;
+    std::string adapt = "auto"; ///< the model to the voice, without a text: auto, on or off
     track_options track;
     output_options outputs;
     bool quiet = false;
+    bool progressLines = false; // for programs that start the tool
 };
 
 /// The recording, the model, how it is listened to and how the track is made.
@@ -31,6 +33,9 @@ void AddListeningOptions(CLI::App& command, recording_options* options);
 /// Of these, the model and its folder; and all that may differ from one recording to the next.
 void AddModelOptions(CLI::App& command, data_options* options);
 void AddHearingOptions(CLI::App& command, recording_options* options);
+
+/// --adapt, for searches without a text.
+void AddAdaptOption(CLI::App& command, recording_options* options);
 
 /// These, and the outputs.
 void AddRecordingOptions(CLI::App& command, recording_options* options);
@@ -53,6 +58,9 @@ timed_result FindTimings(const recording_options& options, tessarin::CAccousticH
 timed_result FindTimings(const recording_options& options, tessarin::CAccousticHMM& model,
                          const SpokenText* text, const recording_search& search,
                          tessarin::ProgressSink& progress);
+
+/// Throws Failure where the search lost the text, with what is known of the reason.
+void RequireFound(const timed_result& result);
 
 /// FindTimings, and writes all that was found, which is returned. Throws Failure; when the search
 /// lost the text, only after what it found was written.

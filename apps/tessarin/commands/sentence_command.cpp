@@ -96,18 +96,16 @@ float LeastScore(double wanted) {
 std::vector<searched_sentence> Search(const recording_options& options,
                                       const sentence_options& search, const SpokenText& text,
                                       const tessarin_script_options& script,
-                                      const tessarin_audio& audio,
-                                      tessarin::IVisemixTranscriber& transcriber) {
+                                      const tessarin_audio& audio, tessarin_language& language) {
     const tessarin::flat::model_owner model = LoadFlatModel(options.data);
-    const tessarin::flat::language_owner language = LoadFlatLanguage(options.data, transcriber);
     const tessarin_search_options range{
         sizeof range,         search.beam, options.stretch.fromMs, options.stretch.toMs, 0,
-        TESSARIN_MATCH_EXACT, &script};
+        TESSARIN_MATCH_EXACT, &script,     TESSARIN_ADAPT_OFF};
     ProgressBar bar(options.quiet);
     const tessarin_progress progress = bar.GetFlat();
     tessarin::flat::sentence_search_owner found;
     const int32_t code = tessarin_create_sentence_search(
-        model.get(), language.get(), &audio, text.GetUtf8().c_str(), LeastScore(search.leastScore),
+        model.get(), &language, &audio, text.GetUtf8().c_str(), LeastScore(search.leastScore),
         &range, &progress, tessarin::Out(found));
     if (code != TESSARIN_OK) {
         throw EngineFailure(options.audio, code);
@@ -126,7 +124,7 @@ std::vector<searched_sentence> Search(const recording_options& options,
 
 void FindSentences(const recording_options& options, const sentence_options& search,
                    const SpokenText& text, const tessarin_script_options& script,
-                   tessarin::IVisemixTranscriber& transcriber) {
+                   tessarin_language& language) {
     const sentence_output output(options.outputs);
     CatchInterrupts();
     const data_source_handle samples =
@@ -135,7 +133,7 @@ void FindSentences(const recording_options& options, const sentence_options& sea
     const tessarin::flat::audio_owner audio = FlatAudio(options.audio, *samples);
     const auto durationMs = static_cast<int64_t>(samples->SamplesToMs(samples->GetNumSamples()));
     const std::vector<searched_sentence> sentences =
-        Search(options, search, text, script, *audio, transcriber);
+        Search(options, search, text, script, *audio, language);
     WriteOutput(output.file, output.isTable ? WriteTsv(sentences)
                                             : WriteJson(options.audio, durationMs, sentences));
 }

@@ -13,4 +13,4 @@ struct sentence_options {
 /// Throws Failure.
 void FindSentences(const recording_options& options, const sentence_options& search,
                    const SpokenText& text, const tessarin_script_options& script,
-                   tessarin::IVisemixTranscriber& transcriber);
+                   tessarin_language& language);

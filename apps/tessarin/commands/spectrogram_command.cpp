@@ -26,10 +26,10 @@ struct spectrogram_options {
 
 timed_result Align(const spectrogram_options& options) {
     const tessarin::model_owner model = LoadModel(options.recording.data);
-    const tessarin::transcriber_owner transcriber = LoadTranscriber(options.recording.data);
-    const SpokenText text = ReadText(options.text, options.recording.data, *transcriber);
+    const EngineLanguage language(options.recording.data);
+    const SpokenText text = ReadText(options.text, language);
     return FindTimings(options.recording, *model, &text,
-                       SearchForText(text, *transcriber, options.recording.data));
+                       SearchForText(text, language.GetTranscriber(), options.recording.data));
 }
 
 std::optional<timed_result> FindBoundaries(const spectrogram_options& options) {

@@ -116,11 +116,12 @@ void RunTranscribe(const transcribe_options& options) {
         throw Failure(kExitUsage, "transcribe: the text is missing; give it with --text, "
                                   "--text-file, or - for standard input");
     }
-    const tessarin::transcriber_owner transcriber = LoadTranscriber(options.data);
-    const SpokenText text = ReadText(source, options.data, *transcriber);
-    transcriber->Transcribe(text.GetLocal().c_str());
+    const EngineLanguage language(options.data);
+    const SpokenText text = ReadText(source, language);
+    tessarin::IVisemixTranscriber& reader = text.TranscriberOr(language.GetTranscriber());
+    reader.Transcribe(text.GetLocal().c_str());
     uint32_t count = 0;
-    const CTxMarker* tokens = transcriber->GetOutputMarkers(&count);
+    const CTxMarker* tokens = reader.GetOutputMarkers(&count);
     WriteOutput(options.output, options.format == "json" ? TokensAsJson(text, tokens, count)
                                                          : TokensAsTsv(text, tokens, count));
 }

@@ -1,13 +1,13 @@
+#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <string>
-
-#include <nlohmann/json.hpp>
 
 #include "apps/tessarin/commands/commands.h"
 #include "apps/tessarin/commands/recording_command.h"
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/console/file_io.h"
+#include "apps/tessarin/match_report.h"
 #include "apps/tessarin/options/text_options.h"
 #include "apps/tessarin/page/view_page.h"
 #include "apps/tessarin/pictures/mouth_sheet.h"
@@ -33,25 +33,14 @@ timed_result FindTimings(const view_options& options) {
         return FindTimings(recording, *model, nullptr, SearchForSounds());
     }
     const tessarin::model_owner model = LoadModel(recording.data);
-    const tessarin::transcriber_owner transcriber = LoadTranscriber(recording.data);
-    const SpokenText text = ReadText(options.text, options.recording.data, *transcriber);
-    return FindTimings(recording, *model, &text, SearchForText(text, *transcriber, recording.data));
-}
-
-/// The page shows what has times.
-std::string WithoutUnsaid(std::string text) {
-    nlohmann::ordered_json document = nlohmann::ordered_json::parse(text, nullptr, false);
-    if (document.is_discarded() || !document.is_object() || !document.contains("words")) {
-        return text; // to be judged as it is
+    const EngineLanguage language(recording.data);
+    const SpokenText text = ReadText(options.text, language);
+    timed_result result = FindTimings(
+        recording, *model, &text, SearchForText(text, language.GetTranscriber(), recording.data));
+    if (const std::string mismatch = DescribeMismatch(result); !mismatch.empty()) {
+        std::fprintf(stderr, "tessarin: %s\n", mismatch.c_str());
     }
-    auto& words = document["words"];
-    const size_t count = words.size();
-    for (size_t i = words.is_array() ? count : 0; i-- > 0;) {
-        if (words[i].is_object() && words[i].contains("said") && words[i]["said"] == false) {
-            words.erase(i);
-        }
-    }
-    return words.size() == count ? text : document.dump();
+    return result;
 }
 
 /// What is shown, for the sheet and for the page.
@@ -63,14 +52,13 @@ struct shown_result {
 shown_result Find(const view_options& options) {
     shown_result shown;
     shown.result = FindTimings(options);
-    shown.result.unsaid.clear(); // what is shown has times
     shown.json = WriteJson(shown.result);
     return shown;
 }
 
 shown_result ReadKnown(const view_options& options) {
     shown_result shown;
-    shown.json = WithoutUnsaid(ReadWholeFile(options.timings));
+    shown.json = ReadWholeFile(options.timings);
     RequireShowableJson(options.timings, shown.json);
     if (!options.sheet.empty()) {
         shown.result = ReadTimings(options.timings, false);
@@ -99,9 +87,7 @@ void RunView(const view_options& options) {
         WriteOutput(options.output.empty() ? "-" : options.output,
                     MakeViewPage(title, shown.json, audio));
     }
-    if (shown.result.code != tessarin::kNoError) {
-        throw EngineFailure(path, shown.result.code);
-    }
+    RequireFound(shown.result);
 }
 
 } // namespace
@@ -119,9 +105,12 @@ void AddViewCommand(CLI::App& app) {
         "the text, or recognized if no text is given");
     timings->option_text("FILE");
     // What was found already is shown as it is.
-    for (const char* other : {"--text", "--text-file", "--encoding", "--lexicon", "--words",
-                              "--model", "--from", "--to", "--gate", "--rules", "--fps", "--smooth",
-                              "--slope", "--max-shapes", "--gain", "--common-keys", "--quantize"}) {
+    for (const char* other :
+         {"--text",        "--text-file",    "--encoding",  "--literal",    "--text-format",
+          "--speaker",     "--script-table", "--cue-times", "--lexicon",    "--words",
+          "--model",       "--from",         "--to",        "--gate",       "--rules",
+          "--fps",         "--smooth",       "--slope",     "--max-shapes", "--gain",
+          "--common-keys", "--quantize"}) {
         timings->excludes(other);
     }
     command

@@ -89,15 +89,15 @@ std::string ReadWholeFile(const std::string& path) {
         throw Failure(kExitFailed, path + ": is a folder, not a file");
     }
     errno = 0;
-    std::ifstream file(path, std::ios::binary | std::ios::ate);
+    std::ifstream file(fs::path(path), std::ios::binary);
     if (!file) {
         throw Failure(kExitFailed, WithReason(path + ": cannot be opened", errno));
     }
+    file.seekg(0, std::ios::end);
     const std::streamoff size = file.tellg();
-    if (size < 0) { // a pipe or a device
-        file.close();
-        std::ifstream stream(path, std::ios::binary);
-        return streams[path] = ReadStream(stream);
+    if (size < 0) { // a pipe, such as <(...) of a shell
+        file.clear();
+        return streams[path] = ReadStream(file);
     }
     std::string content(static_cast<size_t>(size), '\0');
     file.seekg(0);

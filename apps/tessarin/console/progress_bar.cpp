@@ -43,7 +43,8 @@ bool WasInterrupted() {
     return interrupted != 0;
 }
 
-ProgressBar::ProgressBar(bool quiet) : visible(!quiet && StandardErrorIsTerminal()) {}
+ProgressBar::ProgressBar(bool quiet, bool asLines)
+    : visible(!quiet && !asLines && StandardErrorIsTerminal()), writesLines(asLines) {}
 
 ProgressBar::~ProgressBar() {
     Erase();
@@ -54,6 +55,9 @@ void ProgressBar::SetStatus(const char* text) {
 }
 
 bool ProgressBar::OnProgress(uint32_t done, uint32_t total) {
+    if (writesLines && total > 0) {
+        WriteLine(static_cast<int>(100.0 * std::min(done, total) / total));
+    }
     const auto now = std::chrono::steady_clock::now();
     if (visible && total > 0 && (!drawn || now - lastDrawn >= kRedrawInterval)) {
         const double share = std::min(1.0, static_cast<double>(done) / total);
@@ -67,6 +71,14 @@ bool ProgressBar::OnProgress(uint32_t done, uint32_t total) {
         lastDrawn = now;
     }
     return WasInterrupted();
+}
+
+void ProgressBar::WriteLine(int percent) {
+    if (percent != writtenPercent) {
+        std::fprintf(stderr, "progress %d\n", percent);
+        std::fflush(stderr);
+        writtenPercent = percent;
+    }
 }
 
 void ProgressBar::Erase() {

@@ -16,10 +16,11 @@ bool WasInterrupted();
 bool StandardErrorIsTerminal();
 
 /// Shows how far a run has come, on standard error, when that is a terminal and the user did not
-/// ask for quiet; cancels the run after Ctrl-C.
+/// ask for quiet; cancels the run after Ctrl-C. With `asLines` it writes lines such as
+/// "progress 42", percents of the search at hand, for programs that start the tool.
 class ProgressBar final : public tessarin::ProgressSink {
 public:
-    explicit ProgressBar(bool quiet);
+    explicit ProgressBar(bool quiet, bool asLines = false);
     ~ProgressBar();
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
@@ -31,10 +32,13 @@ public:
     tessarin_progress GetFlat();
 
 private:
+    void WriteLine(int percent);
     void Erase();
 
     std::string status = "Searching";
     bool visible;
+    bool writesLines;
+    int writtenPercent = -1;
     bool drawn = false;
     std::chrono::steady_clock::time_point lastDrawn;
 };

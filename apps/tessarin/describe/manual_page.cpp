@@ -63,6 +63,9 @@ The command line is wrong.
 2
 It failed; the message names the file and the reason.
 .TP
+4
+Text and recording do not fit, or it cannot be judged whether they do, with \-\-strict.
+.TP
 5
 Cancelled with Ctrl\-C.
 )";

@@ -40,10 +40,26 @@ std::string CalibrationPath(const data_options& options);
 /// All throw Failure.
 tessarin::model_owner LoadModel(const data_options& options);
 tessarin::model_owner LoadHearingModel(const data_options& options);
-tessarin::transcriber_owner LoadTranscriber(const data_options& options);
 
-/// The same for calls of the flat interface. `transcriber` is that of LoadTranscriber, which has
-/// warned of what the user's words say in vain.
+/// The same for calls of the flat interface.
 tessarin::flat::model_owner LoadFlatModel(const data_options& options);
-tessarin::flat::language_owner LoadFlatLanguage(const data_options& options,
-                                                tessarin::IVisemixTranscriber& transcriber);
+
+/// The language of a lexicon with the user's words, for the classes and for calls of the flat
+/// interface, of one reading of its file.
+class EngineLanguage {
+public:
+    /// Warns of what the user's words say in vain. Throws Failure.
+    explicit EngineLanguage(const data_options& options);
+
+    tessarin::IVisemixTranscriber& GetTranscriber() const { return *transcriber; }
+    /// Made at the first call. Throws Failure.
+    tessarin_language& GetFlat() const;
+    const data_options& GetOptions() const { return data; }
+
+private:
+    data_options data;
+    std::string path;
+    std::string content; ///< of the file
+    tessarin::transcriber_owner transcriber;
+    mutable tessarin::flat::language_owner flat;
+};

@@ -36,14 +36,17 @@ MouthShapes MouthShapes::BuiltIn(const std::string& set) {
 }
 
 MouthShapes MouthShapes::FromFile(const std::string& path) {
+    return FromText(path, ReadWholeFile(path));
+}
+
+MouthShapes MouthShapes::FromText(const std::string& name, const std::string& text) {
     tessarin_shapes* made = nullptr;
     char reason[256];
-    const std::string text = ReadWholeFile(path);
     const int32_t code =
         tessarin_create_shapes_from_text(text.c_str(), reason, sizeof reason, &made);
     if (code != tessarin::kNoError) {
-        throw reason[0] != '\0' ? Failure(kExitFailed, path + ": " + reason)
-                                : EngineFailure(path, code);
+        throw reason[0] != '\0' ? Failure(kExitFailed, name + ": " + reason)
+                                : EngineFailure(name, code);
     }
     MouthShapes shapes;
     shapes.shapes = tessarin::flat::shapes_owner(made);

@@ -16,6 +16,8 @@ public:
     static MouthShapes BuiltIn(const std::string& set);
     /// The user's own. Throws Failure, which names the file and the line.
     static MouthShapes FromFile(const std::string& path);
+    /// A map from its text; `name` stands for it in the Failure.
+    static MouthShapes FromText(const std::string& name, const std::string& text);
 
     std::string GetSet() const;
     std::vector<std::string> GetNames() const;

@@ -60,84 +60,91 @@ uint32_t FormOf(const text_options& options) {
     return static_cast<uint32_t>(std::ranges::find(kForms, form) - kForms.begin());
 }
 
-/// The user's table, and their own words, which are never spelled.
-std::string ReadTable(const text_options& options, const data_options& data,
-                      tessarin::IVisemixTranscriber& transcriber) {
-    std::string table = options.table.empty() ? "" : ReadWholeFile(options.table);
-    if (!data.words.empty()) {
-        const SpokenText words(data.words, ReadWholeFile(data.words), "auto", transcriber);
-        table += "\n[acronyms]\n";
-        for (const word_entry& entry : ReadWordList(data.words, words.GetLocal())) {
-            const std::string word = InUpperCase(entry.word);
-            if (word.size() <= 32 && std::ranges::all_of(word, [](char letter) {
-                    return letter >= 'A' && letter <= 'Z';
-                })) {
-                table += word + "\n";
-            }
+/// The user's own words, which are never spelled, as entries of a table.
+std::string ReadAcronyms(const EngineLanguage& language) {
+    const std::string& path = language.GetOptions().words;
+    if (path.empty()) {
+        return "";
+    }
+    const SpokenText words(path, ReadWholeFile(path), "auto", language.GetTranscriber());
+    std::string table = "\n[acronyms]\n";
+    for (const word_entry& entry : ReadWordList(path, words.GetLocal())) {
+        const std::string word = InUpperCase(entry.word);
+        if (word.size() <= 32 &&
+            std::ranges::all_of(word, [](char letter) { return letter >= 'A' && letter <= 'Z'; })) {
+            table += word + "\n";
         }
     }
     return table;
 }
 
-/// Where the table does not read, or nothing.
+/// The user's table; empty without one.
+std::string ReadTable(const text_options& options) {
+    std::string table = options.table.empty() ? "" : ReadWholeFile(options.table);
+    if (table.find('\0') != std::string::npos) {
+        throw Failure(kExitFailed, options.table + ": is not a text; data/en-us.script shows the "
+                                                   "form of a table");
+    }
+    return table;
+}
+
+/// Throws Failure with the line and the reason where the table does not read.
 void RequireTable(const std::string& path, const std::string& table) {
-    tessarin_script_options options{};
-    options.size = sizeof options;
-    options.table = table.c_str();
-    tessarin_script* script = nullptr;
-    const int32_t code = tessarin_create_script(nullptr, "", &options, &script);
-    tessarin_free_script(script);
-    if (code != tessarin::kNoError) {
-        throw Failure(kExitFailed,
-                      path + ": is not a table of a script: it has sections in brackets, as "
-                             "data/en-us.script has them, and lines whose fields are separated by "
-                             "tabs");
+    char reason[200];
+    if (tessarin_check_script_table(table.c_str(), reason, sizeof reason) != tessarin::kNoError) {
+        throw Failure(kExitFailed, path + ": " + reason + "; data/en-us.script shows the form");
     }
 }
 
-/// The number of a language that the built-in table is for.
-bool IsEnglish(tessarin::IVisemixTranscriber& transcriber) {
-    constexpr uint32_t kEnglish = 9;
-    tessarin::TranscriberInfo info = {};
-    transcriber.getTranscriberInfo(&info);
-    return info.language == kEnglish || info.language == 0;
+/// Whether texts of the language are read as scripts: English ones are, and all for which the user
+/// has a table. Throws Failure for a table that does not read.
+bool ReadsScripts(const std::string& path, const std::string& table,
+                  const EngineLanguage& language) {
+    RequireTable(path, table);
+    tessarin_script_options options{};
+    options.size = sizeof options;
+    options.table = path.empty() ? nullptr : table.c_str();
+    tessarin_script* made = nullptr;
+    const int32_t code = tessarin_create_script(&language.GetFlat(), "", &options, &made);
+    tessarin_free_script(made);
+    if (code != TESSARIN_OK && code != TESSARIN_NOT_AVAILABLE) {
+        throw EngineFailure(path.empty() ? "script" : path, code);
+    }
+    return code == TESSARIN_OK;
 }
 
-bool IsScript(const text_options& options, tessarin::IVisemixTranscriber& transcriber) {
-    return !options.isLiteral && (IsEnglish(transcriber) || !options.table.empty());
-}
-
-SpokenText ReadAsScript(const std::string& source, std::string bytes, const text_options& options,
-                        const data_options& data, tessarin::IVisemixTranscriber& transcriber,
-                        tessarin_language* language) {
-    const ScriptOptions script(options, data, transcriber);
-    return {source, std::move(bytes), options.encoding, transcriber, {&script.GetFlat(), language}};
+/// A text that is not read as a script has none of its parts. Throws Failure for an option that
+/// asks for them.
+void RequireNoScriptOptions(const text_options& options) {
+    const std::pair<const char*, bool> wanted[] = {{"--speaker", !options.speaker.empty()},
+                                                   {"--text-format", options.form != "auto"},
+                                                   {"--cue-times", options.hasCueTimes},
+                                                   {"--script-table", !options.table.empty()}};
+    for (const auto& [name, isWanted] : wanted) {
+        if (isWanted) {
+            throw Failure(kExitUsage,
+                          name + std::string(options.isLiteral
+                                                 ? ": does not go with --literal, which reads the "
+                                                   "text as it stands; leave one of them out"
+                                                 : ": there is no table of scripts for the "
+                                                   "language; give one with --script-table"));
+        }
+    }
 }
 
 } // namespace
 
-tessarin::flat::language_owner LoadScriptLanguage(const data_options& data) {
-    const std::string path = DataPathOr(data.lexicon, data, kLexiconName);
-    tessarin_language* opened = nullptr;
-    const int32_t code = tessarin_create_language_from_file(path.c_str(), &opened);
-    tessarin::flat::language_owner language(opened);
-    if (code != tessarin::kNoError) {
-        throw EngineFailure(path, code);
-    }
-    return language;
-}
-
-ScriptOptions::ScriptOptions(const text_options& options, const data_options& data,
-                             tessarin::IVisemixTranscriber& transcriber)
+ScriptOptions::ScriptOptions(const text_options& options, const EngineLanguage& language)
     : speaker(options.speaker) {
     flat.size = sizeof flat;
-    if (!IsScript(options, transcriber)) {
+    table = ReadTable(options);
+    if (options.isLiteral || !ReadsScripts(options.table, table, language)) {
         flat.flags = TESSARIN_SCRIPT_LITERAL;
         return;
     }
-    table = ReadTable(options, data, transcriber);
-    RequireTable(options.table, table);
-    flat.flags = options.hasCueTimes ? TESSARIN_SCRIPT_CUE_TIMES : 0;
+    table += ReadAcronyms(language);
+    flat.flags = (options.hasCueTimes ? uint32_t{TESSARIN_SCRIPT_CUE_TIMES} : 0) |
+                 (options.hasOneReading ? uint32_t{TESSARIN_SCRIPT_ONE_READING} : 0);
     flat.format = FormOf(options);
     flat.speaker = speaker.c_str();
     flat.table = table.c_str();
@@ -178,6 +185,9 @@ void AddReadingOptions(CLI::App& command, text_options* options) {
                     "Your own units, titles, abbreviations ..., on top of the project's: a file in "
                     "the form of data/en-us.script")
         ->option_text("FILE");
+    command.add_flag("--one-reading", options->hasOneReading,
+                     "Say numbers, times and unknown words in the usual way, where otherwise the "
+                     "recording chooses: 9:00 as nine o'clock, never as nine");
     command.add_flag("--cue-times", options->hasCueTimes,
                      "Divide subtitles at their pauses, by their times");
 }
@@ -190,31 +200,30 @@ SpokenText ReadSpokenText(const std::string& source, std::string bytes, const st
     return {source, std::move(bytes), encoding, transcriber};
 }
 
-SpokenText ReadText(const text_options& options, const data_options& data,
-                    tessarin::IVisemixTranscriber& transcriber) {
-    const tessarin::flat::language_owner language =
-        IsScript(options, transcriber) ? LoadScriptLanguage(data) : nullptr;
-    return ReadText(options, data, transcriber, language.get(), PrintWarning);
+SpokenText ReadText(const text_options& options, const EngineLanguage& language) {
+    return ReadText(options, language, PrintWarning);
 }
 
-SpokenText ReadText(const text_options& options, const data_options& data,
-                    tessarin::IVisemixTranscriber& transcriber, tessarin_language* language,
+SpokenText ReadText(const text_options& options, const EngineLanguage& language,
                     const text_warning& warn) {
     const std::string source = options.file.value_or("--text");
     std::string bytes = options.file ? ReadWholeFile(*options.file) : options.text.value_or("");
+    tessarin::IVisemixTranscriber& transcriber = language.GetTranscriber();
     if (options.encoding == "auto") {
         WarnOfBadUtf8(source, bytes, transcriber, warn);
     }
-    const bool isScript = IsScript(options, transcriber);
-    if (!isScript && !options.speaker.empty()) {
-        throw Failure(kExitUsage, options.isLiteral
-                                      ? "--speaker: a text that is --literal has no roles"
-                                      : "--speaker: there is no table of scripts for the language; "
-                                        "give one with --script-table");
+    if (options.isLiteral) {
+        RequireNoScriptOptions(options);
     }
-    SpokenText text =
-        isScript ? ReadAsScript(source, std::move(bytes), options, data, transcriber, language)
-                 : SpokenText(source, std::move(bytes), options.encoding, transcriber);
+    const ScriptOptions script(options, language);
+    const bool isScript = (script.GetFlat().flags & TESSARIN_SCRIPT_LITERAL) == 0;
+    if (!isScript) {
+        RequireNoScriptOptions(options);
+    }
+    SpokenText text = isScript
+                          ? SpokenText(source, std::move(bytes), options.encoding, transcriber,
+                                       {&script.GetFlat(), &language.GetFlat()})
+                          : SpokenText(source, std::move(bytes), options.encoding, transcriber);
     if (const size_t numUnsaid = text.GetNumUnsaid(); numUnsaid > 0) {
         warn(source + ": " + std::to_string(numUnsaid) + " symbols that have no name are not said");
     }

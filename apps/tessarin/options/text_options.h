@@ -16,8 +16,9 @@ struct text_options {
     std::string encoding = "auto";
     bool isLiteral = false;
     std::string form = "auto"; ///< of a script
-    std::string speaker;       ///< whose lines are said; empty: everybody's
-    std::string table;         ///< entries on top of the built-in ones
+    bool hasOneReading = false;
+    std::string speaker; ///< whose lines are said; empty: everybody's
+    std::string table;   ///< entries on top of the built-in ones
     bool hasCueTimes = false;
 
     bool IsGiven() const { return text || file; }
@@ -27,8 +28,7 @@ struct text_options {
 class ScriptOptions {
 public:
     /// Throws Failure for a table that does not read.
-    ScriptOptions(const text_options& options, const data_options& data,
-                  tessarin::IVisemixTranscriber& transcriber);
+    ScriptOptions(const text_options& options, const EngineLanguage& language);
     ScriptOptions(const ScriptOptions&) = delete;
     ScriptOptions& operator=(const ScriptOptions&) = delete;
 
@@ -51,18 +51,12 @@ void AddReadingOptions(CLI::App& command, text_options* options);
 SpokenText ReadSpokenText(const std::string& source, std::string bytes, const std::string& encoding,
                           tessarin::IVisemixTranscriber& transcriber);
 
-/// What is said of the text that was given, for `transcriber`, which `data` names. Warns of
-/// characters that it cannot read. Throws Failure, also for a text that is blank.
-SpokenText ReadText(const text_options& options, const data_options& data,
-                    tessarin::IVisemixTranscriber& transcriber);
-
 /// Receives what is to be said of a text that can be read all the same.
 using text_warning = std::function<void(const std::string& warning)>;
 
-/// The language that scripts are read for, without the user's words. Throws Failure.
-tessarin::flat::language_owner LoadScriptLanguage(const data_options& data);
-
-/// The same as ReadText with a language that is there already, which several threads may share.
-SpokenText ReadText(const text_options& options, const data_options& data,
-                    tessarin::IVisemixTranscriber& transcriber, tessarin_language* language,
+/// What is said of the text that was given. Warns of characters that the language cannot read, on
+/// standard error unless `warn` receives that. Throws Failure, also for a text that is blank, and
+/// for options that do not go together.
+SpokenText ReadText(const text_options& options, const EngineLanguage& language);
+SpokenText ReadText(const text_options& options, const EngineLanguage& language,
                     const text_warning& warn);

@@ -3,6 +3,8 @@
 #include <iterator>
 #include <span>
 #include <string_view>
+#include <unordered_map>
+#include <utility>
 
 #include <utf8.h>
 
@@ -196,65 +198,66 @@ std::string ReadLexicon(const std::string& path) {
     return content;
 }
 
-/// All ways to say a word, separated by bars.
-struct user_word {
-    std::string word;
-    std::string phonemes;
-};
+/// A word, and all ways to say it, separated by bars.
+using user_word = std::pair<std::string, std::string>;
 
-/// Those with accents come first: each also sets the word without them, for which what the user
-/// says of that counts.
+/// In their order, but those with accents come first: each also sets the word without them, for
+/// which what the user says of that counts.
 std::vector<user_word> GroupByWord(std::span<const word_entry> entries) {
     std::vector<user_word> words;
+    std::unordered_map<std::string, size_t> known;
     for (const word_entry& entry : entries) {
         const std::string upper = InUpperCase(entry.word);
-        const auto known = std::ranges::find(words, upper, &user_word::word);
-        if (known == words.end()) {
-            words.push_back({upper, entry.phonemes});
+        const auto [place, isNew] = known.try_emplace(upper, words.size());
+        if (isNew) {
+            words.emplace_back(upper, entry.phonemes);
         } else {
-            known->phonemes += "|" + entry.phonemes;
+            words[place->second].second += "|" + entry.phonemes;
         }
     }
-    std::ranges::stable_partition(words, [](const user_word& each) { return !IsAscii(each.word); });
+    std::ranges::stable_partition(words,
+                                  [](const user_word& each) { return !IsAscii(each.first); });
     return words;
+}
+
+tessarin::transcriber_owner MakeTranscriber(const std::string& path, const std::string& content,
+                                            const std::string& words) {
+    const bool isText = !LooksLikeLexicon(content);
+    if (words.empty()) {
+        return isText ? FromText(path, content) : FromImage(path, content);
+    }
+    return isText ? FromTextWithWords(path, content, words) : FromFileWithWords(path, words);
 }
 
 } // namespace
 
-tessarin::transcriber_owner LoadTranscriber(const data_options& options) {
-    const std::string path = DataPathOr(options.lexicon, options, kLexiconName);
-    const std::string content = ReadLexicon(path);
-    const bool isText = !LooksLikeLexicon(content);
-    if (options.words.empty()) {
-        return isText ? FromText(path, content) : FromImage(path, content);
-    }
-    return isText ? FromTextWithWords(path, content, options.words)
-                  : FromFileWithWords(path, options.words);
-}
+EngineLanguage::EngineLanguage(const data_options& options)
+    : data(options), path(DataPathOr(options.lexicon, options, kLexiconName)),
+      content(ReadLexicon(path)), transcriber(MakeTranscriber(path, content, options.words)) {}
 
-tessarin::flat::language_owner LoadFlatLanguage(const data_options& options,
-                                                IVisemixTranscriber& transcriber) {
-    const std::string path = DataPathOr(options.lexicon, options, kLexiconName);
-    const std::string content = ReadLexicon(path);
-    tessarin::flat::language_owner language;
+tessarin_language& EngineLanguage::GetFlat() const {
+    if (flat != nullptr) {
+        return *flat;
+    }
+    tessarin::flat::language_owner made;
     int32_t code = tessarin_create_language_from_memory(
-        content.data(), static_cast<uint32_t>(content.size()), tessarin::Out(language));
+        content.data(), static_cast<uint32_t>(content.size()), tessarin::Out(made));
     if (code != TESSARIN_OK) {
         throw EngineFailure(path, code);
     }
-    if (options.words.empty()) {
-        return language;
-    }
-    const SpokenText text(options.words, ReadWholeFile(options.words), "auto", transcriber);
-    for (const auto& [word, phonemes] :
-         GroupByWord(ReadUserWords(options.words, text, transcriber))) {
-        const std::string spelled = Spelled(word, transcriber);
-        code = tessarin_set_word(language.get(), spelled.c_str(), phonemes.c_str());
-        if (code != TESSARIN_OK) {
-            throw EngineFailure(options.words + ": " + spelled, code);
+    if (!data.words.empty()) {
+        const SpokenText text(data.words, ReadWholeFile(data.words), "auto", *transcriber);
+        for (const auto& [word, phonemes] :
+             GroupByWord(ReadUserWords(data.words, text, *transcriber))) {
+            const std::string spelled = Spelled(word, *transcriber);
+            code = tessarin_set_word(made.get(), spelled.c_str(), phonemes.c_str());
+            if (code != TESSARIN_OK) {
+                throw EngineFailure(data.words + ": " + spelled, code);
+            }
         }
     }
-    return language;
+    flat = std::move(made);
+    return *flat;
 }
 
 void AddLexiconOptions(CLI::App& command, data_options* options) {

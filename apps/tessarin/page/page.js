@@ -12,6 +12,7 @@ class Page {
         this.recording = new Recording(joined(decodeBase64(chunks.map((c) => c.textContent))));
         chunks.forEach((chunk) => chunk.remove());
         this.findings = new Findings(result);
+        this.boundaries = new Boundaries(this.findings);
         this.shown = new Shown(this.findings);
         this.player = new Player(byId("audio"), this.recording);
         this.timeline = new Timeline(byId("still"), byId("moving"), this.recording, this.shown);
@@ -30,7 +31,7 @@ class Page {
     }
 
     makeReadout() {
-        const names = ["time", "word", "wordTime", "phoneme", "phonemeTime", "score", "frame",
+        const names = ["time", "word", "wordTime", "confidence", "phoneme", "phonemeTime", "score", "frame",
             "frameTime", "mouthWords", "weights", "weightRow"];
         this.readout = new Readout(this.shown,
             Object.fromEntries(names.map((name) => [name, byId(name)])),
@@ -56,10 +57,13 @@ class Page {
             `${(this.recording.durationMs / 1000).toFixed(1)} s`,
             words.length && `${words.length} words`, `${sounds} phonemes`,
             rate && `${rate} frames a second`,
+            result.match && `match ${result.match.verdict}`,
         ].filter(Boolean).join(" · ");
         byId("duration").textContent = clockText(this.recording.durationMs, 1);
-        byId("warning").hidden = !result.code;
-        byId("warning").textContent = result.code ? `${result.message} (code ${result.code})` : "";
+        const warning = result.code ? `${result.message} (code ${result.code})`
+            : result.match?.verdict !== "good" ? result.match?.reason : "";
+        byId("warning").hidden = !warning;
+        byId("warning").textContent = warning ?? "";
     }
 
     listen() {
@@ -68,6 +72,10 @@ class Page {
             seek: (ms) => this.player.seek(ms),
             select: (a, b) => this.select(Math.min(a, b), Math.max(a, b)),
             selectAt: (ms, y) => this.selectAt(ms, y),
+            edgeAt: (place, reachPx) => this.edgeAt(place, reachPx),
+            beginEdge: (edge) => this.beginEdge(edge),
+            moveEdge: (edge, ms) => this.moveEdge(edge, ms),
+            endEdge: () => this.endEdge(),
         });
         byId("overview").addEventListener("pointerdown", (event) => this.dragOverview(event));
         byId("overview").addEventListener("pointermove", (event) => this.dragOverview(event));
@@ -101,6 +109,10 @@ class Page {
     pressKey(event) {
         const isTyping = event.target.closest?.("dialog, button:focus-visible");
         const isSliding = event.target === byId("strength") && event.key !== " ";
+        if (event.key === "z" && (event.ctrlKey || event.metaKey)) {
+            event.preventDefault();
+            this.act("undo");
+        }
         if (isSliding || event.ctrlKey || event.metaKey || event.altKey ||
             (isTyping && [" ", "Enter", "Escape"].includes(event.key))) {
             return;
@@ -133,6 +145,8 @@ class Page {
             json: () => this.save("json", "application/json", shownJson(this.shown)),
             selectWord: () => this.selectSpan(this.findings.words, player.positionMs),
             clear: () => this.clearSelection(),
+            undo: () => this.undo(),
+            nudge: () => this.nudge(Number(value)),
             help: () => byId("help").showModal(),
         };
         actions[name]();
@@ -194,6 +208,60 @@ class Page {
             this.selectSpan(this.findings.phonemes, ms);
         }
         this.player.seek(this.timeline.selection?.fromMs ?? ms);
+    }
+
+    // In the rows of the words and of the phonemes, a boundary that can be taken hold of.
+    edgeAt({ x, y }, reachPx) {
+        const { lanes } = this.timeline;
+        const isIn = (lane) => y >= lane.y && y < lane.y + lane.height;
+        const isOfWord = isIn(lanes.words);
+        return isOfWord || isIn(lanes.phonemes)
+            ? this.boundaries.nearest(this.timeline.timeAt(x), reachPx * this.timeline.msPerPx,
+                isOfWord)
+            : -1;
+    }
+
+    beginEdge(edge) {
+        this.boundaries.begin(edge);
+        return this.boundaries.times[edge];
+    }
+
+    moveEdge(edge, ms) {
+        this.boundaries.move(edge, ms);
+        this.player.seek(this.boundaries.times[edge]);
+        this.timeline.waitsForDraw = true;
+    }
+
+    endEdge() {
+        this.boundaries.end();
+        this.showMoved();
+    }
+
+    undo() {
+        this.boundaries.undo();
+        this.showMoved();
+    }
+
+    // Moves the beginning of the phoneme at the cursor, which goes with it.
+    nudge(ms) {
+        const { phonemes } = this.findings;
+        // A player may stand a little before the time that it was sent to.
+        const index = lastBefore(phonemes, this.player.positionMs + 1);
+        const { start_ms } = phonemes[Math.max(0, index)];
+        const edge = this.boundaries.at(start_ms);
+        if (edge > 0) {
+            this.beginEdge(edge);
+            this.moveEdge(edge, start_ms + ms);
+            this.endEdge();
+            this.showCursor();
+        }
+    }
+
+    showMoved() {
+        this.shown.update();
+        this.timeline.waitsForDraw = true;
+        this.readout.shown = "";
+        this.showState();
     }
 
     clearSelection() {
@@ -261,6 +329,9 @@ class Page {
         }
         this.showStrength();
         this.showShapes();
+        const { count } = this.boundaries;
+        byId("moved").hidden = this.boundaries.past.length === 0;
+        byId("movedText").textContent = `${count} ${count === 1 ? "boundary" : "boundaries"} moved`;
         const { selection } = timeline;
         byId("selection").hidden = !selection;
         byId("selectionText").textContent = selection
@@ -349,6 +420,10 @@ const KEYS = {
     "L": ["loop"],
     "w": ["selectWord"],
     "W": ["selectWord"],
+    "u": ["undo"],
+    "U": ["undo"],
+    "[": ["nudge", -5],
+    "]": ["nudge", 5],
     "Escape": ["clear"],
     "?": ["help"],
     ...Object.fromEntries(SPEEDS.map((speed, i) => [String(i + 1), ["speed", speed]])),

@@ -3,9 +3,12 @@
 const CLICK_PX = 5;
 const DOUBLE_TAP_MS = 350;
 const LONG_PRESS_MS = 420;
+const MOUSE_REACH_PX = 4;
+const FINGER_REACH_PX = 12;
 
 class Pointing {
-    // `actions`: seek(ms), select(fromMs, toMs), selectAt(ms, y).
+    // `actions`: seek(ms), select(fromMs, toMs), selectAt(ms, y), edgeAt({ x, y }, reachPx), which
+    // gives a boundary or -1, and beginEdge(edge), moveEdge(edge, ms), endEdge().
     constructor(element, timeline, actions) {
         this.element = element;
         this.timeline = timeline;
@@ -38,10 +41,18 @@ class Pointing {
         this.pointers.set(event.pointerId, { ...place, startX: place.x, startY: place.y });
         this.view = { fromMs: this.timeline.fromMs, pxPerMs: this.timeline.pxPerMs };
         clearTimeout(this.longPress);
+        if (this.gesture === "edge") {
+            this.actions.endEdge(); // a second finger leaves the boundary where it is
+        }
+        const edge = this.edgeAt(event);
         if (this.pointers.size === 2) {
             this.gesture = "pinch";
             this.spread = this.distance();
             this.pinchMs = this.timeline.timeAt(this.middle());
+        } else if (edge >= 0) {
+            this.gesture = "edge";
+            this.edge = edge;
+            this.offset = this.timeline.xOf(this.actions.beginEdge(edge)) - place.x;
         } else {
             this.gesture = "press";
             // A finger moves the picture, and marks a stretch once it has rested.
@@ -78,6 +89,7 @@ class Pointing {
     move(event) {
         const pointer = this.pointers.get(event.pointerId);
         if (!pointer) {
+            this.element.style.cursor = this.edgeAt(event) >= 0 ? "ew-resize" : "";
             return;
         }
         Object.assign(pointer, this.place(event));
@@ -86,6 +98,10 @@ class Pointing {
                 const pxPerMs = (this.view.pxPerMs * this.distance()) / this.spread;
                 this.timeline.setView(this.pinchMs - this.middle() / pxPerMs, pxPerMs);
             }
+            return;
+        }
+        if (this.gesture === "edge") {
+            this.actions.moveEdge(this.edge, this.timeline.timeAt(pointer.x + this.offset));
             return;
         }
         const dx = pointer.x - pointer.startX;
@@ -121,6 +137,15 @@ class Pointing {
     drop(event) {
         clearTimeout(this.longPress);
         this.pointers.delete(event.pointerId);
+        if (this.gesture === "edge") {
+            this.gesture = "";
+            this.actions.endEdge();
+        }
+    }
+
+    edgeAt(event) {
+        return this.actions.edgeAt(this.place(event),
+            event.pointerType === "mouse" ? MOUSE_REACH_PX : FINGER_REACH_PX);
     }
 
     wheel(event) {

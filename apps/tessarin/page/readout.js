@@ -38,6 +38,7 @@ class Readout {
         const { elements } = this;
         elements.word.textContent = word?.text ?? "–";
         elements.wordTime.textContent = spanText(word);
+        elements.confidence.textContent = confidenceText(word);
         elements.phoneme.textContent = phoneme?.label ?? "–";
         elements.phonemeTime.textContent = spanText(phoneme);
         elements.score.textContent = strengthText(phoneme);
@@ -84,7 +85,18 @@ class Readout {
     }
 }
 
-// The words as running text, the spoken one marked.
+// Below this more of such words are wrong than right.
+const UNSURE = 0.5;
+
+function isUnsure(word) {
+    return word.confidence < UNSURE;
+}
+
+function confidenceText(word) {
+    return Number.isFinite(word?.confidence) ? `${Math.round(100 * word.confidence)} %` : "";
+}
+
+// The words as running text, the spoken one marked. Words that were not heard are struck out.
 class Transcript {
     constructor(element, findings, onChoose) {
         this.element = element;
@@ -100,15 +112,24 @@ class Transcript {
     }
 
     // In the order of the text, in which punctuation and tags stand among the words.
-    fill({ words, events }) {
+    fill({ words, unsaid, events }) {
         const spans = words.map((word, i) => {
             const span = document.createElement("span");
             span.dataset.word = i;
             span.textContent = word.text;
+            span.classList.toggle("unsure", isUnsure(word));
+            span.title = isUnsure(word) ? `confidence ${confidenceText(word)}` : "";
             return span;
         });
+        const struckOut = (word) => {
+            const node = document.createElement("del");
+            node.textContent = word.text;
+            node.title = "not heard";
+            return node;
+        };
         const entries = [
             ...words.map((word, i) => ({ span: word, node: spans[i] })),
+            ...unsaid.map((word) => ({ span: word, node: struckOut(word) })),
             ...events.map((event) => ({ span: event, node: document.createTextNode(event.text) })),
         ];
         entries.sort((a, b) => a.span.text_offset - b.span.text_offset);
@@ -117,7 +138,7 @@ class Transcript {
             this.element.append(span.text_offset > end ? " " : "", node);
             end = span.text_offset + span.text_length;
         }
-        this.element.hidden = words.length === 0;
+        this.element.hidden = words.length + unsaid.length === 0;
         return spans;
     }
 

@@ -76,17 +76,22 @@ function envelopeLevels(samples) {
 
 // The index of the last of `spans` that begins at or before a time, -1 when none does.
 function lastBefore(spans, ms) {
+    return firstAfter(spans, ms, ({ start_ms }) => start_ms) - 1;
+}
+
+// The index of the first of `items`, in order of their times, of which the time is after `ms`.
+function firstAfter(items, ms, timeOf) {
     let low = 0;
-    let high = spans.length;
+    let high = items.length;
     while (low < high) {
         const middle = (low + high) >> 1;
-        if (spans[middle].start_ms <= ms) {
+        if (timeOf(items[middle]) <= ms) {
             low = middle + 1;
         } else {
             high = middle;
         }
     }
-    return low - 1;
+    return low;
 }
 
 // The index of the span at a time, -1 between spans.
@@ -100,11 +105,13 @@ function placed(spans) {
         .sort((a, b) => a.start_ms - b.start_ms);
 }
 
-// What was found, in order of time. A span of the JSON that has no time was lost; it is not shown.
+// What was found, in order of time. A span of the JSON that has no time was lost; it is not shown,
+// but for words that were not heard, which the running text keeps.
 class Findings {
     constructor(result) {
         this.result = result;
         this.words = placed(result.words);
+        this.unsaid = (result.words ?? []).filter(({ said }) => said === false);
         this.phonemes = placed(result.phonemes);
         this.events = placed(result.events);
         this.frames = placed(result.frames);

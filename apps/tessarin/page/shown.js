@@ -40,6 +40,18 @@ function blended(from, to, share) {
     return weights;
 }
 
+// The weights at a time: those of a frame hold in its middle, and change evenly in between.
+function weightsAt(frames, ms) {
+    const index = clamp(lastBefore(frames, ms), 0, frames.length - 1);
+    const here = centreOf(frames[index]);
+    const other = frames[index + (ms < here ? -1 : 1)];
+    if (!other || ms === here) {
+        return frames[index].weights;
+    }
+    const share = Math.min(1, (ms - here) / (centreOf(other) - here));
+    return blended(frames[index].weights, other.weights, share);
+}
+
 // A curve for each run of frames in which a label has weight, from 0 to 0.
 function curvesOfFrames(frames) {
     const curves = [];
@@ -135,20 +147,13 @@ class Shown {
         return this.curves.filter((curve) => curve.toMs >= fromMs && curve.fromMs <= toMs);
     }
 
-    // The weights that the mouth is drawn by: those of a frame hold in its middle, and change evenly
-    // in between.
+    // The weights that the mouth is drawn by. A switch holds for all of its frame.
     mouthAt(ms) {
         const frames = this.mouthFrames;
         if (frames.length === 0) {
             return {};
         }
-        const index = this.findings.frameIndexAt(ms);
-        const here = centreOf(frames[index]);
-        const other = frames[index + (ms < here ? -1 : 1)];
-        if (!other || ms === here || this.switches) {
-            return frames[index].weights;
-        }
-        const share = Math.min(1, (ms - here) / (centreOf(other) - here));
-        return blended(frames[index].weights, other.weights, share);
+        return this.switches ? frames[this.findings.frameIndexAt(ms)].weights
+            : weightsAt(frames, ms);
     }
 }

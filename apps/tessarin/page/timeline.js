@@ -67,7 +67,8 @@ class Timeline {
         const style = getComputedStyle(document.documentElement);
         const colour = (name) => style.getPropertyValue(`--${name}`).trim();
         this.theme = {};
-        const names = ["text", "muted", "line", "wave", "cursor", "select", "accent", "card"];
+        const names = ["text", "muted", "line", "wave", "cursor", "select", "accent", "card",
+            "unsure"];
         for (const name of names) {
             this.theme[name] = colour(name);
         }
@@ -178,7 +179,8 @@ class Timeline {
             this.drawEvents(context, lanes.words);
         }
         this.drawSpans(context, this.findings.words, lanes.words, 13, (word) => ({
-            text: word.text, colour: this.theme.accent, fill: 0.13,
+            text: word.text, fill: isUnsure(word) ? 0.3 : 0.13,
+            colour: isUnsure(word) ? this.theme.unsure : this.theme.accent,
         }));
         this.drawSpans(context, this.findings.phonemes, lanes.phonemes, 12, ({ label }) => ({
             text: label === "x" ? "" : label, colour: this.colourOf(label),
@@ -309,6 +311,11 @@ class Timeline {
         context.textAlign = "center";
         context.textBaseline = "middle";
         for (const { span, left, right } of this.visibleSpans(this.findings.events)) {
+            if (span.type === "unscripted") {
+                context.fillStyle = this.theme.unsure;
+                context.globalAlpha = 0.3;
+                context.fillRect(left, lane.y, right - left, lane.height);
+            }
             context.fillStyle = this.theme.muted;
             context.globalAlpha = 0.75;
             if (right - left > context.measureText(span.text).width) {

@@ -1,27 +1,27 @@
 #include "apps/tessarin/readers/arpabet.h"
 
-#include <algorithm>
-#include <array>
+#include <cstdint>
 #include <sstream>
+
+#include "tessarin/tessarin_c.h"
 
 namespace {
 
-struct phone_name {
-    std::string_view arpabet;
-    std::string_view label;
-};
-
-constexpr std::array<phone_name, 40> kPhones = {{
-    {"SIL", "x"}, {"AA", "AA"}, {"AE", "AE"}, {"AH", "AH"}, {"AO", "AO"}, {"AW", "AW"},
-    {"AY", "AY"}, {"B", "b"},   {"CH", "CH"}, {"D", "d"},   {"DH", "DH"}, {"EH", "EH"},
-    {"ER", "ER"}, {"EY", "EY"}, {"F", "f"},   {"G", "g"},   {"HH", "h"},  {"IH", "IH"},
-    {"IY", "IY"}, {"JH", "j"},  {"K", "k"},   {"L", "l"},   {"M", "m"},   {"N", "n"},
-    {"NG", "NG"}, {"OW", "OW"}, {"OY", "OY"}, {"P", "p"},   {"R", "r"},   {"S", "s"},
-    {"SH", "SH"}, {"T", "t"},   {"TH", "TH"}, {"UH", "UH"}, {"UW", "UW"}, {"V", "v"},
-    {"W", "w"},   {"Y", "y"},   {"Z", "z"},   {"ZH", "ZH"},
-}};
-
 constexpr std::string_view kStressDigits = "012";
+
+const char* ArpabetOf(const char* label) {
+    return tessarin_get_phoneme_symbol(label, TESSARIN_ARPABET);
+}
+
+/// The first label for which `fits`, or null.
+template <class Fits> const char* FindLabel(Fits fits) {
+    for (uint32_t i = 0; tessarin_get_phoneme_label(i) != nullptr; ++i) {
+        if (fits(tessarin_get_phoneme_label(i))) {
+            return tessarin_get_phoneme_label(i);
+        }
+    }
+    return nullptr;
+}
 
 } // namespace
 
@@ -32,11 +32,12 @@ std::string LabelsFromArpabet(std::string_view phones) {
         if (kStressDigits.find(phone.back()) != std::string_view::npos) {
             phone.pop_back();
         }
-        const auto* found = std::ranges::find(kPhones, phone, &phone_name::arpabet);
-        if (found == kPhones.end()) {
+        const char* const found =
+            FindLabel([&](const char* label) { return phone == ArpabetOf(label); });
+        if (found == nullptr) {
             return "";
         }
-        labels += found->label;
+        labels += found;
     }
     return labels;
 }
@@ -44,13 +45,13 @@ std::string LabelsFromArpabet(std::string_view phones) {
 std::string ArpabetFromLabels(std::string_view labels) {
     std::string phones;
     while (!labels.empty()) {
-        const auto* found = std::ranges::find_if(
-            kPhones, [&](const phone_name& phone) { return labels.starts_with(phone.label); });
-        if (found == kPhones.end()) {
+        const char* const found =
+            FindLabel([&](const char* label) { return labels.starts_with(label); });
+        if (found == nullptr) {
             return "";
         }
-        phones.append(phones.empty() ? "" : " ").append(found->arpabet);
-        labels.remove_prefix(found->label.size());
+        phones.append(phones.empty() ? "" : " ").append(ArpabetOf(found));
+        labels.remove_prefix(std::string_view(found).size());
     }
     return phones;
 }

@@ -43,7 +43,11 @@ std::string FormatName(int command, int format) {
 sndfile_handle OpenSound(const std::string& path, SF_INFO* info, std::string* reason) {
     static std::mutex lock;
     const std::lock_guard guard(lock);
+#if defined(_WIN32)
+    sndfile_handle file(sf_wchar_open(std::filesystem::path(path).c_str(), SFM_READ, info));
+#else
     sndfile_handle file(sf_open(path.c_str(), SFM_READ, info));
+#endif
     if (!file) {
         *reason = sf_strerror(nullptr);
     }

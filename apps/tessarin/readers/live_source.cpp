@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "apps/tessarin/console/failure.h"
+#include "apps/tessarin/console/system.h"
 #include "apps/tessarin/readers/audio_file_stream.h"
 
 #if defined(_WIN32)
@@ -30,7 +31,7 @@ class RawSource final : public LiveSource {
 public:
     RawSource(const std::string& path, const raw_format& rawFormat) : name(path) {
         format = rawFormat;
-        file.reset(path == "-" ? stdin : std::fopen(path.c_str(), "rb"));
+        file.reset(path == "-" ? stdin : OpenForReading(path));
         if (!file) {
             throw Failure(kExitFailed, path + ": " + std::strerror(errno));
         }

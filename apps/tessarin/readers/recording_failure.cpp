@@ -16,7 +16,7 @@ constexpr size_t kHeadBytes = 4096;
 
 std::string ReadHead(const std::string& path) {
     std::string head(kHeadBytes, '\0');
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
     file.read(head.data(), static_cast<std::streamsize>(head.size()));
     head.resize(static_cast<size_t>(file.gcount()));
     return head;

@@ -27,39 +27,42 @@ void AddLoudness(const int16_t* samples, size_t count, uint32_t rateHz, std::vec
     out->resize(before + room);
 }
 
-void MeasureSource(tessarin::IPCMDataSource& source, std::vector<float>* out) {
-    const uint32_t rateHz = source.GetSampleRate() >> 16;
+/// `read` is asked for a number of samples until it gives none; it may give fewer than asked.
+template <class Read> void MeasureBlocks(uint32_t rateHz, std::vector<float>* out, Read read) {
     std::vector<int16_t> block(size_t{rateHz} * kBlockSeconds);
-    for (int32_t start = 0; start < source.GetNumSamples() && !block.empty();) {
-        auto count = static_cast<uint32_t>(block.size());
-        if (source.ReadSamplesInt16(block.data(), start, &count, 1) != tessarin::kNoError ||
-            count == 0) {
-            return;
+    size_t held = 0;
+    for (bool isOver = block.empty(); !isOver;) {
+        const size_t got = read(block.data() + held, block.size() - held);
+        held += got;
+        isOver = got == 0;
+        if (held == block.size() || (isOver && held > 0)) {
+            AddLoudness(block.data(), held, rateHz, out);
+            held = 0;
         }
-        AddLoudness(block.data(), count, rateHz, out);
-        start += static_cast<int32_t>(count);
     }
+}
+
+void MeasureSource(tessarin::IPCMDataSource& source, std::vector<float>* out) {
+    int32_t start = 0;
+    MeasureBlocks(source.GetSampleRate() >> 16, out, [&](int16_t* to, size_t room) -> size_t {
+        auto count = static_cast<uint32_t>(room);
+        if (start >= source.GetNumSamples() ||
+            source.ReadSamplesInt16(to, start, &count, 1) != tessarin::kNoError) {
+            return 0;
+        }
+        start += static_cast<int32_t>(count);
+        return count;
+    });
 }
 
 void MeasureStream(tessarin::IQuibPCMStream& stream, std::vector<float>* out) {
     tessarin::PCMFormat format{};
     stream.GetFormat(&format);
-    const uint32_t rateHz = format.sampleRate >> 16;
-    std::vector<int16_t> block(size_t{rateHz} * kBlockSeconds);
-    size_t held = 0;
     stream.Start();
-    for (;;) {
-        const int32_t bytes = stream.Read(
-            block.data() + held, static_cast<int32_t>((block.size() - held) * sizeof(int16_t)));
-        held += static_cast<size_t>(std::max(bytes, 0)) / sizeof(int16_t);
-        if (held == block.size() || (bytes <= 0 && held > 0)) {
-            AddLoudness(block.data(), held, rateHz, out);
-            held = 0;
-        }
-        if (bytes <= 0) {
-            return;
-        }
-    }
+    MeasureBlocks(format.sampleRate >> 16, out, [&](int16_t* to, size_t room) {
+        const int32_t bytes = stream.Read(to, static_cast<int32_t>(room * sizeof(int16_t)));
+        return static_cast<size_t>(std::max(bytes, 0)) / sizeof(int16_t);
+    });
 }
 
 } // namespace

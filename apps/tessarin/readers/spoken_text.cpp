@@ -64,7 +64,7 @@ SpokenText::SpokenText(const std::string& source, std::string userBytes,
     tessarin::TranscriberInfo info = {};
     transcriber.getTranscriberInfo(&info);
     ReadUser(source, encoding, info);
-    ReadScript(source, request);
+    ReadScript(source, request, transcriber);
     MakeLocal(info);
 }
 
@@ -76,22 +76,27 @@ void SpokenText::ReadUser(const std::string& source, const std::string& encoding
     size_t markLength = 0;
     const form found = FindForm(source, encoding, &markLength);
     ReadCharacters(source, found, markLength, info);
+    for (size_t i = 0; i + 1 < characters.size(); ++i) {
+        utf8Starts.push_back(static_cast<uint32_t>(userUtf8.size()));
+        AppendUtf8(characters[i].code, userUtf8);
+    }
+    utf8Starts.push_back(static_cast<uint32_t>(userUtf8.size()));
 }
 
-void SpokenText::ReadScript(const std::string& source, const script_request& request) {
-    std::string utf8;
-    for (size_t i = 0; i + 1 < characters.size(); ++i) {
-        utf8Starts.push_back(static_cast<uint32_t>(utf8.size()));
-        AppendUtf8(characters[i].code, utf8);
-    }
-    utf8Starts.push_back(static_cast<uint32_t>(utf8.size()));
+void SpokenText::ReadScript(const std::string& source, const script_request& request,
+                            tessarin::IVisemixTranscriber& transcriber) {
     tessarin_script* made = nullptr;
     const int32_t code =
-        tessarin_create_script(request.language, utf8.c_str(), request.options, &made);
+        tessarin_create_script(request.language, userUtf8.c_str(), request.options, &made);
     script.reset(made);
     if (code != tessarin::kNoError) {
         throw Failure(kExitFailed, DescribeCode(source, code));
     }
+    const int32_t wrapped = CreateScriptTranscriber(&transcriber, script.get(), &readings);
+    if (wrapped != tessarin::kNoError) {
+        throw EngineFailure(source, wrapped);
+    }
+    readingsOwner.reset(readings);
     const std::string_view said = tessarin_get_script_text(script.get());
     for (const char* at = said.begin(); at != said.end();) {
         const auto start = static_cast<uint32_t>(at - said.begin());
@@ -217,13 +222,7 @@ SpokenText::place SpokenText::FindOriginal(int32_t offset, int32_t length) const
     if (!part) {
         return FindOwners(offset, length);
     }
-    const auto userByteAt = [&](int32_t utf8Byte) {
-        const auto at = std::ranges::lower_bound(utf8Starts, static_cast<uint32_t>(utf8Byte));
-        return characters[static_cast<size_t>(at - utf8Starts.begin())].start;
-    };
-    const uint32_t start = userByteAt(part->text_offset);
-    const uint32_t end = userByteAt(part->text_offset + part->text_length);
-    return {static_cast<int32_t>(start), static_cast<int32_t>(end - start)};
+    return FindOfUtf8(part->text_offset, part->text_length);
 }
 
 std::optional<tessarin_script_part> SpokenText::FindPart(int32_t offset, int32_t length) const {
@@ -234,6 +233,17 @@ std::optional<tessarin_script_part> SpokenText::FindPart(int32_t offset, int32_t
     tessarin_script_part part{};
     const int32_t code = tessarin_find_script_part(script.get(), said.offset, said.length, &part);
     return code == tessarin::kNoError ? std::optional(part) : std::nullopt;
+}
+
+tessarin::IVisemixTranscriber&
+SpokenText::TranscriberOr(tessarin::IVisemixTranscriber& plain) const {
+    return readings != nullptr ? *readings : plain;
+}
+
+std::string SpokenText::FindReading(int32_t offset, const std::string& phonemes) const {
+    return readings != nullptr
+               ? readings->FindReading(static_cast<uint32_t>(offset), phonemes.c_str())
+               : "";
 }
 
 size_t SpokenText::GetNumUnsaid() const {
@@ -259,36 +269,23 @@ SpokenText::place SpokenText::FindOwners(int32_t offset, int32_t length) const {
     return {static_cast<int32_t>(start), static_cast<int32_t>(after - start)};
 }
 
-std::string SpokenText::GetUtf8(int32_t offset, int32_t length) const {
-    const place original = FindOriginal(offset, length);
-    const auto start = static_cast<uint32_t>(original.offset);
-    const auto end = static_cast<uint32_t>(original.offset + original.length);
-    std::string text;
-    const auto first = std::ranges::lower_bound(characters, start, {}, &character::start);
-    for (auto each = first; each != characters.end() && each->start < end; ++each) {
-        AppendUtf8(each->code, text);
-    }
-    return text;
-}
-
-std::string SpokenText::GetUtf8() const {
-    std::string text;
-    for (size_t i = 0; i + 1 < characters.size(); ++i) {
-        AppendUtf8(characters[i].code, text);
-    }
-    return text;
+std::string SpokenText::GetUtf8(place stretch) const {
+    const auto utf8At = [this](int32_t userByte) {
+        const auto at = std::ranges::lower_bound(characters, static_cast<uint32_t>(userByte), {},
+                                                 &character::start);
+        return utf8Starts[static_cast<size_t>(at - characters.begin())];
+    };
+    const uint32_t start = utf8At(stretch.offset);
+    return userUtf8.substr(start, utf8At(stretch.offset + stretch.length) - start);
 }
 
 SpokenText::place SpokenText::FindOfUtf8(int32_t offset, int32_t length) const {
-    const auto startAt = [this](int64_t wanted) {
-        int64_t at = 0;
-        size_t i = 0;
-        for (std::string one; i + 1 < characters.size() && at < wanted; ++i, one.clear()) {
-            AppendUtf8(characters[i].code, one);
-            at += static_cast<int64_t>(one.size());
-        }
-        return static_cast<int32_t>(characters[i].start);
+    const auto userByteAt = [this](int64_t utf8Byte) {
+        const auto at = std::ranges::lower_bound(utf8Starts, utf8Byte);
+        const auto last = static_cast<std::ptrdiff_t>(utf8Starts.size()) - 1;
+        return characters[static_cast<size_t>(std::min(at - utf8Starts.begin(), last))].start;
     };
-    const int32_t start = startAt(offset);
-    return {start, startAt(int64_t{offset} + length) - start};
+    const uint32_t start = userByteAt(offset);
+    const uint32_t end = userByteAt(int64_t{offset} + length);
+    return {static_cast<int32_t>(start), static_cast<int32_t>(end - start)};
 }

@@ -25,6 +25,8 @@ constexpr float kOtherScore = 30.0f;
 /// Four days; frames beyond it would take more memory than a host has.
 constexpr double kLongestMs = 4.0 * 24 * 3600 * 1000;
 
+constexpr int kLoudnessStepMs = 10;
+
 class TimingsReader {
 public:
     TimingsReader(const std::string& file, bool sampa) : path(file), isSampa(sampa) {}
@@ -138,11 +140,14 @@ void TimingsReader::AddWord(const timed_span& word) {
 }
 
 void TimingsReader::AddLoudness(const json& loudness) {
-    constexpr int kStepMs = 10;
-    if (loudness.at("step_ms") != kStepMs) {
-        Fail("the step of its loudness is not 10 ms");
+    const bool isList = loudness.is_object() && loudness.contains("db") &&
+                        loudness["db"].is_array() &&
+                        std::ranges::all_of(loudness["db"], &json::is_number);
+    if (!isList || loudness.value("step_ms", json()) != kLoudnessStepMs) {
+        Fail("\"loudness\" is not {\"step_ms\": 10, \"db\": [a number for each step]}; correct "
+             "it, or take it out");
     }
-    for (const json& db : loudness.at("db")) {
+    for (const json& db : loudness["db"]) {
         result.loudness.push_back(db);
     }
 }

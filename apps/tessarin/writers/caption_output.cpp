@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdio>
+#include <limits>
 #include <map>
 
 #include "apps/tessarin/writers/caption_breaks.h"
@@ -14,20 +15,17 @@ bool IsDash(const std::string& mark) {
     return mark == "-" || mark == "\xE2\x80\x93" || mark == "\xE2\x80\x94";
 }
 
-/// Adds the marks right after a word that ends at `place`, or a dash between blanks, and returns
-/// where they end.
-int64_t AddPunctuation(const marks_by_place& marks, int64_t place, caption_word* word) {
+/// Adds the marks right after a word that ends at `place`, or a dash between blanks.
+void AddPunctuation(const marks_by_place& marks, int64_t place, caption_word* word) {
     auto mark = marks.find(place);
     for (; mark != marks.end(); mark = marks.find(place)) {
         word->punctuation += mark->second->text;
         place += mark->second->textLength;
     }
     const auto apart = marks.find(place + 1);
-    if (apart == marks.end() || !IsDash(apart->second->text)) {
-        return place;
+    if (apart != marks.end() && IsDash(apart->second->text)) {
+        word->punctuation += " " + apart->second->text;
     }
-    word->punctuation += " " + apart->second->text;
-    return place + 1 + apart->second->textLength;
 }
 
 /// Timings from elsewhere often have the marks within their words.
@@ -45,13 +43,14 @@ std::vector<caption_word> ReadWords(const timed_result& result) {
         }
     }
     std::vector<caption_word> words;
-    int64_t place = 0;
     for (const timed_span& word : result.words) {
-        if (!words.empty() && words.back().punctuation == "-") {
-            words.back().isHyphenated = word.textOffset == place;
-        }
         words.push_back(SplitWord(word));
-        place = AddPunctuation(marks, int64_t{word.textOffset} + word.textLength, &words.back());
+        if (word.joint.empty()) {
+            AddPunctuation(marks, int64_t{word.textOffset} + word.textLength, &words.back());
+        } else {
+            words.back().punctuation = word.joint;
+            words.back().isHyphenated = true;
+        }
     }
     return words;
 }
@@ -69,7 +68,8 @@ std::vector<caption_time> TimesOf(const std::vector<caption>& captions, int64_t 
         const int32_t endMs = captions[i].back().endMs;
         const int64_t roomMs =
             i + 1 < captions.size() ? captions[i + 1].front().startMs : durationMs;
-        const int64_t readMs = std::min(int64_t{startMs} + kShortestCaptionMs, roomMs);
+        constexpr int64_t kLastMs = std::numeric_limits<int32_t>::max();
+        const int64_t readMs = std::min({int64_t{startMs} + kShortestCaptionMs, roomMs, kLastMs});
         times.push_back({startMs, static_cast<int32_t>(std::max<int64_t>(endMs, readMs))});
     }
     return times;

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "apps/tessarin/writers/output_formats.h"
+#include "apps/tessarin/writers/phoneme_symbols.h"
 #include "tessarin/tessarin_c.h"
 
 namespace {
@@ -28,6 +29,9 @@ json SpanJson(const timed_span& span) {
     }
     if ((span.flags & TESSARIN_WORD_DRAWL) != 0) {
         entry["drawl"] = true;
+    }
+    if (!span.reading.empty()) {
+        entry["reading"] = span.reading;
     }
     return entry;
 }
@@ -119,13 +123,16 @@ json LoudnessJson(const std::vector<float>& loudness) {
 
 } // namespace
 
-std::string WriteJson(const timed_result& result) {
+std::string WriteJson(const timed_result& result, uint32_t alphabet) {
     json phonemes = json::array();
     for (const timed_phoneme& phoneme : result.phonemes) {
         json entry{{"label", phoneme.label},
                    {"start_ms", phoneme.startMs},
                    {"end_ms", phoneme.endMs},
                    {"score", Rounded(phoneme.score)}};
+        if (alphabet != TESSARIN_LABELS) {
+            entry["symbol"] = SymbolOf(phoneme.label, alphabet);
+        }
         if (phoneme.confidence >= 0.0f) {
             entry["confidence"] = Rounded(phoneme.confidence);
         }
@@ -154,6 +161,9 @@ std::string WriteJson(const timed_result& result) {
                      {"stretches", FramesJson(result.stretches)}};
     if (!result.loudness.empty()) {
         document["loudness"] = LoudnessJson(result.loudness);
+    }
+    if (result.adaptationGain >= 0.0f) {
+        document["adaptation"] = {{"gain", Rounded(result.adaptationGain)}};
     }
     if (result.match) {
         document["match"] = MatchJson(*result.match);

@@ -19,3 +19,11 @@ std::string EscapeMarkup(const std::string& text) {
     }
     return escaped;
 }
+
+std::string EscapeAttribute(const std::string& text) {
+    std::string escaped;
+    for (const char c : EscapeMarkup(text)) {
+        escaped += c == '"' ? "&quot;" : std::string(1, c);
+    }
+    return escaped;
+}

@@ -2,6 +2,7 @@
 #include <set>
 
 #include "apps/tessarin/writers/output_formats.h"
+#include "apps/tessarin/writers/phoneme_symbols.h"
 
 namespace {
 
@@ -21,14 +22,18 @@ std::string Header(const std::vector<std::string>& columns) {
 
 } // namespace
 
-std::string WriteCurvesCsv(const timed_result& result) {
+std::string WriteCurvesCsv(const timed_result& result, uint32_t alphabet) {
     std::set<std::string> labels;
     for (const mouth_frame& frame : result.frames) {
         for (const auto& [label, weight] : frame.weights) {
             labels.insert(label);
         }
     }
-    std::string table = Header({labels.begin(), labels.end()});
+    std::vector<std::string> columns;
+    for (const std::string& label : labels) {
+        columns.push_back(SymbolOf(label, alphabet));
+    }
+    std::string table = Header(columns);
     for (const mouth_frame& frame : result.frames) {
         table += std::to_string(frame.startMs);
         for (const std::string& label : labels) {

@@ -2,6 +2,7 @@
 #include <cstdio>
 
 #include "apps/tessarin/writers/output_formats.h"
+#include "apps/tessarin/writers/phoneme_symbols.h"
 
 namespace {
 
@@ -67,7 +68,7 @@ std::string Tier(int number, const char* name, const std::vector<interval>& inte
 
 } // namespace
 
-std::string WriteTextGrid(const timed_result& result) {
+std::string WriteTextGrid(const timed_result& result, uint32_t alphabet) {
     std::vector<interval> words;
     std::vector<interval> phones;
     std::vector<interval> confidences;
@@ -82,8 +83,8 @@ std::string WriteTextGrid(const timed_result& result) {
         endMs = std::max(endMs, word.endMs);
     }
     for (const timed_phoneme& phoneme : result.phonemes) {
-        phones.push_back(
-            {phoneme.startMs, phoneme.endMs, phoneme.label == "x" ? "" : phoneme.label});
+        phones.push_back({phoneme.startMs, phoneme.endMs,
+                          phoneme.label == "x" ? "" : SymbolOf(phoneme.label, alphabet)});
         endMs = std::max(endMs, phoneme.endMs);
     }
     endMs = std::max(endMs, 1); // a tier without length cannot be read

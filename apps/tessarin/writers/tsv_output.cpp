@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "apps/tessarin/writers/output_formats.h"
+#include "apps/tessarin/writers/phoneme_symbols.h"
 
 namespace {
 
@@ -57,15 +58,15 @@ void AddUnsaid(const timed_result& result, std::vector<row>* rows) {
 
 } // namespace
 
-std::string WriteTsv(const timed_result& result) {
+std::string WriteTsv(const timed_result& result, uint32_t alphabet) {
     std::vector<row> rows;
     AddSpans(result.words, &rows);
     AddSpans(result.events, &rows);
     for (const timed_phoneme& phoneme : result.phonemes) {
         char score[32];
         std::snprintf(score, sizeof(score), "%.2f\t\t", static_cast<double>(phoneme.score));
-        rows.push_back(
-            {phoneme.startMs, phoneme.endMs, "phoneme", phoneme.label, score, phoneme.confidence});
+        rows.push_back({phoneme.startMs, phoneme.endMs, "phoneme",
+                        SymbolOf(phoneme.label, alphabet), score, phoneme.confidence});
     }
     AddUnsaid(result, &rows);
     // A span stands before the phoneme at which it starts.

@@ -18,17 +18,18 @@ from tessarin._engine import (SCRIPT_FORMATS, Engine, align, align_many, batch,
                               find_sentences, recognize,
                               transcribe, version)
 from tessarin._errors import Cancelled, RecognitionFailed, TessarinError
-from tessarin._facts import AudioFacts, LexiconFacts, ModelFacts
-from tessarin._live import Live, LiveStretch
+from tessarin._facts import ALPHABETS, AudioFacts, LexiconFacts, ModelFacts, phoneme_symbol
+from tessarin._live import VISEMES, Live, LiveStretch, LiveWeights
 from tessarin._results import (Curve, Event, Frame, Match, Phoneme, Result, Sentence, Token, Track,
                                UnsaidWord, Word)
-from tessarin._shapes import Shapes, Switch
+from tessarin._shapes import Shapes, Switch, reduce_keys
 
 __all__ = [
-    "Audio", "AudioFacts", "BatchItem", "Cancelled", "CommandMatch", "Commands", "Curve", "Engine", "Event", "Frame",
-    "LexiconFacts", "Live", "LiveStretch", "Match", "ModelFacts", "Phoneme", "RecognitionFailed",
-    "Result", "SCRIPT_FORMATS", "Sentence", "Shapes", "Switch", "TessarinError", "Token",
-    "Track", "UnsaidWord", "Word", "align", "align_many", "batch", "default_engine", "find_sentences",
-    "recognize",
+    "ALPHABETS", "Audio", "AudioFacts", "BatchItem", "Cancelled", "CommandMatch", "Commands",
+    "Curve", "Engine", "Event", "Frame", "LexiconFacts", "Live", "LiveStretch", "LiveWeights",
+    "Match", "ModelFacts", "Phoneme", "RecognitionFailed", "Result", "SCRIPT_FORMATS", "Sentence",
+    "Shapes", "Switch", "TessarinError", "Token", "Track", "UnsaidWord", "VISEMES", "Word", "align",
+    "align_many", "batch", "default_engine", "find_sentences", "phoneme_symbol", "recognize",
+    "reduce_keys",
     "transcribe", "version",
 ]

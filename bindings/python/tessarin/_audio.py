@@ -4,10 +4,13 @@ from __future__ import annotations
 
 import array
 import ctypes
+import math
+import operator
 import os
 import weakref
 from typing import TYPE_CHECKING, Any, Sequence, Union
 
+from tessarin import _sndfile
 from tessarin._arrays import numpy
 from tessarin._errors import FILE_NOT_FOUND, OUT_OF_MEMORY, OUT_OF_RANGE, TessarinError
 from tessarin._library import GateOptions, Library
@@ -51,8 +54,9 @@ class Audio:
     @classmethod
     def from_file(cls, path: Path, channel: int = 1) -> Audio:
         """Reads `channel` of a file, counted from 1; 0 is the mean of all. The library reads
-        16-bit WAV and Sphere; FLAC, Ogg, MP3, other WAV and rates above 65535 Hz are read by the
-        package soundfile, whose absence the error names. Raises TessarinError."""
+        16-bit WAV and Sphere; FLAC, Ogg, MP3, other WAV and rates above 65535 Hz are read by
+        libsndfile, which wheels have inside, or the package soundfile, whose absence the error
+        names. Raises TessarinError."""
         library = Library.get()
         if channel < 0:
             raise ValueError("channels count from 1, and 0 is the mean of all")
@@ -67,6 +71,14 @@ class Audio:
 
     @classmethod
     def _from_other_file(cls, name: str, channel: int, why_not: TessarinError) -> Audio:
+        if _sndfile.is_there():
+            try:
+                chosen, rate, channels = _sndfile.read(name, channel)
+            except RuntimeError as unreadable:
+                raise why_not.with_remedy(str(unreadable)) from None
+            if channel > channels:
+                raise Library.get().error(f"{name}: channel {channel}", OUT_OF_RANGE)
+            return cls._at_a_rate_that_fits(chosen, rate, name)
         try:
             import soundfile  # type: ignore[import]
         except ImportError:
@@ -80,9 +92,13 @@ class Audio:
         if channel > samples.shape[1]:
             raise Library.get().error(f"{name}: channel {channel}", OUT_OF_RANGE)
         chosen = samples.mean(axis=1) if channel == 0 else samples[:, channel - 1]
-        while rate > HIGHEST_RATE_HZ and len(chosen) > 0:
-            chosen, rate = _at_half_the_rate(chosen), rate // 2
-        return cls.from_samples(chosen, rate, name)
+        return cls._at_a_rate_that_fits(chosen, rate, name)
+
+    @classmethod
+    def _at_a_rate_that_fits(cls, samples: Any, rate: int, name: str) -> Audio:
+        while rate > HIGHEST_RATE_HZ and len(samples) > 0:
+            samples, rate = _at_half_the_rate(samples), rate // 2
+        return cls.from_samples(samples, rate, name)
 
     @classmethod
     def from_samples(cls, samples: Sequence[float] | numpy.typing.ArrayLike, rate: int,
@@ -131,6 +147,13 @@ def _at_half_the_rate(samples: Any) -> Any:
     """Every second sample after a windowed-sinc low-pass that ends at the new Nyquist frequency
     (Oppenheim and Schafer, Discrete-Time Signal Processing, 7.5 and 4.6). It is symmetric, so no
     sound moves in time."""
-    offsets = numpy.arange(-32, 33)
-    low_pass = 0.45 * numpy.sinc(0.45 * offsets) * numpy.hamming(len(offsets))
-    return numpy.convolve(samples, low_pass / low_pass.sum())[32:-32][::2].astype(numpy.float32)
+    low_pass = [(math.sin(0.45 * math.pi * n) / (math.pi * n) if n else 0.45)
+                * (0.54 + 0.46 * math.cos(math.pi * n / 32)) for n in range(-32, 33)]
+    total = sum(low_pass)
+    low_pass = [value / total for value in low_pass]
+    if numpy is not None:
+        return numpy.convolve(samples, low_pass)[32:-32][::2].astype(numpy.float32)
+    silence = array.array("f", bytes(4 * 32))
+    padded = silence + samples + silence
+    return array.array("f", (sum(map(operator.mul, low_pass, padded[at:at + 65]))
+                             for at in range(0, len(samples), 2)))

@@ -160,7 +160,8 @@ class Engine:
         stage directions as events. `literal=True` has it read as it stands; `speaker="NAME"` takes
         the lines of one role; `script_format` names the form of the text (SCRIPT_FORMATS);
         `cue_times=True` lets the times of subtitles divide it; `script_table` is a text of entries
-        in the form of data/en-us.script.
+        in the form of data/en-us.script. What may be said in several ways, such as 9:00 or 1905,
+        is said as in the recording (Word.reading); with `one_reading=True`, in the usual way.
 
         Raises Cancelled; RecognitionFailed, which has what was found; or TessarinError.
         """
@@ -196,14 +197,15 @@ class Engine:
             self._library.free_sentence_search(handle)
 
     def recognize(self, audio: Recording, *, channel: int = 1, from_ms: int = 0,
-                  to_ms: int | None = None,
+                  to_ms: int | None = None, adapt: str = "auto",
                   progress: ProgressFunction | None = None) -> Result:
         """Hears the phonemes of a recording without a text. Arguments and errors are those of
-        `align`; there are no words."""
+        `align`; there are no words. `adapt` is "on" to fit the model to the voice first, "off", or
+        "auto", which does so for voices that the model does not know."""
         recording = self._audio(audio, channel)
         return self._search("create_recognition", recording.name, None, progress,
                             self.model_for_hearing(), recording._handle,
-                            self._options(from_ms, to_ms, None))
+                            self._options(from_ms, to_ms, None, adapt=adapt))
 
     def transcribe(self, text: str, **reading: Any) -> list[Token]:
         """Reports how a text is said; `literal` and its like are those of `align`. Raises
@@ -248,20 +250,30 @@ class Engine:
 
     @staticmethod
     def _script(*, literal: bool = False, speaker: str = "", script_format: str = "auto",
-                cue_times: bool = False, script_table: str | None = None) -> Any:
+                cue_times: bool = False, script_table: str | None = None,
+                one_reading: bool = False) -> Any:
+        if script_table is not None:
+            reason = ctypes.create_string_buffer(200)
+            library = _library.Library.get()
+            code = library.check_script_table(TextPlaces(script_table).content, reason, 200)
+            if code != 0:
+                raise TessarinError("script_table", code, reason.value.decode("utf-8", "replace"))
         if script_format not in SCRIPT_FORMATS:
             raise ValueError(f"{script_format} is not one of {', '.join(SCRIPT_FORMATS)}")
         return _library.ScriptOptions(
             size=ctypes.sizeof(_library.ScriptOptions),
             flags=((_library.SCRIPT_LITERAL if literal else 0)
-                   | (_library.SCRIPT_CUE_TIMES if cue_times else 0)),
+                   | (_library.SCRIPT_CUE_TIMES if cue_times else 0)
+                   | (_library.SCRIPT_ONE_READING if one_reading else 0)),
             format=SCRIPT_FORMATS.index(script_format), speaker=TextPlaces(speaker).content,
             table=None if script_table is None else TextPlaces(script_table).content)
 
     @classmethod
     def _options(cls, from_ms: int, to_ms: int | None, beam_width: int | None,
                  retry: bool = False, match: str = "auto",
-                 reading: Mapping[str, Any] | None = None) -> Any:
+                 reading: Mapping[str, Any] | None = None, adapt: str = "auto") -> Any:
+        if adapt not in _library.ADAPT_MODES:
+            raise ValueError('adapt is "auto", "on" or "off"')
         if match not in _library.MATCH_MODES:
             raise ValueError('match is "auto", "exact" or "loose"')
         if to_ms is not None and to_ms <= from_ms:
@@ -270,7 +282,8 @@ class Engine:
             size=ctypes.sizeof(_library.SearchOptions), beam_width=beam_width or 0,
             from_ms=from_ms, to_ms=to_ms or 0, flags=_library.SEARCH_RETRY if retry else 0,
             match_mode=_library.MATCH_MODES[match],
-            script=ctypes.pointer(cls._script(**(reading or {})))))
+            script=ctypes.pointer(cls._script(**(reading or {}))),
+            adapt_mode=_library.ADAPT_MODES[adapt]))
 
     def _search(self, function: str, subject: str, places: TextPlaces | None,
                 progress: ProgressFunction | None, *arguments: Any) -> Result:

@@ -81,7 +81,8 @@ class LexiconFacts:
             raw = library.get_lexicon_facts(lexicon).contents
             values = {field: getattr(raw, field) for field in cls.__dataclass_fields__}
             values["has_tree"] = values["has_tree"] != 0
-            encoding = f"cp{raw.code_page}" if raw.code_page in (1250, 1251, 1252) else "latin-1"
+            # The library, too, takes any other code page for 1252.
+            encoding = f"cp{raw.code_page}" if raw.code_page in (1250, 1251) else "cp1252"
             return cls(**{field: value.decode(encoding, "replace")
                           if isinstance(value, bytes) else value
                           for field, value in values.items()})
@@ -110,3 +111,18 @@ class AudioFacts:
         if code != 0:
             raise library.error(audio.name, code)
         return cls(*(getattr(raw, field) for field in cls.__dataclass_fields__))
+
+
+ALPHABETS = ("labels", "ipa", "arpabet", "sampa")
+"""How phonemes can be written."""
+
+
+def phoneme_symbol(label: str, alphabet: str = "ipa") -> str:
+    """How a phoneme, given by its label, is written in one of ALPHABETS: `ɑ`, `AA` or `A` for the
+    label `AA`. Raises ValueError for what is not known."""
+    if alphabet not in ALPHABETS:
+        raise ValueError(f"no alphabet {alphabet}; there are {', '.join(ALPHABETS)}")
+    symbol = Library.get().get_phoneme_symbol(label.encode("utf-8"), ALPHABETS.index(alphabet))
+    if symbol is None:
+        raise ValueError(f"{label} is not the label of a phoneme")
+    return symbol.decode("utf-8")

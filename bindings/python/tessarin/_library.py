@@ -56,7 +56,7 @@ class ScriptOptions(Structure):
 class SearchOptions(Structure):
     _fields_ = [("size", c_uint32), ("beam_width", c_int32), ("from_ms", c_int32),
                 ("to_ms", c_int32), ("flags", c_uint32), ("match_mode", c_uint32),
-                ("script", POINTER(ScriptOptions))]
+                ("script", POINTER(ScriptOptions)), ("adapt_mode", c_uint32)]
 
 
 class Match(Structure):
@@ -174,8 +174,12 @@ WORD_EMPHASIS = 1
 WORD_DRAWL = 2
 SCRIPT_LITERAL = 1
 SCRIPT_CUE_TIMES = 2
+SCRIPT_ONE_READING = 4
 UNSCRIPTED = 5
 MATCH_MODES = {"auto": 0, "exact": 1, "loose": 2}
+
+#: By the names of Engine.recognize.
+ADAPT_MODES = {"auto": 0, "off": 1, "on": 2}
 VERDICTS = ("unknown", "good", "doubtful", "poor")
 FLOAT = 2
 SEARCH_RETRY = 1
@@ -205,6 +209,7 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
     "get_audio_samples": (POINTER(c_int16), [c_void_p, _COUNT]),
     "get_audio_rate_hz": (c_uint32, [c_void_p]),
     "free_audio": (None, [c_void_p]),
+    "check_script_table": (c_int32, [c_char_p, c_char_p, c_uint32]),
     "create_script_transcript": (c_int32, [c_void_p, c_char_p, POINTER(ScriptOptions), _OUT]),
     "get_transcript_tokens": (POINTER(Token), [c_void_p, _COUNT]),
     "free_transcript": (None, [c_void_p]),
@@ -215,6 +220,7 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
     "get_phonemes": (POINTER(Phoneme), [c_void_p, _COUNT]),
     "get_words": (POINTER(Span), [c_void_p, _COUNT]),
     "get_word_flags": (c_uint32, [c_void_p, c_uint32]),
+    "get_word_reading": (c_char_p, [c_void_p, c_uint32]),
     "get_events": (POINTER(Span), [c_void_p, _COUNT]),
     "get_match": (POINTER(Match), [c_void_p]),
     "get_word_matches": (POINTER(WordMatch), [c_void_p, _COUNT]),
@@ -225,6 +231,7 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
     "get_track_frames": (POINTER(Frame), [c_void_p, _COUNT]),
     "free_track": (None, [c_void_p]),
     "create_result_from_phonemes": (c_int32, [POINTER(Phoneme), c_uint32, _OUT]),
+    "get_adaptation_gain": (c_float, [c_void_p]),
     "get_loudness": (POINTER(c_float), [c_void_p, _COUNT]),
     "set_loudness": (c_int32, [c_void_p, POINTER(c_float), c_uint32]),
     "get_curves": (POINTER(Curve), [c_void_p, _COUNT]),
@@ -237,6 +244,8 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
     "is_closed_shape": (c_int32, [c_void_p, c_uint32]),
     "get_rest_shape": (c_uint32, [c_void_p]),
     "mix_shapes": (c_int32, [c_void_p, POINTER(Frame), c_uint32, POINTER(c_double)]),
+    "reduce_keys": (c_int32, [POINTER(c_int32), POINTER(c_double), c_uint32, c_uint32, c_double,
+                              POINTER(c_uint32), _COUNT]),
     "free_shapes": (None, [c_void_p]),
     "create_switches": (c_int32, [c_void_p, POINTER(Frame), c_uint32, c_int32, _OUT]),
     "get_switches": (POINTER(Switch), [c_void_p, _COUNT]),
@@ -244,6 +253,9 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
     "create_gated_audio": (c_int32, [c_void_p, POINTER(GateOptions), POINTER(c_float), _OUT]),
     "create_live": (c_int32, [c_void_p, POINTER(LiveOptions), _OUT]),
     "push_live_audio": (c_int32, [c_void_p, c_void_p, c_uint32]),
+    "push_live_samples": (c_int32, [c_void_p, c_void_p, c_uint32]),
+    "get_lost_live_ms": (c_int64, [c_void_p]),
+    "take_live_weights": (c_int32, [c_void_p, c_int64, POINTER(c_float), POINTER(c_int64)]),
     "take_live": (c_int32, [c_void_p, POINTER(LiveStretch)]),
     "finish_live": (c_int32, [c_void_p, POINTER(LiveStretch)]),
     "free_live": (None, [c_void_p]),
@@ -252,6 +264,8 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
     "get_sentences": (POINTER(Sentence), [c_void_p, _COUNT]),
     "free_sentence_search": (None, [c_void_p]),
     "get_model_facts": (POINTER(ModelFacts), [c_void_p]),
+    "get_phoneme_label": (c_char_p, [c_uint32]),
+    "get_phoneme_symbol": (c_char_p, [c_char_p, c_uint32]),
     "create_lexicon_from_file": (c_int32, [c_char_p, _OUT]),
     "get_lexicon_facts": (POINTER(LexiconFacts), [c_void_p]),
     "free_lexicon": (None, [c_void_p]),

@@ -10,11 +10,16 @@ from typing import TYPE_CHECKING, Any, Mapping, Sequence
 from tessarin import _library
 from tessarin._arrays import numpy
 from tessarin._audio import sample_buffer
+from tessarin._errors import OUT_OF_RANGE
 from tessarin._library import Library
 from tessarin._results import Frame, Phoneme, raw_strengths
 
 if TYPE_CHECKING:
     from tessarin._engine import Engine
+
+
+VISEMES = ("sil", "PP", "FF", "TH", "DD", "kk", "CH", "SS", "nn", "RR", "aa", "E", "ih", "oh", "ou")
+"""The fifteen shapes of live weights, in the order of the library."""
 
 
 @dataclass(frozen=True)
@@ -28,6 +33,15 @@ class LiveStretch:
     waiting_ms: int
     phonemes: Sequence[Phoneme]
     frames: Sequence[Frame]
+
+
+@dataclass(frozen=True)
+class LiveWeights:
+    """A mouth of live audio: the weight of each of the fifteen visemes, and the time that they are
+    for, in milliseconds since the audio began."""
+
+    time_ms: int
+    weights: Mapping[str, float]
 
 
 class Live:
@@ -65,12 +79,35 @@ class Live:
         """Takes a copy of the next samples: floats from -1 to 1, or an array of 16-bit integers.
         Never waits for the search; hold back while `waiting_ms` of what is taken is large. Raises
         TessarinError."""
-        address, count, is_int16, values = sample_buffer(samples)
-        if is_int16:
-            values = ([value / 32768 for value in values] if numpy is None
-                      else values / numpy.float32(32768))
-            address, count, _, values = sample_buffer(values)
+        address, count, _keep = self._floats(samples)
         self._check(self._library.push_live_audio(self._handle, address, 4 * count))
+
+    def push_from_callback(self, samples: Any) -> bool:
+        """The same for the callback of a sound card: never waits, and lets the library allocate
+        nothing. Push live audio in one of the two ways. Returns whether all samples had room; what
+        had none is lost, see `lost_ms`. Raises TessarinError once it is finished."""
+        address, count, _keep = self._floats(samples)
+        code = self._library.push_live_samples(self._handle, address, count)
+        if code != OUT_OF_RANGE:
+            self._check(code)
+        return bool(code == 0)
+
+    @property
+    def lost_ms(self) -> int:
+        """How much of what push_from_callback was given was lost."""
+        return int(self._library.get_lost_live_ms(self._handle))
+
+    def weights(self, time_ms: int | None = None) -> LiveWeights:
+        """The visemes at a time: the newest ones, or those of `time_ms`, below 0 counted from the
+        end of what was pushed. A time that is not known yet gets the newest. Does not wait. It
+        takes what became final as `take` does, unless that is used. Raises TessarinError for a time
+        more than ten seconds older than the newest."""
+        values = (ctypes.c_float * len(VISEMES))()
+        at_ms = ctypes.c_int64()
+        newest = 2 ** 63 - 1
+        self._check(self._library.take_live_weights(
+            self._handle, newest if time_ms is None else time_ms, values, ctypes.byref(at_ms)))
+        return LiveWeights(at_ms.value, dict(zip(VISEMES, values)))
 
     def take(self) -> LiveStretch:
         """What became final since the last call, which may be nothing. Raises TessarinError."""
@@ -80,6 +117,16 @@ class Live:
         """Ends the audio, waits until all of it was heard, and returns what was not yet taken.
         Raises TessarinError."""
         return self._stretch(self._library.finish_live)
+
+    @staticmethod
+    def _floats(samples: Any) -> tuple[int, int, Any]:
+        """Their address, how many there are, and what has to live as long as the address is used."""
+        address, count, is_int16, values = sample_buffer(samples)
+        if is_int16:
+            values = ([value / 32768 for value in values] if numpy is None
+                      else values / numpy.float32(32768))
+            address, count, _, values = sample_buffer(values)
+        return address, count, values
 
     def _check(self, code: int) -> None:
         if code != 0:

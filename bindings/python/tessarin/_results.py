@@ -32,7 +32,8 @@ class Word:
     """A word, as it is spelled in the text; `offset` and `length` count characters there. It is
     `emphasised` in capitals or between stars, and `drawn_out` where a letter is repeated.
     `confidence`, 0 to 1, is how likely it is that it was said there, None where that is not
-    known."""
+    known. Where a reader has several ways to say it, such as nine o'clock or nine, `reading` is
+    the one that was said."""
 
     text: str
     start_ms: int
@@ -42,6 +43,7 @@ class Word:
     emphasised: bool = False
     drawn_out: bool = False
     confidence: float | None = None
+    reading: str = ""
 
 
 @dataclass(frozen=True)
@@ -230,6 +232,9 @@ class Result:
     known."""
     unsaid: list[UnsaidWord]
     match: Match | None
+    adaptation_gain: float | None
+    """By how much the logarithm of the likelihood of an observation grew, on average, when the
+    model was fitted to the voice; None when it was not."""
 
     def __init__(self, handle: int, places: TextPlaces | None) -> None:
         self._library = Library.get()
@@ -245,7 +250,8 @@ class Result:
         unsaid: dict[int, float | None] = {}
         for each in self._library.items("get_word_matches", handle):
             (said if each.is_said else unsaid)[each.index] = _known(each.confidence)
-        self.words = [self._word(raw, places, self._library.get_word_flags(handle, i), said.get(i))
+        self.words = [self._word(raw, places, self._library.get_word_flags(handle, i), said.get(i),
+                                 self._library.get_word_reading(handle, i).decode("utf-8", "replace"))
                       for i, raw in enumerate(self._library.items("get_words", handle))]
         self.events = [Event(*self._span(raw, places), kind=KINDS.get(raw.kind, "tag"))
                        for raw in self._library.items("get_events", handle)]
@@ -256,6 +262,7 @@ class Result:
         match = self._library.get_match(handle)
         self.match = self._match(match.contents) if match else None
         self.loudness = self._library.items("get_loudness", handle)
+        self.adaptation_gain = _known(self._library.get_adaptation_gain(handle))
 
     @classmethod
     def from_phonemes(cls, phonemes: Sequence[Phoneme],
@@ -278,9 +285,10 @@ class Result:
 
     @classmethod
     def _word(cls, raw: _library.Span, places: TextPlaces | None, flags: int,
-              confidence: float | None) -> Word:
+              confidence: float | None, reading: str) -> Word:
         return Word(*cls._span(raw, places), emphasised=bool(flags & _library.WORD_EMPHASIS),
-                    drawn_out=bool(flags & _library.WORD_DRAWL), confidence=confidence)
+                    drawn_out=bool(flags & _library.WORD_DRAWL), confidence=confidence,
+                    reading=reading)
 
     @staticmethod
     def _match(raw: _library.Match) -> Match:

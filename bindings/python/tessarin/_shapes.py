@@ -90,6 +90,21 @@ class Shapes:
             return numpy.ctypeslib.as_array(weights).reshape(len(frames), width).copy()
         return [list(weights[i * width:(i + 1) * width]) for i in range(len(frames))]
 
+    def keys(self, frames: Sequence[Frame],
+             tolerance: float = 0.005) -> dict[str, list[tuple[int, float]]]:
+        """Keys for the curve of each shape, as milliseconds and weight, where the curve bends:
+        straight lines between them stay within `tolerance` (0 to 1) of the weights of `mix`.
+        Shapes that never show are left out."""
+        times = [frame.start_ms for frame in frames]
+        rows = self.mix(frames)
+        curves = {}
+        for number, name in enumerate(self.names):
+            weights = [float(row[number]) for row in rows]
+            if any(weights):
+                curves[name] = [(times[i], weights[i])
+                                for i in reduce_keys(times, weights, tolerance)]
+        return curves
+
     def switches(self, frames: Sequence[Frame], hold_ms: int = 0) -> list[Switch]:
         """One shape at a time. The first switch is at 0 ms. Each shape stays for at least 50 ms,
         and for at least `hold_ms` (0 to 10000) unless closed lips come or the frames end; both
@@ -101,6 +116,28 @@ class Shapes:
                     for raw in self._library.items("get_switches", handle)]
         finally:
             self._library.free_switches(handle)
+
+
+def reduce_keys(times_ms: Sequence[int], weights: Sequence[Any],
+                tolerance: float = 0.005) -> list[int]:
+    """Numbers of the times that a curve needs as keys, so that straight lines between them stay
+    within `tolerance` (0 to 1) of every weight. `weights` has a number for each time or, for curves
+    that share their keys, a row of numbers. Times must rise."""
+    rows = [row if hasattr(row, "__len__") else (row,) for row in weights]
+    if len(rows) != len(times_ms):
+        raise ValueError("reduce_keys: as many weights as times are needed")
+    width = len(rows[0]) if rows else 1
+    if any(len(row) != width for row in rows):
+        raise ValueError("reduce_keys: all rows must have the same length")
+    count = len(rows)
+    library = Library.get()
+    kept, kept_count = (ctypes.c_uint32 * count)(), ctypes.c_uint32()
+    code = library.reduce_keys((ctypes.c_int32 * count)(*times_ms),
+                               (ctypes.c_double * (count * width))(*(w for row in rows for w in row)),
+                               count, width, tolerance, kept, ctypes.byref(kept_count))
+    if code != 0:
+        raise library.error("reduce_keys", code)
+    return list(kept[:kept_count.value])
 
 
 def _raw_frames(frames: Sequence[Frame]) -> Any:

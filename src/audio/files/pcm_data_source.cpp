@@ -153,7 +153,7 @@ error_code CPCMDataSource::CopyFrom(const IPCMDataSource* other) {
         return kBrokenPath;
     }
     if (otherBytes > 0) {
-        std::memcpy(data, other->GetData(), otherBytes);
+        std::memcpy(data, other->GetData(), static_cast<size_t>(otherBytes));
     }
     return kNoError;
 }
@@ -181,7 +181,7 @@ error_code CPCMDataSource::Allocate(const PCMFormat& newFormat, uint64_t newByte
     if (need > kMostBytes) {
         return kOutOfMemory;
     }
-    data = static_cast<uint8_t*>(alloc(need, true));
+    data = static_cast<uint8_t*>(alloc(static_cast<size_t>(need), true));
     if (data == nullptr) {
         return kOutOfMemory;
     }

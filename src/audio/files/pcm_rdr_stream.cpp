@@ -147,7 +147,7 @@ error_code CPCMRdrStream::GrowScratch(uint32_t frames) {
     if (need > static_cast<uint64_t>(std::numeric_limits<int32_t>::max())) {
         return kOutOfMemory;
     }
-    scratch.reset(new (std::nothrow) uint8_t[need]());
+    scratch.reset(new (std::nothrow) uint8_t[static_cast<size_t>(need)]());
     if (scratch == nullptr) {
         return kOutOfMemory;
     }

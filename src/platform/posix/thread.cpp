@@ -33,6 +33,14 @@ void* Enter(void* passed) {
 
 } // namespace
 
+bool HasThreads() {
+#if defined(__EMSCRIPTEN__) && !defined(__EMSCRIPTEN_PTHREADS__)
+    return false;
+#else
+    return true;
+#endif
+}
+
 NativeThread::NativeThread() : state(std::make_unique<State>()) {}
 
 NativeThread::~NativeThread() {

@@ -3,6 +3,8 @@
 #include <share.h>
 #include <windows.h>
 
+#include "platform/windows/wide_text.h"
+
 namespace tessarin {
 
 namespace {
@@ -35,7 +37,7 @@ open_failure BinaryFile::Open(const char* path) {
         return open_failure::kNoSuchFile;
     }
     SetLastError(ERROR_SUCCESS);
-    stream.reset(_fsopen(path, "rb", _SH_DENYNO));
+    stream.reset(_wfsopen(WidePath(path).c_str(), L"rb", _SH_DENYNO));
     if (stream == nullptr) {
         return FailureOf(GetLastError());
     }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <windows.h>
 
+#include "platform/windows/wide_text.h"
+
 namespace tessarin {
 
 namespace {
@@ -25,7 +27,7 @@ OVERLAPPED At(int64_t position) {
 open_failure ScratchFile::Open(const char* path) {
     Close();
     const HANDLE opened =
-        CreateFileA(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+        CreateFileW(WidePath(path).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                     FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
     if (opened == INVALID_HANDLE_VALUE) {
         return GetLastError() == ERROR_TOO_MANY_OPEN_FILES ? open_failure::kTooManyOpenFiles

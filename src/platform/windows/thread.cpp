@@ -31,6 +31,10 @@ unsigned __stdcall Enter(void* passed) {
 
 } // namespace
 
+bool HasThreads() {
+    return true;
+}
+
 NativeThread::NativeThread() : state(std::make_unique<State>()) {}
 
 NativeThread::~NativeThread() {

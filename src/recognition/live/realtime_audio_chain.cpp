@@ -21,11 +21,14 @@ realtime_audio_chain::~realtime_audio_chain() {
 
 error_code realtime_audio_chain::Init(const PCMFormat& format,
                                       const CSpectralFeatureDescriptor& descriptor) {
+    const error_code code = input.Instantiate(&format);
+    return code == kNoError ? Connect(input, descriptor) : code;
+}
+
+error_code realtime_audio_chain::Connect(CPCMRdrStream& source,
+                                         const CSpectralFeatureDescriptor& descriptor) {
     const PCMFormat target{TruncSat<uint32_t>(descriptor.sampleRate * 65536.0f), 16, 1};
-    error_code code = input.Instantiate(&format);
-    if (code == kNoError) {
-        code = resampler.Instantiate(&input, &target, kChannel, kStopBandCutoff);
-    }
+    error_code code = resampler.Instantiate(&source, &target, kChannel, kStopBandCutoff);
     if (code != kNoError) {
         return code;
     }

@@ -21,6 +21,9 @@ struct realtime_audio_chain {
     /// the code of the stage that cannot be set up.
     [[nodiscard]] error_code Init(const PCMFormat& format,
                                   const CSpectralFeatureDescriptor& descriptor);
+    /// The same with `source` in the place of the input.
+    [[nodiscard]] error_code Connect(CPCMRdrStream& source,
+                                     const CSpectralFeatureDescriptor& descriptor);
 
     CWin32PCMBufferStream input{true};
     CResampledPCMStream resampler;

@@ -82,6 +82,9 @@ error_code CRealtimePhnRecognizer::Start() {
         BeginRun(0);
         started = false;
         stopped = false;
+        if (!hasWorker) {
+            return BeginInlineSearch();
+        }
         if (!StartThread()) {
             return kOutOfMemory;
         }
@@ -90,6 +93,24 @@ error_code CRealtimePhnRecognizer::Start() {
         }
         return kNoError;
     });
+}
+
+error_code CRealtimePhnRecognizer::BeginInlineSearch() {
+    // From the beginning, as the meter does: a rational conversion would go on from its phase.
+    PCMFormat format{};
+    error_code code = chain.input.GetFormat(&format);
+    if (code == kNoError) {
+        code = chain.Init(format, model->descriptor);
+    }
+    if (code != kNoError) {
+        return code;
+    }
+    chain.spectral.Restart();
+    run->search = std::make_unique<inline_search>(
+        chain, *model, MakeLoop(model->hasLongTransitions != 0), run->heard);
+    code = run->search->Open();
+    started = code == kNoError;
+    return code;
 }
 
 void CRealtimePhnRecognizer::BeginRun(uint64_t latency) {
@@ -110,7 +131,17 @@ error_code CRealtimePhnRecognizer::WriteBytes(const void* bytes, uint32_t count)
     if (count > static_cast<uint32_t>(INT32_MAX)) {
         return kOutOfRange;
     }
-    return Guarded([&] { return chain.input.AddBuffer(bytes, static_cast<int32_t>(count)); });
+    return Guarded([&] {
+        const error_code code = chain.input.AddBuffer(bytes, static_cast<int32_t>(count));
+        if (code == kNoError && !hasWorker) {
+            const crit_section_scope scope(callers);
+            if (run != nullptr && run->search != nullptr) {
+                MaskFloatUnderflow();
+                run->search->GoOn();
+            }
+        }
+        return code;
+    });
 }
 
 bool CRealtimePhnRecognizer::SetResultOverlap(int32_t ms) {
@@ -121,7 +152,7 @@ bool CRealtimePhnRecognizer::SetResultOverlap(int32_t ms) {
 
 uint32_t CRealtimePhnRecognizer::IsActive() {
     const crit_section_scope scope(section);
-    return IsRunning() ? 1 : 0;
+    return IsRunning() || (!hasWorker && started && !stopped) ? 1 : 0;
 }
 
 bool CRealtimePhnRecognizer::IsStopped() {
@@ -144,13 +175,18 @@ int32_t CRealtimePhnRecognizer::Run() {
     return 0;
 }
 
+phone_loop<uint8_t> CRealtimePhnRecognizer::MakeLoop(bool triesAll) const {
+    return triesAll ? phone_loop<uint8_t>{*model, AllTransitions(*model)}
+                    : phone_loop<uint8_t>{*model, StepTransitions(*model), true};
+}
+
 void CRealtimePhnRecognizer::Viterbi() {
-    Search({*model, AllTransitions(*model)});
+    Search(MakeLoop(true));
 }
 
 void CRealtimePhnRecognizer::ViterbiModel0() {
     flog trace("Vitirbi Model 0");
-    Search({*model, StepTransitions(*model), true});
+    Search(MakeLoop(false));
 }
 
 void CRealtimePhnRecognizer::Search(phone_loop<uint8_t> loop) {

@@ -7,8 +7,10 @@
 
 #include "base/crit_section.h"
 #include "base/worker_thread.h"
+#include "platform/thread.h"
 #include "recognition/graph/phone_loop.h"
 #include "recognition/live/heard_frames.h"
+#include "recognition/live/inline_search.h"
 #include "recognition/live/live_flusher.h"
 #include "recognition/live/realtime_audio_chain.h"
 #include "tessarin/realtime_recognizer.h"
@@ -29,14 +31,16 @@ struct live_run {
     heard_frames heard;
     live_flusher flusher;
     const uint64_t latencyFrames;
+    std::unique_ptr<inline_search> search; ///< only where there is no worker
 };
 
 /// The recognizer of live audio. The lock of the worker thread guards what the search has found and
 /// nobody has asked for, and the overlap; the search holds it for the length of an append. A second
 /// lock, which the search never takes, keeps callers of the other operations out of each other's
-/// way.
+/// way. Where there are no threads, writing goes on with the search instead.
 class CRealtimePhnRecognizer : public IRealtimePhnRecognizer, public CWorkerThread {
 public:
+    explicit CRealtimePhnRecognizer(bool withWorker = HasThreads()) : hasWorker(withWorker) {}
     ~CRealtimePhnRecognizer() override;
 
     error_code Start() override;
@@ -68,10 +72,13 @@ public:
 private:
     error_code InitChain(int32_t sampleRateHz, int32_t bits, int32_t channels);
     void BeginRun(uint64_t latency);
+    error_code BeginInlineSearch();
+    phone_loop<uint8_t> MakeLoop(bool triesAll) const;
     void Search(phone_loop<uint8_t> loop);
     bool FlushUntil(ISyncResultsCollection* results, int64_t endMs);
     int32_t GetOverlapMs();
 
+    const bool hasWorker;
     std::atomic<bool> stopped = false;
     std::atomic<bool> ready = false;
     std::atomic<bool> started = false;

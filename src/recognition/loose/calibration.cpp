@@ -64,6 +64,11 @@ public:
             state = (state ^ ((value >> shift) & 0xFF)) * 0x100000001B3;
         }
     }
+    void Add(const std::vector<float>& values) {
+        for (const float value : values) {
+            Add(std::bit_cast<uint32_t>(value));
+        }
+    }
     uint64_t Get() const { return state; }
 
 private:
@@ -78,11 +83,11 @@ uint64_t ModelFingerprint(const CAccousticHMM& model) {
     print.Add(static_cast<uint64_t>(model.numStates));
     for (const CSingleAccHmm& phone : model.models) {
         for (const CAccousticHMMState& state : phone.states) {
+            print.Add(state.transitions);
             for (const CGaussMixture& mixture : state.mixtures) {
                 print.Add(std::bit_cast<uint64_t>(mixture.weight));
-                for (const float mean : mixture.mean) {
-                    print.Add(std::bit_cast<uint32_t>(mean));
-                }
+                print.Add(mixture.mean);
+                print.Add(mixture.inverseCovariance);
             }
         }
     }
@@ -123,9 +128,11 @@ private:
         double numbers[5];
         if (name == "model") {
             uint64_t given = 0;
+            // One model for one calibration; and the fingerprint of a large one takes its time.
+            const bool isFirst = !isModelNamed;
             isModelNamed = values.size() == 1 && Parse(values.front(), given, 16);
-            isOfModel = given == ModelFingerprint(model);
-            return isModelNamed;
+            isOfModel = isFirst && isModelNamed && given == ModelFingerprint(model);
+            return isFirst && isModelNamed;
         }
         if (name == "word" && ParseAll(values, {numbers, 2}) && numbers[1] > 0.0) {
             made.wordOffset = numbers[0];

@@ -4,9 +4,9 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
-#include <span>
 
 #include "model/accoustic_hmm.h"
+#include "recognition/graph/transition_lists.h"
 #include "recognition/loose/state_scores.h"
 
 namespace tessarin {
@@ -21,14 +21,26 @@ constexpr double kUsualDistance = 1.75;
 constexpr double kDistancePerSpread = 0.95;
 constexpr double kLargestSpread = 2.2;
 
-double Logarithm(float probability) {
-    return probability > 0.0f ? std::log(static_cast<double>(probability)) : kNever;
+float Logarithm(float probability) {
+    return probability > 0.0f ? std::log(probability) : -std::numeric_limits<float>::infinity();
 }
 
-struct local_step {
-    uint8_t from; ///< state of the same phone
-    double log;
-};
+/// The logarithms of the steps into each state from its own phone, forward or in place.
+transition_lists StepsInsidePhones(const CAccousticHMM& model) {
+    const auto perPhone = static_cast<uint32_t>(model.numStates);
+    transition_lists steps;
+    for (uint32_t to = 0; to < static_cast<uint32_t>(model.GetTotalStates()); ++to) {
+        const auto& states = model.models[to / perPhone].states;
+        for (uint32_t from = to - to % perPhone; from <= to; ++from) {
+            const float log = Logarithm(states[from % perPhone].transitions[to % perPhone]);
+            if (std::isfinite(log)) {
+                steps.Add({from, log});
+            }
+        }
+        steps.FinishState();
+    }
+    return steps;
+}
 
 /// One run over the loop.
 struct loop_search {
@@ -41,8 +53,8 @@ struct loop_search {
     const state_scores& scores;
     const size_t perPhone;
     const size_t numStates;
-    std::vector<std::vector<local_step>> steps; // into each state, from its own phone
-    std::vector<double> leaving;                // of each phone
+    const transition_lists steps; // logarithms
+    std::vector<double> leaving;  // of each phone
     double entryCost;
     std::vector<double> previous;
     std::vector<double> current;
@@ -52,23 +64,13 @@ struct loop_search {
 
 loop_search::loop_search(const CAccousticHMM& model, const state_scores& stateScores)
     : scores(stateScores), perPhone(static_cast<size_t>(model.numStates)),
-      numStates(static_cast<size_t>(model.GetTotalStates())),
+      numStates(static_cast<size_t>(model.GetTotalStates())), steps(StepsInsidePhones(model)),
       entryCost(std::log(static_cast<double>(model.numModels)) + kChangeCost),
       previous(numStates, kNever), current(numStates),
       sources(numStates * stateScores.GetCount(), kEntered), bestLeavers(stateScores.GetCount()) {
-    for (size_t state = 0; state < numStates; ++state) {
-        const auto& rows = model.models[state / perPhone].states;
-        const size_t to = state % perPhone;
-        auto& into = steps.emplace_back();
-        for (size_t from = 0; from <= to; ++from) {
-            const double log = Logarithm(rows[from].transitions[to]);
-            if (log != kNever) {
-                into.push_back({static_cast<uint8_t>(from), log});
-            }
-        }
-        if (to + 1 == perPhone) {
-            leaving.push_back(Logarithm(1.0f - rows[to].transitions[to]));
-        }
+    for (const CSingleAccHmm& phone : model.models) {
+        const float stay = phone.states.back().transitions.back();
+        leaving.push_back(static_cast<double>(Logarithm(1.0f - stay)));
     }
 }
 
@@ -93,11 +95,11 @@ void loop_search::Enter(size_t t, size_t phone, double entry) {
     for (size_t local = 0; local < perPhone; ++local) {
         double best = local == 0 ? entry : kNever;
         uint8_t source = kEntered;
-        for (const local_step& step : steps[first + local]) {
-            const double score = previous[first + step.from] + step.log;
+        for (const auto& [from, log] : steps.Into(static_cast<uint32_t>(first + local))) {
+            const double score = previous[from] + static_cast<double>(log);
             if (score > best) {
                 best = score;
-                source = step.from;
+                source = static_cast<uint8_t>(from - first);
             }
         }
         current[first + local] = best + static_cast<double>(row[first + local]);
@@ -133,16 +135,17 @@ heard_phones HearPhones(const CAccousticHMM& model, const state_scores& scores) 
     return scores.GetCount() > 0 ? search.TraceBack() : heard_phones{};
 }
 
-double ScoreSpread(const CAccousticHMM& model, const state_scores& scores,
-                   const heard_phones& heard) {
-    double sum = 0.0;
-    size_t count = 0;
-    for (size_t t = 0; t < heard.states.size(); ++t) {
+void heard_distance::Add(const CAccousticHMM& model, const state_scores& scores,
+                         const heard_phones& heard, size_t observations) {
+    for (size_t t = 0; t < observations; ++t) {
         if (!heard.IsSilence(t, model.numStates)) {
             sum += static_cast<double>(scores.Best(t) - heard.scores[t]);
             ++count;
         }
     }
+}
+
+double heard_distance::Spread() const {
     if (count == 0) {
         return 1.0;
     }

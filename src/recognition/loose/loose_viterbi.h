@@ -23,6 +23,15 @@ struct departure_costs {
     }
 };
 
+/// Part of a text and how it may stand in the audio: the words from `firstWord` up to `endWord`,
+/// with the junctions at both ends.
+struct chain_stretch {
+    size_t firstWord;
+    size_t endWord;
+    bool startsAnywhere = false; ///< at any junction at no cost; else at the first one
+    bool endsAnywhere = false;   ///< in any place at no cost; else at the last junction
+};
+
 /// The best path through a text that need not be what was said.
 struct loose_path {
     /// Where an observation is other speech: this plus the number of the junction.
@@ -30,9 +39,9 @@ struct loose_path {
 
     /// The state of each observation in the graph, or kFiller and more.
     std::vector<uint32_t> states;
-    /// Of each word: by how much the best path through it is better than the best one that skips
-    /// it. A word that is not skipped by the best path has one of at least 0. Infinite for a word
-    /// that cannot be skipped.
+    /// Of each word of the stretch: by how much the best path through it is better than the best
+    /// one that skips it. A word that is not skipped by the best path has one of at least 0.
+    /// Infinite for a word that cannot be skipped.
     std::vector<double> margins;
     double score = 0.0; ///< log-likelihood of the path
 };
@@ -43,15 +52,17 @@ struct loose_path {
 /// kept at all observations: after seconds of other speech the right path scores far below those
 /// that stretch words over it.
 ///
-/// A second pass from the end gives the margins. Memory is bounded by `blockBytes` and the square
-/// root of the length: back-pointers are kept for one block of observations, from the last to the
-/// first, and made again from the scores at its beginning.
+/// A second pass from the end gives the margins. Where the back-pointers of all observations need
+/// more than `blockBytes`, they are kept for one block of observations, from the last to the first,
+/// and made again from the scores at its beginning; memory then grows with the square root of the
+/// number of observations.
 ///
 /// `isCancelled` is asked now and then with the share of the work that is done. Returns false when
 /// it says so.
-[[nodiscard]] bool FindLoosePath(const word_chain& chain, const state_scores& scores,
-                                 std::span<const float> fillerScores, const departure_costs& costs,
+[[nodiscard]] bool FindLoosePath(const word_chain& chain, const chain_stretch& stretch,
+                                 const state_scores& scores, std::span<const float> fillerScores,
+                                 const departure_costs& costs,
                                  const std::function<bool(double)>& isCancelled, loose_path& out,
-                                 size_t blockBytes = size_t{32} << 20);
+                                 size_t blockBytes = size_t{16} << 20);
 
 } // namespace tessarin

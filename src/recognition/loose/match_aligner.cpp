@@ -69,7 +69,7 @@ struct CMatchAligner::watched_run {
         return region + 1 < regions.size() ? regions[region + 1].firstMarker : plain.GetSize();
     }
     bool HasWords(size_t region) const;
-    error_code CodeOf(error_code plainCode) const;
+    error_code Code() const;
 };
 
 error_code CMatchAligner::watched_run::MoveMarkers(CConcreteSyncMarkerCollection& results) const {
@@ -122,18 +122,17 @@ bool CMatchAligner::watched_run::HasWords(size_t region) const {
     return false;
 }
 
-/// A region whose text was lost counts as found where most of its words were.
-error_code CMatchAligner::watched_run::CodeOf(error_code plainCode) const {
-    if (plainCode != kRecognitionFailed) {
-        return plainCode;
-    }
-    const bool isLost = std::ranges::any_of(regions, [&](const watched_region& region) {
+/// The code of the last region that failed, as the exact search's; but one whose text was lost
+/// counts as found where most of its words were.
+error_code CMatchAligner::watched_run::Code() const {
+    error_code last = kNoError;
+    for (const watched_region& region : regions) {
         const auto said = std::ranges::count_if(region.match.words, &region_match::word::isSaid);
-        const bool isFound =
-            IsLoose(region) && 2 * static_cast<size_t>(said) >= region.match.words.size();
-        return region.code == kRecognitionFailed && !isFound;
-    });
-    return isLost ? kRecognitionFailed : kNoError;
+        const bool isFound = region.code == kRecognitionFailed && IsLoose(region) &&
+                             2 * static_cast<size_t>(said) >= region.match.words.size();
+        last = region.code != kNoError && !isFound ? region.code : last;
+    }
+    return last;
 }
 
 error_code CMatchAligner::SetMode(uint32_t newMode) {
@@ -193,7 +192,7 @@ error_code CMatchAligner::Align(IObservationStream* stream, CAccousticHMM* model
         JudgeWords(run);
         JudgeFile(run);
         JudgePhonemes(*markers, run.silence);
-        return run.CodeOf(code);
+        return run.Code();
     });
 }
 

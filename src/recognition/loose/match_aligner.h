@@ -14,6 +14,8 @@ namespace tessarin {
 /// each region again, with words that may be missing and other speech, and chooses between the two.
 class CMatchAligner : public IMatchAligner {
 public:
+    CMatchAligner() { Forget(); }
+
     error_code SetMode(uint32_t newMode) override;
     void SetBeamWidth(int32_t width) override { beamWidth = width; }
     void SetRetry(uint8_t newRetry) override { retry = newRetry; }

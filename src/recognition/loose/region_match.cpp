@@ -5,8 +5,7 @@
 
 #include "base/text_copy.h"
 #include "model/accoustic_hmm.h"
-#include "recognition/loose/heard_phones.h"
-#include "recognition/loose/loose_viterbi.h"
+#include "recognition/loose/text_follower.h"
 #include "recognition/loose/word_chain.h"
 #include "recognition/markers/amplitude_scale.h"
 #include "recognition/markers/time_base.h"
@@ -21,28 +20,26 @@ constexpr size_t kLeastFiller = 20;
 constexpr uint32_t kMostSlurred = 2;
 constexpr double kSlurredMargin = -40.0;
 constexpr double kMostMargin = 1e6;
-/// Of states times observations: some seconds of work.
-constexpr uint64_t kMostCells = uint64_t{3} << 30;
 constexpr uint32_t kNowhere = UINT32_MAX;
 constexpr uint32_t kSilence = 0;
 
-/// One search through a region.
-struct region_search {
-    region_search(const region_input& regionInput, region_match& result)
-        : input(regionInput), chain(input.model, input.graph, input.positions, input.tokens),
+/// The making of one result.
+struct region_writer {
+    region_writer(const region_input& regionInput, region_match& result)
+        : input(regionInput), chain(regionInput.chain), path(regionInput.follower.GetPath()),
           out(result), perPhone(static_cast<uint32_t>(input.model.numStates)) {}
 
-    bool Run(const std::function<bool(double)>& isCancelled);
-    size_t WordOf(uint32_t state) const;
     bool IsShort(size_t index) const;
     bool IsSlurred(size_t index) const;
     bool SkipsWords(const std::vector<bool>& isSaid) const;
     void ListWords();
     void ListStretches();
+    struct place;
+    place PlaceAt(size_t t) const;
     void WritePhones();
-    void WritePhone(size_t first, size_t end, uint32_t phone, uint32_t position);
-    void CollectEvidence();
-    double PlainScore(size_t t) const;
+    void WritePhone(size_t first, size_t end, const place& at, bool isLast);
+    CSyncMarker Span(uint32_t type, size_t first, size_t end, const place& at) const;
+    void CollectFit();
     void CollectDurations();
 
     /// The junction of other speech at an observation, or kNowhere in the text.
@@ -50,47 +47,21 @@ struct region_search {
         return path.states[t] >= loose_path::kFiller ? path.states[t] - loose_path::kFiller
                                                      : kNowhere;
     }
-    bool IsHeard(size_t t) const { return !heard.IsSilence(t, input.model.numStates); }
+    bool IsHeard(size_t t) const { return path.heardStates[t] >= perPhone; }
 
     const region_input& input;
-    const word_chain chain;
+    const word_chain& chain;
+    const followed_path& path;
     region_match& out;
     const uint32_t perPhone;
-    heard_phones heard;
-    loose_path path;
 };
 
-bool region_search::Run(const std::function<bool(double)>& isCancelled) {
-    heard = HearPhones(input.model, input.scores);
-    out.spread = ScoreSpread(input.model, input.scores, heard);
-    if (!FindLoosePath(chain, input.scores, heard.scores, departure_costs::ForSpread(out.spread),
-                       isCancelled, path)) {
-        return false;
-    }
-    out.isFound = std::isfinite(path.score);
-    if (out.isFound) {
-        ListWords();
-        ListStretches();
-        WritePhones();
-        CollectEvidence();
-    }
-    return true;
-}
-
-/// The word that a state belongs to, or their number for a silence.
-size_t region_search::WordOf(uint32_t state) const {
-    const auto& words = chain.GetWords();
-    const auto after = std::ranges::upper_bound(words, state, {}, &word_chain::word::first);
-    const bool isInside = after != words.begin() && state < (after - 1)->end;
-    return static_cast<size_t>((isInside ? after - 1 : words.end()) - words.begin());
-}
-
-void region_search::ListWords() {
+void region_writer::ListWords() {
     const auto& words = chain.GetWords();
     std::vector<bool> isOnPath(words.size() + 1);
     for (const uint32_t state : path.states) {
         if (state < loose_path::kFiller) {
-            isOnPath[WordOf(state)] = true;
+            isOnPath[chain.WordOf(state)] = true;
         }
     }
     for (size_t i = 0; i < words.size(); ++i) {
@@ -102,13 +73,13 @@ void region_search::ListWords() {
         isOnPath[i] = isSaid;
         const double margin = std::isnan(path.margins[i]) ? -kMostMargin : path.margins[i];
         out.words.push_back(
-            {words[i].token, isSaid, std::clamp(margin / out.spread, -kMostMargin, kMostMargin)});
+            {words[i].token, isSaid, std::clamp(margin, -kMostMargin, kMostMargin)});
     }
     out.departs = out.departs || SkipsWords(isOnPath);
 }
 
 /// Whether a word can be said with few phonemes.
-bool region_search::IsShort(size_t index) const {
+bool region_writer::IsShort(size_t index) const {
     const word_chain::word& word = chain.GetWords()[index];
     // The fewest states on the way to each state of the word; an arc never leads back.
     std::vector<uint32_t> states(word.end - word.first, UINT32_MAX / 2);
@@ -126,12 +97,12 @@ bool region_search::IsShort(size_t index) const {
     });
 }
 
-bool region_search::IsSlurred(size_t index) const {
-    return path.margins[index] > kSlurredMargin * out.spread && IsShort(index);
+bool region_writer::IsSlurred(size_t index) const {
+    return path.margins[index] > kSlurredMargin && IsShort(index);
 }
 
 /// Whether words are skipped that cannot just be slurred.
-bool region_search::SkipsWords(const std::vector<bool>& isSaid) const {
+bool region_writer::SkipsWords(const std::vector<bool>& isSaid) const {
     const auto& words = chain.GetWords();
     for (size_t i = 0; i < words.size(); ++i) {
         const bool isNextSkipped = i + 1 < words.size() && !isSaid[i + 1];
@@ -143,7 +114,7 @@ bool region_search::SkipsWords(const std::vector<bool>& isSaid) const {
 }
 
 /// Runs of other speech, without the silence around them; those with nothing else are none.
-void region_search::ListStretches() {
+void region_writer::ListStretches() {
     const auto& words = chain.GetWords();
     size_t fillers = 0;
     for (size_t t = 0; t < path.states.size();) {
@@ -173,78 +144,99 @@ void region_search::ListStretches() {
     out.departs = out.departs || fillers >= kLeastFiller;
 }
 
-void region_search::WritePhones() {
+/// What an observation is part of.
+struct region_writer::place {
+    uint32_t phone;
+    uint32_t position;
+    uint32_t state; ///< inside the phone
+    bool isHeard;
+
+    /// Silence that goes on is one, be it the text's or heard beside other speech; a phone that is
+    /// heard twice begins again.
+    bool GoesOnWith(const place& next) const {
+        return next.phone == phone && next.position == position &&
+               (phone == kSilence ||
+                (next.isHeard == isHeard && (!isHeard || next.state >= state)));
+    }
+};
+
+region_writer::place region_writer::PlaceAt(size_t t) const {
     const auto& words = chain.GetWords();
-    struct place {
-        uint32_t phone;
-        uint32_t position;
-        uint32_t state; // within a phone that was heard, to separate two of the same
-        bool isHeard;
-    };
-    const auto placeAt = [&](size_t t) -> place {
-        const uint32_t junction = FillerAt(t);
-        if (junction == kNowhere) {
-            const uint32_t state = path.states[t];
-            return {input.graph[state]->phone, state / perPhone, 0, false};
-        }
-        const uint32_t position =
-            junction < words.size() ? words[junction].first / perPhone - 1 : input.positions - 1;
-        return {heard.states[t] / perPhone, position, heard.states[t] % perPhone, true};
-    };
+    const uint32_t junction = FillerAt(t);
+    if (junction == kNowhere) {
+        const uint32_t state = path.states[t];
+        return {input.graph[state]->phone, state / perPhone, state % perPhone, false};
+    }
+    const uint32_t after =
+        junction < words.size() ? words[junction].first / perPhone : input.positions;
+    return {path.heardStates[t] / perPhone, std::max(after, 1u) - 1, path.heardStates[t] % perPhone,
+            true};
+}
+
+void region_writer::WritePhones() {
     size_t first = 0;
-    place begun = placeAt(0);
+    place begun = PlaceAt(0);
     place last = begun;
     for (size_t t = 1; t < path.states.size(); ++t) {
-        const place next = placeAt(t);
-        if (next.phone != last.phone || next.position != last.position ||
-            next.isHeard != last.isHeard || next.state < last.state) {
-            WritePhone(first, t, begun.phone, begun.position);
+        const place next = PlaceAt(t);
+        if (!last.GoesOnWith(next)) {
+            WritePhone(first, t, begun, false);
             first = t;
             begun = next;
         }
         last = next;
     }
-    WritePhone(first, path.states.size(), begun.phone, begun.position);
+    WritePhone(first, path.states.size(), begun, true);
 }
 
-void region_search::WritePhone(size_t first, size_t end, uint32_t phone, uint32_t position) {
+CSyncMarker region_writer::Span(uint32_t type, size_t first, size_t end, const place& at) const {
     CSyncMarker marker{};
-    marker.type = kPhonemeMarker;
+    marker.type = type;
     marker.start = FrameTimeMs(static_cast<int64_t>(first), input.periodMs);
     marker.end = FrameTimeMs(static_cast<int64_t>(end), input.periodMs);
     marker.score =
         input.amplitudes.Amplitude(static_cast<int32_t>(first), static_cast<int32_t>(end));
-    marker.text_offset = static_cast<int32_t>(position);
-    if (const char* label = input.model.GetLabel(static_cast<int32_t>(phone), false)) {
+    marker.text_offset = static_cast<int32_t>(at.position);
+    return marker;
+}
+
+void region_writer::WritePhone(size_t first, size_t end, const place& at, bool isLast) {
+    CSyncMarker marker = Span(kPhonemeMarker, first, end, at);
+    if (const char* label = input.model.GetLabel(static_cast<int32_t>(at.phone), false)) {
         CopyText(marker.label, label);
     }
-    // Silence that goes on is one, be it the text's or heard beside other speech.
-    CSyncMarker* const before = out.phones.empty() ? nullptr : &out.phones.back();
-    if (before != nullptr && phone == kSilence && before->text_offset == marker.text_offset &&
-        FieldText(before->label) == FieldText(marker.label)) {
-        before->end = marker.end;
-    } else {
-        out.phones.push_back(marker);
+    out.phones.push_back(marker);
+    // As in the exact search's results, the last phoneme has no segments.
+    size_t begin = first;
+    for (size_t t = first + 1; input.stateMarkers && !isLast && t <= end; ++t) {
+        if (t == end || PlaceAt(t).state != PlaceAt(t - 1).state) {
+            out.phones.push_back(Span(kStateMarker, begin, t, at));
+            begin = t;
+        }
     }
 }
 
-/// The log-likelihood of an observation in its state of the exact search's path.
-double region_search::PlainScore(size_t t) const {
-    const state_rec& record = *input.graph[input.plainPath[t]];
-    return static_cast<double>(input.scores[t][record.phone * perPhone + record.state]);
-}
-
-void region_search::CollectEvidence() {
+void region_writer::CollectFit() {
+    out.evidence.fit = path.fit;
+    out.evidence.spoken = path.spoken;
     for (size_t t = 0; t < input.plainPath.size(); ++t) {
+        const state_rec& record = *input.graph[input.plainPath[t]];
+        const auto above = input.follower.AboveHeard(t, record.phone * perPhone + record.state);
+        if (!above) {
+            return;
+        }
+        if (t == 0) {
+            out.evidence.fit = 0.0;
+            out.evidence.spoken = 0;
+        }
         if (IsHeard(t)) {
-            out.evidence.fit += PlainScore(t) - static_cast<double>(heard.scores[t]);
+            out.evidence.fit += *above;
             ++out.evidence.spoken;
         }
     }
-    CollectDurations();
 }
 
-void region_search::CollectDurations() {
+void region_writer::CollectDurations() {
     const auto plain = input.plainPath;
     for (size_t first = 0; first < plain.size();) {
         size_t end = first + 1;
@@ -262,16 +254,20 @@ void region_search::CollectDurations() {
 
 } // namespace
 
-bool FitsLooseSearch(const region_input& input) {
-    const uint64_t states =
-        uint64_t{input.positions} * static_cast<uint32_t>(input.model.numStates);
-    return states * input.scores.GetCount() <= kMostCells;
-}
-
-bool MatchRegion(const region_input& input, const std::function<bool(double)>& isCancelled,
-                 region_match& out) {
-    out = {};
-    return input.scores.GetCount() == 0 || region_search(input, out).Run(isCancelled);
+region_match MatchRegion(const region_input& input) {
+    region_match match;
+    const followed_path& path = input.follower.GetPath();
+    match.spread = path.spread;
+    match.isFound = path.isFound;
+    if (match.isFound) {
+        region_writer writer(input, match);
+        writer.ListWords();
+        writer.ListStretches();
+        writer.WritePhones();
+        writer.CollectFit();
+        writer.CollectDurations();
+    }
+    return match;
 }
 
 } // namespace tessarin

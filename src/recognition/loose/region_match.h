@@ -2,19 +2,19 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <span>
 #include <vector>
 
 #include "base/tarray.h"
 #include "recognition/graph/state_rec.h"
-#include "recognition/loose/state_scores.h"
 #include "tessarin/sync_results.h"
 
 namespace tessarin {
 
 class amplitude_scale;
 class CAccousticHMM;
+class text_follower;
+class word_chain;
 struct CTxMarker;
 
 /// Part of the evidence for a text: sums, so that the regions of a text add up.
@@ -42,31 +42,30 @@ struct region_match {
     std::vector<stretch> unscripted;
     /// The phonemes of the path: those of the text, and those heard in other speech. Their
     /// `text_offset` is the position in the search graph, in which they never go back.
-    std::vector<CSyncMarker> phones;
-    match_evidence evidence; ///< of the plain path
+    std::vector<CSyncMarker> phones; ///< each followed by its segments, if they are asked for
+    /// Lengths are those of the exact search's path. So is the fit of a region that was searched as
+    /// a whole; that of a longer one is the loose path's, where it is in the text.
+    match_evidence evidence;
     double spread = 1.0;
     bool isFound = false; ///< a path; there is none for pauses longer than the audio
     bool departs = false; ///< the path from the text
 };
 
-/// The states and observations that a region is searched in.
+/// What was found out about a region.
 struct region_input {
     const CAccousticHMM& model;
     const state_rec* const* graph;
     uint32_t positions;
     std::span<const CTxMarker> tokens;
-    const state_scores& scores;
+    const word_chain& chain;
+    const text_follower& follower; ///< finished
     const amplitude_scale& amplitudes;
     double periodMs;
     std::span<const uint32_t> plainPath; ///< of the exact search; may be shorter or empty
+    bool stateMarkers;                   ///< write the segments of phonemes, too
 };
 
-/// Whether the region is small enough for a search that keeps all states.
-bool FitsLooseSearch(const region_input& input);
-
-/// Searches the region. False when `isCancelled` says so, which is asked with the share of the work
-/// that is done.
-[[nodiscard]] bool MatchRegion(const region_input& input,
-                               const std::function<bool(double)>& isCancelled, region_match& out);
+/// Makes words, stretches and phonemes of the path that was followed.
+region_match MatchRegion(const region_input& input);
 
 } // namespace tessarin

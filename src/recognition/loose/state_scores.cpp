@@ -1,20 +1,28 @@
 #include "recognition/loose/state_scores.h"
 
 #include <algorithm>
-#include <cmath>
-
-#include "model/accoustic_hmm.h"
 
 namespace tessarin {
 
-state_scores::state_scores(const CAccousticHMM& acousticModel)
-    : model(acousticModel), numStates(static_cast<size_t>(acousticModel.GetTotalStates())) {}
-
 void state_scores::Add(const float* x) {
-    for (size_t state = 0; state < numStates; ++state) {
-        const double likelihood = model.GetStateProbability(x, static_cast<int32_t>(state));
-        rows.push_back(std::max(static_cast<float>(std::log(likelihood)), kLowest));
+    const size_t before = rows.size();
+    const float* const same[log_scoring::kTogether] = {x, x, x, x};
+    AddTogether(same);
+    rows.resize(before + numStates);
+}
+
+void state_scores::AddTogether(const float* const* x) {
+    const size_t before = rows.size();
+    rows.resize(before + log_scoring::kTogether * numStates);
+    float* out[log_scoring::kTogether];
+    for (size_t i = 0; i < log_scoring::kTogether; ++i) {
+        out[i] = rows.data() + before + i * numStates;
     }
+    scoring.Score(x, out);
+}
+
+void state_scores::DropFirst(size_t observations) {
+    rows.erase(rows.begin(), rows.begin() + static_cast<std::ptrdiff_t>(observations * numStates));
 }
 
 float state_scores::Best(size_t observation) const {

@@ -3,22 +3,23 @@
 #include <cstddef>
 #include <vector>
 
+#include "recognition/loose/log_scoring.h"
+
 namespace tessarin {
 
-class CAccousticHMM;
-
 /// The log-likelihoods of all states of a model, observation by observation: what several searches
-/// over the same audio share.
+/// over the same audio share. Those of the past can be dropped; the numbers of the others then
+/// begin at 0 again.
 class state_scores {
 public:
-    /// A state that cannot have made an observation costs this much and not more, so that one odd
-    /// observation does not forbid a path.
-    static constexpr float kLowest = -1000.0f;
-
-    explicit state_scores(const CAccousticHMM& acousticModel);
+    explicit state_scores(const CAccousticHMM& model)
+        : scoring(model), numStates(scoring.GetNumStates()) {}
 
     /// Scores the next observation, `x`. Throws std::bad_alloc.
     void Add(const float* x);
+    /// Scores the next log_scoring::kTogether observations, which is faster.
+    void AddTogether(const float* const* x);
+    void DropFirst(size_t observations);
 
     size_t GetCount() const { return rows.size() / numStates; }
     size_t GetNumStates() const { return numStates; }
@@ -30,7 +31,7 @@ public:
     float Best(size_t observation) const;
 
 private:
-    const CAccousticHMM& model;
+    const log_scoring scoring;
     const size_t numStates;
     std::vector<float> rows;
 };

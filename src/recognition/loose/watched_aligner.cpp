@@ -2,9 +2,10 @@
 
 #include <algorithm>
 
-#include "base/guarded.h"
 #include "base/timed_progress.h"
 #include "model/accoustic_hmm.h"
+#include "recognition/loose/text_follower.h"
+#include "recognition/loose/word_chain.h"
 #include "recognition/markers/amplitude_scale.h"
 #include "recognition/markers/time_base.h"
 #include "recognition/observation_source.h"
@@ -14,19 +15,20 @@
 namespace tessarin {
 namespace {
 
-/// Scores the observations that pass through, for the search that comes after.
-class CScoringStream final : public IObservationStream {
+/// Shows the observations that pass through to the search that leaves words out.
+class CWatchedStream final : public IObservationStream {
 public:
-    CScoringStream(IObservationStream& observations, state_scores& scored, TArray<float>& levels)
-        : source(observations), scores(scored), energies(levels),
+    CWatchedStream(IObservationStream& observations, text_follower& textFollower,
+                   TArray<float>& levels)
+        : source(observations), follower(textFollower), energies(levels),
           total(observations.GetNumObservations()) {}
 
     uint32_t GetNumObservations() override { return total; }
     error_code GetObservation(float* features, float* energy) override {
         const error_code code = source.GetObservation(features, energy);
-        const size_t index = scores.GetCount();
+        const size_t index = follower.GetCount();
         if (code == kNoError && index < total) {
-            scores.Add(features);
+            follower.Add(features);
             if (index < static_cast<size_t>(energies.GetSize())) {
                 energies[static_cast<int32_t>(index)] = *energy;
             }
@@ -49,9 +51,12 @@ public:
     }
 
     /// Reads on to the announced end.
-    error_code ReadRest(int32_t featureCount) {
+    error_code ReadRest(int32_t featureCount, timed_progress& progress) {
         std::vector<float> features(static_cast<size_t>(featureCount) + 3);
-        while (scores.GetCount() < total) {
+        while (follower.GetCount() < total) {
+            if (progress.Report(static_cast<uint32_t>(follower.GetCount()), total, false)) {
+                return kUserCancelled;
+            }
             float energy = 0.0f;
             if (const error_code code = GetObservation(features.data(), &energy);
                 code != kNoError) {
@@ -63,7 +68,7 @@ public:
 
 private:
     IObservationStream& source;
-    state_scores& scores;
+    text_follower& follower;
     TArray<float>& energies;
     const uint32_t total;
 };
@@ -97,45 +102,58 @@ error_code CWatchedAligner::Viterbi(const CAccousticHMM& model, const state_rec*
                                     IObservationStream& stream, ProgressSink* progress,
                                     TArray<uint32_t>* path, TArray<float>& energies,
                                     double* score) {
-    // The scoring stream is in front of one that may write more than the model scores.
+    const auto searchExactly = [&](IObservationStream& from) {
+        return CTextbasedPhnRecognizer::Viterbi(model, graph, positions, startStates, endStates,
+                                                from, progress, path, energies, score);
+    };
+    // The watched stream is in front of one that may write more than the model scores.
     observation_source probe(stream, model.descriptor.numFeatures);
     if (const error_code code = probe.Open(nullptr); code != kNoError) {
         return code;
     }
-    state_scores scores(model);
-    CScoringStream scored(stream, scores, energies);
-    const error_code code = CTextbasedPhnRecognizer::Viterbi(
-        model, graph, positions, startStates, endStates, scored, progress, path, energies, score);
+    watched_region& region = regions.back();
+    const word_chain chain(model, graph, positions, region.tokens);
+    const uint32_t total = stream.GetNumObservations();
+    if (total == 0 || chain.IsTooLongFor(total)) {
+        return searchExactly(stream);
+    }
+    text_follower follower(model, chain, total);
+    CWatchedStream watched(stream, follower, energies);
+    const error_code code = searchExactly(watched);
     if (!HasPath(code)) {
         return code;
     }
-    if (const error_code read = scored.ReadRest(model.descriptor.numFeatures); read != kNoError) {
+    timed_progress timed(progress);
+    if (const error_code read = watched.ReadRest(model.descriptor.numFeatures, timed);
+        read != kNoError) {
         return read;
     }
-    watched_region& region = regions.back();
-    region.code = code;
-    const amplitude_scale amplitudes = ScaleOf(stream, energies);
-    const region_input input{.model = model,
-                             .graph = graph,
-                             .positions = positions,
-                             .tokens = region.tokens,
-                             .scores = scores,
-                             .amplitudes = amplitudes,
-                             .periodMs = FramePeriodMs(stream),
-                             .plainPath = {path->begin(), static_cast<size_t>(path->GetSize())}};
-    if (!FitsLooseSearch(input)) {
-        return code;
-    }
-    constexpr uint32_t kSteps = 1000;
-    timed_progress timed(progress);
-    const auto isCancelled = [&](double share) {
-        return timed.Report(static_cast<uint32_t>(share * kSteps), kSteps, false);
-    };
-    if (!MatchRegion(input, isCancelled, region.match)) {
+    // What is left is short beside what was reported, so the share that is done stays the same.
+    if (!follower.Finish([&](double) { return timed.Report(total - 1, total, false); })) {
         return kUserCancelled;
     }
+    const amplitude_scale amplitudes = ScaleOf(stream, energies);
+    region.match = MatchRegion({.model = model,
+                                .graph = graph,
+                                .positions = positions,
+                                .tokens = region.tokens,
+                                .chain = chain,
+                                .follower = follower,
+                                .amplitudes = amplitudes,
+                                .periodMs = FramePeriodMs(stream),
+                                .plainPath = {path->begin(), static_cast<size_t>(path->GetSize())},
+                                .stateMarkers = (results.get_flags() & kWriteStateMarkers) != 0});
     region.isMatched = region.match.isFound;
     return code;
+}
+
+/// A region without a graph is one of the results, too.
+void CWatchedAligner::EndRegion(error_code code) {
+    if (regions.size() == ended) {
+        regions.push_back({.tokens = {}, .firstMarker = results.GetSize(), .match = {}});
+    }
+    regions.back().code = code;
+    ended = regions.size();
 }
 
 } // namespace tessarin

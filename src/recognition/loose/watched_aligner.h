@@ -15,7 +15,7 @@ class CConcreteSyncMarkerCollection;
 struct watched_region {
     std::span<const CTxMarker> tokens;
     int32_t firstMarker;        ///< of the region in the exact search's results
-    error_code code = kNoError; ///< of the exact search
+    error_code code = kNoError; ///< of the region in the exact aligner
     bool isMatched = false;     ///< `match` is filled in
     region_match match;
 };
@@ -26,7 +26,7 @@ struct watched_region {
 class CWatchedAligner : public CTextbasedPhnRecognizer {
 public:
     /// `markers` are those that the run appends to.
-    explicit CWatchedAligner(const CConcreteSyncMarkerCollection& markers) : results(markers) {}
+    explicit CWatchedAligner(CConcreteSyncMarkerCollection& markers) : results(markers) {}
 
     using CTextbasedPhnRecognizer::Viterbi;
     error_code Viterbi(const CAccousticHMM& model, const state_rec* const* graph,
@@ -40,9 +40,13 @@ public:
 
     const std::vector<watched_region>& GetRegions() const { return regions; }
 
+protected:
+    void EndRegion(error_code code) override;
+
 private:
-    const CConcreteSyncMarkerCollection& results;
+    CConcreteSyncMarkerCollection& results;
     std::vector<watched_region> regions;
+    size_t ended = 0; // regions
 };
 
 } // namespace tessarin

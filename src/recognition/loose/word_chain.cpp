@@ -14,6 +14,33 @@ float LeavingLog(const CAccousticHMM& model, const state_rec& record) {
     return std::log(std::max(1.0f - row[record.state], 1e-15f));
 }
 
+/// The words that the graph itself has ways past, by the arcs that lead over them: where such ways
+/// begin less where they end, so that an arc over many words costs as much as one over a single.
+class passed_words {
+public:
+    explicit passed_words(size_t words) : changes(words + 1) {}
+
+    /// An arc from the block `from` to a later one.
+    void Add(size_t from, size_t to) {
+        const size_t first = (from + 1) / 2; // the first word after the place that it leaves
+        const size_t end = to / 2;
+        if (first < end) {
+            ++changes[first];
+            --changes[end];
+        }
+    }
+    void Mark(std::vector<word_chain::word>& words) const {
+        int64_t ways = 0;
+        for (size_t i = 0; i < words.size(); ++i) {
+            ways += changes[i];
+            words[i].isOptional = ways > 0;
+        }
+    }
+
+private:
+    std::vector<int64_t> changes;
+};
+
 } // namespace
 
 word_chain::word_chain(const CAccousticHMM& model, const state_rec* const* graph,
@@ -21,23 +48,72 @@ word_chain::word_chain(const CAccousticHMM& model, const state_rec* const* graph
     const auto statesPerPhone = static_cast<uint32_t>(model.numStates);
     const uint32_t numStates = positions * statesPerPhone;
     FindWords(tokens, statesPerPhone);
-    wordExits.resize(words.size());
-    silenceExits.resize(words.size() + 1);
+    const std::vector<uint32_t> blocks = FindBlocks(numStates);
+    passed_words passed(words.size());
+    std::vector<bool> isExit(numStates);
+    modelStates.reserve(numStates);
+    entries.reserve(numStates);
+    arcBegins.reserve(size_t{numStates} + 1);
     arcBegins.push_back(0);
     for (uint32_t state = 0; state < numStates; ++state) {
-        AddState(model, *graph[state], state, statesPerPhone);
-        const size_t block = BlockOf(state);
-        for (uint32_t i = 0; i < graph[state]->predecessors; ++i) {
-            AddExit(model, graph, graph[state]->Arcs()[i].state, block);
+        const state_rec& record = *graph[state];
+        AddState(record, state, blocks, statesPerPhone);
+        for (uint32_t i = 0; i < record.predecessors; ++i) {
+            const uint32_t from = record.Arcs()[i].state;
+            if (blocks[from] != blocks[state]) {
+                passed.Add(blocks[from], blocks[state]);
+                isExit[from] = isExit[from] || blocks[from] % 2 == 1;
+            }
         }
-        const bool isSilence = block % 2 == 0;
-        if (isSilence && state % statesPerPhone == statesPerPhone - 1) {
-            silenceExits[block / 2].push_back({state, LeavingLog(model, *graph[state])});
+        if (blocks[state] % 2 == 0 && state % statesPerPhone == statesPerPhone - 1) {
+            isExit[state] = true; // of a silence
         }
     }
-    for (std::vector<exit>& exits : wordExits) {
-        std::ranges::sort(exits, {}, &exit::state);
+    passed.Mark(words);
+    ListExits(model, graph, blocks, isExit);
+}
+
+void word_chain::ListExits(const CAccousticHMM& model, const state_rec* const* graph,
+                           std::span<const uint32_t> blocks, const std::vector<bool>& isExit) {
+    for (uint32_t state = 0; state < blocks.size(); ++state) {
+        if (!isExit[state]) {
+            continue;
+        }
+        const bool isWord = blocks[state] % 2 == 1;
+        std::vector<uint32_t>& begins = isWord ? wordExitBegins : silenceExitBegins;
+        std::vector<exit>& exits = isWord ? wordExits : silenceExits;
+        const uint32_t index = blocks[state] / 2;
+        begins.resize(std::max<size_t>(begins.size(), size_t{index} + 1),
+                      static_cast<uint32_t>(exits.size()));
+        exits.push_back({state, LeavingLog(model, *graph[state])});
     }
+    wordExitBegins.resize(words.size() + 1, static_cast<uint32_t>(wordExits.size()));
+    silenceExitBegins.resize(words.size() + 2, static_cast<uint32_t>(silenceExits.size()));
+}
+
+std::vector<uint32_t> word_chain::FindBlocks(uint32_t numStates) const {
+    std::vector<uint32_t> blocks(numStates);
+    uint32_t index = 0; // of the first word that does not end before the state
+    for (uint32_t state = 0; state < numStates; ++state) {
+        while (index < words.size() && words[index].end <= state) {
+            ++index;
+        }
+        const bool isInside = index < words.size() && words[index].first <= state;
+        blocks[state] = 2 * index + (isInside ? 1 : 0);
+    }
+    return blocks;
+}
+
+size_t word_chain::WordOf(uint32_t state) const {
+    const auto after = std::ranges::upper_bound(words, state, {}, &word::first);
+    const bool isInside = after != words.begin() && state < (after - 1)->end;
+    return static_cast<size_t>((isInside ? after - 1 : words.end()) - words.begin());
+}
+
+bool word_chain::IsTooLongFor(size_t observations) const {
+    const auto needed = std::ranges::count_if(
+        words, [](const word& each) { return !each.isSkippable && !each.isOptional; });
+    return static_cast<size_t>(needed) > observations;
 }
 
 void word_chain::FindWords(std::span<const CTxMarker> tokens, uint32_t statesPerPhone) {
@@ -53,18 +129,10 @@ void word_chain::FindWords(std::span<const CTxMarker> tokens, uint32_t statesPer
     }
 }
 
-/// Twice the number of a junction for its silences, and one more for the word after it.
-size_t word_chain::BlockOf(uint32_t state) const {
-    const auto after = std::ranges::upper_bound(words, state, {}, &word::first);
-    const auto before = static_cast<size_t>(after - words.begin());
-    return before > 0 && state < words[before - 1].end ? 2 * before - 1 : 2 * before;
-}
-
-void word_chain::AddState(const CAccousticHMM& model, const state_rec& record, uint32_t state,
+void word_chain::AddState(const state_rec& record, uint32_t state, std::span<const uint32_t> blocks,
                           uint32_t statesPerPhone) {
-    modelStates.push_back(static_cast<uint16_t>(
-        record.phone * static_cast<uint32_t>(model.numStates) + record.state));
-    const size_t block = BlockOf(state);
+    modelStates.push_back(static_cast<uint16_t>(record.phone * statesPerPhone + record.state));
+    const size_t block = blocks[state];
     const bool isWord = block % 2 == 1;
     const uint32_t position = state / statesPerPhone;
     // The chain of a junction's silences is a choice among them here, at any number.
@@ -83,29 +151,7 @@ void word_chain::AddState(const CAccousticHMM& model, const state_rec& record, u
     // The first word of a graph without a silence before it has no arc that leads into it.
     isEntered = isEntered || (isWord && state == words[block / 2].first);
     entries.push_back(isEntered ? static_cast<uint32_t>(block / 2) : kNoJunction);
-    arcBegins.push_back(arcs.size());
-}
-
-/// Notes an arc from the state `from` to a later block.
-void word_chain::AddExit(const CAccousticHMM& model, const state_rec* const* graph, uint32_t from,
-                         size_t toBlock) {
-    const size_t fromBlock = BlockOf(from);
-    if (fromBlock == toBlock) {
-        return;
-    }
-    for (size_t passed = fromBlock / 2 + 1; 2 * passed + 1 < toBlock; ++passed) {
-        words[passed].isOptional = true;
-    }
-    if (fromBlock % 2 == 0) {
-        if (toBlock > fromBlock + 1) {
-            words[fromBlock / 2].isOptional = true;
-        }
-        return;
-    }
-    std::vector<exit>& exits = wordExits[fromBlock / 2];
-    if (std::ranges::find(exits, from, &exit::state) == exits.end()) {
-        exits.push_back({from, LeavingLog(model, *graph[from])});
-    }
+    arcBegins.push_back(static_cast<uint32_t>(arcs.size()));
 }
 
 } // namespace tessarin

@@ -61,25 +61,48 @@ public:
         return {arcs.data() + arcBegins[state], arcBegins[state + 1] - arcBegins[state]};
     }
     /// The ways from a word to the junction after it, in order of their states.
-    std::span<const exit> WordExits(size_t index) const { return wordExits[index]; }
+    std::span<const exit> WordExits(size_t index) const {
+        return {wordExits.data() + wordExitBegins[index],
+                wordExitBegins[index + 1] - wordExitBegins[index]};
+    }
     /// The ways from the silences of a junction back to it.
-    std::span<const exit> SilenceExits(size_t junction) const { return silenceExits[junction]; }
+    std::span<const exit> SilenceExits(size_t junction) const {
+        return {silenceExits.data() + silenceExitBegins[junction],
+                silenceExitBegins[junction + 1] - silenceExitBegins[junction]};
+    }
+    /// The first state of the silences of a junction, or of what comes after when it has none.
+    uint32_t JunctionBegin(size_t junction) const {
+        return junction == 0 ? 0 : words[junction - 1].end;
+    }
+    /// The state after them.
+    uint32_t JunctionEnd(size_t junction) const {
+        return junction < words.size() ? words[junction].first
+                                       : static_cast<uint32_t>(modelStates.size());
+    }
+    /// The word that a state belongs to, or their number for a silence.
+    size_t WordOf(uint32_t state) const;
+    /// Whether so few observations cannot have all that must not be skipped.
+    bool IsTooLongFor(size_t observations) const;
 
 private:
     void FindWords(std::span<const CTxMarker> tokens, uint32_t statesPerPhone);
-    size_t BlockOf(uint32_t state) const;
-    void AddState(const CAccousticHMM& model, const state_rec& record, uint32_t state,
+    /// Twice the number of a junction for each state of its silences, and one more for the word
+    /// after it.
+    std::vector<uint32_t> FindBlocks(uint32_t numStates) const;
+    void AddState(const state_rec& record, uint32_t state, std::span<const uint32_t> blocks,
                   uint32_t statesPerPhone);
-    void AddExit(const CAccousticHMM& model, const state_rec* const* graph, uint32_t from,
-                 size_t toBlock);
+    void ListExits(const CAccousticHMM& model, const state_rec* const* graph,
+                   std::span<const uint32_t> blocks, const std::vector<bool>& isExit);
 
     std::vector<word> words;
     std::vector<uint16_t> modelStates;
     std::vector<uint32_t> entries;
-    std::vector<size_t> arcBegins;
+    std::vector<uint32_t> arcBegins;
     std::vector<arc> arcs;
-    std::vector<std::vector<exit>> wordExits;
-    std::vector<std::vector<exit>> silenceExits;
+    std::vector<uint32_t> wordExitBegins;
+    std::vector<exit> wordExits;
+    std::vector<uint32_t> silenceExitBegins;
+    std::vector<exit> silenceExits;
 };
 
 } // namespace tessarin

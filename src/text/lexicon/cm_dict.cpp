@@ -132,7 +132,8 @@ void CCmDict::ParseEntries() {
             std::find_if(equals + 1, end, [](char character) { return character != ' '; });
         place = std::find_if(pronunciation, end, IsLineEnd);
         if (word != equals && pronunciation != place) {
-            AddEntry({word, equals}, {pronunciation, place});
+            AddEntry({word, static_cast<size_t>(equals - word)},
+                     {pronunciation, static_cast<size_t>(place - pronunciation)});
         }
     }
 }

@@ -21,7 +21,7 @@ void AppendChoice(PronunciationBuilder& builder, std::string_view list) {
         const auto start = std::find_if_not(place, list.end(), isSpace);
         place = std::find_if(start, list.end(), isSpace);
         if (start != place) {
-            builder.AddAlternative({start, place});
+            builder.AddAlternative({&*start, static_cast<size_t>(place - start)});
         }
     }
     builder.CommitAlternatives();

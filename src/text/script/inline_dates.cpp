@@ -92,6 +92,9 @@ InlineReader::maybe_match InlineReader::MatchTime(size_t i) const {
     } else if (!hasHalf) {
         AddWords(table.Word(ValueOf(hour) > 12 ? "hundred" : "oclock"), found.spoken);
     }
+    if (!hasSeconds) {
+        found.others = OtherTimes(hour, minute);
+    }
     if (hasSeconds) {
         const std::string_view second = tokens.Text(i + 4);
         AddWords(second.starts_with('0') ? numbers.Digits(second) : numbers.Cardinal(second),
@@ -101,9 +104,40 @@ InlineReader::maybe_match InlineReader::MatchTime(size_t i) const {
     if ((tokens.Is(found.end, '-') || tokens.Is(found.end, kEnDash)) &&
         tokens.IsDigits(found.end + 1)) {
         AddWords(table.Word("to"), found.spoken);
+        found.others.clear();
         ++found.end;
     }
     return found;
+}
+
+/// Further ways to say a time: nine for nine o'clock, half past three, ten to five.
+std::vector<std::string> InlineReader::OtherTimes(std::string_view hour,
+                                                  std::string_view minute) const {
+    const std::string hours = numbers.Cardinal(hour);
+    if (minute == "00") {
+        return {hours, hours + " " + std::string(table.Word("oclock"))};
+    }
+    std::vector<std::string> others;
+    if (minute.starts_with('0')) {
+        others.push_back(hours + " " + numbers.Cardinal(minute));
+    }
+    const uint32_t value = ValueOf(minute);
+    const std::string_view past = table.Word("past");
+    if (past.empty() || ValueOf(hour) > 12 || value % 5 != 0) {
+        return others;
+    }
+    const bool isPast = value <= 30;
+    const uint32_t distance = isPast ? value : 60 - value;
+    std::string spoken(distance == 15   ? table.Get(script_section::kFractions, "4")
+                       : distance == 30 ? table.Get(script_section::kFractions, "2")
+                                        : numbers.Cardinal(std::to_string(distance)));
+    AddWords(isPast ? past : table.Word("to"), spoken);
+    AddWords(isPast ? hours : numbers.Cardinal(std::to_string(ValueOf(hour) % 12 + 1)), spoken);
+    if (distance == 15) {
+        others.push_back(std::string(table.Word("article")) + " " + spoken);
+    }
+    others.push_back(std::move(spoken));
+    return others;
 }
 
 /// Three or more numbers with points between.
@@ -139,9 +173,12 @@ InlineReader::maybe_match InlineReader::MatchDayOfMonth(size_t i) const {
     const bool isGlued = tokens.IsWord(i + 1) || tokens.Is(i + 1, ':') || tokens.Is(i + 1, '%');
     if (IsMonthBefore(i) && !isGlued) {
         match found{numbers.Ordinal(tokens.Text(i)), i + 1};
+        found.others = {std::string(table.Word("the")) + " " + found.spoken,
+                        numbers.Cardinal(tokens.Text(i))};
         if ((tokens.Is(i + 1, '-') || tokens.Is(i + 1, kEnDash)) && isDay(i + 2)) {
             AddWords(table.Word("to"), found.spoken);
             AddWords(numbers.Ordinal(tokens.Text(i + 2)), found.spoken);
+            found.others.clear();
             found.end = i + 3;
         }
         return found;

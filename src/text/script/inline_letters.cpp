@@ -30,7 +30,7 @@ InlineReader::maybe_match InlineReader::MatchDottedLetters(size_t i) const {
     return isInitial ? maybe_match{{std::string(tokens.Text(i)), end}} : std::nullopt;
 }
 
-/// B22, PS5, H2O, R2-D2, v2.0: the letters are said singly, what follows by itself.
+/// B22, PS5, H2O, R2-D2, v2.0: the letters are spelled, and the digits are read by themselves.
 InlineReader::maybe_match InlineReader::MatchLettersAndDigits(size_t i) const {
     const std::string_view text = tokens.Text(i);
     if (!tokens.IsDigits(i + 1)) {
@@ -44,7 +44,7 @@ InlineReader::maybe_match InlineReader::MatchLettersAndDigits(size_t i) const {
 }
 
 /// The beginning of the next word, once or several times: Y-you, S-s-stop. A consonant is said as
-/// the sound that it is.
+/// a sound, not by its name.
 InlineReader::maybe_match InlineReader::MatchStutter(size_t i) const {
     const std::string_view text = tokens.Text(i);
     const size_t next = tokens.Is(i + 1, '-') ? i + 2 : 0;
@@ -65,7 +65,7 @@ InlineReader::maybe_match InlineReader::MatchStutter(size_t i) const {
     return match{sound.empty() ? lower + lower + lower : std::string(sound), i + 1};
 }
 
-/// Letters for the letters of an abbreviation in capitals; other capitals are stress.
+/// Spells abbreviations in capitals; other words in capitals are stressed.
 InlineReader::maybe_match InlineReader::MatchCapitals(size_t i) const {
     const std::string_view text = tokens.Text(i);
     if (text.size() < 2) {
@@ -77,8 +77,7 @@ InlineReader::maybe_match InlineReader::MatchCapitals(size_t i) const {
         ending = stem.ends_with("'s") ? "'s" : "s";
         stem.remove_suffix(ending.size());
     }
-    const bool isPlural = !ending.empty() && stem.size() >= 2 &&
-                          std::ranges::all_of(stem, [](char c) { return c >= 'A' && c <= 'Z'; });
+    const bool isPlural = !ending.empty() && stem.size() >= 2 && std::ranges::all_of(stem, IsUpper);
     if (!tokens.IsAllCapitals(i) && !isPlural) {
         return std::nullopt;
     }
@@ -107,7 +106,7 @@ InlineReader::maybe_match InlineReader::MatchCapitals(size_t i) const {
                      : 0};
 }
 
-/// Letters that are written small, such as smh, and a sign between measures: 10 cm x 5 cm.
+/// Abbreviations in small letters, such as smh, and the x between measures: 10 cm x 5 cm.
 InlineReader::maybe_match InlineReader::MatchWithoutVowel(size_t i) const {
     const std::string_view text = tokens.Text(i);
     if (text == "x" && i > 0 && tokens.IsBlank(i - 1) && tokens.IsBlank(i + 1) &&
@@ -115,9 +114,8 @@ InlineReader::maybe_match InlineReader::MatchWithoutVowel(size_t i) const {
         return match{std::string(table.Word("by")), i + 1};
     }
     const bool isMadeOfLetters =
-        text.size() >= 2 && text.size() <= 5 && std::ranges::all_of(text, [](char letter) {
-            return letter >= 'a' && letter <= 'z' && !IsVowel(letter);
-        });
+        text.size() >= 2 && text.size() <= 5 &&
+        std::ranges::all_of(text, [](char letter) { return IsLower(letter) && !IsVowel(letter); });
     if (!isKnown || !isMadeOfLetters || IsKnown(text) || table.Has(script_section::kSounds, text)) {
         return std::nullopt;
     }
@@ -134,7 +132,7 @@ InlineReader::maybe_match InlineReader::MatchDrawl(size_t i) const {
     std::vector<std::pair<char, bool>> runs; ///< letters, and whether they are drawn out
     for (size_t at = 0; at < lower.size();) {
         const size_t end = std::min(lower.find_first_not_of(lower[at], at), lower.size());
-        const bool isLong = end - at >= 3 && lower[at] >= 'a' && lower[at] <= 'z';
+        const bool isLong = end - at >= 3 && IsLower(lower[at]);
         if (isLong) {
             runs.emplace_back(lower[at], true);
         } else {

@@ -45,7 +45,7 @@ InlineReader::maybe_match InlineReader::MatchNumber(size_t i) const {
     return std::nullopt;
 }
 
-/// What a table says of just these signs, such as 24/7.
+/// Numbers that have an entry of their own in the table, such as 24/7.
 InlineReader::maybe_match InlineReader::MatchFixed(size_t i) const {
     const size_t end = i + 3;
     if (end > tokens.GetCount() || !tokens.IsDigits(i + 2) || tokens.IsGap(i + 1) ||
@@ -108,7 +108,7 @@ bool InlineReader::IsWordNear(script_section section, size_t i, size_t numWords)
     return false;
 }
 
-/// Digits without separators, by what stands around them.
+/// Digits without separators. What stands around them decides how they are said.
 std::string InlineReader::SayPlain(size_t i) const {
     const std::string_view digits = tokens.Text(i);
     const size_t next = tokens.SkipBlank(i + 1);
@@ -162,7 +162,7 @@ std::string InlineReader::SayPlain(size_t i) const {
 
 std::string InlineReader::SayFraction(std::string_view over, std::string_view under) const {
     const ScriptTable::fields* const names = table.Find(script_section::kFractions, under);
-    if (names == nullptr || names->size() < 2) {
+    if (names == nullptr) {
         return "";
     }
     std::string spoken = numbers.Cardinal(over);
@@ -170,7 +170,7 @@ std::string InlineReader::SayFraction(std::string_view over, std::string_view un
     return spoken;
 }
 
-/// What stands after a number over a slash or as a sign of its own: a part, or a share of a whole.
+/// A number that ends in a fraction, or that is divided by another one.
 InlineReader::maybe_match InlineReader::MatchFraction(const written_number& number) const {
     size_t at = number.end;
     const auto mixed = [&](std::string_view over, std::string_view under) {
@@ -262,10 +262,10 @@ InlineReader::maybe_match InlineReader::MatchWithLetters(const written_number& n
 InlineReader::maybe_match InlineReader::MatchQuantity(size_t i) const {
     const written_number number = ReadNumber(i);
     if (maybe_match found = MatchFraction(number)) {
-        if (maybe_match counted = MatchCounted(i, {number.whole, "1", found->end, false})) {
-            // The unit alone: the fraction has been said.
-            const std::string one = SayNumber({number.whole, "1", found->end, false});
-            return match{found->spoken + counted->spoken.substr(one.size()), counted->end};
+        if (const maybe_match unit = MatchUnit(i, found->end, false)) {
+            AddWords(unit->spoken, found->spoken);
+            found->end = unit->end;
+            return found;
         }
         if (tokens.Is(found->end, '"') && !isQuoteOpen) {
             AddWords(table.Word(IsAdjective(i, found->end + 1) ? "inch" : "inch-mark"),
@@ -311,6 +311,10 @@ InlineReader::maybe_match InlineReader::MatchQuantity(size_t i) const {
         found.end = at + 1;
     } else if (tokens.Text(at).size() == 1 && tokens.IsWord(at) && number.IsPlain()) {
         found.spoken = numbers.Pairs(number.whole);
+    } else if (number.decimals.empty()) {
+        found.others = numbers.Readings(number.whole, number.isGrouped);
+    } else if (number.whole == "0") {
+        found.others = {found.spoken.substr(found.spoken.find(' ') + 1)}; // point five
     }
     return found;
 }

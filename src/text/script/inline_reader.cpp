@@ -1,6 +1,7 @@
 #include "text/script/inline_reader.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tessarin {
 
@@ -30,7 +31,7 @@ void InlineReader::Read() {
     }
 }
 
-/// Looks ahead to the end of the line: where all of it is in capitals, they are not emphasis.
+/// Looks ahead to the end of the line: capitals are not emphasis if the whole line has them.
 void InlineReader::StartLine(size_t i) {
     hasLowerCase = false;
     isQuoteOpen = false;
@@ -65,7 +66,15 @@ size_t InlineReader::Step(size_t i) {
 void InlineReader::Say(const match& found, size_t i) {
     if (!found.spoken.empty()) {
         const uint32_t stars = i < emphasisEnd ? kEmphasisedWord : 0;
-        out.AddWord({found.spoken, PlaceOf(i, found.end), found.flags | stars});
+        script_word word{found.spoken, PlaceOf(i, found.end), found.flags | stars};
+        for (const std::string& other : found.others) {
+            const bool isNew = !other.empty() && other != word.spoken &&
+                               std::ranges::find(word.others, other) == word.others.end();
+            if (isNew && word.others.size() + 1 < kMostReadings) {
+                word.others.push_back(other);
+            }
+        }
+        out.AddWord(std::move(word));
     }
 }
 
@@ -74,7 +83,7 @@ void InlineReader::PassOn(std::string_view text, size_t i, size_t end) {
     lastPausePlace = end;
 }
 
-/// Reads a pause, a quotation mark, or a symbol without a name. Several stops are one pause.
+/// Reads a pause, a quotation mark, or a symbol without a name. Several stops make one pause.
 size_t InlineReader::ReadPunctuation(size_t i) {
     const char32_t code = tokens.At(i).code;
     size_t end = i + 1;
@@ -119,9 +128,9 @@ size_t InlineReader::ReadMark(size_t i) {
     case '(':
         return ReadParenthesis(i);
     case '[':
-        return ReadBracket(i, ']');
+        return ReadBracket(i, bracket);
     case '{':
-        return ReadBracket(i, '}');
+        return ReadBracket(i, brace);
     case '<':
         return ReadTag(i);
     case '*':
@@ -136,22 +145,17 @@ size_t InlineReader::AddEvent(script_event_kind kind, size_t first, size_t end) 
     return end;
 }
 
-/// The token of the closing sign, at most `reach` tokens on; 0 without one. What has been looked
-/// through in vain is not looked through again, so that many opening signs cost no more than one.
-size_t InlineReader::FindClosing(size_t i, char32_t closing, size_t reach, bool withinLine) {
-    const size_t limit = std::min(tokens.GetCount(), i + reach);
-    const bool isRepeated = lastSearch.closing == closing && lastSearch.withinLine == withinLine;
-    size_t at = isRepeated ? std::max(i + 1, lastSearch.end) : i + 1;
-    for (; at < limit; ++at) {
-        if (tokens.Is(at, closing)) {
-            return at;
-        }
-        if (withinLine && tokens.At(at).kind == script_token_kind::kBreak) {
-            break;
-        }
+/// The token of the closing sign; 0 without one. Opening signs are asked for in the order of the
+/// text, so no token is looked at twice, however many signs are opened.
+size_t InlineReader::FindClosing(size_t i, closing_sign& sign) const {
+    const size_t limit = std::min(tokens.GetCount(), i + sign.reach);
+    size_t& at = sign.place;
+    at = std::max(at, i + 1);
+    while (at < limit && !tokens.Is(at, sign.code) &&
+           !(sign.withinLine && tokens.At(at).kind == script_token_kind::kBreak)) {
+        ++at;
     }
-    lastSearch = {closing, withinLine, at};
-    return 0;
+    return at < limit && tokens.Is(at, sign.code) ? at : 0;
 }
 
 bool InlineReader::IsSentenceStart(size_t i) const {
@@ -177,8 +181,8 @@ bool InlineReader::IsSentenceEnd(size_t i) const {
     return next >= tokens.GetCount() || tokens.At(next).kind == script_token_kind::kBreak;
 }
 
-/// Whether words in the midst of a sentence stand for what is done: by their capitals, by the
-/// ending of the first, or since they are known for it.
+/// Whether words within a sentence are a stage direction: because of their capitals, the ending
+/// of the first word, or a list.
 bool InlineReader::LooksLikeDirection(size_t first, size_t end) const {
     size_t word = first;
     while (word < end && !tokens.IsWord(word)) {
@@ -204,12 +208,11 @@ bool InlineReader::LooksLikeDirection(size_t first, size_t end) const {
 }
 
 size_t InlineReader::ReadParenthesis(size_t i) {
-    constexpr size_t kReach = 120;
-    const size_t close = FindClosing(i, ')', kReach, false);
+    const size_t close = FindClosing(i, parenthesis);
     if (close == 0 || (close == i + 2 && MatchDigitGroups(i + 1))) {
         return 0;
     }
-    // Between words, what is long is a thought of the speaker's.
+    // A long remark between words is an aside of the speaker.
     constexpr size_t kLongestDirection = 14;
     const bool standsApart = IsSentenceStart(i) || IsSentenceEnd(close + 1);
     return standsApart || (close - i <= kLongestDirection && LooksLikeDirection(i + 1, close))
@@ -217,23 +220,21 @@ size_t InlineReader::ReadParenthesis(size_t i) {
                : 0;
 }
 
-size_t InlineReader::ReadBracket(size_t i, char32_t closing) {
-    constexpr size_t kReach = 400;
-    size_t close = FindClosing(i, closing, kReach, false);
+size_t InlineReader::ReadBracket(size_t i, closing_sign& closing) {
+    size_t close = FindClosing(i, closing);
     if (close == 0) {
         return 0;
     }
-    close += tokens.Is(close + 1, closing) ? 1 : 0;
+    close += tokens.Is(close + 1, closing.code) ? 1 : 0;
     return AddEvent(script_event_kind::kNote, i, close + 1);
 }
 
 /// Between stars stands an action, or one word that is stressed; twice two of them only stress.
 size_t InlineReader::ReadStars(size_t i) {
-    constexpr size_t kReach = 80;
     if (i < emphasisEnd || tokens.Is(i + 1, '*') || tokens.IsGap(i + 1)) {
         return i + 1;
     }
-    const size_t close = FindClosing(i, '*', kReach, true);
+    const size_t close = FindClosing(i, star);
     if (close == 0 || tokens.IsGap(close - 1) || tokens.Is(close + 1, '*')) {
         return i + 1;
     }
@@ -248,12 +249,11 @@ size_t InlineReader::ReadStars(size_t i) {
 /// A tag that a transcriber knows is passed on, with the word that a <pron> is for; that of a voice
 /// names the speaker; others are markup.
 size_t InlineReader::ReadTag(size_t i) {
-    constexpr size_t kReach = 80;
     const size_t name = tokens.Is(i + 1, '/') ? i + 2 : i + 1;
     if (!tokens.IsWord(name)) {
         return 0;
     }
-    const size_t close = FindClosing(i, '>', kReach, true);
+    const size_t close = FindClosing(i, tagEnd);
     if (close == 0) {
         return 0;
     }

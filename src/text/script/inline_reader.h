@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "text/script/number_words.h"
 #include "text/script/script_reading.h"
@@ -18,8 +19,8 @@ namespace tessarin {
 using word_lookup = std::function<bool(std::string_view word)>;
 
 /// Reads a stretch of what is said: numbers by their kind, abbreviations, marks within a line,
-/// emphasis. Each Match function looks at what begins with the token `i` and gives what is said for
-/// it, or nothing when it is not of its kind.
+/// emphasis. Each Match function looks at what begins with the token `i` and returns what is said
+/// for it, or nothing when it is of another kind.
 class InlineReader {
 public:
     /// `known` may be empty; all else must outlive the reader.
@@ -34,6 +35,7 @@ private:
         std::string spoken;
         size_t end; ///< the token after it
         uint32_t flags = 0;
+        std::vector<std::string> others = {}; ///< what a reader may say instead
     };
     using maybe_match = std::optional<match>;
 
@@ -48,23 +50,28 @@ private:
         bool IsPlain() const { return decimals.empty() && !isGrouped; }
     };
 
-    // The road through the tokens.
+    // The steps through the tokens.
     size_t Step(size_t i);
     void StartLine(size_t i);
     void Say(const match& found, size_t i);
     size_t ReadPunctuation(size_t i);
     void PassOn(std::string_view text, size_t i, size_t end);
-    script_place PlaceOf(size_t first, size_t end) const {
-        return {tokens.At(first).start, tokens.At(end - 1).end - tokens.At(first).start};
-    }
+    script_place PlaceOf(size_t first, size_t end) const { return tokens.PlaceOf(first, end); }
 
-    // Marks within a line: they give the token after them, or 0.
+    struct closing_sign {
+        char32_t code;
+        size_t reach;    ///< how many tokens on it may stand
+        bool withinLine; ///< and not beyond a line break
+        size_t place;    ///< the token up to which the last search has looked
+    };
+
+    // Marks within a line: they return the token after them, or 0.
     size_t ReadMark(size_t i);
     size_t ReadParenthesis(size_t i);
-    size_t ReadBracket(size_t i, char32_t closing);
+    size_t ReadBracket(size_t i, closing_sign& closing);
     size_t ReadStars(size_t i);
     size_t ReadTag(size_t i);
-    size_t FindClosing(size_t i, char32_t closing, size_t reach, bool withinLine);
+    size_t FindClosing(size_t i, closing_sign& sign) const;
     bool LooksLikeDirection(size_t first, size_t end) const;
     bool IsSentenceStart(size_t i) const;
     bool IsSentenceEnd(size_t i) const;
@@ -86,6 +93,7 @@ private:
     written_number ReadNumber(size_t i) const;
     std::string SayNumber(const written_number& number) const;
     std::string SayPlain(size_t i) const;
+    std::vector<std::string> OtherTimes(std::string_view hour, std::string_view minute) const;
     std::string SayFraction(std::string_view over, std::string_view under) const;
     std::string SayDecimals(std::string_view digits) const;
     bool IsMonthBefore(size_t i) const;
@@ -95,10 +103,13 @@ private:
     // What a number counts.
     maybe_match MatchMoney(size_t i) const;
     maybe_match MatchCounted(size_t i, const written_number& number) const;
+    maybe_match MatchUnit(size_t i, size_t at, bool isOne) const;
     maybe_match MatchFeetAndInches(const written_number& number) const;
     const ScriptTable::fields* FindUnit(size_t from, size_t& end, bool isGlued) const;
     std::string_view FindScale(size_t& end) const;
     std::string SayHundredths(const written_number& number, const ScriptTable::fields& names) const;
+    std::vector<std::string> OtherHundredths(const written_number& number,
+                                             const ScriptTable::fields& names) const;
     size_t SkipUnitStop(size_t i) const;
     size_t AddPer(size_t end, std::string& spoken) const;
     bool IsAdjective(size_t i, size_t end) const;
@@ -133,12 +144,11 @@ private:
     bool isQuoteOpen = false;
     bool isSingleQuoteOpen = false;
     bool dashesAreTurns = false; ///< at the beginning of a line, of speakers
-    struct closing_search {
-        char32_t closing = 0;
-        bool withinLine = false;
-        size_t end = 0; ///< up to which there is none
-    };
-    closing_search lastSearch;        ///< that found nothing
+    closing_sign parenthesis{U')', 120, false, 0};
+    closing_sign bracket{U']', 400, false, 0};
+    closing_sign brace{U'}', 400, false, 0};
+    closing_sign star{U'*', 80, true, 0};
+    closing_sign tagEnd{U'>', 80, true, 0};
     size_t emphasisEnd = 0;           ///< the token of the closing star
     size_t lastPausePlace = SIZE_MAX; ///< the token after the last pause
 };

@@ -14,14 +14,14 @@ std::string_view SeveralOf(const ScriptTable::fields& names) {
 
 } // namespace
 
-/// Whether what is counted stands before what it says more of: a $3M contract.
+/// Whether a number and its unit describe the next word: a $3M contract.
 bool InlineReader::IsAdjective(size_t i, size_t end) const {
     const size_t word = tokens.WordBefore(i, 1);
     return word < tokens.GetCount() && table.Has(script_section::kArticles, tokens.Text(word)) &&
            tokens.IsBlank(end) && tokens.IsWord(end + 1) && tokens.Text(end + 1) != "x";
 }
 
-/// A stop after a unit belongs to it where the sentence goes on.
+/// A stop after a unit belongs to the unit if the sentence goes on.
 size_t InlineReader::SkipUnitStop(size_t i) const {
     const size_t next = tokens.SkipBlank(i + 1);
     const bool goesOn = (tokens.IsWord(next) && !tokens.IsCapitalised(next)) ||
@@ -29,7 +29,7 @@ size_t InlineReader::SkipUnitStop(size_t i) const {
     return tokens.Is(i, '.') && goesOn ? i + 1 : i;
 }
 
-/// A slash and a unit or a word after a number: so much for each.
+/// A slash and a unit or a word after a number, as in $9/mo.
 size_t InlineReader::AddPer(size_t end, std::string& spoken) const {
     if (!tokens.Is(end, '/') || !tokens.IsWord(end + 1)) {
         return end;
@@ -41,7 +41,7 @@ size_t InlineReader::AddPer(size_t end, std::string& spoken) const {
     return SkipUnitStop(unit != nullptr ? unitEnd : end + 2);
 }
 
-/// The unit at `from`, written to its number or not; `end` becomes the token after it.
+/// The unit at `from`, with or without a blank before it; `end` becomes the token after it.
 const ScriptTable::fields* InlineReader::FindUnit(size_t from, size_t& end, bool isGlued) const {
     if (tokens.Is(from, 0xB0)) { // degrees, of a scale or not
         const size_t scale = tokens.SkipBlank(from + 1);
@@ -67,7 +67,7 @@ const ScriptTable::fields* InlineReader::FindUnit(size_t from, size_t& end, bool
     const ScriptTable::fields* const found = text.size() > 1
                                                  ? table.FindAnyCase(script_section::kUnits, text)
                                                  : table.Find(script_section::kUnits, text);
-    if (found == nullptr || found->empty()) {
+    if (found == nullptr) {
         return nullptr;
     }
     const std::string_view rule = found->size() > 2 ? std::string_view((*found)[2]) : "";
@@ -84,9 +84,17 @@ const ScriptTable::fields* InlineReader::FindUnit(size_t from, size_t& end, bool
     return found;
 }
 
-/// A number with what it counts: a unit, a currency after it, a power of a unit.
+/// A number with what it counts.
 InlineReader::maybe_match InlineReader::MatchCounted(size_t i, const written_number& number) const {
-    size_t at = number.end;
+    maybe_match unit = MatchUnit(i, number.end, number.IsOne());
+    if (unit) {
+        unit->spoken.insert(0, SayNumber(number) + " ");
+    }
+    return unit;
+}
+
+/// What the number from `i` up to `at` counts: a unit, a power of a unit, or a currency after it.
+InlineReader::maybe_match InlineReader::MatchUnit(size_t i, size_t at, bool isOne) const {
     const bool isHyphened = tokens.Is(at, '-') && tokens.IsWord(at + 1);
     const bool isGlued = !tokens.IsBlank(at);
     at = isHyphened ? at + 1 : tokens.SkipBlank(at);
@@ -109,14 +117,14 @@ InlineReader::maybe_match InlineReader::MatchCounted(size_t i, const written_num
         unit = table.FindAnyCase(script_section::kCurrencies, tokens.Text(at));
         end = at + 1;
     }
-    if (unit == nullptr || unit->empty()) {
+    if (unit == nullptr) {
         return std::nullopt;
     }
     // After hours that are written in the same way, m stands for minutes.
-    const bool isAfterHours = tokens.Text(at) == "m" && isGlued && i >= 2 &&
-                              tokens.IsBlank(i - 1) && tokens.Text(i - 2) == "h";
-    if (isAfterHours) {
-        unit = table.Find(script_section::kUnits, "min");
+    const ScriptTable::fields* const minutes = table.Find(script_section::kUnits, "min");
+    if (minutes != nullptr && tokens.Text(at) == "m" && isGlued && i >= 2 &&
+        tokens.IsBlank(i - 1) && tokens.Text(i - 2) == "h") {
+        unit = minutes;
     }
     for (const auto& [sign, word] :
          {std::pair{U'\u00B2', "square"}, std::pair{U'\u00B3', "cubic"}}) {
@@ -125,10 +133,9 @@ InlineReader::maybe_match InlineReader::MatchCounted(size_t i, const written_num
             ++end;
         }
     }
-    match found{SayNumber(number), end};
-    AddWords(prefix, found.spoken);
-    const bool isOne = number.IsOne() || isHyphened || IsAdjective(i, end);
-    AddWords(isOne ? OneOf(*unit) : SeveralOf(*unit), found.spoken);
+    match found{prefix, end};
+    AddWords(isOne || isHyphened || IsAdjective(i, end) ? OneOf(*unit) : SeveralOf(*unit),
+             found.spoken);
     found.end = AddPer(SkipUnitStop(found.end), found.spoken);
     return found;
 }
@@ -170,11 +177,10 @@ std::string_view InlineReader::FindScale(size_t& end) const {
         return "";
     }
     const std::string word = InLowerCase(tokens.Text(end + 1));
-    for (const std::string_view power : table.Keys(script_section::kScales)) {
-        const std::string_view scale = table.Get(script_section::kScales, power);
-        if (word == scale) {
+    for (const auto& [power, names] : table.Entries(script_section::kScales)) {
+        if (word == names.front()) {
             end += 2;
-            return scale;
+            return names.front();
         }
     }
     return "";
@@ -196,12 +202,31 @@ std::string InlineReader::SayHundredths(const written_number& number,
     return spoken;
 }
 
+/// Two fifty, and two dollars fifty.
+std::vector<std::string> InlineReader::OtherHundredths(const written_number& number,
+                                                       const ScriptTable::fields& names) const {
+    if (number.whole == "0" || number.decimals == "00") {
+        return {};
+    }
+    const std::string hundredths = number.decimals.starts_with('0')
+                                       ? numbers.Digits(number.decimals)
+                                       : numbers.Cardinal(number.decimals);
+    const std::string whole = numbers.Cardinal(number.whole);
+    std::string several = whole;
+    AddWords(number.whole == "1" ? OneOf(names) : SeveralOf(names), several);
+    std::string withCents = several;
+    AddWords(numbers.Cardinal(number.decimals), several);
+    AddWords(numbers.Cardinal(number.decimals), withCents);
+    AddWords(number.decimals == "01" ? names[2] : names[3], withCents);
+    return {whole + " " + hundredths, several, withCents};
+}
+
 /// A currency's sign before an amount, or before a range of them.
 InlineReader::maybe_match InlineReader::MatchMoney(size_t i) const {
     const size_t first = tokens.SkipBlank(i + 1);
     const ScriptTable::fields* const names =
         table.Find(script_section::kCurrencies, tokens.Text(i));
-    if (names == nullptr || names->empty() || !tokens.IsDigits(first)) {
+    if (names == nullptr || !tokens.IsDigits(first)) {
         return std::nullopt;
     }
     const written_number number = ReadNumber(first);
@@ -218,13 +243,18 @@ InlineReader::maybe_match InlineReader::MatchMoney(size_t i) const {
     const bool hasHundredths = number.decimals.size() == 2 && names->size() >= 4;
     if (scale.empty() && !isRange && hasHundredths) {
         found.spoken = SayHundredths(number, *names);
+        found.others = OtherHundredths(number, *names);
     } else {
         const bool isOne = scale.empty() && !isRange && number.IsOne();
         AddWords(scale, found.spoken);
         AddWords(isOne || IsAdjective(i, found.end) ? OneOf(*names) : SeveralOf(*names),
                  found.spoken);
     }
-    found.end = AddPer(found.end, found.spoken);
+    const size_t end = AddPer(found.end, found.spoken);
+    if (end != found.end) {
+        found.others.clear();
+        found.end = end;
+    }
     return found;
 }
 

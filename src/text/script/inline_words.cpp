@@ -91,11 +91,11 @@ size_t InlineReader::StopEnd(size_t i) const {
     return IsSentenceEnd(i + 1) ? i : i + 1;
 }
 
-/// Saint or street: by whether the name stands after or before.
+/// Saint before a name, street after one.
 InlineReader::maybe_match InlineReader::MatchNeighbour(size_t i) const {
     const ScriptTable::fields* const names =
         table.FindAnyCase(script_section::kNeighbours, tokens.Text(i));
-    if (names == nullptr || names->size() < 2 || !tokens.Is(i + 1, '.')) {
+    if (names == nullptr || !tokens.Is(i + 1, '.')) {
         return std::nullopt;
     }
     const size_t next = tokens.SkipBlank(i + 2);
@@ -110,7 +110,7 @@ InlineReader::maybe_match InlineReader::MatchNeighbour(size_t i) const {
     return match{(*names)[isAfter ? 1 : 0], StopEnd(i + 1) == i + 1 ? i + 1 : i + 2};
 }
 
-/// Months and days that are written short.
+/// Abbreviated months and days.
 InlineReader::maybe_match InlineReader::MatchCalendar(size_t i) const {
     const std::string_view text = tokens.Text(i);
     if (!tokens.IsCapitalised(i) || text.size() > 5) {
@@ -150,7 +150,7 @@ InlineReader::maybe_match InlineReader::MatchAbbreviation(size_t i) const {
     }
     entry = entry != nullptr ? entry
                              : table.FindAnyCase(script_section::kAbbreviations, tokens.Text(i));
-    if (entry == nullptr || entry->empty()) {
+    if (entry == nullptr) {
         return std::nullopt;
     }
     const std::string_view when = entry->size() > 1 ? std::string_view((*entry)[1]) : "any";
@@ -168,8 +168,7 @@ InlineReader::maybe_match InlineReader::MatchAbbreviation(size_t i) const {
     return match{entry->front(), hasStop && StopEnd(end) != end ? end + 1 : end};
 }
 
-/// A Roman numeral after a word that has such, as a number, or after a ruler's name, as an
-/// ordinal.
+/// A Roman numeral: a number after words such as Chapter, an ordinal after a ruler's name.
 InlineReader::maybe_match InlineReader::MatchRoman(size_t i) const {
     const uint32_t value = tokens.IsAllCapitals(i) ? RomanValue(tokens.Text(i)) : 0;
     const size_t before = tokens.WordBefore(i, 2);
@@ -196,7 +195,7 @@ InlineReader::maybe_match InlineReader::MatchRoman(size_t i) const {
     return std::nullopt;
 }
 
-/// A day, or a half of the day, joined to the next: from one to the other.
+/// A day or a half of the day before a dash: from it to the next one.
 InlineReader::maybe_match InlineReader::MatchJoint(size_t i) const {
     const bool isHalf = table.Has(script_section::kDayHalves, tokens.Text(i));
     const bool isDay = table.Has(script_section::kDays, tokens.Text(i)) && tokens.IsCapitalised(i);

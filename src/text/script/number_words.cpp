@@ -126,6 +126,55 @@ std::string NumberWords::Year(std::string_view digits) const {
     return countsThousands ? Cardinal(digits) : Pairs(digits);
 }
 
+std::vector<std::string> NumberWords::Readings(std::string_view digits, bool isGrouped) const {
+    constexpr size_t kMostDigits = 10;
+    if (digits.size() > kMostDigits || (digits.size() <= 2 && !digits.starts_with('0'))) {
+        return {};
+    }
+    const std::string_view front =
+        digits.substr(0, digits.size() - std::min<size_t>(digits.size(), 2));
+    const std::string_view back = digits.substr(front.size());
+    std::vector<std::string> ways;
+    const auto add = [&](std::initializer_list<std::string_view> parts) {
+        std::string words;
+        for (const std::string_view part : parts) {
+            AddWords(part, words);
+        }
+        ways.push_back(std::move(words));
+    };
+    if (digits.starts_with('0')) {
+        std::string zeros;
+        for (size_t i = 0; i < digits.size(); ++i) {
+            AddWords(TwoDigits(digits.substr(i, 1)), zeros);
+        }
+        ways = {Digits(digits), zeros, Cardinal(digits)};
+        if (digits == "0") {
+            add({table.Word("oh")});
+        }
+        return ways;
+    }
+    const std::string cardinal = Cardinal(digits);
+    if (digits.find_first_not_of('0', 1) == std::string_view::npos && digits[0] == '1') {
+        add({table.Word("article"), LastOf(cardinal)}); // a hundred
+    }
+    if (!isGrouped && digits.size() <= 4) {
+        ways.push_back(Pairs(digits));
+    }
+    ways.push_back(cardinal);
+    if (back != "00") {
+        add({Cardinal(std::string(front) + "00"), table.Word("and"), Cardinal(back)});
+    }
+    if (!isGrouped && digits.size() == 4 && back.starts_with('0') && back != "00" &&
+        !front.ends_with('0')) {
+        add({TwoDigits(front), table.Word("hundred"), TwoDigits(back.substr(1))});
+        add({TwoDigits(front), TwoDigits(back.substr(1))});
+    }
+    if (!isGrouped) {
+        ways.push_back(Digits(digits));
+    }
+    return ways;
+}
+
 std::string NumberWords::MakeOrdinal(std::string words) const {
     const std::string_view ordinal = table.Get(script_section::kOrdinals, LastOf(words));
     return ordinal.empty() ? words : WithLast(words, ordinal);

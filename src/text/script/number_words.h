@@ -3,13 +3,14 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tessarin {
 
 class ScriptTable;
 
 /// Says digits in the words of a language. Each takes at least one digit and nothing else, and
-/// gives words separated by blanks.
+/// returns words separated by blanks.
 class NumberWords {
 public:
     explicit NumberWords(const ScriptTable& words) : table(words) {}
@@ -24,6 +25,10 @@ public:
     std::string Pairs(std::string_view digits) const;
     /// As a year: pairs, but "two thousand one".
     std::string Year(std::string_view digits) const;
+
+    /// All ways in which people say a number of up to ten digits. Of a number with `isGrouped`
+    /// thousands only those that count.
+    std::vector<std::string> Readings(std::string_view digits, bool isGrouped) const;
 
     /// The words with the last one as an ordinal or as a plural.
     std::string MakeOrdinal(std::string words) const;

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "text/script/letter_case.h"
 #include "text/script/region_builder.h"
 #include "text/script/script_layout.h"
 #include "text/script/script_table.h"
@@ -11,14 +12,6 @@ namespace {
 
 constexpr std::string_view kArrow = "-->";
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
-
-std::string_view In(std::string_view text, const script_line& line) {
-    return text.substr(line.start, line.end - line.start);
-}
-
-bool IsLower(char letter) {
-    return letter >= 'a' && letter <= 'z';
-}
 
 /// Milliseconds of hh:mm:ss,mmm or mm:ss.mmm at the beginning of a text.
 std::optional<int32_t> ReadClock(std::string_view text) {
@@ -81,7 +74,7 @@ public:
         bool isAfterGap = true;
         for (size_t at = SkipTitlePage(); at < text.size();) {
             if (text.substr(at).starts_with("/*")) {
-                const size_t close = std::min(text.find("*/", at), text.size() - 2);
+                const size_t close = std::min(text.find("*/", at + 2), text.size() - 2);
                 regions.AddEvent(script_event_kind::kNote, at, close + 2);
                 at = close + 2;
                 continue;
@@ -98,7 +91,7 @@ private:
     size_t SkipTitlePage() const {
         const size_t start = text.starts_with(kUtf8Mark) ? kUtf8Mark.size() : 0;
         const script_line first = ReadScriptLine(text, start, text.size());
-        const std::string_view key = In(text, first).substr(0, In(text, first).find(':'));
+        const std::string_view key = first.In(text).substr(0, first.In(text).find(':'));
         if (!table.Has(script_section::kTitlePage, key)) {
             return start;
         }
@@ -114,7 +107,7 @@ private:
     }
 
     void AddLine(const script_line& line, bool isAfterGap) {
-        const std::string_view content = In(text, line);
+        const std::string_view content = line.In(text);
         if (line.IsEmpty()) {
             regions.EndSpeech();
             isDialogue = false;
@@ -124,19 +117,19 @@ private:
             regions.AddSpeech(line.start, line.end, speaker);
             return;
         }
-        const bool isForced = content[0] == '@' && content.size() > 1;
-        const size_t length = isForced     ? std::min(content.find('('), content.size())
-                              : isAfterGap ? CueNameLength(content, table)
-                                           : 0;
+        // A name after @ need not be in capitals.
+        const std::string_view name = content[0] == '@' ? content.substr(1, content.find('(') - 1)
+                                      : isAfterGap
+                                          ? content.substr(0, CueNameLength(content, table))
+                                          : std::string_view();
         const bool isHeading = IsSceneHeading(content, table) || IsTransition(content, table) ||
                                content[0] == '#' || content[0] == '=' || content[0] == '>' ||
                                (content.size() > 1 && content[0] == '.' && content[1] != '.');
         if (isHeading) {
             regions.AddEvent(script_event_kind::kHeading, line.start, line.end);
-        } else if (length > 0 && line.next < text.size() &&
+        } else if (!SpeakerName(name).empty() && line.next < text.size() &&
                    !ReadScriptLine(text, line.next, text.size()).IsEmpty()) {
-            const size_t from = isForced ? 1 : 0;
-            speaker = FindOrAddSpeaker(content.substr(from, length - from), out);
+            speaker = FindOrAddSpeaker(name, out);
             regions.AddEvent(script_event_kind::kSpeaker, line.start, line.end, speaker);
             isDialogue = true;
         } else {
@@ -157,11 +150,11 @@ bool HasCue(std::string_view text, const ScriptTable& table) {
     bool isAfterGap = true;
     for (size_t at = 0; at < text.size();) {
         const script_line line = ReadScriptLine(text, at, text.size());
-        const std::string_view content = In(text, line);
+        const std::string_view content = line.In(text);
         if (isAfterGap && line.next < text.size() && !IsSceneHeading(content, table) &&
             CueNameLength(content, table) > 0) {
             const script_line next = ReadScriptLine(text, line.next, text.size());
-            if (std::ranges::any_of(In(text, next), IsLower)) {
+            if (std::ranges::any_of(next.In(text), IsLower)) {
                 return true;
             }
         }
@@ -186,10 +179,10 @@ script_format FindScriptFormat(std::string_view text, const ScriptTable& table) 
     size_t at = 0;
     for (size_t i = 0; i < kFewLines && at < body.size(); ++i) {
         const script_line line = ReadScriptLine(body, at, body.size());
-        if (ReadTimes(In(body, line))) {
+        if (ReadTimes(line.In(body))) {
             return script_format::kSubRip;
         }
-        if (IsSceneHeading(In(body, line), table)) {
+        if (IsSceneHeading(line.In(body), table)) {
             return HasCue(body.substr(line.next), table) ? script_format::kFountain
                                                          : script_format::kPlain;
         }
@@ -205,7 +198,7 @@ void LayOutFountain(std::string_view text, const ScriptTable& table, script_layo
 void LayOutSubtitles(std::string_view text, const ScriptTable& table, script_layout& out) {
     for (size_t at = 0; at < text.size();) {
         const script_line line = ReadScriptLine(text, at, text.size());
-        const std::optional<time_range> times = ReadTimes(In(text, line));
+        const std::optional<time_range> times = ReadTimes(line.In(text));
         at = line.next;
         if (!times) {
             continue;
@@ -223,6 +216,7 @@ void LayOutSubtitles(std::string_view text, const ScriptTable& table, script_lay
         for (size_t i = first; i < out.regions.size(); ++i) {
             out.regions[i].startMs = times->startMs;
             out.regions[i].endMs = times->endMs;
+            out.regions[i].hasReferences = true;
         }
         at = end;
     }

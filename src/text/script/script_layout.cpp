@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "text/script/letter_case.h"
 #include "text/script/region_builder.h"
 #include "text/script/script_table.h"
 
@@ -13,14 +14,6 @@ constexpr size_t kLongestName = 40;
 
 bool IsBlank(char letter) {
     return letter == ' ' || letter == '\t';
-}
-
-bool IsUpper(char letter) {
-    return letter >= 'A' && letter <= 'Z';
-}
-
-bool IsLower(char letter) {
-    return letter >= 'a' && letter <= 'z';
 }
 
 bool IsLetter(char letter) {
@@ -192,25 +185,21 @@ public:
     }
 
 private:
-    std::string_view In(const script_line& line) const {
-        return text.substr(line.start, line.end - line.start);
-    }
-
     /// Two speakers in capitals before a stop, or a line that has someone enter.
     bool LooksLikePlay(size_t start) const {
         int numNames = 0;
         for (size_t at = start; at < end && numNames < 2;) {
             const script_line line = ReadScriptLine(text, at, end);
             name_before name{};
-            numNames += FindNameBeforeStop(In(line), table, name) ? 1 : 0;
-            numNames += IsStageLine(In(line), table) ? 1 : 0;
+            numNames += FindNameBeforeStop(line.In(text), table, name) ? 1 : 0;
+            numNames += IsStageLine(line.In(text), table) ? 1 : 0;
             at = line.next;
         }
         return numNames >= 2;
     }
 
     void AddLine(const script_line& line, bool isAfterGap) {
-        const std::string_view content = In(line);
+        const std::string_view content = line.In(text);
         isHeading = false;
         if (line.IsEmpty()) {
             regions.EndSpeech();
@@ -221,7 +210,7 @@ private:
         if (content.starts_with("<v ")) { // the voice of a subtitle
             const std::string_view called = content.substr(3, content.find('>') - 3);
             regions.EndSpeech();
-            speaker = FindOrAddSpeaker(called.substr(0, kLongestName), out);
+            speaker = FindOrAddSpeaker(called, out);
             regions.AddSpeech(line.start, line.end, speaker);
         } else if (IsSceneHeading(content, table) || IsTransition(content, table)) {
             isHeading = true;
@@ -250,7 +239,7 @@ private:
             return false;
         }
         const script_line next = ReadScriptLine(text, line.next, end);
-        return !next.IsEmpty() && std::ranges::any_of(In(next), IsLower);
+        return !next.IsEmpty() && std::ranges::any_of(next.In(text), IsLower);
     }
 
     std::string_view text;
@@ -307,11 +296,15 @@ size_t CueNameLength(std::string_view line, const ScriptTable& table) {
 }
 
 std::string SpeakerName(std::string_view name) {
-    std::string upper(Trimmed(name));
-    std::ranges::transform(upper, upper.begin(), [](char letter) {
-        return IsLower(letter) ? static_cast<char>(letter - 'a' + 'A') : letter;
-    });
-    return upper;
+    name = Trimmed(name);
+    if (name.size() > kLongestName) {
+        size_t end = kLongestName; // of whole characters
+        while (end > 0 && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80) {
+            --end;
+        }
+        name = name.substr(0, end);
+    }
+    return InUpperCase(name);
 }
 
 uint32_t FindOrAddSpeaker(std::string_view name, script_layout& out) {

@@ -31,6 +31,7 @@ struct script_region {
     uint32_t speaker;        ///< number of the name; 0 without one
     int32_t startMs = -1;    ///< of subtitles
     int32_t endMs = -1;
+    bool hasReferences = false; ///< a character may be written as a reference, such as &amp;
 };
 
 struct script_layout {
@@ -64,6 +65,7 @@ struct script_line {
     size_t next; ///< where the line after it begins
 
     bool IsEmpty() const { return start == end; }
+    std::string_view In(std::string_view text) const { return text.substr(start, end - start); }
 };
 script_line ReadScriptLine(std::string_view text, size_t at, size_t limit);
 
@@ -74,7 +76,8 @@ bool IsTransition(std::string_view line, const ScriptTable& table);
 /// SARAH (CONT'D); 0 when it is not one.
 size_t CueNameLength(std::string_view line, const ScriptTable& table);
 
-/// The name in the form in which names are compared.
+/// The name in the form in which names are compared, of which a name that is too long to be one
+/// keeps the beginning.
 std::string SpeakerName(std::string_view name);
 uint32_t FindOrAddSpeaker(std::string_view name, script_layout& out);
 

@@ -52,7 +52,9 @@ ScriptReading ReadScript(std::string_view text, const ScriptTable& table,
             }
             out.AddCue({place, region.startMs, region.endMs});
         }
-        const ScriptTokens tokens(text, region.start, region.end);
+        const ScriptTokens tokens = region.hasReferences
+                                        ? ScriptTokens::OfReferences(text, region.start, region.end)
+                                        : ScriptTokens(text, region.start, region.end);
         InlineReader(tokens, table, isKnown, out).Read();
         out.EndRegion();
         lastEndMs = std::max(lastEndMs, region.endMs);

@@ -11,10 +11,21 @@ namespace {
 /// A remark without letters, which a transcriber takes for a tag that says nothing.
 constexpr std::string_view kEventMark = "[]";
 
+/// A transcriber drops apostrophes there; the others may come from a user's table.
+bool EndsAttribute(char letter) {
+    return letter == '\'' || letter == '"' || letter == '<' || letter == '>';
+}
+
 /// The written word of a tag that says it in other words.
 constexpr std::string_view kStandIn = "_";
 
 } // namespace
+
+std::string SaidAsOneWord(std::string_view words) {
+    std::string text = "<pron say=\"";
+    std::ranges::remove_copy_if(words, std::back_inserter(text), EndsAttribute);
+    return text.append("\"> ").append(kStandIn);
+}
 
 ScriptReading::source ScriptReading::FindSource(size_t offset, size_t length) const {
     const size_t end = offset + std::max<size_t>(length, 1);
@@ -41,10 +52,8 @@ void ScriptReading::AddWord(script_word word) {
     if (word.spoken.find(' ') == std::string::npos) {
         AddPart(word.spoken, made);
     } else {
-        // What a transcriber says for one word, so that it stays one in every result.
-        spoken += "<pron say=\"";
-        std::ranges::remove_copy(word.spoken, std::back_inserter(spoken), '\'');
-        spoken += "\"> ";
+        const std::string text = SaidAsOneWord(word.spoken);
+        spoken.append(text, 0, text.size() - kStandIn.size());
         AddPart(kStandIn, made);
         spoken += ' ';
     }

@@ -33,7 +33,12 @@ struct script_word {
     std::string spoken; ///< separated by blanks
     script_place place;
     uint32_t flags;
+    std::vector<std::string> others = {};  ///< what a reader may say instead
+    std::vector<std::string> guesses = {}; ///< phonemes, the likeliest first, of an unknown word
 };
+
+/// So many ways to say a word are kept.
+inline constexpr size_t kMostReadings = 6;
 
 /// Where a line of subtitles stands, and when it was shown.
 struct script_cue {
@@ -70,6 +75,7 @@ public:
     void EndRegion();
     void AddCue(script_cue cue) { cues.push_back(cue); }
     void AddUnsaid(script_place place) { unsaid.push_back(place); }
+    std::vector<script_word>& GetMutableWords() { return words; }
 
 private:
     static constexpr uint32_t kNone = UINT32_MAX;
@@ -89,5 +95,9 @@ private:
     std::vector<script_cue> cues;
     std::vector<script_place> unsaid;
 };
+
+/// The text for which a transcriber says `words` as one word. It ends with that word, of one
+/// character.
+std::string SaidAsOneWord(std::string_view words);
 
 } // namespace tessarin

@@ -9,6 +9,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "text/script/letter_case.h"
+
 namespace tessarin {
 
 /// The lists, by what they are for; data/en-us.script describes each.
@@ -64,16 +66,22 @@ enum class script_section : uint8_t {
     kCount
 };
 
-/// What a language has in lists: its number words, units, abbreviations and the marks of its
-/// scripts. Texts of sections in brackets and of lines whose fields are separated by tabs, the
-/// first of which is the key; a line that begins with # is a comment.
+/// Why a table does not read.
+struct script_table_error {
+    size_t line;        ///< counted from 1; 0 when there is nothing wrong
+    const char* reason; ///< what is wrong with it
+};
+
+/// The lists of a language: its number words, units, abbreviations and the marks of its scripts.
+/// The text of a table has sections in brackets and lines whose fields are separated by tabs, the
+/// first of which is the key. A line that begins with # is a comment, unless # is the whole key.
 class ScriptTable {
 public:
     using fields = std::vector<std::string>; ///< those after the key
 
-    /// Adds the entries of `text`, in place of those of the same key. Returns 0, or the number of
-    /// the first line that is not one, counted from 1; nothing is added then.
-    size_t Add(std::string_view text);
+    /// Adds the entries of `text`, which replace those of the same key. After an error nothing is
+    /// added. Every entry has as many fields as its section needs.
+    script_table_error Add(std::string_view text);
 
     /// The fields of a key as it is written, or null.
     const fields* Find(script_section section, std::string_view key) const;
@@ -86,22 +94,22 @@ public:
     std::string_view Get(script_section section, std::string_view key) const;
     /// A word that the rules need by name.
     std::string_view Word(std::string_view name) const { return Get(script_section::kWords, name); }
-    /// The keys of a section, in no order.
-    std::vector<std::string_view> Keys(script_section section) const;
 
-private:
     struct key_hash {
         using is_transparent = void;
         size_t operator()(std::string_view key) const { return std::hash<std::string_view>{}(key); }
     };
     using section_entries = std::unordered_map<std::string, fields, key_hash, std::equal_to<>>;
+    /// A whole section, in no order.
+    const section_entries& Entries(script_section section) const {
+        return sections[static_cast<size_t>(section)];
+    }
+
+private:
     std::array<section_entries, static_cast<size_t>(script_section::kCount)> sections;
 };
 
 /// The table of data/en-us.script.
 const ScriptTable& BuiltInEnglishScript();
-
-/// ASCII letters in lower case; the others stay.
-std::string InLowerCase(std::string_view text);
 
 } // namespace tessarin

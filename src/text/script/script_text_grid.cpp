@@ -119,8 +119,8 @@ void LayOutTextGrid(std::string_view text, const ScriptTable& table, script_layo
     }
     const auto holds = [&](const grid_tier& tier, script_section section) {
         return !tier.regions.empty() &&
-               std::ranges::any_of(table.Keys(section), [&](std::string_view part) {
-                   return tier.name.find(part) != std::string::npos;
+               std::ranges::any_of(table.Entries(section), [&](const auto& part) {
+                   return tier.name.find(part.first) != std::string::npos;
                });
     };
     auto best = std::ranges::find_if(

@@ -1,6 +1,9 @@
 #include "text/script/script_tokens.h"
 
 #include <algorithm>
+#include <utility>
+
+#include "text/script/character_references.h"
 
 namespace tessarin {
 
@@ -67,6 +70,25 @@ char32_t NextCharacter(std::string_view text, size_t& at) {
     return code;
 }
 
+void AppendUtf8(char32_t code, std::string& text) {
+    const auto trail = [&](int shift) { text += static_cast<char>(0x80 | (code >> shift & 0x3F)); };
+    if (code < 0x80) {
+        text += static_cast<char>(code);
+    } else if (code < 0x800) {
+        text += static_cast<char>(0xC0 | code >> 6);
+    } else if (code < 0x10000) {
+        text += static_cast<char>(0xE0 | code >> 12);
+        trail(6);
+    } else {
+        text += static_cast<char>(0xF0 | code >> 18);
+        trail(12);
+        trail(6);
+    }
+    if (code >= 0x80) {
+        trail(0);
+    }
+}
+
 bool IsScriptLetter(char32_t code) {
     if (code < 0xC0) {
         return IsBetween(code, 'A', 'Z') || IsBetween(code, 'a', 'z') || code == 0xAA ||
@@ -86,6 +108,25 @@ ScriptTokens::ScriptTokens(std::string_view whole, size_t start, size_t end) : t
     Cut(start, std::min(end, text.size()));
     const auto last = static_cast<uint32_t>(end);
     tokens.push_back({script_token_kind::kEnd, 0, last, last});
+}
+
+ScriptTokens ScriptTokens::OfReferences(std::string_view whole, size_t start, size_t end) {
+    auto decoded = std::make_shared<const decoded_text>(
+        DecodeCharacterReferences(whole.substr(start, end - start)));
+    ScriptTokens tokens(decoded->text, 0, decoded->text.size());
+    tokens.decoded = std::move(decoded);
+    tokens.decodedFrom = static_cast<uint32_t>(start);
+    return tokens;
+}
+
+script_place ScriptTokens::PlaceOf(size_t first, size_t end) const {
+    uint32_t from = At(first).start;
+    uint32_t to = At(end - 1).end;
+    if (decoded != nullptr) {
+        from = decodedFrom + decoded->origins[from];
+        to = decodedFrom + decoded->origins[to];
+    }
+    return {from, to - from};
 }
 
 void ScriptTokens::Cut(size_t start, size_t end) {

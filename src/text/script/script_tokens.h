@@ -2,11 +2,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace tessarin {
+
+struct decoded_text;
 
 /// A stretch of a text in bytes.
 struct script_place {
@@ -42,8 +45,10 @@ inline constexpr char32_t kEllipsis = U'\u2026';
 /// A text cut into tokens without gaps. The text must outlive them; its bytes may be any.
 class ScriptTokens {
 public:
-    /// Those of the stretch from `start` to `end`.
+    /// The tokens of the stretch from `start` to `end`.
     ScriptTokens(std::string_view text, size_t start, size_t end);
+    /// Likewise, of a stretch with character references, which are read as their characters.
+    static ScriptTokens OfReferences(std::string_view text, size_t start, size_t end);
 
     size_t GetCount() const { return tokens.size() - 1; }
     /// Beyond the last, and before the first for `i` of -1, an end.
@@ -71,6 +76,8 @@ public:
     std::string_view Text(size_t i) const;
     /// Those of the tokens from `first` up to `end`.
     std::string_view Text(size_t first, size_t end) const;
+    /// Where the tokens from `first` up to `end` stand in the text, references as they are written.
+    script_place PlaceOf(size_t first, size_t end) const;
     /// How many digits a token has; 0 for any other.
     size_t NumDigits(size_t i) const { return IsDigits(i) ? At(i).end - At(i).start : 0; }
 
@@ -87,13 +94,16 @@ public:
 private:
     void Cut(size_t start, size_t end);
 
-    std::string_view text;
-    std::vector<script_token> tokens; ///< the last is an end
+    std::shared_ptr<const decoded_text> decoded; ///< null for a text without references
+    uint32_t decodedFrom = 0;                    ///< where that begins in the text
+    std::string_view text;                       ///< what is cut
+    std::vector<script_token> tokens;            ///< the last is an end
 };
 
 /// The character at `text[at]`, where `at` moves on to the next; U+FFFD, of one byte, where the
 /// bytes are not UTF-8.
 char32_t NextCharacter(std::string_view text, size_t& at);
+void AppendUtf8(char32_t code, std::string& text);
 
 bool IsScriptLetter(char32_t code);
 bool IsAsciiDigit(char32_t code);

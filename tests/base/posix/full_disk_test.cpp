@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/logged_lines.h"
 #include "support/posix/process_limit.h"
 #include "support/temp_file.h"
 
@@ -36,6 +37,32 @@ TEST(WriteWholeFile, KeepsTheOldFileWhenTheDiskIsFull) {
         EXPECT_EQ(std::distance(fs::directory_iterator(folder.Path()), fs::directory_iterator()),
                   names);
     }
+}
+
+TEST(WriteWholeFile, LeavesNoHalfOfANewFile) {
+    const test::TempFile folder(".folder");
+    fs::create_directory(folder.Path());
+    for (const size_t length : {5, 255}) { // the longest name has none beside it
+        const std::string path = std::string(folder.Path()) + "/" + std::string(length, 'w');
+        const test::process_limit limit(RLIMIT_FSIZE, 4096);
+        EXPECT_EQ(WriteWholeFile(path.c_str(), std::vector<uint8_t>(100000)), 17);
+        EXPECT_TRUE(fs::is_empty(folder.Path())) << length;
+    }
+}
+
+TEST(WriteWholeFile, SaysThatOldContentsAreLost) {
+    const test::TempFile folder(".folder");
+    fs::create_directory(folder.Path());
+    const std::string path = std::string(folder.Path()) + "/words";
+    ASSERT_EQ(WriteWholeFile(path.c_str(), {}), 0);
+    fs::create_hard_link(path, path + " again");    // written in place
+    fs::resize_file(path, (uint64_t{1} << 32) + 1); // more than is read as a whole
+    const auto lines = test::LoggedLines([&] {
+        const test::process_limit limit(RLIMIT_FSIZE, 4096);
+        EXPECT_EQ(WriteWholeFile(path.c_str(), std::vector<uint8_t>(100000)), 17);
+    });
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_NE(lines[0].find("has lost its old contents"), std::string::npos) << lines[0];
 }
 
 TEST(WriteWholeFile, TellsThatADeviceTookNothing) {
