@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -276,16 +277,9 @@ TEST(View, MakesThePageWhenTheSearchLosesTheText) {
     }
     const json result = json::parse(ResultText(view.output));
     EXPECT_EQ(result["code"], 8);
-    json expected = json::parse(align.output);
-    json said = json::array(); // the page shows what has times
-    for (const json& word : expected["words"]) {
-        if (word["said"] == true) {
-            said.push_back(word);
-        }
-    }
-    EXPECT_LT(said.size(), expected["words"].size());
-    expected["words"] = said;
-    EXPECT_EQ(result, expected);
+    EXPECT_TRUE(std::ranges::any_of(result["words"], // the page strikes them out
+                                    [](const json& word) { return word["said"] == false; }));
+    EXPECT_EQ(result, json::parse(align.output));
 }
 
 } // namespace

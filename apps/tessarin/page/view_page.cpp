@@ -110,9 +110,19 @@ bool IsPhoneme(const json& entry) {
     return HasTimes(entry) && entry.at("label").is_string() && entry.at("score").is_number();
 }
 
-bool IsSpan(const json& entry) {
-    return HasTimes(entry) && entry.at("text").is_string() && entry.at("text_offset").is_number() &&
+bool IsPlaced(const json& entry) {
+    return entry.at("text").is_string() && entry.at("text_offset").is_number() &&
            entry.at("text_length").is_number();
+}
+
+bool IsSpan(const json& entry) {
+    return HasTimes(entry) && IsPlaced(entry);
+}
+
+/// What was not said has no times.
+bool IsWord(const json& entry) {
+    const bool isUnsaid = entry.is_object() && entry.value("said", json()) == false;
+    return isUnsaid ? IsPlaced(entry) : IsSpan(entry);
 }
 
 bool IsFrame(const json& entry) {
@@ -136,7 +146,7 @@ bool IsListOf(bool (*isEntry)(const json&), const json& list) {
 bool IsShowable(const json& result) {
     return result.at("version") == kJsonVersion && result.at("code").is_number_integer() &&
            result.at("message").is_string() && IsListOf(IsPhoneme, result.at("phonemes")) &&
-           IsListOf(IsSpan, result.at("words")) && IsListOf(IsSpan, result.at("events")) &&
+           IsListOf(IsWord, result.at("words")) && IsListOf(IsSpan, result.at("events")) &&
            IsListOf(IsFrame, result.at("frames")) && IsListOf(IsCurve, result.at("curves"));
 }
 
