@@ -76,19 +76,22 @@ TEST_F(Batch, AFolderBecomesWhatAlignAndRecognizeMakeOfItsRecordings) {
     PutLine("act2/one.wav");
     Put("act2/one.LAB", kFirst);
     PutLine("heard.wav");
-    const auto report = Run(Folder(), "--format json --format srt --jobs 2", 0);
+    const auto report = Run(Folder(), "--format json --format srt --format smil --jobs 2", 0);
     ASSERT_EQ(report.size(), 3u);
     const std::string one = In("act1/one");
     EXPECT_EQ(ReadFile(Out("act1/one.json")),
               RunTool("align " + one + ".wav -f " + one + ".txt").output);
     EXPECT_EQ(ReadFile(Out("act1/one.srt")),
               RunTool("align " + one + ".wav --format srt -f " + one + ".txt").output);
+    const std::string smil = ReadFile(Out("act1/one.smil")); // refers to files from where it is
+    RunTool("align " + one + ".wav -f " + one + ".txt -o " + Out("act1/one.smil"));
+    EXPECT_EQ(smil, ReadFile(Out("act1/one.smil")));
     EXPECT_EQ(ReadFile(Out("heard.json")), RunTool("recognize " + In("heard.wav")).output);
     const json& entry = report.at("act1/one");
     EXPECT_EQ(entry.at("verdict"), "good");
     EXPECT_EQ(entry.at("words"), 8);
     EXPECT_EQ(entry.at("text"), kFirst);
-    EXPECT_EQ(entry.at("outputs"), (json{"act1/one.json", "act1/one.srt"}));
+    EXPECT_EQ(entry.at("outputs"), (json{"act1/one.json", "act1/one.srt", "act1/one.smil"}));
     EXPECT_GT(entry.at("level_db"), -40.0);
     EXPECT_EQ(entry.at("duration_ms"), 2500);
     EXPECT_EQ(report.at("act2/one").at("verdict"), "good"); // its text was found, too
@@ -126,6 +129,36 @@ TEST_F(Batch, WhatIsDamagedIsReportedAndStopsNothing) {
     }
     EXPECT_EQ(report.at("good").at("status"), "done");
     EXPECT_EQ(report.size(), reasons.size() + 1);
+}
+
+TEST_F(Batch, HearsLinesWithoutATextAsTheirVoicesAsk) {
+    PutLine("a.wav");
+    Put("l.csv", "audio,name,options,text\n"
+                 "a.wav,on,--adapt on,\n"
+                 "a.wav,off,--adapt off,\n"
+                 "a.wav,usual,,\n"
+                 "a.wav,said,--adapt on,You are about to enter an echo test.\n");
+    Run(In("l.csv"), "--adapt on", 0);
+    const std::string fitted = ReadFile(Out("on.json"));
+    EXPECT_EQ(fitted, RunTool("recognize --adapt on " + In("a.wav")).output);
+    EXPECT_THAT(fitted, HasSubstr("\"adaptation\""));
+    EXPECT_EQ(ReadFile(Out("usual.json")), fitted);
+    for (const char* name : {"off.json", "said.json"}) {
+        EXPECT_THAT(ReadFile(Out(name)), Not(HasSubstr("\"adaptation\"")));
+    }
+}
+
+TEST_F(Batch, RefusesBeforeTheWorkWhatNoLineCanHave) {
+    PutLine("a.wav");
+    Put("other.gltf", R"({"asset":{"version":"2.0"}})");
+    for (const std::string& bad :
+         {std::string("--pages 2"), std::string("--match 1"), "--into " + In("other.gltf"),
+          std::string("--tolerance 0.1 --common-keys")}) {
+        const tool_run run =
+            RunTool("batch " + Folder() + " --out " + scratch.Path("out") + " " + bad);
+        EXPECT_EQ(run.exitCode, 1) << bad << run.errors;
+        EXPECT_FALSE(fs::exists(Out("a.json"))) << bad;
+    }
 }
 
 TEST_F(Batch, ListsSayTheSameInEachOfTheirForms) {

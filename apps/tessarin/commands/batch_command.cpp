@@ -116,10 +116,11 @@ void AddBatchCommand(CLI::App& app) {
                                                               {"flagged", batch_pages::kFlagged},
                                                               {"all", batch_pages::kAll}};
     command
-        ->add_option("--pages", options->pages,
-                     "Lines for which the page of view is written, too, which the report links: "
-                     "none, those to be looked at (flagged), or all [none]")
-        ->transform(CLI::CheckedTransformer(kPages))
+        ->add_option_function<std::string>(
+            "--pages", [options](const std::string& which) { options->pages = kPages.at(which); },
+            "Lines for which the page of view is written, too, which the report links: "
+            "none, those to be looked at (flagged), or all [none]")
+        ->check(CLI::IsMember({"none", "flagged", "all"}))
         ->option_text("WHICH");
     AddModelOptions(*command, &options->line.recording.data);
     AddLexiconOptions(*command, &options->line.recording.data);
