@@ -110,19 +110,18 @@ bool IsPhoneme(const json& entry) {
     return HasTimes(entry) && entry.at("label").is_string() && entry.at("score").is_number();
 }
 
-bool IsPlaced(const json& entry) {
+bool IsOfText(const json& entry) {
     return entry.at("text").is_string() && entry.at("text_offset").is_number() &&
            entry.at("text_length").is_number();
 }
 
 bool IsSpan(const json& entry) {
-    return HasTimes(entry) && IsPlaced(entry);
+    return HasTimes(entry) && IsOfText(entry);
 }
 
-/// What was not said has no times.
+/// One that was not heard has no times.
 bool IsWord(const json& entry) {
-    const bool isUnsaid = entry.is_object() && entry.value("said", json()) == false;
-    return isUnsaid ? IsPlaced(entry) : IsSpan(entry);
+    return entry.value("said", json(true)) == json(false) ? IsOfText(entry) : IsSpan(entry);
 }
 
 bool IsFrame(const json& entry) {
