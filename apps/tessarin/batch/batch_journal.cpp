@@ -1,6 +1,7 @@
 #include "apps/tessarin/batch/batch_journal.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 
 BatchJournal::BatchJournal(const std::string& journalPath, bool isResumed) : path(journalPath) {
@@ -11,7 +12,7 @@ BatchJournal::BatchJournal(const std::string& journalPath, bool isResumed) : pat
 /// Reads where the records are, and returns where the last whole line ends: a run that was killed
 /// may have left a part of one.
 uint64_t BatchJournal::ReadPlaces() {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
     uint64_t begin = 0;
     for (std::string line; std::getline(file, line) && !file.eof();) {
         const batch_record record = batch_record::parse(line, nullptr, false);
@@ -35,7 +36,7 @@ std::optional<batch_record> BatchJournal::Find(const std::string& name) {
     if (place == places.end()) {
         return std::nullopt;
     }
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
     file.seekg(static_cast<std::streamoff>(place->second));
     std::string line;
     std::getline(file, line);

@@ -121,7 +121,7 @@ void ReadReport(const fs::path& path, const fs::path& prefix,
 } // namespace
 
 UnfinishedFile::UnfinishedFile(const std::string& filePath)
-    : path(filePath), file(filePath + ".part", std::ios::binary | std::ios::trunc) {
+    : path(filePath), file(fs::path(filePath + ".part"), std::ios::binary | std::ios::trunc) {
     if (!file) {
         throw Failure(kExitFailed,
                       path + ": cannot be written: " + std::generic_category().message(errno));

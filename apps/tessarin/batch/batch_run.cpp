@@ -35,7 +35,7 @@ std::string StampOf(const std::string& path) {
 }
 
 std::string ContentOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(fs::path(path), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 

@@ -24,7 +24,7 @@ Failure LogFailure(const std::string& path, int reason) {
 
 #if defined(_WIN32)
 std::FILE* OpenAlone(const std::string& path, bool* isTaken) {
-    std::FILE* file = _fsopen(path.c_str(), "ab", _SH_DENYWR);
+    std::FILE* file = _wfsopen(fs::path(path).c_str(), L"ab", _SH_DENYWR);
     *isTaken = file == nullptr && errno == EACCES;
     return file;
 }
