@@ -34,6 +34,7 @@ int Run(int argc, char** argv) {
     app.get_formatter()->column_width(34);
     AddAlignCommand(app);
     AddRecognizeCommand(app);
+    AddBatchCommand(app);
     AddAnimateCommand(app);
     AddViewCommand(app);
     AddSpectrogramCommand(app);

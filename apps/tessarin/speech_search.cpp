@@ -1,7 +1,9 @@
 #include "apps/tessarin/speech_search.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <vector>
 
 #include "apps/tessarin/console/failure.h"
 #include "apps/tessarin/console/file_io.h"
@@ -9,6 +11,9 @@
 #include "apps/tessarin/readers/spoken_text.h"
 
 namespace {
+
+/// In the order of tessarin::match_mode.
+const std::vector<std::string> kMatchModes = {"auto", "exact", "loose"};
 
 /// That of another model is not used, and that is said.
 void SetCalibration(const std::string& path, const std::string& text,
@@ -48,7 +53,8 @@ recording_search SearchForText(const SpokenText& text, tessarin::IVisemixTranscr
         aligner->SetBeamWidth(options.beam);
     }
     aligner->SetRetry(options.retry ? 1 : 0);
-    aligner->SetMode(options.match);
+    aligner->SetMode(
+        static_cast<uint32_t>(std::ranges::find(kMatchModes, options.match) - kMatchModes.begin()));
     const std::string path = CalibrationPath(data);
     const std::string calibration = path.empty() ? "" : ReadWholeFile(path);
     return [aligner, &text, &transcriber, path,
@@ -82,12 +88,59 @@ recording_search SearchForSounds() {
     };
 }
 
-void LoadTrigrams(const trigram_options& options, const data_options& data,
-                  tessarin::CAccousticHMM& model) {
-    const std::string path = DataPathOr(options.file, data, kTrigramsName);
-    const uint8_t normalise = options.counts || options.file.empty() ? 1 : 0;
-    const int32_t code = LoadTrigramFileIntoHMM(&model, path.c_str(), normalise);
-    if (code != tessarin::kNoError) {
-        throw EngineFailure(path, code);
+void AddTextSearchOptions(CLI::App& command, text_search_options* options) {
+    command
+        .add_option("--beam", options->beam,
+                    "Width of the search in states, 500 to 8000 [2000]; raise it if the search "
+                    "loses the text")
+        ->check(CLI::Range(500, 8000))
+        ->option_text("N");
+    command.add_flag("--retry", options->retry,
+                     "Slide the search window ahead where the search loses the text");
+    command
+        .add_option("--match", options->match,
+                    "exact: all of the text was said and nothing else; loose: words may be "
+                    "missing and other speech may stand between them; auto: loose where the "
+                    "recording shows it [auto]")
+        ->check(CLI::IsMember(kMatchModes))
+        ->option_text("exact|auto|loose");
+}
+
+void AddSoundSearchOptions(CLI::App& command, sound_search_options* options) {
+    auto* trigrams = command.add_option("--trigrams", options->trigrams,
+                                        "Statistics of phoneme sequences [the project's own]");
+    trigrams->option_text("FILE");
+    command.add_flag("--counts", options->areCounts, "The numbers in --trigrams are counts")
+        ->needs(trigrams);
+    auto* noTrigrams = command
+                           .add_flag("--no-trigrams", options->noTrigrams,
+                                     "Search without statistics of phoneme sequences")
+                           ->excludes(trigrams);
+    // Only the search with statistics knows limits.
+    command
+        .add_option("--limits", options->limits,
+                    "Longest durations: lines of phonemes and milliseconds")
+        ->excludes(noTrigrams)
+        ->option_text("FILE");
+}
+
+tessarin::model_owner LoadSoundModel(const sound_search_options& options,
+                                     const data_options& data) {
+    tessarin::model_owner model = LoadHearingModel(data);
+    if (!options.noTrigrams) {
+        const std::string path = DataPathOr(options.trigrams, data, kTrigramsName);
+        const uint8_t normalise = options.areCounts || options.trigrams.empty() ? 1 : 0;
+        const int32_t code = LoadTrigramFileIntoHMM(model.get(), path.c_str(), normalise);
+        if (code != tessarin::kNoError) {
+            throw EngineFailure(path, code);
+        }
     }
+    if (!options.limits.empty()) {
+        const int32_t code =
+            LoadPhoneConstraintsFileIntoHMM(model.get(), options.limits.c_str(), 0);
+        if (code != tessarin::kNoError) {
+            throw EngineFailure(options.limits, code);
+        }
+    }
+    return model;
 }

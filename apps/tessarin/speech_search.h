@@ -8,10 +8,13 @@
 
 /// How a text is looked for.
 struct text_search_options {
-    int beam = 0;       ///< states; 0 is the engine's own
-    bool retry = false; ///< the window slides ahead where it loses the text
-    uint32_t match = tessarin::kMatchAuto;
+    int beam = 0;               ///< states; 0 is the engine's own
+    bool retry = false;         ///< the window slides ahead where it loses the text
+    std::string match = "auto"; ///< or exact, or loose
 };
+
+/// --beam, --retry and --match.
+void AddTextSearchOptions(CLI::App& command, text_search_options* options);
 
 /// The search for the sounds of a text that is said, with what is known of the scores of the model
 /// that `data` names. `text` and `transcriber` must outlive it. Throws Failure.
@@ -21,12 +24,16 @@ recording_search SearchForText(const SpokenText& text, tessarin::IVisemixTranscr
 /// The search for sounds without a text. Throws Failure.
 recording_search SearchForSounds();
 
-/// Statistics of phoneme sequences for SearchForSounds.
-struct trigram_options {
-    std::string file;    ///< empty: the project's own
-    bool counts = false; ///< the numbers of the file are counts
+/// Statistics of phoneme sequences, and limits of their lengths, for SearchForSounds.
+struct sound_search_options {
+    std::string trigrams;    ///< empty: the project's own
+    bool areCounts = false;  ///< the numbers of the file are counts
+    bool noTrigrams = false; ///< search without statistics
+    std::string limits;
 };
 
-/// Loads the statistics into `model`. Throws Failure.
-void LoadTrigrams(const trigram_options& options, const data_options& data,
-                  tessarin::CAccousticHMM& model);
+/// --trigrams, --counts, --no-trigrams and --limits.
+void AddSoundSearchOptions(CLI::App& command, sound_search_options* options);
+
+/// The model for hearing without a text, with its statistics. Throws Failure.
+tessarin::model_owner LoadSoundModel(const sound_search_options& options, const data_options& data);

@@ -1,7 +1,7 @@
 #pragma once
 
 /** @file
- * What models and lexicons hold. Part of tessarin_c.h.
+ * What models, lexicons and recordings hold. Part of tessarin_c.h.
  */
 
 #include "tessarin/tessarin_c.h"
@@ -76,3 +76,23 @@ tessarin_get_lexicon_facts(const tessarin_lexicon* lexicon);
 
 /** Null is allowed. */
 TESSARIN_API void tessarin_free_lexicon(tessarin_lexicon* lexicon);
+
+/** What a recording is like, before anything is looked for in it. Levels are in dB of full scale,
+    -100 to 0. */
+typedef struct tessarin_audio_facts {
+    int32_t duration_ms;      /**< its length in whole milliseconds */
+    uint32_t rate_hz;         /**< samples a second */
+    float level_db;           /**< of the speech: the mean power of all 10 ms that are at most 25 dB
+                                   below the loud ones */
+    float noise_db;           /**< of the pauses: what the quietest tenth stays below */
+    float peak_db;            /**< of the largest sample */
+    uint32_t clip_count;      /**< how often the wave is cut off at its top or its bottom */
+    uint32_t clipped_samples; /**< how many samples that are */
+} tessarin_audio_facts;
+
+/** Measures a recording. INVALID_ARGUMENT without one. */
+TESSARIN_API int32_t tessarin_measure_audio(const tessarin_audio* audio, tessarin_audio_facts* out);
+
+/** Whether the lexicon has a word, or the words of tessarin_set_word do: `*out` receives 1, or 0
+   for one that is said by rules, or by the tree for words that no lexicon has. INVALID_UTF8. */
+TESSARIN_API int32_t tessarin_has_word(tessarin_language* language, const char* word, int32_t* out);

@@ -8,6 +8,7 @@
 #include "c_api/create.h"
 #include "model/phoneme_alphabet.h"
 #include "model/phoneme_alphabets.h"
+#include "session/audio_facts.h"
 #include "session/lexicon_facts.h"
 #include "session/live_listener.h"
 #include "session/noise_gating.h"
@@ -15,6 +16,7 @@
 #include "session/script_transcriber.h"
 #include "session/search_run.h"
 #include "session/sentence_search.h"
+#include "session/spoken_language.h"
 #include "tessarin/tessarin_c.h"
 #include "text/script/script_table.h"
 
@@ -22,7 +24,8 @@ using namespace tessarin;
 
 static_assert(sizeof(tessarin_gate_options) == 24 &&
               (sizeof(void*) != 8 || sizeof(tessarin_live_options) == 48) &&
-              sizeof(tessarin_live_phoneme) == 32 && sizeof(tessarin_live_frame) == 104);
+              sizeof(tessarin_live_phoneme) == 32 && sizeof(tessarin_live_frame) == 104 &&
+              sizeof(tessarin_audio_facts) == 28);
 
 namespace {
 
@@ -182,6 +185,36 @@ const char* tessarin_get_phoneme_symbol(const char* label, uint32_t alphabet) {
 
 const tessarin_lexicon_facts* tessarin_get_lexicon_facts(const tessarin_lexicon* lexicon) {
     return lexicon != nullptr ? &lexicon->facts : nullptr;
+}
+
+int32_t tessarin_measure_audio(const tessarin_audio* audio, tessarin_audio_facts* out) {
+    if (out == nullptr) {
+        return kInvalidArgument;
+    }
+    *out = {};
+    if (audio == nullptr) {
+        return kInvalidArgument;
+    }
+    return Guarded([&] {
+        *out = FindAudioFacts(*audio);
+        return kNoError;
+    });
+}
+
+int32_t tessarin_has_word(tessarin_language* language, const char* word, int32_t* out) {
+    if (out == nullptr) {
+        return kInvalidArgument;
+    }
+    *out = 0;
+    if (language == nullptr || word == nullptr) {
+        return kInvalidArgument;
+    }
+    return Guarded([&] {
+        bool isKnown = false;
+        const error_code code = FindWord(*language, word, isKnown);
+        *out = isKnown ? 1 : 0;
+        return code;
+    });
 }
 
 void tessarin_free_lexicon(tessarin_lexicon* lexicon) {

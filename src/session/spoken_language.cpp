@@ -1,5 +1,7 @@
 #include "session/spoken_language.h"
 
+#include <algorithm>
+#include <cstring>
 #include <limits>
 
 #include "session/locale_use.h"
@@ -35,7 +37,25 @@ void AddGuesses(const CTranscriber& transcriber, const ScriptTable& table, scrip
     }
 }
 
+/// The pool makes its transcribers itself, so they are the library's own.
+const CTranscriber* OwnTranscriber(const IVisemixTranscriber* transcriber) {
+    return static_cast<const CTranscriber*>(transcriber);
+}
+
 } // namespace
+
+error_code FindWord(tessarin_language& language, const char* word, bool& isKnown) {
+    if (!utf8::is_valid(word, word + std::strlen(word))) {
+        return kInvalidUtf8;
+    }
+    const BorrowedTranscriber borrowed(language);
+    if (borrowed.GetCode() == kNoError) {
+        const LocaleUse use(language.info);
+        const SpanText local(word, language.info);
+        isKnown = OwnTranscriber(borrowed.Get())->Knows(InLexiconCase(local.GetLocal()));
+    }
+    return borrowed.GetCode();
+}
 
 error_code ReadScriptOptions(const tessarin_script_options* given, text_reading& out) {
     if (given == nullptr) {
@@ -67,8 +87,7 @@ bool CanReadScripts(const TranscriberInfo& info, const text_reading& how) {
 
 ScriptReading ReadScriptFor(IVisemixTranscriber* transcriber, std::string_view text,
                             const text_reading& how) {
-    // The pool makes its transcribers itself, so they are the library's own.
-    const auto* const own = static_cast<const CTranscriber*>(transcriber);
+    const CTranscriber* const own = OwnTranscriber(transcriber);
     word_lookup isKnown;
     if (own != nullptr) {
         isKnown = [own](std::string_view word) { return own->Knows(InLexiconCase(word)); };

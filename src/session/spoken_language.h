@@ -35,6 +35,9 @@ bool CanReadScripts(const TranscriberInfo& info, const text_reading& how);
 ScriptReading ReadScriptFor(IVisemixTranscriber* transcriber, std::string_view text,
                             const text_reading& how);
 
+/// Whether the language has a word, in any case, among the lexicon's and the user's own.
+error_code FindWord(tessarin_language& language, const char* word, bool& isKnown);
+
 /// A transcriber on loan that was given a text in its own code page.
 class SpokenLanguage {
 public:

@@ -237,6 +237,49 @@ class Facts(unittest.TestCase):
                 self.assertEqual((lexicon.code_page, lexicon.name[0]), (page, spelled))
 
 
+    def test_a_recording_is_measured(self) -> None:
+        facts = tessarin.AudioFacts.of(tessarin.Audio.from_file(WAV))
+        self.assertEqual(facts.duration_ms, tessarin.Audio.from_file(WAV).duration_ms)
+        self.assertTrue(-100 <= facts.noise_db < facts.level_db < facts.peak_db <= 0)
+        self.assertEqual(facts.clip_count, 0)
+
+    def test_of_words_are_known(self) -> None:
+        engine = tessarin.Engine()
+        self.assertEqual([engine.has_word(word) for word in ("Hello", "grobnik")], [True, False])
+        engine.set_word("grobnik", "grAAbnIHk")
+        self.assertTrue(engine.has_word("GROBNIK"))
+
+
+class Batches(unittest.TestCase):
+    def test_give_each_job_as_it_comes(self) -> None:
+        expected = tessarin.align(WAV, TEXT)
+        jobs = [(WAV, TEXT), "no-such.wav", {"audio": WAV, "text": TEXT, "match": "sideways"},
+                {"text": TEXT}, tessarin.Audio.from_file(WAV), (WAV, TEXT)]
+        items = {item.index: item for item in tessarin.batch(jobs, threads=2)}
+        self.assertEqual(sorted(items), list(range(len(jobs))))
+        for index in (0, 5):
+            self.assertEqual(items[index].result.words, expected.words)
+            self.assertGreater(items[index].facts.level_db, -60)
+        self.assertIsInstance(items[1].error, tessarin.TessarinError)
+        self.assertIsInstance(items[2].error, ValueError)
+        self.assertIsInstance(items[3].error, KeyError)
+        self.assertGreater(len(items[4].result.phonemes), 0)
+
+    def test_take_no_more_jobs_than_they_need(self) -> None:
+        taken = []
+
+        def endless():
+            while True:
+                taken.append(len(taken))
+                yield "no-such.wav"
+
+        items = tessarin.batch(endless(), threads=2)
+        for _ in range(3):
+            next(items)
+        items.close()
+        self.assertLess(len(taken), 20)
+
+
 class Texts(unittest.TestCase):
     def test_places_are_characters_of_the_text(self) -> None:
         text = "Zoë — “is” 😀 in"

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -276,6 +277,8 @@ TEST(View, MakesThePageWhenTheSearchLosesTheText) {
     }
     const json result = json::parse(ResultText(view.output));
     EXPECT_EQ(result["code"], 8);
+    EXPECT_TRUE(std::ranges::any_of(result["words"], // the page strikes them out
+                                    [](const json& word) { return word["said"] == false; }));
     EXPECT_EQ(result, json::parse(align.output));
 }
 

@@ -1,8 +1,6 @@
-#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "apps/tessarin/commands/recording_command.h"
 #include "apps/tessarin/commands/sentence_command.h"
@@ -16,20 +14,11 @@ namespace {
 struct align_options {
     recording_options recording;
     text_options text;
-    sentence_options sentences;
+    double leastScore = sentence_options{}.leastScore;
     bool areSentencesWanted = false;
-    bool retry = false;
-    std::string match = "auto";
+    text_search_options search;
     bool isStrict = false;
 };
-
-/// In the order of tessarin::match_mode.
-const std::vector<std::string> kMatchModes = {"auto", "exact", "loose"};
-
-uint32_t ModeOf(const align_options& options) {
-    return static_cast<uint32_t>(std::ranges::find(kMatchModes, options.match) -
-                                 kMatchModes.begin());
-}
 
 /// Why --strict does not take a match, or nothing.
 std::string WhyNotGood(const timed_result& result, const std::string& mismatch) {
@@ -65,15 +54,14 @@ void RunAlign(const align_options& options) {
     const SpokenText text = ReadText(options.text, language);
     if (options.areSentencesWanted) {
         const ScriptOptions script(options.text, language);
-        FindSentences(options.recording, options.sentences, text, script.GetFlat(),
-                      language.GetFlat());
+        FindSentences(options.recording, {options.search.beam, options.leastScore}, text,
+                      script.GetFlat(), language.GetFlat());
         return;
     }
     const tessarin::model_owner model = LoadModel(options.recording.data);
-    const timed_result result =
-        AnimateRecording(options.recording, *model, &text,
-                         SearchForText(text, language.GetTranscriber(), options.recording.data,
-                                       {options.sentences.beam, options.retry, ModeOf(options)}));
+    const timed_result result = AnimateRecording(
+        options.recording, *model, &text,
+        SearchForText(text, language.GetTranscriber(), options.recording.data, options.search));
     ReportMatch(result, options.isStrict);
 }
 
@@ -86,42 +74,26 @@ void AddAlignCommand(CLI::App& app) {
     AddRecordingOptions(*command, &options->recording);
     AddTextOptions(*command, &options->text);
     AddLexiconOptions(*command, &options->recording.data);
-    command
-        ->add_option("--beam", options->sentences.beam,
-                     "Width of the search in states, 500 to 8000 [2000]; raise it if the search "
-                     "loses the text")
-        ->check(CLI::Range(500, 8000))
-        ->option_text("N");
+    AddTextSearchOptions(*command, &options->search);
     CLI::Option* sentences =
         command->add_flag("--sentences", options->areSentencesWanted,
                           "Find which sentences of the text were said, in the order of the text, "
                           "in a recording that may contain other speech");
     command
-        ->add_option("--least-score", options->sentences.leastScore,
+        ->add_option("--least-score", options->leastScore,
                      "Score that a sentence must reach to be found; one that was not said seldom "
                      "reaches it [5.5]")
         ->check(CLI::Range(-100.0, 100.0))
         ->needs(sentences)
         ->option_text("SCORE");
-    command
-        ->add_flag("--retry", options->retry,
-                   "Slide the search window ahead where the search loses the text")
-        ->excludes(sentences);
-    CLI::Option* match =
-        command
-            ->add_option("--match", options->match,
-                         "exact: all of the text was said and nothing else; loose: words may be "
-                         "missing and other speech may stand between them; auto: loose where the "
-                         "recording shows it [auto]")
-            ->check(CLI::IsMember(kMatchModes))
-            ->excludes(sentences)
-            ->option_text("exact|auto|loose");
+    CLI::Option* match = command->get_option("--match")->excludes(sentences);
+    command->get_option("--retry")->excludes(sentences);
     command
         ->add_flag("--strict", options->isStrict,
                    "End with exit code 4 when text and recording do not fit well")
         ->excludes(sentences);
     command->callback([options, match] {
-        if (options->isStrict && options->match == "exact") {
+        if (options->isStrict && options->search.match == "exact") {
             throw Failure(kExitUsage, match->get_name() + " exact does not look for what --strict "
                                                           "asks");
         }

@@ -6,6 +6,7 @@
 /// throws Failure when it cannot be done.
 void AddAlignCommand(CLI::App& app);
 void AddRecognizeCommand(CLI::App& app);
+void AddBatchCommand(CLI::App& app);
 void AddAnimateCommand(CLI::App& app);
 void AddViewCommand(CLI::App& app);
 void AddSpectrogramCommand(CLI::App& app);

@@ -70,8 +70,7 @@ timed_result FindCues(const cues_options& options, CueLog& log) {
     const recording_options& recording = options.recording;
     if (!HasText(options.text)) {
         log.Say(log_level::info, "No text is given, so the phonemes are heard.");
-        const tessarin::model_owner model = LoadHearingModel(recording.data);
-        LoadTrigrams({}, recording.data, *model);
+        const tessarin::model_owner model = LoadSoundModel({}, recording.data);
         return FindTimings(recording, *model, nullptr, Logged(SearchForSounds(), log));
     }
     log.Say(log_level::info, "The recording is aligned with the text.");

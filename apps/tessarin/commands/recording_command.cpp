@@ -58,19 +58,37 @@ void AddListeningOptions(CLI::App& command, recording_options* options) {
     command.add_option("AUDIO", options->audio, "Recording: WAV, FLAC, Ogg, AIFF, MP3, Sphere ...")
         ->required()
         ->option_text(" ");
-    command.add_option("--model", options->data.model, "Acoustic model [the project's own]")
+    AddModelOptions(command, &options->data);
+    AddHearingOptions(command, options);
+    command.add_flag("-q,--quiet", options->quiet, "Show no progress bar");
+    command.add_flag("--progress-lines", options->progressLines,
+                     "Write progress as lines, such as \"progress 42\", in percent of the search "
+                     "at hand, on standard error");
+}
+
+void AddModelOptions(CLI::App& command, data_options* options) {
+    command.add_option("--model", options->model, "Acoustic model [the project's own]")
         ->option_text("FILE");
-    AddDataFolderOption(command, &options->data);
+    AddDataFolderOption(command, options);
+}
+
+void AddHearingOptions(CLI::App& command, recording_options* options) {
     command.add_option("--channel", options->channel, "Channel to listen to, from 1, or mix [1]")
         ->check(CLI::Range(1, 1024) | CLI::IsMember({"mix"}))
         ->option_text("N|mix");
     AddStretchOptions(command, &options->stretch);
     AddGateOption(command, &options->gate);
     AddTrackOptions(command, &options->track);
-    command.add_flag("-q,--quiet", options->quiet, "Show no progress bar");
-    command.add_flag("--progress-lines", options->progressLines,
-                     "Write progress as lines, such as \"progress 42\", in percent of the search "
-                     "at hand, on standard error");
+}
+
+void AddAdaptOption(CLI::App& command, recording_options* options) {
+    command
+        .add_option(
+            "--adapt", options->adapt,
+            "Without a text, fit the model to the voice first: on, off, or auto, which does "
+            "so for voices that it does not know [auto]")
+        ->check(CLI::IsMember({"auto", "on", "off"}))
+        ->option_text("auto|on|off");
 }
 
 void AddRecordingOptions(CLI::App& command, recording_options* options) {
@@ -81,8 +99,14 @@ void AddRecordingOptions(CLI::App& command, recording_options* options) {
 timed_result FindTimings(const recording_options& options, tessarin::CAccousticHMM& model,
                          const SpokenText* text, const recording_search& search) {
     CatchInterrupts();
-    const tessarin::results_owner results = MakeResults();
     ProgressBar progress(options.quiet, options.progressLines);
+    return FindTimings(options, model, text, search, progress);
+}
+
+timed_result FindTimings(const recording_options& options, tessarin::CAccousticHMM& model,
+                         const SpokenText* text, const recording_search& search,
+                         tessarin::ProgressSink& progress) {
+    const tessarin::results_owner results = MakeResults();
     timed_result result;
     result.audio = options.audio;
     const tessarin::model_owner adapted =

@@ -27,8 +27,15 @@ struct recording_options {
     bool progressLines = false; // for programs that start the tool
 };
 
-/// The recording, how it is listened to and how the track is made.
+/// The recording, the model, how it is listened to and how the track is made.
 void AddListeningOptions(CLI::App& command, recording_options* options);
+
+/// Of these, the model and its folder; and all that may differ from one recording to the next.
+void AddModelOptions(CLI::App& command, data_options* options);
+void AddHearingOptions(CLI::App& command, recording_options* options);
+
+/// --adapt, for searches without a text.
+void AddAdaptOption(CLI::App& command, recording_options* options);
 
 /// These, and the outputs.
 void AddRecordingOptions(CLI::App& command, recording_options* options);
@@ -46,6 +53,11 @@ using recording_search = std::function<int32_t(
 /// what is said. The code of the result is 0, or 8 when the search lost the text. Throws Failure.
 timed_result FindTimings(const recording_options& options, tessarin::CAccousticHMM& model,
                          const SpokenText* text, const recording_search& search);
+
+/// The same with a progress of its own, which several threads may do at once.
+timed_result FindTimings(const recording_options& options, tessarin::CAccousticHMM& model,
+                         const SpokenText* text, const recording_search& search,
+                         tessarin::ProgressSink& progress);
 
 /// Throws Failure where the search lost the text, with what is known of the reason.
 void RequireFound(const timed_result& result);

@@ -29,8 +29,7 @@ struct view_options {
 timed_result FindTimings(const view_options& options) {
     const recording_options& recording = options.recording;
     if (!options.text.IsGiven()) {
-        const tessarin::model_owner model = LoadHearingModel(recording.data);
-        LoadTrigrams({}, recording.data, *model);
+        const tessarin::model_owner model = LoadSoundModel({}, recording.data);
         return FindTimings(recording, *model, nullptr, SearchForSounds());
     }
     const tessarin::model_owner model = LoadModel(recording.data);

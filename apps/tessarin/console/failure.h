@@ -8,7 +8,8 @@ enum exit_code : int {
     kExitDone = 0,
     kExitUsage = 1,
     kExitFailed = 2,
-    kExitMismatch = 4, ///< text and recording do not fit, where that was asked for
+    kExitSomeFailed = 3, ///< of many recordings
+    kExitMismatch = 4,   ///< text and recording do not fit, where that was asked for
     kExitCancelled = 5,
 };
 

@@ -8,6 +8,7 @@
 #include <iostream>
 #include <iterator>
 #include <map>
+#include <mutex>
 #include <string>
 #include <system_error>
 
@@ -75,7 +76,9 @@ replacement ReplacementOf(const fs::path& target) {
 
 std::string ReadWholeFile(const std::string& path) {
     // What a stream held is not there a second time, so it is kept.
+    static std::mutex lock;
     static std::map<std::string, std::string> streams;
+    const std::unique_lock guard(lock);
     if (const auto read = streams.find(path); read != streams.end()) {
         return read->second;
     }

@@ -17,6 +17,8 @@ volatile std::sig_atomic_t interrupted = 0;
 constexpr int kBarWidth = 40;
 constexpr auto kRedrawInterval = std::chrono::milliseconds(100);
 
+} // namespace
+
 bool StandardErrorIsTerminal() {
 #if defined(_WIN32)
     return _isatty(_fileno(stderr)) != 0;
@@ -25,14 +27,16 @@ bool StandardErrorIsTerminal() {
 #endif
 }
 
-} // namespace
-
 void CatchInterrupts() {
     // A second Ctrl-C ends the process at once, should the work not come to its next report.
     std::signal(SIGINT, [](int signal) {
         interrupted = 1;
         std::signal(signal, SIG_DFL);
     });
+}
+
+void CatchTermination() {
+    std::signal(SIGTERM, [](int /*signal*/) { interrupted = 1; });
 }
 
 bool WasInterrupted() {

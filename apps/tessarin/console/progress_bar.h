@@ -9,7 +9,11 @@
 
 /// Turns Ctrl-C into a request that the work at hand ends itself.
 void CatchInterrupts();
+/// The same for the request to end that a system or a scheduler makes.
+void CatchTermination();
 bool WasInterrupted();
+
+bool StandardErrorIsTerminal();
 
 /// Shows how far a run has come, on standard error, when that is a terminal and the user did not
 /// ask for quiet; cancels the run after Ctrl-C. With `asLines` it writes lines such as

@@ -18,7 +18,7 @@ namespace {
 /// For a text whose code page is found out: where it stops being UTF-8 and so is read as the
 /// lexicon's code page. Every other accent may then be wrong.
 void WarnOfBadUtf8(const std::string& source, std::string_view bytes,
-                   tessarin::IVisemixTranscriber& transcriber) {
+                   tessarin::IVisemixTranscriber& transcriber, const text_warning& warn) {
     const bool isUtf16 = bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF") ||
                          bytes.find('\0') != std::string_view::npos;
     const auto* const bad = utf8::find_invalid(bytes.begin(), bytes.end());
@@ -29,13 +29,17 @@ void WarnOfBadUtf8(const std::string& source, std::string_view bytes,
     const std::string_view line = before.substr(before.rfind('\n') + 1); // npos + 1 is 0
     tessarin::TranscriberInfo info = {};
     transcriber.getTranscriberInfo(&info);
-    std::fprintf(stderr,
-                 "tessarin: %s: line %td, column %td: the byte %02X is not UTF-8, so the whole "
-                 "text is read in code page %d; save it as UTF-8, or say --encoding local\n",
-                 source.c_str(), std::ranges::count(before, '\n') + 1,
-                 utf8::distance(line.begin(), line.end()) + 1,
-                 static_cast<unsigned>(static_cast<unsigned char>(*bad)),
-                 static_cast<int>(info.code_page));
+    char place[128];
+    std::snprintf(place, sizeof place, ": line %td, column %td: the byte %02X is not UTF-8",
+                  std::ranges::count(before, '\n') + 1,
+                  utf8::distance(line.begin(), line.end()) + 1,
+                  static_cast<unsigned>(static_cast<unsigned char>(*bad)));
+    warn(source + place + ", so the whole text is read in code page " +
+         std::to_string(info.code_page) + "; save it as UTF-8, or say --encoding local");
+}
+
+void PrintWarning(const std::string& warning) {
+    std::fprintf(stderr, "tessarin: %s\n", warning.c_str());
 }
 
 /// In the order of tessarin_script_format.
@@ -153,6 +157,10 @@ void AddTextOptions(CLI::App& command, text_options* options) {
                                     "File with what is said; - is standard input");
     file->option_text("FILE");
     text->excludes(file);
+    AddReadingOptions(command, options);
+}
+
+void AddReadingOptions(CLI::App& command, text_options* options) {
     command
         .add_option(
             "--encoding", options->encoding,
@@ -187,17 +195,22 @@ void AddTextOptions(CLI::App& command, text_options* options) {
 SpokenText ReadSpokenText(const std::string& source, std::string bytes, const std::string& encoding,
                           tessarin::IVisemixTranscriber& transcriber) {
     if (encoding == "auto") {
-        WarnOfBadUtf8(source, bytes, transcriber);
+        WarnOfBadUtf8(source, bytes, transcriber, PrintWarning);
     }
     return {source, std::move(bytes), encoding, transcriber};
 }
 
 SpokenText ReadText(const text_options& options, const EngineLanguage& language) {
+    return ReadText(options, language, PrintWarning);
+}
+
+SpokenText ReadText(const text_options& options, const EngineLanguage& language,
+                    const text_warning& warn) {
     const std::string source = options.file.value_or("--text");
     std::string bytes = options.file ? ReadWholeFile(*options.file) : options.text.value_or("");
     tessarin::IVisemixTranscriber& transcriber = language.GetTranscriber();
     if (options.encoding == "auto") {
-        WarnOfBadUtf8(source, bytes, transcriber);
+        WarnOfBadUtf8(source, bytes, transcriber, warn);
     }
     if (options.isLiteral) {
         RequireNoScriptOptions(options);
@@ -212,12 +225,11 @@ SpokenText ReadText(const text_options& options, const EngineLanguage& language)
                                        {&script.GetFlat(), &language.GetFlat()})
                           : SpokenText(source, std::move(bytes), options.encoding, transcriber);
     if (const size_t numUnsaid = text.GetNumUnsaid(); numUnsaid > 0) {
-        std::fprintf(stderr, "tessarin: %s: %zu symbols that have no name are not said\n",
-                     source.c_str(), numUnsaid);
+        warn(source + ": " + std::to_string(numUnsaid) + " symbols that have no name are not said");
     }
     if (text.GetNumLost() > 0) {
-        std::fprintf(stderr, "tessarin: %s: %zu characters that cannot be read count as blanks\n",
-                     source.c_str(), text.GetNumLost());
+        warn(source + ": " + std::to_string(text.GetNumLost()) +
+             " characters that cannot be read count as blanks");
     }
     if (text.GetLocal().find_first_not_of(" \t\r\n\f\v\xA0") == std::string::npos) {
         throw Failure(options.file ? kExitFailed : kExitUsage,

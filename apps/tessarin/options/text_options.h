@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -42,12 +43,20 @@ private:
 /// Adds --text and --text-file, of which only one may be given, --encoding, and how a script is
 /// read.
 void AddTextOptions(CLI::App& command, text_options* options);
+/// Of these, all but the text itself.
+void AddReadingOptions(CLI::App& command, text_options* options);
 
 /// The text of `bytes`. Warns where a text whose encoding is found out stops being UTF-8. Throws
 /// Failure, which names `source`.
 SpokenText ReadSpokenText(const std::string& source, std::string bytes, const std::string& encoding,
                           tessarin::IVisemixTranscriber& transcriber);
 
-/// What is said of the text that was given. Warns of characters that the language cannot read.
-/// Throws Failure, also for a text that is blank, and for options that do not go together.
+/// Receives what is to be said of a text that can be read all the same.
+using text_warning = std::function<void(const std::string& warning)>;
+
+/// What is said of the text that was given. Warns of characters that the language cannot read, on
+/// standard error unless `warn` receives that. Throws Failure, also for a text that is blank, and
+/// for options that do not go together.
 SpokenText ReadText(const text_options& options, const EngineLanguage& language);
+SpokenText ReadText(const text_options& options, const EngineLanguage& language,
+                    const text_warning& warn);

@@ -34,7 +34,8 @@ using pcm_source_handle =
 class Resampler {
 public:
     Resampler(int from, int to) : ratio(static_cast<double>(to) / from) {
-        const soxr_io_spec_t io = soxr_io_spec(SOXR_INT16_I, SOXR_INT16_I);
+        soxr_io_spec_t io = soxr_io_spec(SOXR_INT16_I, SOXR_INT16_I);
+        io.flags = SOXR_NO_DITHER; // which is random, and a page is to be the same each time
         const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_HQ, 0);
         handle.reset(soxr_create(from, to, 1, nullptr, &io, &quality, nullptr));
     }

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <filesystem>
 #include <limits>
+#include <mutex>
 
 #include <sndfile.h>
 #include <soxr.h>
@@ -30,19 +31,27 @@ struct soxr_closer {
 };
 using soxr_handle = std::unique_ptr<std::remove_pointer_t<soxr_t>, soxr_closer>;
 
-SNDFILE* OpenSound(const std::string& path, SF_INFO* info) {
-#if defined(_WIN32)
-    return sf_wchar_open(std::filesystem::path(path).c_str(), SFM_READ, info);
-#else
-    return sf_open(path.c_str(), SFM_READ, info);
-#endif
-}
-
 std::string FormatName(int command, int format) {
     SF_FORMAT_INFO info{};
     info.format = format;
     const bool known = sf_command(nullptr, command, &info, sizeof(info)) == 0 && info.name;
     return known ? info.name : "unknown";
+}
+
+/// Opens a file; null, with the reason, when that fails. The audio library keeps the reason in one
+/// place for all threads.
+sndfile_handle OpenSound(const std::string& path, SF_INFO* info, std::string* reason) {
+    static std::mutex lock;
+    const std::lock_guard guard(lock);
+#if defined(_WIN32)
+    sndfile_handle file(sf_wchar_open(std::filesystem::path(path).c_str(), SFM_READ, info));
+#else
+    sndfile_handle file(sf_open(path.c_str(), SFM_READ, info));
+#endif
+    if (!file) {
+        *reason = sf_strerror(nullptr);
+    }
+    return file;
 }
 
 bool HasExtension(const std::string& path, const std::string& extension) {
@@ -68,7 +77,8 @@ bool IsBuiltIn(const std::string& path, const SF_INFO& info) {
 
 bool ProbeRecording(const std::string& path, recording_info* info) {
     SF_INFO found{};
-    const sndfile_handle file(OpenSound(path, &found));
+    std::string reason;
+    const sndfile_handle file = OpenSound(path, &found, &reason);
     if (!file) {
         return false;
     }
@@ -96,9 +106,10 @@ AudioFileStream::AudioFileStream(const std::string& path, int channel)
     if (!std::filesystem::exists(path)) {
         throw EngineFailure(path, tessarin::kFileNotFound);
     }
-    source->file.reset(OpenSound(path, &source->info));
+    std::string reason;
+    source->file = OpenSound(path, &source->info, &reason);
     if (!source->file) {
-        throw NotARecording(path, sf_strerror(nullptr));
+        throw NotARecording(path, reason);
     }
     const SF_INFO& info = source->info;
     RequireSamples(path, info.frames);

@@ -174,22 +174,24 @@ void CheckPlace(const std::string& file, const std::string& into, const GltfDocu
     }
 }
 
-} // namespace
+/// All but the file. Throws Failure for an asset or a map that does not read.
+write_settings MakeSettings(const output_format& format, const output_options& options,
+                            const std::vector<MouthShapes>& maps) {
+    write_settings settings{.shapes = ChooseMap(format, maps),
+                            .holdMs = options.holdMs,
+                            .tolerance = options.tolerance,
+                            .into = {},
+                            .alphabet = AlphabetOf(options.alphabet),
+                            .file = ""};
+    if (IsAsset(format) && !options.into.empty()) {
+        settings.into = OpenSpeakingAsset(options.into, MapsForAsset(format, settings.shapes, maps),
+                                          &settings.shapes);
+    }
+    return settings;
+}
 
-void AddOutputOptions(CLI::App& command, output_options* options, const char* alphabet) {
-    command
-        .add_option(
-            "-o,--output", options->files,
-            "File to write [-, standard output]; may be repeated; its extension selects the format")
-        ->allow_extra_args(false)
-        ->option_text("FILE");
-    command
-        .add_option("--format", options->formats,
-                    "Format of the outputs, or of each in its turn: " +
-                        CLI::detail::join(FormatNames(), ", ") + " [json]")
-        ->check(CLI::IsMember(FormatNames()))
-        ->allow_extra_args(false)
-        ->option_text("FORMAT");
+/// What is written, beside its format.
+void AddWritingOptions(CLI::App& command, output_options* options, const char* alphabet) {
     command
         .add_option("--shapes", options->shapes,
                     "Map from phonemes to mouth shapes, in place of the built-in one of the same "
@@ -227,6 +229,72 @@ void AddOutputOptions(CLI::App& command, output_options* options, const char* al
     }
 }
 
+} // namespace
+
+void AddOutputOptions(CLI::App& command, output_options* options, const char* alphabet) {
+    command
+        .add_option(
+            "-o,--output", options->files,
+            "File to write [-, standard output]; may be repeated; its extension selects the format")
+        ->allow_extra_args(false)
+        ->option_text("FILE");
+    command
+        .add_option("--format", options->formats,
+                    "Format of the outputs, or of each in its turn: " +
+                        CLI::detail::join(FormatNames(), ", ") + " [json]")
+        ->check(CLI::IsMember(FormatNames()))
+        ->allow_extra_args(false)
+        ->option_text("FORMAT");
+    AddWritingOptions(command, options, alphabet);
+}
+
+void AddFormatOptions(CLI::App& command, output_options* options) {
+    command
+        .add_option("--format", options->formats,
+                    "Format that is written of each recording; may be repeated: " +
+                        CLI::detail::join(FormatNames(), ", ") + " [json]")
+        ->check(CLI::IsMember(FormatNames()))
+        ->allow_extra_args(false)
+        ->option_text("FORMAT");
+    AddWritingOptions(command, options, "--alphabet");
+}
+
+OutputForms::OutputForms(const output_options& options) {
+    const std::vector<std::string> names =
+        options.formats.empty() ? std::vector<std::string>{"json"} : options.formats;
+    const std::vector<MouthShapes> maps = ReadMaps(options.shapes);
+    bool hasAsset = false;
+    for (const std::string& name : names) {
+        const output_format& format = FindFormat(name);
+        if (std::ranges::find(forms, &format, &form::format) == forms.end()) {
+            forms.push_back({&format, MakeSettings(format, options, maps)});
+            hasAsset = hasAsset || forms.back().settings.into != nullptr;
+        }
+    }
+    if (hasAsset && std::ranges::any_of(forms, [](const form& each) {
+            return each.settings.into != nullptr && each.settings.into->document.HasOtherFiles();
+        })) {
+        throw Failure(kExitUsage, "--into: " + options.into +
+                                      " names other files beside it, so it cannot be written to "
+                                      "another folder; make it .glb");
+    }
+    if (!options.into.empty() && !hasAsset) {
+        throw Failure(kExitUsage, "--into: name a format of glTF with --format, such as glb");
+    }
+}
+
+std::vector<written_form> OutputForms::Write(const timed_result& result,
+                                             const std::string& stem) const {
+    std::vector<written_form> written;
+    for (const form& each : forms) {
+        const std::string ending(each.format->ending);
+        write_settings settings = each.settings;
+        settings.file = stem + ending;
+        written.push_back({ending, each.format->write(result, settings)});
+    }
+    return written;
+}
+
 OutputPlan::OutputPlan(const output_options& options) {
     const std::vector<std::string> files =
         options.files.empty() ? std::vector<std::string>{"-"} : options.files;
@@ -239,11 +307,9 @@ OutputPlan::OutputPlan(const output_options& options) {
         const output_format& format = formats == 0
                                           ? FormatOfFile(files[i])
                                           : FindFormat(options.formats[formats == 1 ? 0 : i]);
-        write_settings settings{ChooseMap(format, maps),      options.holdMs, options.tolerance, {},
-                                AlphabetOf(options.alphabet), files[i]};
-        if (IsAsset(format) && !options.into.empty()) {
-            settings.into = OpenSpeakingAsset(
-                options.into, MapsForAsset(format, settings.shapes, maps), &settings.shapes);
+        write_settings settings = MakeSettings(format, options, maps);
+        settings.file = files[i];
+        if (settings.into != nullptr) {
             CheckPlace(files[i], options.into, settings.into->document);
         }
         outputs.push_back({files[i], &format, std::move(settings)});

@@ -24,6 +24,32 @@ struct output_options {
 /// `alphabet` is what the option for the alphabet of the outputs is called.
 void AddOutputOptions(CLI::App& command, output_options* options,
                       const char* alphabet = "--alphabet");
+/// Of these, all but the files: the formats, and what they show.
+void AddFormatOptions(CLI::App& command, output_options* options);
+
+/// A result in one of the formats.
+struct written_form {
+    std::string ending; ///< of a file in this format, such as ".json"
+    std::string content;
+};
+
+/// The formats that many results are written in; read-only once made.
+class OutputForms {
+public:
+    /// Throws Failure for a map that cannot be read, and for an asset that is not to be spoken by
+    /// any of the formats or cannot be written elsewhere.
+    explicit OutputForms(const output_options& options);
+
+    /// `stem` is the path of the outputs without their endings, for what refers to other files.
+    std::vector<written_form> Write(const timed_result& result, const std::string& stem) const;
+
+private:
+    struct form {
+        const struct output_format* format;
+        write_settings settings;
+    };
+    std::vector<form> forms;
+};
 
 /// The outputs that a user asked for, known to be possible before the long work begins.
 class OutputPlan {

@@ -11,22 +11,25 @@ interpreter is free while a search runs.
 """
 
 from tessarin._audio import Audio
+from tessarin._batch import BatchItem
 from tessarin._commands import CommandMatch, Commands
-from tessarin._engine import (SCRIPT_FORMATS, Engine, align, align_many, default_engine,
+from tessarin._engine import (SCRIPT_FORMATS, Engine, align, align_many, batch,
+                              default_engine,
                               find_sentences, recognize,
                               transcribe, version)
 from tessarin._errors import Cancelled, RecognitionFailed, TessarinError
-from tessarin._facts import ALPHABETS, LexiconFacts, ModelFacts, phoneme_symbol
+from tessarin._facts import ALPHABETS, AudioFacts, LexiconFacts, ModelFacts, phoneme_symbol
 from tessarin._live import VISEMES, Live, LiveStretch, LiveWeights
 from tessarin._results import (Curve, Event, Frame, Match, Phoneme, Result, Sentence, Token, Track,
                                UnsaidWord, Word)
 from tessarin._shapes import Shapes, Switch, reduce_keys
 
 __all__ = [
-    "ALPHABETS", "Audio", "Cancelled", "CommandMatch", "Commands", "Curve", "Engine", "Event",
-    "Frame", "LexiconFacts", "Live", "LiveStretch", "LiveWeights", "Match", "ModelFacts", "Phoneme",
-    "RecognitionFailed", "Result", "SCRIPT_FORMATS", "Sentence", "Shapes", "Switch",
-    "TessarinError", "Token", "Track", "UnsaidWord", "VISEMES", "Word", "align", "align_many",
-    "default_engine", "find_sentences", "phoneme_symbol", "recognize", "reduce_keys",
+    "ALPHABETS", "Audio", "AudioFacts", "BatchItem", "Cancelled", "CommandMatch", "Commands",
+    "Curve", "Engine", "Event", "Frame", "LexiconFacts", "Live", "LiveStretch", "LiveWeights",
+    "Match", "ModelFacts", "Phoneme", "RecognitionFailed", "Result", "SCRIPT_FORMATS", "Sentence",
+    "Shapes", "Switch", "TessarinError", "Token", "Track", "UnsaidWord", "VISEMES", "Word", "align",
+    "align_many", "batch", "default_engine", "find_sentences", "phoneme_symbol", "recognize",
+    "reduce_keys",
     "transcribe", "version",
 ]

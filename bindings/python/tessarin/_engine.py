@@ -12,6 +12,7 @@ from typing import Any, Callable, Iterable, Iterator, Mapping, Optional, Union
 
 from tessarin import _library
 from tessarin._audio import Audio, Path
+from tessarin._batch import BatchItem, BatchJob, run_batch
 from tessarin._errors import (CANCELLED, INVALID_ARGUMENT, RECOGNITION_FAILED, RecognitionFailed, TessarinError)
 from tessarin._library import Library
 from tessarin._results import (Result, Sentence, TextPlaces, Token, make_sentence, make_token)
@@ -128,6 +129,14 @@ class Engine:
         if code != 0:
             raise self._library.error(f"{word}={phonemes}", code)
 
+    def has_word(self, word: str) -> bool:
+        """Whether the lexicon or `set_word` has a word; others are said by rules, or by a tree."""
+        has = ctypes.c_int32()
+        code = self._library.has_word(self._language, TextPlaces(word).content, ctypes.byref(has))
+        if code != 0:
+            raise self._library.error(word, code)
+        return has.value != 0
+
     @property
     def language(self) -> str:
         """The name of the language."""
@@ -226,6 +235,15 @@ class Engine:
         with concurrent.futures.ThreadPoolExecutor(threads or os.cpu_count()) as pool:
             yield from pool.map(run, jobs)
 
+    def batch(self, jobs: Iterable[BatchJob], *, threads: int | None = None) -> Iterator[BatchItem]:
+        """Works on many recordings, as many at a time as there are processors, and gives what
+        became of each as it comes, in no order; `index` says which it is. A job is a recording, a
+        pair of a recording and its text, or a mapping of arguments of `align`, such as {"audio":
+        ..., "text": ..., "beam_width": ...}; without a text a recording is recognized. What goes
+        wrong with one stands in its item, and the others go on. Jobs are taken from the iterable as
+        they are needed, so it may be endless."""
+        return run_batch(self, jobs, threads)
+
     @staticmethod
     def _audio(audio: Recording, channel: int) -> Audio:
         return audio if isinstance(audio, Audio) else Audio.from_file(audio, channel)
@@ -306,6 +324,11 @@ def align_many(jobs: Iterable[tuple[Recording, str]],
                **options: Any) -> Iterator[Result | TessarinError]:
     """Aligns many recordings at a time; see Engine.align_many."""
     return default_engine().align_many(jobs, **options)
+
+
+def batch(jobs: Iterable[BatchJob], **options: Any) -> Iterator[BatchItem]:
+    """Works on many recordings and gives results as they come; see Engine.batch."""
+    return default_engine().batch(jobs, **options)
 
 
 def recognize(audio: Recording, **options: Any) -> Result:

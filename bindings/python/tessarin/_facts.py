@@ -1,13 +1,15 @@
-"""What models and lexicons hold."""
+"""What models, lexicons and recordings hold."""
 
 from __future__ import annotations
 
 import contextlib
+import ctypes
 import os
 from dataclasses import dataclass
 from typing import Iterator
 
-from tessarin._audio import Path
+from tessarin._audio import Audio, Path
+from tessarin import _library
 from tessarin._library import Library
 
 
@@ -84,6 +86,31 @@ class LexiconFacts:
             return cls(**{field: value.decode(encoding, "replace")
                           if isinstance(value, bytes) else value
                           for field, value in values.items()})
+
+
+@dataclass(frozen=True)
+class AudioFacts:
+    """What a recording is like. Levels are in dB of full scale: `level_db` that of the speech,
+    `noise_db` what the quietest tenth stays below, `peak_db` the largest sample. The wave is cut off
+    `clip_count` times, for `clipped_samples` samples."""
+
+    duration_ms: int
+    rate_hz: int
+    level_db: float
+    noise_db: float
+    peak_db: float
+    clip_count: int
+    clipped_samples: int
+
+    @classmethod
+    def of(cls, audio: Audio) -> AudioFacts:
+        """Raises TessarinError."""
+        library = Library.get()
+        raw = _library.AudioFacts()
+        code = library.measure_audio(audio._handle, ctypes.byref(raw))
+        if code != 0:
+            raise library.error(audio.name, code)
+        return cls(*(getattr(raw, field) for field in cls.__dataclass_fields__))
 
 
 ALPHABETS = ("labels", "ipa", "arpabet", "sampa")

@@ -156,6 +156,12 @@ class LexiconFacts(Structure):
                 ("comment", c_char_p), ("information", c_char_p)]
 
 
+class AudioFacts(Structure):
+    _fields_ = [("duration_ms", c_int32), ("rate_hz", c_uint32), ("level_db", c_float),
+                ("noise_db", c_float), ("peak_db", c_float), ("clip_count", c_uint32),
+                ("clipped_samples", c_uint32)]
+
+
 WORD = 1
 TAG = 2
 CUT = 3
@@ -263,6 +269,8 @@ _SIGNATURES: dict[str, tuple[object, list[object]]] = {
     "create_lexicon_from_file": (c_int32, [c_char_p, _OUT]),
     "get_lexicon_facts": (POINTER(LexiconFacts), [c_void_p]),
     "free_lexicon": (None, [c_void_p]),
+    "measure_audio": (c_int32, [c_void_p, POINTER(AudioFacts)]),
+    "has_word": (c_int32, [c_void_p, c_char_p, POINTER(c_int32)]),
     "create_commands": (c_int32, [c_void_p, POINTER(CommandOptions), _OUT]),
     "add_command_text": (c_int32, [c_void_p, c_void_p, c_char_p, c_char_p]),
     "add_command_phonemes": (c_int32, [c_void_p, c_char_p, c_char_p]),
