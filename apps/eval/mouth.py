@@ -2,6 +2,7 @@
 """Measures whether the mouth that a recording drives can be believed.
 
 usage: mouth.py FOLDER... --tool TOOL [--options "--strength 1.3"] [--fps N] [--limit N] [--list]
+                [--live[="--delay 60"]] [--speed N]
 
 FOLDER holds pairs NAME.wav (one channel, 16 bits) and NAME.txt, what is said in it, or is a corpus
 of apps/train/corpus, of which the set `dev` is taken. Each folder is a column of the table, with
@@ -19,6 +20,11 @@ flips      switches a second of speech, which is the sum of the words
 short      switches that last one frame, in percent
 loudness   rank correlation of the level of a vowel with the highest opening in it: the median over
            the recordings that have at least 8 such vowels; one that always opens alike counts 0
+
+With --live the frames are those of `live`, which hears the recording without its text and without what
+is still to come; --live="--delay 60" passes options to it. It has no switches, so the rows of these are
+left out, and what it mishears counts against it. --speed says how many times faster than real time it
+hears; more than the machine keeps up with loses nothing.
 
 A frame lasts from its time to the time of the next one. A phoneme's frames are those that it
 overlaps; those of a word or a pause have their middle in it, so that a frame counts on one side of
@@ -55,6 +61,7 @@ PAUSE_IN_WORD_MS = 60
 CLEAR_PAUSE_MS = 200
 PAUSE_EDGE_MS = 100
 FEWEST_VOWELS = 8
+OF_SWITCHES = ("rest-in", "flips", "short")
 PROCESSES = 2
 
 
@@ -178,8 +185,17 @@ def recordings_in(folder: pathlib.Path) -> list[tuple[pathlib.Path, str]]:
     return found
 
 
+def live_frames(tool: str, audio: pathlib.Path, fps: float, options: list[str]) -> list[dict]:
+    with tempfile.TemporaryDirectory() as scratch:
+        path = pathlib.Path(scratch) / "live.csv"
+        with open(path, "wb") as output:
+            subprocess.run([tool, "live", str(audio), "--format", "visemes", "--fps", str(fps),
+                            *options], check=True, stdout=output, stderr=subprocess.DEVNULL)
+        return read_frames(path, 1000 / fps)
+
+
 def measure_recording(tool: str, audio: pathlib.Path, text: str, fps: float,
-                      options: list[str]) -> dict:
+                      options: list[str], live: list[str] | None) -> dict:
     with tempfile.TemporaryDirectory() as scratch:
         base = pathlib.Path(scratch) / "mouth"
         outputs = [base.with_suffix(ending)
@@ -194,6 +210,8 @@ def measure_recording(tool: str, audio: pathlib.Path, text: str, fps: float,
         frames = read_frames(outputs[1], 1000 / fps)
     if result["code"] != 0:
         return {"lost": str(audio)}
+    if live is not None:
+        return measure(result, live_frames(tool, audio, fps, live), [], read_level(audio))
     return measure(result, frames, switches["mouthCues"], read_level(audio))
 
 
@@ -243,14 +261,18 @@ def main() -> None:
     parser.add_argument("--fps", type=float, default=30)
     parser.add_argument("--limit", type=int)
     parser.add_argument("--list", action="store_true", help="name what is open, or rests, wrongly")
+    parser.add_argument("--live", nargs="?", const="", help="passed to `live`, which makes the frames")
+    parser.add_argument("--speed", type=float, default=8, help="of `live` [8]")
     arguments = parser.parse_args()
     options = shlex.split(arguments.options)
+    live = None if arguments.live is None else ["--speed", str(arguments.speed),
+                                                *shlex.split(arguments.live)]
     columns = []
     for folder in arguments.folders:
         recordings = recordings_in(folder)[:arguments.limit]
         with concurrent.futures.ThreadPoolExecutor(max_workers=PROCESSES) as pool:
             measured = list(pool.map(lambda recording: measure_recording(
-                arguments.tool, *recording, arguments.fps, options), recordings))
+                arguments.tool, *recording, arguments.fps, options, live), recordings))
         kept = [(audio, one) for (audio, _), one in zip(recordings, measured) if "lost" not in one]
         for one in measured:
             if "lost" in one:
@@ -261,6 +283,8 @@ def main() -> None:
         columns.append(summarize([one for _, one in kept]))
     print(f"{'':9}" + "".join(f" {folder.name[:20]:>20}" for folder in arguments.folders))
     for name in columns[0]:
+        if live is not None and name in OF_SWITCHES:
+            continue
         print(f"{name:9}" + "".join(
             f" {form.format(figure) + f' ({count})':>20}" for figure, count, form
             in (column[name] for column in columns)))
