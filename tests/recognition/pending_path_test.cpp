@@ -9,7 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "allocation_budget.h"
+#include "support/allocation_budget.h"
 
 namespace tessarin::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "allocation_budget.h"
+#include "support/allocation_budget.h"
 
 #include <cstdlib>
 #include <limits>
