@@ -81,7 +81,8 @@ template <class R, class F, class P = identity> auto find_if(R&& range, F test, 
 }
 
 template <class I, class S, class T, class P = identity>
-I find(I first, S last, const T& value, P of = {}) requires input_or_output_iterator<I> {
+I find(I first, S last, const T& value, P of = {}) requires input_or_output_iterator<I> &&
+    requires { first != last; } {
     while (first != last && !(std::invoke(of, *first) == value)) {
         ++first;
     }
@@ -111,6 +112,16 @@ template <class R, class T> void fill(R&& range, const T& value) {
 
 template <class R, class Out> auto copy(R&& range, Out out) {
     Out end = std::copy(std::begin(range), std::end(range), out);
+    return in_out_result<decltype(std::end(range)), Out>{std::end(range), end};
+}
+
+template <class R, class Out, class F> auto copy_if(R&& range, Out out, F test) {
+    Out end = std::copy_if(std::begin(range), std::end(range), out, test);
+    return in_out_result<decltype(std::end(range)), Out>{std::end(range), end};
+}
+
+template <class R, class Out, class F> auto remove_copy_if(R&& range, Out out, F test) {
+    Out end = std::remove_copy_if(std::begin(range), std::end(range), out, test);
     return in_out_result<decltype(std::end(range)), Out>{std::end(range), end};
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <span>
 
 #include "model/accoustic_hmm.h"
 #include "recognition/loose/text_probe.h"
@@ -79,12 +80,10 @@ size_t text_follower::StatesUpTo(size_t firstWord, size_t endWord) const {
 /// The word before which a part of the text ends that begins at `firstWord` and has about so many
 /// states.
 size_t text_follower::WindowEnd(size_t firstWord, size_t states) const {
-    const auto& words = chain.GetWords();
+    const auto rest = std::span(chain.GetWords()).subspan(firstWord);
     const size_t end = chain.JunctionBegin(firstWord) + states;
-    const auto found =
-        std::ranges::lower_bound(words.begin() + static_cast<std::ptrdiff_t>(firstWord),
-                                 words.end(), end, {}, &word_chain::word::first);
-    return static_cast<size_t>(found - words.begin());
+    const auto found = std::ranges::lower_bound(rest, end, {}, &word_chain::word::first);
+    return firstWord + static_cast<size_t>(found - rest.begin());
 }
 
 bool text_follower::SearchPiece(chain_stretch stretch,
@@ -274,7 +273,7 @@ bool text_follower::Finish(const std::function<bool(double)>& isCancelled) {
     }
     if (const size_t count = scores.GetCount(); count > 0) {
         size_t endWord = chain.GetWords().size();
-        const size_t states = limits.cells / count;
+        const auto states = static_cast<size_t>(limits.cells / count);
         if (StatesUpTo(nextWord, endWord) > states) {
             endWord = WindowEnd(nextWord, states);
         }
