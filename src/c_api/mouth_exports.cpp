@@ -56,7 +56,8 @@ bool AreFrames(const tessarin_frame* frames, uint32_t count) {
 }
 
 bool AreRising(std::span<const int32_t> timesMs) {
-    return std::ranges::adjacent_find(timesMs, std::greater_equal<>()) == timesMs.end();
+    return std::adjacent_find(timesMs.begin(), timesMs.end(), std::greater_equal<>()) ==
+           timesMs.end();
 }
 
 bool HasShape(const tessarin_shapes* shapes, uint32_t shape) {

@@ -86,7 +86,7 @@ public:
             kept.push_back(track.rows[at]);
         }
         kept.push_back(track.rows.front());
-        std::ranges::reverse(kept);
+        std::reverse(kept.begin(), kept.end());
         return kept;
     }
 

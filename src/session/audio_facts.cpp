@@ -62,7 +62,9 @@ void AddClips(std::span<const int16_t> samples, int16_t limit, uint32_t& times, 
 }
 
 void FindClips(std::span<const int16_t> samples, tessarin_audio_facts& facts) {
-    const auto [least, most] = std::ranges::minmax(samples);
+    const auto [lowest, highest] = std::minmax_element(samples.begin(), samples.end());
+    const int16_t least = *lowest;
+    const int16_t most = *highest;
     if (least == most) {
         return; // no wave at all
     }
@@ -85,9 +87,9 @@ tessarin_audio_facts FindAudioFacts(const tessarin_audio& audio) {
         return facts;
     }
     facts.duration_ms = static_cast<int32_t>(audio.samples.size() * 1000 / audio.rateHz);
-    const auto [least, most] = std::ranges::minmax(audio.samples);
+    const auto [least, most] = std::minmax_element(audio.samples.begin(), audio.samples.end());
     const double peak =
-        std::max(-static_cast<double>(least), static_cast<double>(most)) / kFullScale;
+        std::max(-static_cast<double>(*least), static_cast<double>(*most)) / kFullScale;
     facts.peak_db = Decibels(peak * peak);
     FindClips(audio.samples, facts);
     std::vector<float> steps = MeasureLoudness(audio.samples, audio.rateHz);

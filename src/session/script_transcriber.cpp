@@ -53,7 +53,9 @@ token_groups JoinReadings(const std::vector<token_groups>& readings) {
     size_t numAfter = first.size();
     for (const token_groups& each : readings) {
         shortest = std::min(shortest, each.size());
-        const auto before = std::ranges::mismatch(first, each).in1 - first.begin();
+        const auto before =
+            std::mismatch(first.begin(), first.end(), each.begin(), each.end()).first -
+            first.begin();
         const auto after =
             std::mismatch(first.rbegin(), first.rend(), each.rbegin(), each.rend()).first -
             first.rbegin();

@@ -241,7 +241,8 @@ error_code tessarin_commands::Push(std::span<const int16_t> block, bool& isOver)
         return code;
     }
     isUttering = true;
-    block = block.first(std::min<size_t>(block.size(), kLongestSeconds * liveRateHz - heard));
+    block = block.first(
+        std::min(block.size(), static_cast<size_t>(kLongestSeconds * liveRateHz - heard)));
     if (!hasEnded && !block.empty()) {
         if (!isSampled) {
             utterance.insert(utterance.end(), block.begin(), block.end());

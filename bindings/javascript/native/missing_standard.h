@@ -81,8 +81,11 @@ template <class R, class F, class P = identity> auto find_if(R&& range, F test, 
 }
 
 template <class I, class S, class T, class P = identity>
-I find(I first, S last, const T& value, P of = {}) requires input_or_output_iterator<I> &&
-    requires { first != last; } {
+I find(I first, S last, const T& value,
+       P of = {}) requires input_or_output_iterator<I> && requires {
+    first != last;
+}
+{
     while (first != last && !(std::invoke(of, *first) == value)) {
         ++first;
     }
