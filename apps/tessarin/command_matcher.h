@@ -33,7 +33,7 @@ public:
 
     /// Takes in 16-bit mono audio of kLiveRateHz. False once the utterance has ended.
     bool Hear(const std::string& samples);
-    /// Ends the utterance. There is no match when the search was stopped.
+    /// Ends the utterance. A search that was stopped matches nothing.
     command_match MatchHeard(const tessarin_progress& progress);
 
 private:

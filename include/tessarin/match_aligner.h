@@ -94,7 +94,7 @@ public:
     /// are those of the loose search, words that were not said have no markers and other speech has
     /// the phonemes that were heard. A region whose text the exact search lost fails with 8 only
     /// when less than half of its words were heard; the code is that of the last region that
-    /// failed. After any code but 0 and 8 there are no words, stretches and confidences.
+    /// failed. After any code but 0 and 8 words, stretches and confidences are empty.
     virtual error_code Align(IObservationStream* stream, CAccousticHMM* model, const char* text,
                              IVisemixTranscriber* transcriber, ProgressSink* progress,
                              ISyncResultsCollection* results) = 0;

@@ -8,8 +8,8 @@
 
 namespace tessarin {
 
-/// Decodes zlib streams where there is no zlib (RFC 1950 and 1951). Codes are read bit by bit along
-/// their lengths, as in the canonical form of Huffman codes, which needs no tables beyond the
+/// Decodes zlib streams on systems without zlib (RFC 1950 and 1951). Codes are read bit by bit
+/// along their lengths, as in the canonical form of Huffman codes, which needs no tables beyond the
 /// counts: slower than zlib, for a few megabytes at the start of a program.
 class Inflater {
 public:

@@ -59,7 +59,7 @@ private:
 };
 
 /// Joins the reports of `folders` into one in `out`. What two have a name for in common is taken
-/// from the later one. Returns how many lines have failed, and adds to `*missing` what shards there
-/// are no reports of. Throws Failure.
+/// from the later one. Returns how many lines have failed, and adds to `*missing` the shards whose
+/// reports are missing. Throws Failure.
 size_t MergeReports(const std::vector<std::string>& folders, const std::string& out,
                     std::vector<std::string>* missing);

@@ -15,7 +15,7 @@ struct glb_chunks {
 /// Reads a .glb, which .vrm files are too, or a .gltf. Throws Failure.
 glb_chunks ReadGlbChunks(const std::string& path);
 
-/// A .glb of both; without the binary chunk when there are no bytes.
+/// A .glb of both. The binary chunk is left out when it would be empty.
 std::string JoinGlbChunks(std::string text, const std::string& binary);
 
 /// The JSON of an asset: an object of version 2, not nested too deeply, whose lists that are used

@@ -11,7 +11,7 @@ struct separated_row {
     bool isOpen = false; ///< its last cell is in quotes that are never closed
 };
 
-/// The rows of a text of cells separated by `separator`; blank lines are no rows. With commas or
+/// The rows of a text of cells separated by `separator`; blank lines are skipped. With commas or
 /// semicolons a cell may stand in quotes, in which a quote is doubled and lines may end; tabs
 /// separate cells as they are.
 std::vector<separated_row> ReadSeparatedValues(std::string_view text, char separator);

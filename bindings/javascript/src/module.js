@@ -8,7 +8,7 @@ const SIMD_PROBE = Uint8Array.of(0, 97, 115, 109, 1, 0, 0, 0, 1, 5, 1, 96, 0, 1,
 
 export const hasSimd = () => WebAssembly.validate(SIMD_PROBE);
 
-const NOT_SUPPORTED = 52; // ENOSYS of this C library: there are no files and no system
+const NOT_SUPPORTED = 52; // ENOSYS of this C library: it has neither files nor a system
 
 export class Module {
     /** Of the bytes of a module. `onProgress(done, total)` is called in searches. */
